@@ -1,0 +1,128 @@
+#include "acquisition/frame_averaging.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "analysis/vector_utils.h"
+
+namespace veyla {
+
+namespace {
+
+constexpr std::size_t bytesPerPixel = 4;
+constexpr std::size_t gridSide = 4;
+constexpr std::size_t samplingStep = 4;
+
+struct ChannelSums {
+  std::uint32_t blue = 0;
+  std::uint32_t green = 0;
+  std::uint32_t red = 0;
+};
+
+std::uint32_t pixelAt(const std::uint8_t* address) {
+  std::uint32_t pixel;
+  std::memcpy(&pixel, address, sizeof pixel);
+  return pixel;
+}
+
+void addRow(const std::uint8_t* row, std::size_t pixelCount, ChannelSums& sums) {
+  // Two channels share one word, sixteen bits apart: 257 bytes fit before the lower one overflows.
+  constexpr std::size_t blockSize = 256;
+  for (std::size_t start = 0; start < pixelCount; start += blockSize) {
+    const std::size_t end = std::min(start + blockSize, pixelCount);
+    std::uint32_t firstAndThird = 0;
+    std::uint32_t secondAndFourth = 0;
+    for (std::size_t i = start; i < end; ++i) {
+      const std::uint32_t pixel = pixelAt(row + bytesPerPixel * i);
+      firstAndThird += pixel & 0x00FF00FF;
+      secondAndFourth += (pixel >> 8) & 0x00FF00FF;
+    }
+    sums.blue += firstAndThird & 0xFFFF;
+    sums.red += firstAndThird >> 16;
+    sums.green += secondAndFourth & 0xFFFF;
+  }
+}
+
+/// The sampled bytes of one cell, a channel each; kept between frames so that a frame allocates
+/// nothing.
+struct CellSamples {
+  std::vector<std::uint8_t> red;
+  std::vector<std::uint8_t> green;
+  std::vector<std::uint8_t> blue;
+
+  void resize(std::size_t size) {
+    red.resize(size);
+    green.resize(size);
+    blue.resize(size);
+  }
+};
+
+void sampleCell(const std::uint8_t* pixels, std::size_t width, std::size_t height, int cell,
+                CellSamples& samples) {
+  const std::size_t cellWidth = width / gridSide;
+  const std::size_t cellHeight = height / gridSide;
+  const std::size_t column = static_cast<std::size_t>(cell - 1) % gridSide;
+  const std::size_t row = static_cast<std::size_t>(cell - 1) / gridSide;
+  const std::size_t perRow = (cellWidth + samplingStep - 1) / samplingStep;
+  const std::size_t rows = (cellHeight + samplingStep - 1) / samplingStep;
+  samples.resize(perRow * rows);
+
+  std::size_t next = 0;
+  for (std::size_t i = 0; i < rows; ++i) {
+    const std::size_t y = row * cellHeight + i * samplingStep;
+    const std::uint8_t* pixel = pixels + bytesPerPixel * (width * y + column * cellWidth);
+    for (std::size_t j = 0; j < perRow; ++j, ++next, pixel += bytesPerPixel * samplingStep) {
+      samples.blue[next] = pixel[0];
+      samples.green[next] = pixel[1];
+      samples.red[next] = pixel[2];
+    }
+  }
+}
+
+float averageOf(std::span<const double> cellMedians) {
+  return static_cast<float>(calculateStat(cellMedians, "average").value_or(0));
+}
+
+}  // namespace
+
+FrameSample averageWholeFrame(const std::uint8_t* pixels, std::size_t width, std::size_t height,
+                              std::size_t bytesPerRow) {
+  const auto n = static_cast<std::uint32_t>(width * height);
+  if (n == 0) return {};
+
+  ChannelSums sums;
+  const std::size_t pairedPixels = width / 2 * 2;
+  for (std::size_t y = 0; y < height; ++y) addRow(pixels + y * bytesPerRow, pairedPixels, sums);
+
+  const std::uint32_t red = sums.red / n;
+  const std::uint32_t green = sums.green / n;
+  const std::uint32_t blue = sums.blue / n;
+  const auto luma = static_cast<std::uint32_t>(0.299 * red + 0.587 * green + 0.114 * blue);
+  return {static_cast<float>(red), static_cast<float>(luma), static_cast<float>(blue),
+          static_cast<float>(luma)};
+}
+
+FrameSample averageGridCells(const std::uint8_t* pixels, std::size_t width, std::size_t height,
+                             std::span<const int> cells) {
+  thread_local CellSamples samples;
+  thread_local std::vector<double> redMedians;
+  thread_local std::vector<double> greenMedians;
+  thread_local std::vector<double> blueMedians;
+  redMedians.clear();
+  greenMedians.clear();
+  blueMedians.clear();
+
+  for (const int cell : cells) {
+    if (cell < 1 || cell > static_cast<int>(gridSide * gridSide)) continue;
+    sampleCell(pixels, width, height, cell, samples);
+    redMedians.push_back(median(samples.red));
+    greenMedians.push_back(median(samples.green));
+    blueMedians.push_back(median(samples.blue));
+  }
+
+  const float red = averageOf(redMedians);
+  return {red, averageOf(greenMedians), averageOf(blueMedians), red};
+}
+
+}  // namespace veyla

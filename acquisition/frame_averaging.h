@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "platform/capture.h"
+
+/// From the pixels of one frame (bytes blue, green, red, alpha) to its frame record.
+namespace veyla {
+
+/// Every pixel counts; the pulse value and the green slot carry the luma. The last pixel of an odd
+/// row is left out of the sums but not of the divisor. A frame without pixels gives zeros.
+FrameSample averageWholeFrame(const std::uint8_t* pixels, std::size_t width, std::size_t height,
+                              std::size_t bytesPerRow);
+
+/// The mean over `cells` of the medians of every fourth pixel of every fourth row; the pulse value
+/// is the red one. Cells are numbered 1 to 16, row by row, in a 4 × 4 division of the frame; other
+/// numbers name no pixels and are passed over. Rows are taken to be unpadded. Without cells every
+/// value is not-a-number.
+FrameSample averageGridCells(const std::uint8_t* pixels, std::size_t width, std::size_t height,
+                             std::span<const int> cells);
+
+}  // namespace veyla

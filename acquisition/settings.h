@@ -1,0 +1,49 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/value.h"
+
+/// The processing settings of this device, chosen at launch from three resources, and the queries
+/// about the device that choose them.
+namespace veyla::Utils {
+
+/// The entry for this device in the JSON resource `resourceName` ("Spo2Settings",
+/// "HeartrateSettings", "CameraSettings"); the last one where several match. Nothing when the
+/// resource is missing, no JSON, or has no entry for the device.
+std::optional<Value> loadDefaultSettings(std::string_view resourceName);
+
+/// Replace a held set; null empties it.
+void setSpo2Settings(std::optional<Value> settings);
+void setHeartrateSettings(std::optional<Value> settings);
+void setCameraSettings(std::optional<Value> settings);
+
+/// The value under `key` in the held set; null, which reads as 0 and false, when there is none.
+const Value& getSpo2Settings(std::string_view key);
+const Value& getHeartrateSettings(std::string_view key);
+const Value& getCameraSettings(std::string_view key);
+
+/// The whole held set.
+const std::optional<Value>& getSpo2Settings();
+const std::optional<Value>& getHeartrateSettings();
+const std::optional<Value>& getCameraSettings();
+
+/// The device's profile name, "iphone4" to "iphone7plus" or "iphoneSE"; "iphone6" for hardware that
+/// is not known.
+std::string platformString();
+
+/// Whether the profile is the named one; the first answer is kept.
+bool isIphone4();
+bool isIphone4s();
+bool isIphone5();
+bool isIphone5s();
+/// Asked anew at every call.
+bool isIphone6or6plus();
+
+/// The build's version.
+std::string appVersion();
+std::string iOSVersion();
+
+}  // namespace veyla::Utils

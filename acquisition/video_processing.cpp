@@ -1,0 +1,244 @@
+#include "acquisition/video_processing.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "acquisition/frame_averaging.h"
+#include "acquisition/settings.h"
+#include "platform/platform.h"
+#include "shell/alerts.h"
+
+namespace veyla {
+
+namespace {
+
+constexpr int torchOff = 0;
+constexpr int dumpInterval = 15;
+
+[[noreturn]] void assertionFailure(const char* assertion) {
+  logLine("assertion failed: %s", assertion);
+  std::fprintf(stderr, "assertion failed: %s\n", assertion);
+  std::abort();
+}
+
+const char* yesOrNo(bool answer) { return answer ? "YES" : "NO"; }
+
+/// One part of the dump: which of the modes 0 to 2 the device supports, under their names.
+template <class IsSupported>
+void logSupportedModes(const char* const (&names)[3], IsSupported isSupported) {
+  logLine("\tsupported:");
+  for (int mode = 0; mode < 3; ++mode) {
+    logLine("\t\t%s: %s", names[mode], yesOrNo(isSupported(mode)));
+  }
+}
+
+}  // namespace
+
+bool VideoProcessing::startRecording() {
+  counter_ = 0;
+  framedrops_ = 0;
+
+  captureSession_ = services().camera.makeSession();
+  captureSession_->beginConfiguration();
+  captureSession_->setSessionPreset(SessionPreset::low);
+
+  videoDevice_ = backFacingCamera();
+  if (!videoDevice_) {
+    Utils::showOkAlert("", "Camera not found");
+    return false;
+  }
+  if (!videoDevice_->hasTorch()) {
+    Utils::showOkAlert("", "Torch not found or not supported by this device.");
+    return false;
+  }
+
+  videoDevice_->lockForConfiguration();
+  const std::string profile = Utils::platformString();
+  isIphone4_ = profile == "iphone4";
+  isIphone6_ = profile == "iphone6";
+  applyCameraSettings();
+  videoDevice_->unlockForConfiguration();
+
+  auto input = services().camera.makeDeviceInput(videoDevice_);
+  if (!input) assertionFailure("error == nil");
+  captureSession_->addInput(std::move(input));
+
+  videoDataOutput_ = std::make_shared<VideoDataOutput>();
+  videoDataOutput_->alwaysDiscardsLateVideoFrames = true;
+  videoDataOutput_->pixelFormat = "BGRA";
+  videoDataOutput_->sampleBufferDelegate = this;
+  captureSession_->addOutput(videoDataOutput_);
+  captureSession_->commitConfiguration();
+
+  before_ = services().clock.now();
+  captureSession_->startRunning();
+  return true;
+}
+
+void VideoProcessing::applyCameraSettings() {
+  CaptureDevice& device = *videoDevice_;
+
+  const int exposureMode = Utils::getCameraSettings("exposureMode").intValue();
+  if (device.isExposureModeSupported(exposureMode)) {
+    logLine("setting exposure: %i", exposureMode);
+    device.setExposureMode(exposureMode);
+  } else {
+    // Readers of old logs look for this wording.
+    logLine("Device does not support focusMode: %i", exposureMode);
+  }
+
+  const int whiteBalanceMode = Utils::getCameraSettings("whiteBalanceMode").intValue();
+  if (device.isWhiteBalanceModeSupported(whiteBalanceMode)) {
+    logLine("setting whitebalance: %i", whiteBalanceMode);
+    device.setWhiteBalanceMode(whiteBalanceMode);
+  } else {
+    logLine("Device does not support whitebalance: %i", whiteBalanceMode);
+  }
+
+  const int focusMode = Utils::getCameraSettings("focusMode").intValue();
+  if (device.isFocusModeSupported(focusMode)) {
+    logLine("setting focusMode: %i", focusMode);
+    device.setFocusMode(focusMode);
+  } else {
+    logLine("Device does not support focusMode: %i", focusMode);
+  }
+
+  // A device that restricts its focus range already takes another restriction; whether it could
+  // take one at all is not asked. The value travels under the flash's key.
+  const int rangeRestriction = Utils::getCameraSettings("flashMode").intValue();
+  if (device.autoFocusRangeRestriction() != 0) {
+    logLine("setting autoFocusRangeRestriction: %i", rangeRestriction);
+    device.setAutoFocusRangeRestriction(rangeRestriction);
+  } else {
+    logLine("Device does not support autoFocusRangeRestriction: %i", rangeRestriction);
+  }
+
+  const bool lowLightBoost =
+      Utils::getCameraSettings("automaticallyEnablesLowLightBoostWhenAvailable").boolValue();
+  if (device.isLowLightBoostSupported()) {
+    logLine("setting automaticallyEnablesLowLightBoostWhenAvailable=%i", lowLightBoost);
+    device.setAutomaticallyEnablesLowLightBoostWhenAvailable(lowLightBoost);
+  } else {
+    logLine("Device does not support automaticallyEnablesLowLightBoostWhenAvailable: %i",
+            lowLightBoost);
+  }
+}
+
+void VideoProcessing::stopRecording() {
+  if (videoDevice_) {
+    videoDevice_->lockForConfiguration();
+    videoDevice_->setTorchMode(torchOff);
+    videoDevice_->unlockForConfiguration();
+  }
+  after_ = services().clock.now();
+
+  const double seconds = before_ ? after_->secondsSince1970 - before_->secondsSince1970 : 0;
+  const double fps = counter_ == 0 ? 0 : counter_ / seconds;
+  logLine("seconds: %f, frames %i, framedrops %i, fps: %f", seconds, counter_, framedrops_, fps);
+
+  if (!captureSession_) return;
+  captureSession_->stopRunning();
+  if (const auto inputs = captureSession_->inputs(); !inputs.empty()) {
+    captureSession_->removeInput(inputs.front());
+  }
+  if (const auto outputs = captureSession_->outputs(); !outputs.empty()) {
+    captureSession_->removeOutput(outputs.front());
+  }
+  captureSession_ = nullptr;
+}
+
+void VideoProcessing::pauseRecording() {
+  if (captureSession_) captureSession_->stopRunning();
+}
+
+void VideoProcessing::continueRecording() {
+  if (captureSession_) captureSession_->startRunning();
+}
+
+bool VideoProcessing::isRecording() const {
+  return captureSession_ && captureSession_->isRunning();
+}
+
+std::shared_ptr<CaptureDevice> VideoProcessing::backFacingCamera() const {
+  const auto devices = services().camera.discoverBackDevices();
+  if (!devices) return services().camera.defaultVideoDevice();
+
+  std::shared_ptr<CaptureDevice> wideAngle;
+  for (const auto& device : *devices) {
+    if (device->deviceType() == CaptureDeviceType::telephotoCamera) return device;
+    if (device->deviceType() == CaptureDeviceType::wideAngleCamera) wideAngle = device;
+  }
+  return wideAngle;
+}
+
+void VideoProcessing::captureOutput(PixelBuffer& didOutputSampleBuffer) {
+  PixelBuffer& buffer = didOutputSampleBuffer;
+  if (isIphone4_) {
+    // The buffer stays locked: it is released whole after the callback.
+    if (!buffer.lockBaseAddress()) return;
+    deliver(averageWholeFrame(buffer.baseAddress(), buffer.width(), buffer.height(),
+                              buffer.bytesPerRow()));
+    return;
+  }
+
+  buffer.lockBaseAddress();
+  const std::size_t width = buffer.width();
+  const std::size_t height = buffer.height();
+  const std::uint8_t* pixels = buffer.baseAddress();
+  buffer.unlockBaseAddress();
+
+  cells_.clear();
+  if (const auto* grids = Utils::getSpo2Settings("grids").array()) {
+    for (const Value& cell : *grids) cells_.push_back(cell.intValue());
+  }
+  deliver(averageGridCells(pixels, width, height, cells_));
+}
+
+void VideoProcessing::captureOutput(const FrameSample& didOutputSample) {
+  deliver(didOutputSample);
+}
+
+void VideoProcessing::captureOutput(DroppedSample /*didDropSampleBuffer*/) {
+  ++framedrops_;
+  logLine("frame dropped: %i, counter: %i", framedrops_, counter_);
+}
+
+void VideoProcessing::deliver(const FrameSample& sample) {
+  if (!delegate_) return;
+  delegate_->updateMeasurementsWithRed(sample.red, sample.green, sample.blue, sample.hr);
+}
+
+void VideoProcessing::avCaptureSettings() {
+  if (counter_ % dumpInterval != 0 || !videoDevice_) return;
+  static constexpr const char* lockAutoContinuous[3] = {"locked", "auto", "continuous"};
+  static constexpr const char* offOnAuto[3] = {"off", "on", "auto"};
+  CaptureDevice& device = *videoDevice_;
+
+  device.lockForConfiguration();
+  logLine("-------------CAN CHANGE---");
+  logLine("exposureMode: %ld", long{device.exposureMode()});
+  logSupportedModes(lockAutoContinuous,
+                    [&](int mode) { return device.isExposureModeSupported(mode); });
+  logLine("torchMode: %ld", long{device.torchMode()});
+  logSupportedModes(offOnAuto, [&](int mode) { return device.isTorchModeSupported(mode); });
+  logLine("focusMode: %ld", long{device.focusMode()});
+  logSupportedModes(lockAutoContinuous,
+                    [&](int mode) { return device.isFocusModeSupported(mode); });
+  logLine("whiteBalanceMode: %ld", long{device.whiteBalanceMode()});
+  logSupportedModes(lockAutoContinuous,
+                    [&](int mode) { return device.isWhiteBalanceModeSupported(mode); });
+  logLine("videoZoomFactor: %f", device.videoZoomFactor());
+  logLine("autoFocusRangeRestriction: %ld", long{device.autoFocusRangeRestriction()});
+  logLine("automaticallyEnablesLowLightBoostWhenAvailable: %i",
+          device.automaticallyEnablesLowLightBoostWhenAvailable());
+  logLine("\tsupported: %s", yesOrNo(device.isLowLightBoostSupported()));
+  logLine("-------------CAN NOT CHANGE---");
+  logLine("isAdjustingWhiteBalance: %d", device.isAdjustingWhiteBalance());
+  logLine("isAdjustingFocus: %d", device.isAdjustingFocus());
+  logLine("isAdjustingExposure: %d", device.isAdjustingExposure());
+  logLine("torchLevel: %f", static_cast<double>(device.torchLevel()));
+  logLine("-----------------------------------------");
+  device.unlockForConfiguration();
+}
+
+}  // namespace veyla

@@ -1,0 +1,133 @@
+#include "analysis/vector_utils.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace veyla::VectorUtils {
+
+namespace {
+
+template <class Number>
+std::vector<double> tail(std::span<const Number> values, std::size_t size) {
+  const auto last = values.last(std::min(values.size(), size));
+  return {last.begin(), last.end()};
+}
+
+/// A total order also for not-a-numbers, which a sort would otherwise stumble over.
+bool ascending(double a, double b) {
+  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && !std::isnan(b);
+  return a < b;
+}
+
+}  // namespace
+
+double meanOf(std::span<const double> values) {
+  double sum = 0;
+  for (const double value : values) sum += value;
+  return sum / static_cast<double>(values.size());
+}
+
+std::optional<double> standardDeviationOf(std::span<const double> values) {
+  if (values.empty()) return std::nullopt;
+  const double mean = meanOf(values);
+  double squares = 0;
+  for (const double value : values) squares += (value - mean) * (value - mean);
+  return std::sqrt(squares / (static_cast<double>(values.size()) - 1));
+}
+
+double medianOf(std::span<const double> values) {
+  if (values.empty()) return 0;
+  return sortArray(values)[values.size() / 2];
+}
+
+std::vector<double> sortArray(std::span<const double> values) {
+  std::vector<double> sorted(values.begin(), values.end());
+  std::sort(sorted.begin(), sorted.end(), ascending);
+  return sorted;
+}
+
+std::optional<float> maxOf(std::span<const double> values) {
+  if (values.empty()) return std::nullopt;
+  float largest = static_cast<float>(values.front());
+  for (const double value : values) largest = std::max(largest, static_cast<float>(value));
+  return largest;
+}
+
+std::optional<float> minOf(std::span<const double> values) {
+  if (values.empty()) return std::nullopt;
+  float smallest = static_cast<float>(values.front());
+  for (const double value : values) smallest = std::min(smallest, static_cast<float>(value));
+  return smallest;
+}
+
+std::vector<double> lastObjectsOf(std::span<const float> values, std::size_t withSize) {
+  return tail(values, withSize);
+}
+
+std::vector<double> lastObjectsOf(std::span<const double> values, std::size_t withSize) {
+  return tail(values, withSize);
+}
+
+Regression linearRegressionOfUserAcceleration(std::span<const double> values) {
+  const double n = static_cast<double>(values.size());
+  double xSum = 0;
+  double ySum = 0;
+  double sxx = 0;
+  double sxy = 0;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const double x = static_cast<double>(i + 1);
+    xSum += x;
+    ySum += values[i];
+    sxx += x * x;
+    sxy += x * values[i];
+  }
+  const double xMean = xSum / n;
+  const double yMean = ySum / n;
+  const double slope = (sxy - yMean * xMean * n) / (sxx - xMean * xMean * n);
+  return {slope, yMean - xMean * slope, yMean};
+}
+
+std::vector<double> detrend(std::span<const double> values, bool subtractMean) {
+  const Regression line = linearRegressionOfUserAcceleration(values);
+  std::vector<double> residuals(values.size());
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const auto sample = static_cast<double>(static_cast<float>(values[i]));
+    const double residual = sample - (line.intersect + line.slope * static_cast<double>(i + 1));
+    residuals[i] = subtractMean ? residual : line.mean + residual;
+  }
+  return residuals;
+}
+
+}  // namespace veyla::VectorUtils
+
+namespace veyla {
+
+std::uint8_t median(std::span<const std::uint8_t> bytes) {
+  // The element at position count / 2 is the smallest value that more than count / 2 elements do
+  // not exceed. Counting runs over all bytes alike, so it vectorizes; a sort would not.
+  const std::size_t position = bytes.size() / 2;
+  unsigned below = 0;
+  for (unsigned bit = 128; bit != 0 && !bytes.empty(); bit /= 2) {
+    const unsigned candidate = below + bit - 1;
+    std::size_t notAbove = 0;
+    // Blocks short enough for a byte-wide count keep sixteen counters in one register.
+    constexpr std::size_t blockSize = 255;
+    for (std::size_t start = 0; start < bytes.size(); start += blockSize) {
+      const auto block = bytes.subspan(start, std::min(blockSize, bytes.size() - start));
+      std::uint8_t count = 0;
+      for (const std::uint8_t byte : block) {
+        count = static_cast<std::uint8_t>(count + (byte <= candidate ? 1 : 0));
+      }
+      notAbove += count;
+    }
+    if (notAbove <= position) below += bit;
+  }
+  return static_cast<std::uint8_t>(below);
+}
+
+std::optional<double> calculateStat(std::span<const double> values, std::string_view statistic) {
+  if (statistic != "average") return std::nullopt;
+  return VectorUtils::meanOf(values);
+}
+
+}  // namespace veyla

@@ -1,0 +1,69 @@
+#include "history/history_entry.h"
+
+#include <utility>
+
+namespace veyla {
+
+namespace {
+
+Value valueOf(const Labels& labels) {
+  Value::Array flags;
+  for (const bool flag : labels) flags.emplace_back(flag);
+  return flags;
+}
+
+std::optional<Labels> labelsOf(const Value& stored) {
+  const auto* flags = stored.array();
+  if (!flags || flags->size() != labelNames.size()) return std::nullopt;
+  Labels labels{};
+  for (std::size_t i = 0; i < labels.size(); ++i) labels[i] = (*flags)[i].boolValue();
+  return labels;
+}
+
+}  // namespace
+
+Value valueOf(const HistoryEntry& entry) {
+  if (entry.damaged) return *entry.damaged;
+  return Value::Dictionary{{"hr", entry.hr},
+                           {"spo2", entry.spo2},
+                           {"date", entry.date},
+                           {"labels", valueOf(entry.labels)}};
+}
+
+HistoryEntry historyEntryOf(const Value& stored) {
+  HistoryEntry entry;
+  const Value& hr = stored["hr"];
+  const Value& spo2 = stored["spo2"];
+  const Date* date = stored["date"].date();
+  const auto labels = labelsOf(stored["labels"]);
+  if (!hr.isNumber() || !spo2.isNumber() || !date || !labels) {
+    entry.damaged = stored;
+    return entry;
+  }
+  entry.hr = hr.doubleValue();
+  entry.spo2 = spo2.doubleValue();
+  entry.date = *date;
+  entry.labels = *labels;
+  return entry;
+}
+
+Value valueOf(const OldHistoryEntry& entry) {
+  Value::Array elements{entry.date, entry.heartrate, entry.spo2};
+  if (entry.labels) elements.push_back(valueOf(*entry.labels));
+  return elements;
+}
+
+std::optional<OldHistoryEntry> oldHistoryEntryOf(const Value& stored) {
+  const auto* elements = stored.array();
+  if (!elements || elements->size() < 3) return std::nullopt;
+  const auto* date = (*elements)[0].text();
+  const auto* heartrate = (*elements)[1].text();
+  const auto* spo2 = (*elements)[2].text();
+  if (!date || !heartrate || !spo2) return std::nullopt;
+
+  OldHistoryEntry entry{*date, *heartrate, *spo2, std::nullopt};
+  if (elements->size() > 3) entry.labels = labelsOf((*elements)[3]);
+  return entry;
+}
+
+}  // namespace veyla

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/date.h"
+#include "platform/value.h"
+
+namespace veyla {
+
+/// The activity labels, in the order in which an entry's flags stand.
+inline constexpr std::array<std::string_view, 7> labelNames{
+    "Resting",          "Active",         "Working",      "Training (Before)",
+    "Training (After)", "Sleep (Before)", "Sleep (After)"};
+
+/// One flag per label.
+using Labels = std::array<bool, labelNames.size()>;
+
+/// One finished measurement. A value of 0 was not measured.
+struct HistoryEntry {
+  /// Beats per minute, unrounded.
+  double hr = 0;
+  /// Per cent, unrounded.
+  double spo2 = 0;
+  /// When the measurement finished.
+  Date date;
+  Labels labels{};
+  /// A stored element that is no entry, as something else left it in the store: kept as it is and
+  /// written back as it is. The other fields then mean nothing.
+  std::optional<Value> damaged;
+
+  bool operator==(const HistoryEntry&) const = default;
+};
+
+/// The stored form, a dictionary with exactly the keys "hr", "spo2", "date" and "labels", and back.
+Value valueOf(const HistoryEntry& entry);
+HistoryEntry historyEntryOf(const Value& stored);
+
+/// An entry of the layout before the current one: everything a text but the labels, which the
+/// oldest entries lack.
+struct OldHistoryEntry {
+  std::string date;
+  std::string heartrate;
+  std::string spo2;
+  std::optional<Labels> labels;
+
+  bool operator==(const OldHistoryEntry&) const = default;
+};
+
+/// The stored form, an array of three or four elements, and back; nothing for anything else.
+Value valueOf(const OldHistoryEntry& entry);
+std::optional<OldHistoryEntry> oldHistoryEntryOf(const Value& stored);
+
+}  // namespace veyla

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+
+#include "acquisition/heartrate_result.h"
+#include "analysis/spo2_processing.h"
+
+namespace veyla {
+
+/// What becomes of one estimate. Only SpO2 estimates can be low.
+enum class EstimateVerdict { accepted, rejected, low, none };
+
+enum class MeasurementEnd { finished, lowSignal, stopped };
+
+/// Follows a measurement from outside, for traces and reports; it changes nothing. `counter` is the
+/// frame counter at which the event fell.
+class MeasurementObserver {
+ public:
+  virtual ~MeasurementObserver() = default;
+
+  /// A frame was stored in the record.
+  virtual void frameStored(std::int32_t counter) = 0;
+  virtual void heartrateEstimated(std::int32_t counter, const HeartrateResult& result,
+                                  EstimateVerdict verdict) = 0;
+  virtual void spo2Estimated(std::int32_t counter, float spo2, const Spo2Figures& figures,
+                             EstimateVerdict verdict) = 0;
+  virtual void measurementEnded(std::int32_t counter, MeasurementEnd end) = 0;
+};
+
+}  // namespace veyla

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/display.h"
+
+/// The elements of the measuring screen.
+namespace veyla::MeasuringScreen {
+
+/// The big live values, and the captions above them that shimmer while a value is being measured.
+inline constexpr Element labelHeartrate{"labelHeartrate"};
+inline constexpr Element labelSpo2{"labelSpo2"};
+inline constexpr Element labelMeasuringHeartrate{"labelMeasuringHeartrate"};
+inline constexpr Element labelMeasuringSpo2{"labelMeasuringSpo2"};
+
+/// The instruction line and the status line.
+inline constexpr Element labelGrey{"labelGrey"};
+inline constexpr Element labelRed{"labelRed"};
+
+inline constexpr Element gaugeHR{"gaugeHR"};
+inline constexpr Element gaugeSpo2{"gaugeSpo2"};
+inline constexpr Element viewGaugeHeartrate{"viewGaugeHeartrate"};
+inline constexpr Element viewGaugeSpo2{"viewGaugeSpo2"};
+inline constexpr Element circleprogressHeartrate{"circleprogressHeartrate"};
+inline constexpr Element circleprogressSpo2{"circleprogressSpo2"};
+
+inline constexpr Element beginButton{"beginButton"};
+inline constexpr Element stopButton{"stopButton"};
+inline constexpr Element buttonCheckboxHeartrate{"buttonCheckboxHeartrate"};
+inline constexpr Element buttonCheckboxSpo2{"buttonCheckboxSpo2"};
+
+/// The centre panel shows either the previous measurement's values or the pulse curve.
+inline constexpr Element viewCenter{"viewCenter"};
+inline constexpr Element viewLastMeasurements{"viewLastMeasurements"};
+inline constexpr Element labelLastHeartrate{"labelLastHeartrate"};
+inline constexpr Element labelLastSpo2{"labelLastSpo2"};
+inline constexpr Element chartFourierView{"chartFourierView"};
+
+inline constexpr Element navBar{"navBar"};
+/// Takes the SpO2 estimator's diagnostic line.
+inline constexpr Element testLabel{"testLabel"};
+
+}  // namespace veyla::MeasuringScreen

@@ -1,0 +1,158 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace veyla {
+
+/// One video frame: 32-bit pixels in the byte order blue, green, red, alpha.
+class PixelBuffer {
+ public:
+  virtual ~PixelBuffer() = default;
+
+  /// Holds the pixels in place until `unlockBaseAddress`; false when that is not possible.
+  virtual bool lockBaseAddress() = 0;
+  virtual void unlockBaseAddress() = 0;
+  /// In pixels.
+  virtual std::size_t width() const = 0;
+  virtual std::size_t height() const = 0;
+  /// From one row to the next, at least 4 × width.
+  virtual std::size_t bytesPerRow() const = 0;
+  virtual const std::uint8_t* baseAddress() const = 0;
+};
+
+/// The red, green, blue and pulse value of one frame, each in 0 to 255.
+struct FrameSample {
+  float red = 0;
+  float green = 0;
+  float blue = 0;
+  float hr = 0;
+
+  bool operator==(const FrameSample&) const = default;
+};
+
+/// Names a frame that the capture discarded.
+struct DroppedSample {};
+
+/// What a video data output calls on the main thread, once per frame.
+class SampleBufferDelegate {
+ public:
+  virtual ~SampleBufferDelegate() = default;
+
+  virtual void captureOutput(PixelBuffer& didOutputSampleBuffer) = 0;
+  /// A frame whose averages are known already, such as a row of a recorded colour series.
+  virtual void captureOutput(const FrameSample& didOutputSample) = 0;
+  virtual void captureOutput(DroppedSample didDropSampleBuffer) = 0;
+};
+
+enum class CaptureDeviceType { dualCamera, wideAngleCamera, telephotoCamera };
+
+/// A camera with its light. Modes are the platform's own numbers: exposure, white balance and focus
+/// 0 locked, 1 auto, 2 continuous; torch and flash 0 off, 1 on, 2 auto; focus range restriction
+/// 0 none, 1 near, 2 far. Changes need the lock for configuration.
+class CaptureDevice {
+ public:
+  virtual ~CaptureDevice() = default;
+
+  virtual CaptureDeviceType deviceType() const = 0;
+
+  virtual bool lockForConfiguration() = 0;
+  virtual void unlockForConfiguration() = 0;
+
+  virtual bool isExposureModeSupported(int mode) const = 0;
+  virtual int exposureMode() const = 0;
+  virtual void setExposureMode(int mode) = 0;
+
+  virtual bool isWhiteBalanceModeSupported(int mode) const = 0;
+  virtual int whiteBalanceMode() const = 0;
+  virtual void setWhiteBalanceMode(int mode) = 0;
+
+  virtual bool isFocusModeSupported(int mode) const = 0;
+  virtual int focusMode() const = 0;
+  virtual void setFocusMode(int mode) = 0;
+
+  virtual int autoFocusRangeRestriction() const = 0;
+  virtual void setAutoFocusRangeRestriction(int restriction) = 0;
+
+  virtual bool isLowLightBoostSupported() const = 0;
+  virtual bool automaticallyEnablesLowLightBoostWhenAvailable() const = 0;
+  virtual void setAutomaticallyEnablesLowLightBoostWhenAvailable(bool enabled) = 0;
+
+  virtual bool hasTorch() const = 0;
+  virtual bool isTorchModeSupported(int mode) const = 0;
+  virtual int torchMode() const = 0;
+  virtual void setTorchMode(int mode) = 0;
+  /// 0 to 1.
+  virtual float torchLevel() const = 0;
+  virtual void setFlashMode(int mode) = 0;
+
+  virtual double videoZoomFactor() const = 0;
+  virtual bool isAdjustingWhiteBalance() const = 0;
+  virtual bool isAdjustingFocus() const = 0;
+  virtual bool isAdjustingExposure() const = 0;
+};
+
+/// A camera as the input of a session.
+struct CaptureDeviceInput {
+  std::shared_ptr<CaptureDevice> device;
+};
+
+/// What a session delivers its frames to, and how.
+struct VideoDataOutput {
+  bool alwaysDiscardsLateVideoFrames = false;
+  /// Four-character code.
+  std::string pixelFormat;
+  /// Called on the main queue; must outlive the session's run.
+  SampleBufferDelegate* sampleBufferDelegate = nullptr;
+};
+
+enum class SessionPreset { low };
+
+class CaptureSession {
+ public:
+  virtual ~CaptureSession() = default;
+
+  virtual void beginConfiguration() = 0;
+  virtual void setSessionPreset(SessionPreset preset) = 0;
+  virtual void addInput(std::shared_ptr<CaptureDeviceInput> input) = 0;
+  virtual void addOutput(std::shared_ptr<VideoDataOutput> output) = 0;
+  virtual void commitConfiguration() = 0;
+
+  virtual void startRunning() = 0;
+  virtual void stopRunning() = 0;
+  virtual bool isRunning() const = 0;
+
+  virtual std::vector<std::shared_ptr<CaptureDeviceInput>> inputs() const = 0;
+  virtual std::vector<std::shared_ptr<VideoDataOutput>> outputs() const = 0;
+  virtual void removeInput(const std::shared_ptr<CaptureDeviceInput>& input) = 0;
+  virtual void removeOutput(const std::shared_ptr<VideoDataOutput>& output) = 0;
+};
+
+enum class CameraAuthorization { notDetermined, restricted, denied, authorized, unknown };
+
+/// The machine's cameras: which there are, whether they may be used, and sessions on them.
+class Camera {
+ public:
+  virtual ~Camera() = default;
+
+  virtual CameraAuthorization authorizationStatus() const = 0;
+  /// Asks the user; `completion` gets the answer on the main thread.
+  virtual void requestAccess(std::function<void(bool granted)> completion) = 0;
+
+  /// The back cameras of all three types in the platform's order; nothing where the platform cannot
+  /// list cameras at all.
+  virtual std::optional<std::vector<std::shared_ptr<CaptureDevice>>> discoverBackDevices() = 0;
+  /// The platform's default video device, or null.
+  virtual std::shared_ptr<CaptureDevice> defaultVideoDevice() = 0;
+  /// Null when the device cannot be opened.
+  virtual std::shared_ptr<CaptureDeviceInput> makeDeviceInput(
+      const std::shared_ptr<CaptureDevice>& device) = 0;
+  virtual std::shared_ptr<CaptureSession> makeSession() = 0;
+};
+
+}  // namespace veyla

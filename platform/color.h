@@ -1,0 +1,18 @@
+#pragma once
+
+namespace veyla {
+
+/// A colour in sRGB; each component in 0 to 1.
+struct Color {
+  double red = 0;
+  double green = 0;
+  double blue = 0;
+  double alpha = 1;
+
+  bool operator==(const Color&) const = default;
+};
+
+/// The red of alerts, rings and the page indicator.
+inline constexpr Color accentRed{200.0 / 255, 2.0 / 255, 0, 1};
+
+}  // namespace veyla

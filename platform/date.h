@@ -1,0 +1,14 @@
+#pragma once
+
+#include <compare>
+
+namespace veyla {
+
+/// An absolute point in time, in seconds since 1970-01-01 00:00 UTC.
+struct Date {
+  double secondsSince1970 = 0;
+
+  auto operator<=>(const Date&) const = default;
+};
+
+}  // namespace veyla

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string_view>
+
+#include "platform/value.h"
+
+namespace veyla {
+
+/// The user's persistent store of typed values under string keys.
+///
+/// A binding that cannot read or write reports it to its app by its own means; the core goes on.
+class KeyValueStore {
+ public:
+  virtual ~KeyValueStore() = default;
+
+  virtual std::optional<Value> value(std::string_view key) = 0;
+  virtual void setValue(std::string_view key, const Value& value) = 0;
+  virtual void removeValue(std::string_view key) = 0;
+
+  /// Makes every change so far durable, all of them or none.
+  virtual void synchronize() = 0;
+
+  /// Runs `changes`, which read, write and end with `synchronize`, while no other program writes:
+  /// what they read cannot have changed when they write.
+  virtual void exclusively(const std::function<void()>& changes) = 0;
+};
+
+}  // namespace veyla

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "platform/capture.h"
+
+namespace veyla {
+
+/// A recording that cannot be read: one line that names the file, the reason and the way out.
+class InputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// A recording as a sequence of frames in its own time.
+class RecordingSource {
+ public:
+  virtual ~RecordingSource() = default;
+
+  /// Moves on to the next frame (at first, to the first one); false when there is none.
+  virtual bool advance() = 0;
+
+  /// Seconds from the first frame of the recording to the current one; never decreases.
+  virtual double time() const = 0;
+
+  /// Hands the current frame to `delegate`, as pixels at the size of the low preset or, from a
+  /// colour series, as averages. What makes the pixels happens here, so frames that nobody asks for
+  /// cost nothing but their decoding.
+  virtual void deliver(SampleBufferDelegate& delegate) = 0;
+
+  /// After the end: what kept the recording from being read to its own end, such as a file that is
+  /// cut off, as one line that names the file; empty when nothing did.
+  virtual std::string remark() const { return {}; }
+};
+
+/// Opens a video or a colour series, whichever the file holds. Throws `InputError`.
+std::unique_ptr<RecordingSource> openRecording(const std::string& path);
+
+}  // namespace veyla

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <typeindex>
+
+#include "platform/alert_view.h"
+#include "platform/capture.h"
+#include "platform/device_info.h"
+#include "platform/display.h"
+#include "platform/health_store.h"
+#include "platform/key_value_store.h"
+#include "platform/log.h"
+#include "platform/main_queue.h"
+#include "platform/real_fft.h"
+#include "platform/resources.h"
+#include "platform/screens.h"
+#include "platform/text_services.h"
+
+namespace veyla {
+
+/// The services that a machine offers to the core.
+struct Services {
+  Log& log;
+  MainQueue& mainQueue;
+  Clock& clock;
+  Camera& camera;
+  RealFft& realFft;
+  KeyValueStore& store;
+  HealthStore& healthStore;
+  Resources& resources;
+  JsonParser& json;
+  DeviceInfo& device;
+  DateFormatting& dates;
+  RegularExpressions& regularExpressions;
+  UuidGenerator& uuids;
+  Display& measuringDisplay;
+  AlertView& alertView;
+  Screens& screens;
+};
+
+/// The services in force and the shared instances that live on them: the core's only global.
+///
+/// An app makes one at its start and keeps it to its end; a test makes one per test and so gets
+/// fresh shared instances. The newest one on a thread is in force there until it is destroyed, so
+/// that independent measurements can run on a thread each.
+class Platform {
+ public:
+  explicit Platform(const Services& services);
+  ~Platform();
+  Platform(const Platform&) = delete;
+  Platform& operator=(const Platform&) = delete;
+
+  /// The platform in force on this thread; there must be one.
+  static Platform& current();
+
+  const Services& services() const { return services_; }
+
+  /// The one `T` of this platform, made without arguments on first use.
+  template <class T>
+  T& shared() {
+    const std::type_index type(typeid(T));
+    auto found = instances_.find(type);
+    if (found == instances_.end()) {
+      found = instances_.emplace(type, std::make_shared<T>()).first;
+    }
+    return *static_cast<T*>(found->second.get());
+  }
+
+ private:
+  Services services_;
+  Platform* previous_;
+  std::map<std::type_index, std::shared_ptr<void>> instances_;
+};
+
+/// The services of the platform in force.
+inline const Services& services() { return Platform::current().services(); }
+
+}  // namespace veyla

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/date.h"
+
+namespace veyla {
+
+/// Dates as texts, in the device's locale and time zone.
+class DateFormatting {
+ public:
+  virtual ~DateFormatting() = default;
+
+  /// The localized date in medium style and time in short style, such as "Mar 5, 2024, 2:07 PM".
+  virtual std::string mediumDateShortTime(Date date) const = 0;
+  /// Reads such a text back; nothing when it is in another form.
+  virtual std::optional<Date> parseMediumDateShortTime(std::string_view text) const = 0;
+};
+
+class RegularExpressions {
+ public:
+  virtual ~RegularExpressions() = default;
+
+  /// Whether the whole of `text` matches `pattern` regardless of case; false for a pattern that
+  /// cannot be compiled.
+  virtual bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const = 0;
+};
+
+class UuidGenerator {
+ public:
+  virtual ~UuidGenerator() = default;
+
+  /// A new random UUID, such as "1B4E28BA-2FA1-11D2-883F-B9A761BDE3FB", in upper case.
+  virtual std::string randomUuid() = 0;
+};
+
+}  // namespace veyla

@@ -1,0 +1,62 @@
+#include "platform/value.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace veyla {
+
+namespace {
+
+template <class Integer>
+Integer saturated(double value) {
+  if (std::isnan(value)) return 0;
+  // The largest 64-bit integer is no double; its successor 2^63 is, and lies outside the range.
+  const double beyond = std::ldexp(1.0, std::numeric_limits<Integer>::digits);
+  if (value >= beyond) return std::numeric_limits<Integer>::max();
+  if (value < -beyond) return std::numeric_limits<Integer>::min();
+  return static_cast<Integer>(value);
+}
+
+}  // namespace
+
+bool Value::isNumber() const {
+  return std::holds_alternative<std::int64_t>(held_) || std::holds_alternative<float>(held_) ||
+         std::holds_alternative<double>(held_);
+}
+
+double Value::doubleValue() const {
+  if (const auto* value = std::get_if<double>(&held_)) return *value;
+  if (const auto* value = std::get_if<float>(&held_)) return static_cast<double>(*value);
+  if (const auto* value = std::get_if<std::int64_t>(&held_)) return static_cast<double>(*value);
+  if (const auto* value = std::get_if<bool>(&held_)) return *value ? 1 : 0;
+  return 0;
+}
+
+bool Value::boolValue() const { return doubleValue() != 0; }
+
+std::int32_t Value::intValue() const {
+  if (const auto* value = std::get_if<std::int64_t>(&held_)) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(*value, Limits::min(), Limits::max()));
+  }
+  return saturated<std::int32_t>(doubleValue());
+}
+
+std::int64_t Value::int64Value() const {
+  if (const auto* value = std::get_if<std::int64_t>(&held_)) return *value;
+  return saturated<std::int64_t>(doubleValue());
+}
+
+const Value& Value::operator[](std::string_view key) const {
+  static const Value none;
+  if (const Dictionary* entries = dictionary()) {
+    for (const auto& [name, value] : *entries) {
+      if (name == key) return value;
+    }
+  }
+  return none;
+}
+
+}  // namespace veyla

@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Builds everything and runs every test: the core with the second compiler, then all tests as
+# released and under the sanitizers. Prints the count of all of them last.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+# GNU tools and the programs under test speak the language that the tests expect.
+export LC_ALL=C.UTF-8
+
+echo "== core with clang and libc++"
+cmake --preset clang-core >/dev/null
+cmake --build --preset clang-core
+
+passed=0 failed=0 skipped=0
+for preset in release sanitize; do
+  echo "== tests, $preset"
+  cmake --preset "$preset" >/dev/null
+  cmake --build --preset "$preset"
+  results=build/$preset/tests.xml
+  ctest --test-dir "build/$preset" --output-on-failure --output-junit tests.xml -j "$(nproc)" || true
+  count() { sed -n "s/.*<testsuite .*$1=\"\([0-9]*\)\".*/\1/p;s/^[[:space:]]*$1=\"\([0-9]*\)\".*/\1/p" "$results" | head -n 1; }
+  tests=$(count tests) failures=$(count failures) skips=$(count skipped)
+  : "${tests:?no test ran}" "${failures:?}" "${skips:?}"
+  failed=$((failed + failures)) skipped=$((skipped + skips))
+  passed=$((passed + tests - failures - skips))
+done
+echo "$passed passed, $failed failed, $skipped skipped"
+[ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]

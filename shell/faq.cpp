@@ -1,0 +1,33 @@
+#include "shell/faq.h"
+
+#include "platform/platform.h"
+
+namespace veyla::Utils {
+
+namespace {
+
+struct LoadedFaqs {
+  std::vector<FaqEntry> entries;
+};
+
+LoadedFaqs& loaded() { return Platform::current().shared<LoadedFaqs>(); }
+
+}  // namespace
+
+void loadLocalFaqs() {
+  auto& entries = loaded().entries;
+  entries.clear();
+  const auto text = services().resources.read("Faq", "json");
+  const auto json = text ? services().json.parse(*text) : std::nullopt;
+  const auto* results = json ? (*json)["results"].array() : nullptr;
+  if (!results) return;
+  for (const Value& entry : *results) {
+    const auto* question = entry["question"].text();
+    const auto* answer = entry["answer"].text();
+    if (question && answer) entries.push_back({*question, *answer});
+  }
+}
+
+const std::vector<FaqEntry>& faqs() { return loaded().entries; }
+
+}  // namespace veyla::Utils
