@@ -1,11 +1,10 @@
 #include "apps/cli/series_command.h"
 
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 
 #include "acquisition/frame_averaging.h"
+#include "apps/cli/decimal.h"
 #include "apps/cli/exit_status.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/recording_source.h"
@@ -36,21 +35,13 @@ class FrameAverager : public SampleBufferDelegate {
   FrameSample sample_;
 };
 
-template <class Number>
-void append(std::string& text, Number number) {
-  std::array<char, 64> digits;
-  const auto [end, error] =
-      std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed);
-  text.append(digits.data(), end);
-}
-
 std::string rowOf(double seconds, const FrameSample& sample) {
   constexpr double microsecondsPerSecond = 1e6;
   std::string row;
-  append(row, std::round(seconds * microsecondsPerSecond) / 1000);
+  appendDecimal(row, std::round(seconds * microsecondsPerSecond) / 1000);
   for (const float value : {sample.red, sample.green, sample.blue, sample.hr}) {
     row += ',';
-    append(row, value);
+    appendDecimal(row, value);
   }
   row += '\n';
   return row;
