@@ -121,13 +121,6 @@ TEST_F(HistoryStoreTest, TheMigrationKeepsWhatIsOlderOrHarderToRead) {
                           StartsWith("the date \"5. Mai 2015\"")));
 }
 
-TEST_F(HistoryStoreTest, WithoutAnOldHistoryTheMigrationDoesNothing) {
-  Utils::convertOldValuesToNew();
-  platform_.store.values["history"] = Value::Array{};
-  Utils::convertOldValuesToNew();
-  EXPECT_THAT(platform_.journal.lines(), IsEmpty());
-}
-
 // Random entries.
 
 TEST_F(HistoryStoreTest, RandomEntriesLieInTheirRangesAndOnTheirDay) {

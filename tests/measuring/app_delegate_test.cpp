@@ -76,11 +76,5 @@ TEST_F(AppDelegateTest, AfterTheFirstReturnEveryActivationIsPosted) {
   EXPECT_THAT(posted_, ElementsAre("didEnterBackground", "didBecomeActive", "didBecomeActive"));
 }
 
-TEST_F(AppDelegateTest, WhoLeavesTheNotificationsHearsNoMore) {
-  NotificationCenter::instance().remove(this);
-  application_.applicationDidEnterBackground();
-  EXPECT_TRUE(posted_.empty());
-}
-
 }  // namespace
 }  // namespace veyla

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "platform/format.h"
 #include "tests/support/test_platform.h"
 
@@ -36,16 +34,6 @@ TEST(PlatformTest, SharedInstancesMayUseEachOtherWhileTheyGo) {
   TestPlatform platform;
   Platform::current().shared<Late>();
   Platform::current().shared<Early>();
-}
-
-TEST(PlatformTest, ThreadsHaveAPlatformEach) {
-  TestPlatform platform;
-  Platform& here = Platform::current();
-  std::thread([&] {
-    TestPlatform other;
-    EXPECT_NE(&Platform::current(), &here);
-  }).join();
-  EXPECT_EQ(&Platform::current(), &here);
 }
 
 TEST(FormatTest, TextsMayBeLong) {

@@ -60,14 +60,6 @@ TEST_F(AlertsTest, AnAlertIsDismissedOnceHoweverOftenItIsClosed) {
   EXPECT_TRUE(alerts_.isShowing(other));
 }
 
-TEST_F(AlertsTest, AButtonActsAfterItsAlertHasGone) {
-  bool gone = false;
-  Alert alert;
-  alert.buttons.push_back({"Read", [&] { gone = dismissals_ == 1; }});
-  alerts_.tapButton(show(std::move(alert)), 0);
-  EXPECT_TRUE(gone);
-}
-
 TEST_F(AlertsTest, AViewMayAnswerAtOnce) {
   platform_.alerts.answer = [&](int id) { alerts_.tapClose(id); };
   const int id = show(alertWith("Done", 1));
