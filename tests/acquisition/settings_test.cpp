@@ -40,22 +40,6 @@ TEST(SettingsTest, AResourceThatIsMissingBrokenOrWithoutTheDeviceYieldsNothing) 
   }
 }
 
-TEST(SettingsTest, EachSetIsReplacedWholeAndAMissingKeyReadsAsZero) {
-  TestPlatform platform;
-  EXPECT_EQ(Utils::getHeartrateSettings("neededValidHeartrate").intValue(), 0);
-  EXPECT_FALSE(Utils::getHeartrateSettings());
-
-  Utils::setHeartrateSettings(Value(Value::Dictionary{{"neededValidHeartrate", 20}}));
-  Utils::setSpo2Settings(Value(Value::Dictionary{{"useTrend", true}}));
-  EXPECT_EQ(Utils::getHeartrateSettings("neededValidHeartrate").intValue(), 20);
-  EXPECT_TRUE(Utils::getSpo2Settings("useTrend").boolValue());
-  EXPECT_FALSE(Utils::getSpo2Settings("neededValidHeartrate").boolValue());
-  EXPECT_EQ(Utils::getCameraSettings("exposureMode").intValue(), 0);
-
-  Utils::setHeartrateSettings(std::nullopt);
-  EXPECT_EQ(Utils::getHeartrateSettings("neededValidHeartrate").intValue(), 0);
-}
-
 struct Hardware {
   const char* model;
   int number;

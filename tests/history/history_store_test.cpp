@@ -162,13 +162,6 @@ TEST_F(HistoryStoreTest, RandomOldEntriesCarryFewLabels) {
   EXPECT_NEAR(flags, 210, 90) << "a tenth of 2100";
 }
 
-TEST_F(HistoryStoreTest, ARandomAnswerFollowsItsProbability) {
-  for (int i = 0; i < 100; ++i) {
-    EXPECT_TRUE(Utils::makeRandomBool(1));
-    EXPECT_FALSE(Utils::makeRandomBool(-0.1));
-  }
-}
-
 // User state.
 
 TEST_F(HistoryStoreTest, TheLastValuesAreSinglePrecisionAndZeroBeforeTheFirst) {

@@ -33,12 +33,5 @@ TEST(ValueTest, IntegersStopAtTheEndsOfTheirRange) {
   EXPECT_EQ(Value(9.3e18).int64Value(), std::numeric_limits<std::int64_t>::max());
 }
 
-TEST(ValueTest, KindsOfNumbersAreToldApart) {
-  EXPECT_NE(Value(1), Value(1.0));
-  EXPECT_NE(Value(1.0), Value(1.0F));
-  EXPECT_NE(Value(1), Value(true));
-  EXPECT_EQ((Value(Value::Dictionary{{"a", 1}, {"b", "x"}})["b"]), Value("x"));
-}
-
 }  // namespace
 }  // namespace veyla
