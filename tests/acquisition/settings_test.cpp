@@ -40,22 +40,6 @@ TEST(SettingsTest, AResourceThatIsMissingBrokenOrWithoutTheDeviceYieldsNothing) 
   }
 }
 
-TEST(SettingsTest, EachSetIsReplacedWholeAndAMissingKeyReadsAsZero) {
-  TestPlatform platform;
-  EXPECT_EQ(Utils::getHeartrateSettings("neededValidHeartrate").intValue(), 0);
-  EXPECT_FALSE(Utils::getHeartrateSettings());
-
-  Utils::setHeartrateSettings(Value(Value::Dictionary{{"neededValidHeartrate", 20}}));
-  Utils::setSpo2Settings(Value(Value::Dictionary{{"useTrend", true}}));
-  EXPECT_EQ(Utils::getHeartrateSettings("neededValidHeartrate").intValue(), 20);
-  EXPECT_TRUE(Utils::getSpo2Settings("useTrend").boolValue());
-  EXPECT_FALSE(Utils::getSpo2Settings("neededValidHeartrate").boolValue());
-  EXPECT_EQ(Utils::getCameraSettings("exposureMode").intValue(), 0);
-
-  Utils::setHeartrateSettings(std::nullopt);
-  EXPECT_EQ(Utils::getHeartrateSettings("neededValidHeartrate").intValue(), 0);
-}
-
 struct Hardware {
   const char* model;
   int number;
@@ -63,21 +47,27 @@ struct Hardware {
 };
 
 TEST(SettingsTest, HardwareModelsHaveTheirNumbersAndProfiles) {
-  constexpr Hardware phones[] = {
-      {"iPhone3,1", 3, "iphone4"},       {"iPhone3,3", 3, "iphone4"},
-      {"iPhone4,1", 4, "iphone4s"},      {"iPhone4,3", 4, "iphone4s"},
-      {"iPhone5,2", 5, "iphone5"},       {"iPhone5,3", 6, "iphone5"},
-      {"iPhone6,2", 7, "iphone5s"},      {"iPhone7,2", 8, "iphone6"},
-      {"iPhone7,1", 9, "iphone6plus"},   {"iPhone8,1", 10, "iphone6s"},
-      {"iPhone8,2", 11, "iphone6splus"}, {"iPhone9,1", 30, "iphone7"},
-      {"iPhone9,3", 30, "iphone7"},      {"iPhone9,4", 31, "iphone7plus"},
-      {"iPhone8,4", 0, "iphone6"},       {"iPhone14,5", 0, "iphone6"},
-      {"x86_64", 0, "iphone6"},          {"iPad2,4", 14, "iphone6"},
-      {"iPad2,5", 15, "iphone6"},        {"iPad3,6", 17, "iphone6"},
-      {"iPad4,6", 19, "iphone6"},        {"iPad4,7", 21, "iphone6"},
-      {"iPad5,2", 22, "iphone6"},        {"iPad5,3", 20, "iphone6"},
-      {"iPad6,8", 23, "iphone6"},        {"iPod5,1", 28, "iphone6"},
-      {"iPod7,1", 29, "iphone6"},        {"", 0, "iphone6"}};
+  constexpr Hardware phones[] = {{"iPhone3,1", 3, "iphone4"},
+                                 {"iPhone4,1", 4, "iphone4s"},
+                                 {"iPhone5,2", 5, "iphone5"},
+                                 {"iPhone5,3", 6, "iphone5"},
+                                 {"iPhone6,2", 7, "iphone5s"},
+                                 {"iPhone7,2", 8, "iphone6"},
+                                 {"iPhone7,1", 9, "iphone6plus"},
+                                 {"iPhone8,1", 10, "iphone6s"},
+                                 {"iPhone8,2", 11, "iphone6splus"},
+                                 {"iPhone9,1", 30, "iphone7"},
+                                 {"iPhone9,4", 31, "iphone7plus"},
+                                 {"iPhone8,4", 0, "iphone6"},
+                                 {"iPhone14,5", 0, "iphone6"},
+                                 {"x86_64", 0, "iphone6"},
+                                 {"iPad2,5", 15, "iphone6"},
+                                 {"iPad3,6", 17, "iphone6"},
+                                 {"iPad4,7", 21, "iphone6"},
+                                 {"iPad5,3", 20, "iphone6"},
+                                 {"iPad6,8", 23, "iphone6"},
+                                 {"iPod7,1", 29, "iphone6"},
+                                 {"", 0, "iphone6"}};
   for (const Hardware& phone : phones) {
     TestPlatform platform(phone.model);
     EXPECT_EQ(SDiOSVersion::deviceVersion(), phone.number) << phone.model;
@@ -99,16 +89,6 @@ TEST(SettingsTest, DeviceQuestionsKeepTheirFirstAnswerButForTheOneAskedAnew) {
   platform.device.model = "iPhone6,1";
   EXPECT_TRUE(Utils::isIphone5s());
   EXPECT_FALSE(Utils::isIphone6or6plus());
-}
-
-TEST(SettingsTest, NamesAndVersionsComeFromTheMachine) {
-  TestPlatform platform("i386");
-  EXPECT_EQ(SDiOSVersion::deviceName(), "Simulator");
-  platform.device.model = "iPhone9,1";
-  EXPECT_EQ(SDiOSVersion::deviceName(), "iPhone9,1");
-  EXPECT_EQ(SDiOSVersion::iOSVersion(), "10.3.1");
-  EXPECT_EQ(Utils::iOSVersion(), "10.3.1");
-  EXPECT_EQ(Utils::appVersion(), "1.0.0");
 }
 
 }  // namespace

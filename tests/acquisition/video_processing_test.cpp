@@ -149,18 +149,6 @@ TEST_F(VideoProcessingTest, AStopWithoutFramesOrWithoutAStartReportsNoRate) {
   EXPECT_EQ(platform_.log.lines.back(), report);
 }
 
-TEST_F(VideoProcessingTest, APauseKeepsTheCountersAndTheTorch) {
-  video_.startRecording();
-  video_.setCounter(5);
-  platform_.camera.device->torchState = 1;
-  video_.pauseRecording();
-  EXPECT_FALSE(video_.isRecording());
-  video_.continueRecording();
-  EXPECT_TRUE(video_.isRecording());
-  EXPECT_EQ(video_.counter(), 5);
-  EXPECT_EQ(platform_.camera.device->torchState, 1);
-}
-
 TEST_F(VideoProcessingTest, GridCellsAreReadFromTheSettingsAtEachFrameWhateverTheLockSays) {
   video_.startRecording();
   TestFrame frame(192, 144, {10, 200, 100});
@@ -187,16 +175,6 @@ TEST_F(VideoProcessingTest, OneProfileAveragesTheWholeFrameAndSkipsOneThatCannot
   frame.lockable = false;
   video_.captureOutput(frame);
   EXPECT_EQ(delegate_.frames.size(), 1U);
-
-  platform_.device.model = "iPhone4,1";
-  video_.startRecording();
-  EXPECT_FALSE(video_.isIphone4());
-  platform_.device.model = "iPhone7,2";
-  video_.startRecording();
-  EXPECT_TRUE(video_.isIphone6());
-  platform_.device.model = "iPhone7,1";
-  video_.startRecording();
-  EXPECT_FALSE(video_.isIphone6());
 }
 
 TEST_F(VideoProcessingTest, TheDumpTellsTheCamerasStateOnEveryFifteenthFrame) {

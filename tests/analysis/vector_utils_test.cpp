@@ -37,15 +37,6 @@ TEST(VectorUtilsTest, TheDeviationIsThatOfASample) {
   EXPECT_TRUE(std::isnan(*VectorUtils::standardDeviationOf(Series{7})));
 }
 
-TEST(VectorUtilsTest, AMeanOfNothingIsNotANumberAndExtremesOfNothingAreNone) {
-  EXPECT_EQ(VectorUtils::meanOf(Series{1, 2, 6}), 3);
-  EXPECT_TRUE(std::isnan(VectorUtils::meanOf(Series{})));
-  EXPECT_FALSE(VectorUtils::maxOf(Series{}));
-  EXPECT_FALSE(VectorUtils::minOf(Series{}));
-  EXPECT_EQ(calculateStat(Series{1, 2}, "average"), 1.5);
-  EXPECT_FALSE(calculateStat(Series{1, 2}, "mode"));
-}
-
 TEST(VectorUtilsTest, ExtremesAreSinglePrecisionValues) {
   EXPECT_EQ(VectorUtils::maxOf(Series{-3, -1.1, -2}), -1.1F);
   EXPECT_EQ(VectorUtils::minOf(Series{0.1, 3}), 0.1F);
@@ -56,13 +47,6 @@ TEST(VectorUtilsTest, TheTailKeepsItsOrderAndIsNeverLongerThanTheSeries) {
   EXPECT_THAT(VectorUtils::lastObjectsOf(series, 2), ElementsAre(2, 3));
   EXPECT_THAT(VectorUtils::lastObjectsOf(series, 10), ElementsAre(1, 2, 3));
   EXPECT_THAT(VectorUtils::lastObjectsOf(series, 0), IsEmpty());
-}
-
-TEST(VectorUtilsTest, TheLineRunsOverSampleNumbersFromOne) {
-  const auto line = VectorUtils::linearRegressionOfUserAcceleration(Series{5, 7, 9});
-  EXPECT_DOUBLE_EQ(line.slope, 2);
-  EXPECT_DOUBLE_EQ(line.intersect, 3);
-  EXPECT_DOUBLE_EQ(line.mean, 7);
 }
 
 TEST(VectorUtilsTest, DetrendingRemovesTheLineAndKeepsTheLevelOnRequest) {
