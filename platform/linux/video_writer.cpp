@@ -114,7 +114,9 @@ class VideoWriter::Muxer {
       av_opt_set(codec_->priv_data, "crf", "10", 0);
       av_opt_set(codec_->priv_data, "preset", "veryfast", 0);
     } else if (name == "libvpx-vp9") {
-      av_opt_set(codec_->priv_data, "crf", "8", 0);
+      av_opt_set(codec_->priv_data, "crf", "4", 0);
+      codec_->qmin = 0;
+      codec_->qmax = 8;
       av_opt_set(codec_->priv_data, "deadline", "realtime", 0);
       av_opt_set(codec_->priv_data, "cpu-used", "8", 0);
       av_opt_set(codec_->priv_data, "row-mt", "1", 0);
