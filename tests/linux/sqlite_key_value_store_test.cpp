@@ -79,7 +79,7 @@ class SqliteKeyValueStoreTest : public testing::Test {
     try {
       SqliteKeyValueStore store(folder(), 50ms);
     } catch (const StoreError& error) {
-      EXPECT_THAT(error.what(), HasSubstr(file().string()));
+      EXPECT_THAT(error.what(), HasSubstr(folder().string()));
       return error.what();
     }
     return "opened";
@@ -342,6 +342,9 @@ TEST_F(SqliteKeyValueStoreTest, AFullDiskLeavesTheOldContents) {
     append(store, entry(1));
     store.exclusively([&] {
       store.setValue("values", history(20000));
+      store.synchronize();
+      // Also what would fit goes with the rest.
+      store.setValue("values", history(3));
       store.synchronize();
     });
     const auto count = entryCount(store);
