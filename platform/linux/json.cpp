@@ -153,12 +153,17 @@ class ValueBuilder {
     return parent.isDictionary && !parent.literal && parent.entries.empty() && parent.key == tag;
   }
 
+  /// Room from the start for about the keys of a history entry, and for its labels.
+  static constexpr std::size_t usualSize = 4;
+
   bool add(Value value) {
     if (open_.empty()) {
       root_ = std::move(value);
     } else if (Container& parent = open_.back(); parent.isDictionary) {
+      if (parent.entries.empty()) parent.entries.reserve(usualSize);
       parent.entries.emplace_back(std::move(parent.key), std::move(value));
     } else {
+      if (parent.elements.empty()) parent.elements.reserve(2 * usualSize);
       parent.elements.push_back(std::move(value));
     }
     return true;

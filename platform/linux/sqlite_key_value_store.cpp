@@ -59,7 +59,9 @@ std::string_view columnText(sqlite3_stmt* statement, int column) {
 
 /// The text must live until the statement has run.
 void bindText(sqlite3_stmt* statement, int parameter, std::string_view text) {
-  sqlite3_bind_text64(statement, parameter, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  // Without a pointer it would be NULL and not empty.
+  const char* bytes = text.empty() ? "" : text.data();
+  sqlite3_bind_text64(statement, parameter, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8);
 }
 
 /// Ready to run again whatever becomes of this run: a statement under way would keep its lock.
@@ -303,6 +305,8 @@ void SqliteKeyValueStore::synchronize() {
     exclusively([this] { synchronize(); });
     return;
   }
+  // A failure can have ended the transaction: what is written now would stand by itself.
+  if (spoilt_) return;
   try {
     writePending();
     pending_.clear();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
@@ -44,7 +45,7 @@ inline void writeFile(const std::filesystem::path& file, const std::string& cont
 }
 
 /// Runs `work` in a process of its own, so that its limits and mounts are its own, and returns what
-/// it returned; "died" when it did.
+/// it returned; "died" when it did, or when an expectation failed there.
 inline std::string inChild(const std::function<std::string()>& work) {
   int ends[2];
   if (pipe(ends) != 0) return "no pipe";
@@ -53,7 +54,7 @@ inline std::string inChild(const std::function<std::string()>& work) {
     const std::string result = work();
     const bool told =
         write(ends[1], result.data(), result.size()) == static_cast<ssize_t>(result.size());
-    _exit(told ? 0 : 1);
+    _exit(told && !testing::Test::HasFailure() ? 0 : 1);
   }
   close(ends[1]);
   std::string result;
@@ -67,10 +68,22 @@ inline std::string inChild(const std::function<std::string()>& work) {
   return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? result : "died";
 }
 
+/// Makes this process see mounts of its own; who is not root becomes able to mount there.
+inline bool ownMounts() {
+  const uid_t user = geteuid();
+  const gid_t group = getegid();
+  if (unshare(CLONE_NEWNS) == 0) return true;
+  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+  writeFile("/proc/self/setgroups", "deny");
+  writeFile("/proc/self/uid_map", std::to_string(user) + " " + std::to_string(user) + " 1");
+  writeFile("/proc/self/gid_map", std::to_string(group) + " " + std::to_string(group) + " 1");
+  return true;
+}
+
 /// Puts an empty disk of `options` at `folder`, seen by this process alone; false where the system
 /// does not allow that.
 inline bool mountDisk(const std::filesystem::path& folder, const char* options) {
-  if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+  if (!ownMounts()) return false;
   mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
   return mount("tmpfs", folder.c_str(), "tmpfs", 0, options) == 0;
 }

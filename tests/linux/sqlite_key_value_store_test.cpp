@@ -37,9 +37,11 @@ Value history(int count) {
   return entries;
 }
 
-void append(KeyValueStore& store, const Value& added) {
+/// Between reading and writing lies `pause`, in microseconds.
+void append(KeyValueStore& store, const Value& added, useconds_t pause = 0) {
   store.exclusively([&] {
     const auto stored = store.value("values");
+    usleep(pause);
     Array entries = stored ? *stored->array() : Array{};
     entries.push_back(added);
     store.setValue("values", std::move(entries));
@@ -79,7 +81,7 @@ class SqliteKeyValueStoreTest : public testing::Test {
     try {
       SqliteKeyValueStore store(folder(), 50ms);
     } catch (const StoreError& error) {
-      EXPECT_THAT(error.what(), HasSubstr(file().string()));
+      EXPECT_THAT(error.what(), HasSubstr(folder().string()));
       return error.what();
     }
     return "opened";
@@ -190,7 +192,7 @@ TEST_F(SqliteKeyValueStoreTest, TwoProgramsThatSaveAtOnceLoseNothing) {
   const auto program = [&](int first) {
     return [this, first] {
       SqliteKeyValueStore store(folder(), 60s);
-      for (int i = 0; i < 50; ++i) append(store, entry(first + i));
+      for (int i = 0; i < 50; ++i) append(store, entry(first + i), 1000);
       return store.failure().value_or("fine");
     };
   };
@@ -342,6 +344,9 @@ TEST_F(SqliteKeyValueStoreTest, AFullDiskLeavesTheOldContents) {
     append(store, entry(1));
     store.exclusively([&] {
       store.setValue("values", history(20000));
+      store.synchronize();
+      // Also what would fit goes with the rest.
+      store.setValue("values", history(3));
       store.synchronize();
     });
     const auto count = entryCount(store);

