@@ -19,8 +19,10 @@ void write(HealthSampleType type, double quantity, const char* unit, const char*
   }
   const Date start = services().clock.now();
   const Date end = services().clock.now();
-  store.save({type, quantity, unit, start, end},
-             [](bool success) { logLine(success ? "success...." : "error...."); });
+  // The completion may come on a thread that has no platform in force.
+  store.save({type, quantity, unit, start, end}, [&log = services().log](bool success) {
+    log.line(success ? "success...." : "error....");
+  });
 }
 
 }  // namespace
@@ -34,10 +36,10 @@ void HKUtils::setupHK() {
   // The system's permission sheet comes in its own colours.
   services().screens.setNavigationBarTint(std::nullopt);
   store.requestAuthorization({HealthSampleType::heartRate, HealthSampleType::oxygenSaturation},
-                             [](bool success) {
-                               services().screens.setNavigationBarTint(white);
-                               logLine(success ? "User completed authorisation request."
-                                               : "The user cancelled the authorisation request. ");
+                             [&log = services().log, &screens = services().screens](bool success) {
+                               screens.setNavigationBarTint(white);
+                               log.line(success ? "User completed authorisation request."
+                                                : "The user cancelled the authorisation request. ");
                              });
 }
 

@@ -17,8 +17,9 @@ Platform::Platform(const Services& services) : services_(services), previous_(in
 }
 
 Platform::~Platform() {
-  // Shared instances may use the services while they go.
-  instances_.clear();
+  // Shared instances may use the services and each other while they go: each leaves the map before
+  // it is destroyed, and one that is asked for after that is made anew and goes in its turn.
+  while (!instances_.empty()) instances_.extract(instances_.begin());
   inForce = previous_;
 }
 

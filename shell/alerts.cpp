@@ -10,11 +10,10 @@ Alerts& Alerts::instance() { return Platform::current().shared<Alerts>(); }
 
 int Alerts::show(Alert alert) {
   const int id = ++lastId_;
-  const Alert& shown = showing_.emplace(id, std::move(alert)).first->second;
-  services().alertView.show(id, shown);
-  if (shown.duration) {
-    services().mainQueue.after(*shown.duration, [this, id] { dismiss(id); });
-  }
+  // Read first: a view that answers at once has dismissed the alert when it returns.
+  const auto duration = alert.duration;
+  services().alertView.show(id, showing_.emplace(id, std::move(alert)).first->second);
+  if (duration) services().mainQueue.after(*duration, [this, id] { dismiss(id); });
   return id;
 }
 

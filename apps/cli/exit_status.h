@@ -1,17 +1,25 @@
 #pragma once
 
-#include <cstdio>
 #include <exception>
 #include <functional>
 #include <stdexcept>
 
+#include "apps/cli/complain.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/recording_source.h"
+#include "platform/linux/store_error.h"
 
 namespace veyla {
 
-/// What the commands return, as the README lists it.
-enum ExitStatus : int { done = 0, wrongUsage = 2, unreadableInput = 3, unwritableOutput = 4 };
+/// What the program tells its caller; the README lists the same.
+enum class ExitStatus {
+  done = 0,
+  /// The measurement ended without every requested value.
+  incomplete = 1,
+  wrongUsage = 2,
+  unreadableInput = 3,
+  unwritableData = 4,
+};
 
 /// An option with a value that it cannot take, as one line.
 class UsageError : public std::runtime_error {
@@ -20,23 +28,24 @@ class UsageError : public std::runtime_error {
 };
 
 /// Runs a command; tells on standard error, in one line, what stopped it.
-inline int exitStatusOf(const std::function<void()>& command) {
-  const auto tell = [](const std::exception& error) {
-    std::fprintf(stderr, "veyla: %s\n", error.what());
-  };
+inline ExitStatus exitStatusOf(const std::function<ExitStatus()>& command) {
   try {
-    command();
-    return done;
+    return command();
   } catch (const UsageError& error) {
-    tell(error);
-    return wrongUsage;
+    complain(error.what());
+    return ExitStatus::wrongUsage;
   } catch (const InputError& error) {
-    tell(error);
-    return unreadableInput;
+    complain(error.what());
+    return ExitStatus::unreadableInput;
+  } catch (const StoreError& error) {
+    complain(error.what());
   } catch (const OutputError& error) {
-    tell(error);
-    return unwritableOutput;
+    complain(error.what());
+  } catch (const std::bad_alloc&) {
+    complain("out of memory; measure a shorter part of the recording");
+    return ExitStatus::unreadableInput;
   }
+  return ExitStatus::unwritableData;
 }
 
 }  // namespace veyla

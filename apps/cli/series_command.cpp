@@ -58,7 +58,7 @@ void requireCells(const std::vector<int>& cells) {
 
 }  // namespace
 
-int runSeries(const SeriesOptions& options) {
+ExitStatus runSeries(const SeriesOptions& options) {
   return exitStatusOf([&] {
     requireCells(options.cells);
     const auto recording = openRecording(options.input);
@@ -71,8 +71,9 @@ int runSeries(const SeriesOptions& options) {
     }
     output.commit();
     if (const std::string remark = recording->remark(); !remark.empty()) {
-      std::fprintf(stderr, "veyla: %s\n", remark.c_str());
+      complain(remark);
     }
+    return ExitStatus::done;
   });
 }
 

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "apps/cli/exit_status.h"
+
 namespace veyla {
 
 /// `veyla series`: a recording's frames as a colour series.
@@ -19,6 +21,6 @@ struct SeriesOptions {
 /// frame, to the microsecond, and the averages of the cells, each as its shortest exact decimal.
 /// Remarks and errors go to standard error. Returns the exit status: 0 done, 2 wrong options,
 /// 3 the input cannot be read, 4 the output cannot be written.
-int runSeries(const SeriesOptions& options);
+ExitStatus runSeries(const SeriesOptions& options);
 
 }  // namespace veyla

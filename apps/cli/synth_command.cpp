@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <functional>
@@ -102,7 +103,17 @@ std::int64_t framesOf(const ColourTrack& track, double fps) {
 
 }  // namespace
 
-int runSynth(const SynthOptions& options) {
+void setSize(SynthOptions& options, const std::string& text) {
+  const char* const end = text.data() + text.size();
+  const auto width = std::from_chars(text.data(), end, options.width);
+  const bool separated = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
+  const auto height = std::from_chars(separated ? width.ptr + 1 : end, end, options.height);
+  if (!separated || height.ec != std::errc() || height.ptr != end) {
+    throw UsageError("--size: \"" + text + "\" is no size; give it as in 640x480");
+  }
+}
+
+ExitStatus runSynth(const SynthOptions& options) {
   return exitStatusOf([&] {
     requireRanges(options);
     constexpr double defaultSeconds = 30;
@@ -125,6 +136,7 @@ int runSynth(const SynthOptions& options) {
     } else {
       writeVideo(options, colourAt, frames);
     }
+    return ExitStatus::done;
   });
 }
 

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "apps/cli/exit_status.h"
+
 namespace veyla {
 
 /// `veyla synth`: a generated fingertip, or a recorded colour series as a camera would show it.
@@ -32,8 +34,11 @@ struct SynthOptions {
   std::optional<std::string> from;
 };
 
+/// Reads a size such as "640x480" into the options. Throws `UsageError`.
+void setSize(SynthOptions& options, const std::string& text);
+
 /// Errors go to standard error. Returns the exit status: 0 done, 2 wrong options, 3 the series
 /// cannot be read, 4 the output cannot be written.
-int runSynth(const SynthOptions& options);
+ExitStatus runSynth(const SynthOptions& options);
 
 }  // namespace veyla

@@ -1,0 +1,110 @@
+#include "acquisition/frame_averaging.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "tests/support/builders.h"
+
+namespace veyla {
+namespace {
+
+constexpr TestFrame::Pixel black{0, 0, 0};
+constexpr TestFrame::Pixel fingertip{10, 200, 100};
+
+FrameSample averageCells(const TestFrame& frame, std::vector<int> cells) {
+  return averageGridCells(frame.baseAddress(), frame.width(), frame.height(), cells);
+}
+
+FrameSample averageAll(const TestFrame& frame) {
+  return averageWholeFrame(frame.baseAddress(), frame.width(), frame.height(), frame.bytesPerRow());
+}
+
+TEST(FrameAveragingTest, AUniformFrameGivesItsColour) {
+  const TestFrame frame(192, 144, fingertip);
+  EXPECT_EQ(averageCells(frame, {1, 6, 7, 16}), (FrameSample{100, 200, 10, 100}));
+  // The whole frame puts the truncated luma 148.44 into the green slot.
+  EXPECT_EQ(averageAll(frame), (FrameSample{100, 148, 10, 148}));
+}
+
+TEST(FrameAveragingTest, TheWholeFrameTruncatesMeansAndSurvivesTheLargestSums) {
+  TestFrame frame(2, 1, black);
+  frame.set(0, 0, {3, 5, 7});
+  EXPECT_EQ(averageAll(frame), (FrameSample{3, 2, 1, 2}));
+  const TestFrame white(1200, 600, {255, 255, 255});
+  EXPECT_EQ(averageAll(white).red, 255);
+  EXPECT_EQ(averageAll(white).blue, 255);
+}
+
+TEST(FrameAveragingTest, AnOddRowLosesItsLastPixelButNotItsShare) {
+  TestFrame frame(3, 2, {90, 90, 90});
+  frame.set(2, 0, {255, 255, 255});
+  frame.set(2, 1, {255, 255, 255});
+  EXPECT_EQ(averageAll(frame).red, 60);
+}
+
+TEST(FrameAveragingTest, TheWholeFrameStepsOverThePaddingOfRows) {
+  const TestFrame frame(4, 3, fingertip, 12);
+  EXPECT_EQ(averageAll(frame).red, 100);
+  EXPECT_EQ(averageWholeFrame(frame.baseAddress(), 0, 0, 0), FrameSample{});
+}
+
+TEST(FrameAveragingTest, GridRowsAreReadAsUnpaddedWhateverTheyAre) {
+  // The cell's second sample, at y = 4, is the 64th pixel in memory: (13, 3) where rows take 17.
+  TestFrame frame(16, 32, black, 4);
+  frame.set(13, 3, fingertip);
+  EXPECT_EQ(averageCells(frame, {1}).red, 100);
+}
+
+TEST(FrameAveragingTest, ACellSamplesEveryFourthPixelOfEveryFourthRow) {
+  TestFrame frame(192, 144, black);
+  int sampled = 0;
+  // 12 × 9 samples: 55 of 108 decide the upper median at position 54.
+  for (std::size_t y = 0; y < 36 && sampled < 54; y += 4) {
+    for (std::size_t x = 0; x < 48 && sampled < 54; x += 4, ++sampled) frame.set(x, y, fingertip);
+  }
+  EXPECT_EQ(averageCells(frame, {1}), (FrameSample{100, 200, 10, 100}));
+  frame.set(0, 0, black);
+  EXPECT_EQ(averageCells(frame, {1}), FrameSample{});
+
+  TestFrame between(192, 144, fingertip);
+  for (std::size_t y = 0; y < 36; y += 4) {
+    for (std::size_t x = 0; x < 48; x += 4) between.set(x, y, black);
+  }
+  EXPECT_EQ(averageCells(between, {1}).red, 0);
+  EXPECT_EQ(averageCells(between, {2}).red, 100);
+}
+
+TEST(FrameAveragingTest, CellsAreNumberedRowByRowAndAveragedWithFractions) {
+  TestFrame frame(192, 144, black);
+  for (std::size_t y = 0; y < 144; ++y) {
+    for (std::size_t x = 0; x < 192; ++x) {
+      const auto cell = static_cast<std::uint8_t>(y / 36 * 4 + x / 48 + 1);
+      frame.set(x, y, {0, static_cast<std::uint8_t>(cell * 2), cell});
+    }
+  }
+  for (int cell = 1; cell <= 16; ++cell) {
+    EXPECT_EQ(averageCells(frame, {cell}).red, static_cast<float>(cell));
+  }
+  EXPECT_EQ(averageCells(frame, {1, 2, 2}).red, static_cast<float>(5.0 / 3));
+  EXPECT_EQ(averageCells(frame, {1, 2}).green, 3);
+  EXPECT_EQ(averageCells(frame, {0, 17, -3, 5}).red, 5) << "numbers without a cell are passed over";
+}
+
+TEST(FrameAveragingTest, OddSizesTruncateTheCells) {
+  // 10 × 11 pixels: cells of 2 × 2, one sample each.
+  TestFrame frame(10, 11, black);
+  frame.set(6, 6, fingertip);
+  EXPECT_EQ(averageCells(frame, {16}).red, 100);
+}
+
+TEST(FrameAveragingTest, WithoutCellsOrPixelsThereIsNothingToAverage) {
+  const TestFrame frame(192, 144, fingertip);
+  EXPECT_TRUE(std::isnan(averageCells(frame, {}).red));
+  EXPECT_TRUE(std::isnan(averageCells(frame, {}).hr));
+  EXPECT_EQ(averageCells(TestFrame(3, 144, fingertip), {1, 16}), FrameSample{});
+  EXPECT_EQ(averageCells(TestFrame(192, 3, fingertip), {1, 16}), FrameSample{});
+}
+
+}  // namespace
+}  // namespace veyla

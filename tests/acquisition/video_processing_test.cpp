@@ -1,0 +1,204 @@
+#include "acquisition/video_processing.h"
+
+#include <gmock/gmock.h>
+
+#include "tests/support/builders.h"
+#include "tests/support/test_platform.h"
+
+namespace veyla {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct RecorderDelegate : VideoDelegate {
+  std::vector<FrameSample> frames;
+
+  void updateMeasurementsWithRed(float red, float green, float blue, float hr) override {
+    frames.push_back({red, green, blue, hr});
+  }
+};
+
+class VideoProcessingTest : public testing::Test {
+ protected:
+  VideoProcessingTest() { video_.setDelegate(&delegate_); }
+
+  TestPlatform platform_;
+  RecorderDelegate delegate_;
+  VideoProcessing video_;
+};
+
+TEST_F(VideoProcessingTest, StartConfiguresTheDeviceThenJoinsItToARunningSession) {
+  withCameraSettings({{"exposureMode", 2},
+                      {"whiteBalanceMode", 1},
+                      {"focusMode", 0},
+                      {"flashMode", 2},
+                      {"automaticallyEnablesLowLightBoostWhenAvailable", true}});
+  video_.setCounter(7);
+  video_.setFramedrops(3);
+  EXPECT_TRUE(video_.startRecording());
+
+  EXPECT_THAT(platform_.journal.lines(),
+              ElementsAre("session begin", "session preset low", "device lock", "device exposure 2",
+                          "device white balance 1", "device focus 0", "device focus range 2",
+                          "device low-light boost 1", "device unlock", "session add input",
+                          "session add output", "session commit", "session start"));
+  EXPECT_THAT(platform_.log.lines,
+              ElementsAre("setting exposure: 2", "setting whitebalance: 1", "setting focusMode: 0",
+                          "setting autoFocusRangeRestriction: 2",
+                          "setting automaticallyEnablesLowLightBoostWhenAvailable=1"));
+  EXPECT_EQ(video_.counter(), 0);
+  EXPECT_EQ(video_.framedrops(), 0);
+  EXPECT_EQ(video_.before(), TestPlatform::start);
+  EXPECT_TRUE(video_.isRecording());
+  EXPECT_TRUE(video_.videoDataOutput()->alwaysDiscardsLateVideoFrames);
+  EXPECT_EQ(video_.videoDataOutput()->pixelFormat, "BGRA");
+  EXPECT_EQ(video_.videoDataOutput()->sampleBufferDelegate, &video_);
+}
+
+TEST_F(VideoProcessingTest, ASettingThatTheDeviceLacksIsLoggedAndTheStartGoesOn) {
+  withCameraSettings({{"exposureMode", 1}, {"focusMode", 2}, {"flashMode", 1}});
+  auto& device = *platform_.camera.device;
+  device.exposureModes = device.whiteBalanceModes = device.focusModes = {};
+  device.rangeRestriction = 0;
+  device.lowLightBoost = false;
+  device.lockable = false;
+  EXPECT_TRUE(video_.startRecording());
+  EXPECT_THAT(
+      platform_.log.lines,
+      ElementsAre("Device does not support focusMode: 1", "Device does not support whitebalance: 0",
+                  "Device does not support focusMode: 2",
+                  "Device does not support autoFocusRangeRestriction: 1",
+                  "Device does not support "
+                  "automaticallyEnablesLowLightBoostWhenAvailable: 0"));
+  EXPECT_THAT(platform_.journal.of("device"), ElementsAre("lock", "unlock"));
+}
+
+TEST_F(VideoProcessingTest, WithoutCameraOrTorchTheUserIsToldAndNothingRuns) {
+  platform_.camera.backDevices->clear();
+  EXPECT_FALSE(video_.startRecording());
+  EXPECT_EQ(platform_.alerts.shown.back().title, "Camera not found");
+  EXPECT_EQ(platform_.alerts.shown.back().subtitle, "");
+
+  platform_.camera.backDevices->push_back(platform_.camera.device);
+  platform_.camera.device->torch = false;
+  EXPECT_FALSE(video_.startRecording());
+  EXPECT_EQ(platform_.alerts.shown.back().title,
+            "Torch not found or not supported by this device.");
+  EXPECT_TRUE(video_.captureSession());
+  EXPECT_FALSE(video_.isRecording());
+  EXPECT_THAT(platform_.journal.of("device"), IsEmpty());
+}
+
+TEST_F(VideoProcessingTest, TheTelephotoCameraComesBeforeTheLastWideAngleOne) {
+  const auto camera = [&](CaptureDeviceType type) {
+    return std::make_shared<ScriptedDevice>(platform_.journal, type);
+  };
+  const auto dual = camera(CaptureDeviceType::dualCamera);
+  const auto wide = camera(CaptureDeviceType::wideAngleCamera);
+  const auto otherWide = camera(CaptureDeviceType::wideAngleCamera);
+  const auto tele = camera(CaptureDeviceType::telephotoCamera);
+  const auto otherTele = camera(CaptureDeviceType::telephotoCamera);
+  auto& listed = platform_.camera.backDevices;
+
+  listed = {dual, wide, tele, otherWide, otherTele};
+  EXPECT_EQ(video_.backFacingCamera(), tele);
+  listed = {wide, dual, otherWide};
+  EXPECT_EQ(video_.backFacingCamera(), otherWide);
+  listed = {dual};
+  EXPECT_EQ(video_.backFacingCamera(), nullptr);
+  listed = std::nullopt;
+  platform_.camera.defaultDevice = dual;
+  EXPECT_EQ(video_.backFacingCamera(), dual);
+}
+
+using VideoProcessingDeathTest = VideoProcessingTest;
+
+TEST_F(VideoProcessingDeathTest, ADeviceThatCannotBeOpenedEndsTheProcess) {
+  platform_.camera.opens = false;
+  EXPECT_DEATH(video_.startRecording(), "error == nil");
+}
+
+TEST_F(VideoProcessingTest, StopTurnsTheTorchOffReportsAndTakesTheSessionApart) {
+  video_.startRecording();
+  platform_.log.lines.clear();
+  platform_.journal.clear();
+  video_.setCounter(30);
+  video_.captureOutput(DroppedSample{});
+  platform_.time.runFor(4);
+  const auto session = platform_.camera.session;
+  video_.stopRecording();
+
+  EXPECT_THAT(platform_.log.lines,
+              ElementsAre("frame dropped: 1, counter: 30",
+                          "seconds: 4.000000, frames 30, framedrops 1, fps: 7.500000"));
+  EXPECT_THAT(platform_.journal.lines(),
+              ElementsAre("device lock", "device torch 0", "device unlock", "session stop",
+                          "session remove input", "session remove output"));
+  EXPECT_THAT(session->inputs(), IsEmpty());
+  EXPECT_FALSE(video_.captureSession());
+  EXPECT_THAT(delegate_.frames, IsEmpty()) << "a dropped frame is not delivered";
+}
+
+TEST_F(VideoProcessingTest, AStopWithoutFramesOrWithoutAStartReportsNoRate) {
+  video_.stopRecording();
+  video_.startRecording();
+  video_.stopRecording();
+  const std::string report = "seconds: 0.000000, frames 0, framedrops 0, fps: 0.000000";
+  EXPECT_EQ(platform_.log.lines.front(), report);
+  EXPECT_EQ(platform_.log.lines.back(), report);
+}
+
+TEST_F(VideoProcessingTest, GridCellsAreReadFromTheSettingsAtEachFrameWhateverTheLockSays) {
+  video_.startRecording();
+  TestFrame frame(192, 144, {10, 200, 100});
+  frame.lockable = false;
+  withSpo2Settings({{"grids", Value::Array{6, 7, 10, 11}}});
+  video_.captureOutput(frame);
+  withSpo2Settings({});
+  video_.captureOutput(frame);
+
+  ASSERT_EQ(delegate_.frames.size(), 2U);
+  EXPECT_EQ(delegate_.frames[0], (FrameSample{100, 200, 10, 100}));
+  EXPECT_TRUE(std::isnan(delegate_.frames[1].red));
+  EXPECT_EQ(frame.unlocks, 2);
+}
+
+TEST_F(VideoProcessingTest, OneProfileAveragesTheWholeFrameAndSkipsOneThatCannotBeLocked) {
+  platform_.device.model = "iPhone3,1";
+  video_.startRecording();
+  TestFrame frame(192, 144, {10, 200, 100});
+  video_.captureOutput(frame);
+  EXPECT_THAT(delegate_.frames, ElementsAre(FrameSample{100, 148, 10, 148}));
+  EXPECT_EQ(frame.unlocks, 0);
+
+  frame.lockable = false;
+  video_.captureOutput(frame);
+  EXPECT_EQ(delegate_.frames.size(), 1U);
+}
+
+TEST_F(VideoProcessingTest, TheDumpTellsTheCamerasStateOnEveryFifteenthFrame) {
+  video_.startRecording();
+  platform_.log.lines.clear();
+  platform_.camera.device->focusModes = {1};
+  video_.setCounter(14);
+  video_.avCaptureSettings();
+  EXPECT_THAT(platform_.log.lines, IsEmpty());
+  video_.setCounter(15);
+  video_.avCaptureSettings();
+  EXPECT_THAT(platform_.log.lines,
+              ElementsAre("-------------CAN CHANGE---", "exposureMode: 2",
+                          "\tsupported:", "\t\tlocked: YES", "\t\tauto: YES", "\t\tcontinuous: YES",
+                          "torchMode: 0", "\tsupported:", "\t\toff: YES", "\t\ton: YES",
+                          "\t\tauto: NO", "focusMode: 0", "\tsupported:", "\t\tlocked: NO",
+                          "\t\tauto: YES", "\t\tcontinuous: NO", "whiteBalanceMode: 1",
+                          "\tsupported:", "\t\tlocked: YES", "\t\tauto: YES", "\t\tcontinuous: YES",
+                          "videoZoomFactor: 1.250000", "autoFocusRangeRestriction: 1",
+                          "automaticallyEnablesLowLightBoostWhenAvailable: 1", "\tsupported: YES",
+                          "-------------CAN NOT CHANGE---", "isAdjustingWhiteBalance: 1",
+                          "isAdjustingFocus: 0", "isAdjustingExposure: 1", "torchLevel: 0.500000",
+                          "-----------------------------------------"));
+}
+
+}  // namespace
+}  // namespace veyla

@@ -1,0 +1,168 @@
+#include "analysis/heartrate_processing.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "tests/support/builders.h"
+#include "tests/support/test_platform.h"
+
+namespace veyla {
+namespace {
+
+class HeartrateProcessingTest : public testing::Test {
+ protected:
+  HeartrateProcessingTest() { settings(1024, 50, 5); }
+
+  void settings(int rawDataSize, int validPercent, int maxDistance, int minimumBpm = 40) {
+    withHeartrateSettings({{"rawDataSize", rawDataSize},
+                           {"minimumBpm", minimumBpm},
+                           {"TTValidPercent", validPercent},
+                           {"TTMaxDistance", maxDistance},
+                           {"neededValidHeartrate", 3}});
+  }
+
+  HeartrateResult estimate(const std::vector<float>& pulse) {
+    Data::instance().reset();
+    addPulse(pulse);
+    return HeartrateProcessing::instance().calculateHeartrate();
+  }
+
+  TestPlatform platform_;
+};
+
+TEST_F(HeartrateProcessingTest, ACosineStandsOutOnTheReportedScale) {
+  const auto result = estimate(wave(80));
+  EXPECT_EQ(result.index, 80);
+  EXPECT_EQ(result.heartrate, 70.3125F);
+  EXPECT_GT(result.diffPercent, 99);
+  // Amplitude 10 over 1024 samples: 5120, times 4096.
+  EXPECT_NEAR(result.max, 5120.0 * 4096, 5120.0 * 4096 * 1e-4);
+  EXPECT_LT(result.min, 10000);
+
+  ASSERT_EQ(result.values.size(), 205U);
+  EXPECT_EQ(result.values.front().index, 47);
+  EXPECT_EQ(result.values.back().index, 251);
+  EXPECT_EQ(result.values[80 - 47].value, result.max);
+}
+
+TEST_F(HeartrateProcessingTest, OnlyTheRealPartCounts) {
+  const auto cosine = estimate(wave(80));
+  const auto sine = estimate(wave(80, 1024, 0.25));
+  EXPECT_LT(sine.max, cosine.max / 100);
+  EXPECT_LT(sine.diffPercent, 50) << "no bin stands out of the leakage";
+  const auto upsideDown = estimate(wave(80, 1024, 0.5));
+  EXPECT_EQ(upsideDown.index, 80) << "a negative real part is as strong as a positive one";
+  EXPECT_NEAR(upsideDown.max, cosine.max, cosine.max * 1e-3F);
+}
+
+TEST_F(HeartrateProcessingTest, BothEndsOfTheSpectrumAreCut) {
+  // 40 beats a minute are bin 45.5, rounded to 46: bins 0 to 45 and 467 to 511 go.
+  std::map<std::size_t, double>& peaks = platform_.fft.peaks;
+  peaks = {{45, 9}, {467, 8}, {46, 3}};
+  EXPECT_EQ(estimate({1}).index, 46);
+  EXPECT_EQ(estimate({1}).max, 0) << "the extremes are those above the cut-off bin itself";
+  peaks = {{45, 9}, {467, 8}, {466, 3}, {46, 2}};
+  EXPECT_EQ(estimate({1}).index, 466);
+  EXPECT_EQ(estimate({1}).max, 3.0F * 4096);
+  EXPECT_EQ(estimate({1}).min, 0);
+
+  settings(1024, 50, 5, 0);
+  peaks = {{0, 9}, {511, 8}};
+  EXPECT_EQ(estimate({1}).index, 0) << "without a lower limit nothing is cut";
+}
+
+TEST_F(HeartrateProcessingTest, TheSmallestMagnitudeIsCappedAndTheBinsEndWithTheSpectrum) {
+  settings(1024, 50, 5, 400);  // Bin 455: everything but bins 455 to 511 is cut, by both cuts.
+  platform_.fft.peaks = {{80, 5}};
+  const auto result = estimate({1});
+  EXPECT_EQ(result.values.front().index, 456);
+  EXPECT_EQ(result.values.back().index, 511);
+  EXPECT_EQ(result.max, 0);
+
+  settings(1024, 50, 5, 0);
+  platform_.fft.peaks.clear();
+  for (std::size_t k = 0; k < 512; ++k) platform_.fft.peaks[k] = 3 + static_cast<double>(k);
+  EXPECT_EQ(estimate({1}).min, 10000) << "4 × 4096 is no new minimum";
+  platform_.fft.peaks[1] = 2;
+  EXPECT_EQ(estimate({1}).min, 2.0F * 4096) << "bin 0, of the mean, does not count";
+}
+
+TEST_F(HeartrateProcessingTest, OnlyTheLastSamplesCountAndAShortWindowIsPadded) {
+  settings(256, 50, 5);
+  std::vector<float> pulse(500, 200.0F);
+  const auto newest = wave(20, 256);
+  pulse.insert(pulse.end(), newest.begin(), newest.end());
+  const auto alone = estimate(newest);
+  const auto after = estimate(pulse);
+  EXPECT_EQ(alone.index, 80) << "20 periods of 256 samples are 80 of 1024";
+  EXPECT_EQ(after.max, alone.max);
+  EXPECT_EQ(after.values, alone.values);
+}
+
+TEST_F(HeartrateProcessingTest, RivalsOfTheSamePeakAreWalkedPast) {
+  auto& peaks = platform_.fft.peaks;
+  peaks = {{80, 100}, {81, 90}, {75, 80}, {200, 40}, {300, 10}};
+  EXPECT_EQ(estimate({1}).index, 80);
+  EXPECT_EQ(estimate({1}).diffPercent, (1.0F - 0.4F) * 100.0F)
+      << "the first that is clearly weaker";
+
+  peaks = {{80, 100}, {81, 90}, {86, 70}, {200, 40}};
+  EXPECT_EQ(estimate({1}).diffPercent, (1.0F - 0.7F) * 100.0F)
+      << "six bins away, a near rival no longer";
+
+  peaks = {{80, 100}, {81, 50}, {200, 49}};
+  EXPECT_EQ(estimate({1}).diffPercent, 50) << "exactly the demanded distance is clean";
+
+  peaks = {{80, 100}, {110, 100}};
+  EXPECT_EQ(estimate({1}).diffPercent, 0) << "a second peak as strong as the first";
+}
+
+TEST_F(HeartrateProcessingTest, EachStepOfTheWalkIsLogged) {
+  platform_.fft.peaks = {{80, 2}, {82, 1.5}, {90, 0.5}};
+  estimate({1});
+  EXPECT_EQ(platform_.log.lines,
+            (std::vector<std::string>{
+                "diffPercent: 25.00, diffIndex: 2, maxIndex: 80, curIndex: 82, maxValue: "
+                "8192.000000, currValue: 6144.000000",
+                "diffPercent: 75.00, diffIndex: 10, maxIndex: 80, curIndex: 90, maxValue: "
+                "8192.000000, currValue: 2048.000000"}));
+}
+
+TEST_F(HeartrateProcessingTest, WhenEveryBinBelongsToThePeakTheLastOneStands) {
+  settings(1024, 101, 512);
+  platform_.fft.peaks = {{80, 100}};
+  EXPECT_EQ(estimate({1}).diffPercent, 100);
+  EXPECT_EQ(platform_.log.lines.size(), 511U);
+}
+
+TEST_F(HeartrateProcessingTest, AFlatSignalIsNeverValid) {
+  platform_.fft.peaks = {{80, 0}};
+  const auto result = estimate(std::vector<float>(1024, 100.0F));
+  EXPECT_TRUE(std::isnan(result.diffPercent));
+  EXPECT_EQ(result.max, 0);
+}
+
+TEST_F(HeartrateProcessingTest, IsDoneAtExactlyTheNeededCount) {
+  auto& processing = HeartrateProcessing::instance();
+  const bool expected[] = {false, false, false, true, false};
+  for (const bool done : expected) {
+    EXPECT_EQ(processing.isDone(), done);
+    Data::instance().addFourierValues({});
+  }
+}
+
+TEST_F(HeartrateProcessingTest, TheSpreadIsThatOfTheLastNeededHeartrates) {
+  auto& processing = HeartrateProcessing::instance();
+  EXPECT_EQ(processing.diffHeartrates(), 0);
+  Data::instance().addHeartrateValue(500);
+  EXPECT_TRUE(std::isnan(processing.diffHeartrates()));
+  for (const float heartrate : {60.0F, 62.0F, 64.0F}) {
+    Data::instance().addHeartrateValue(heartrate);
+  }
+  EXPECT_EQ(processing.diffHeartrates(), 2);
+}
+
+}  // namespace
+}  // namespace veyla

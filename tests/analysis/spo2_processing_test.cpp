@@ -1,0 +1,166 @@
+#include "analysis/spo2_processing.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+
+#include "tests/support/builders.h"
+#include "tests/support/test_platform.h"
+
+namespace veyla {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+
+struct Range {
+  float min;
+  float max;
+};
+
+/// Frames that swing once between the extremes of each channel.
+void addSwing(Range red, Range green, Range blue) {
+  for (const bool high : {false, true}) {
+    Data::instance().addRedValue(high ? red.max : red.min);
+    Data::instance().addGreenValue(high ? green.max : green.min);
+    Data::instance().addBlueValue(high ? blue.max : blue.min);
+  }
+}
+
+/// What one estimate gives for one swing on this hardware.
+float spo2Of(const char* hardware, bool newAlgorithm, Range red, Range green, Range blue) {
+  TestPlatform platform(hardware);
+  withSpo2Settings({{"useNewAlgorithm", newAlgorithm}, {"rawDataSize", 10}});
+  addSwing(red, green, blue);
+  return Spo2Processing::instance().calculateSpo2({});
+}
+
+constexpr Range flat{80, 80};
+constexpr auto otherPhone = "iPhone8,1";
+constexpr auto iphone4 = "iPhone3,1";
+constexpr auto iphone4s = "iPhone4,1";
+
+float oldSpo2Of(const char* hardware, Range red, Range blue) {
+  return spo2Of(hardware, false, red, flat, blue);
+}
+float newSpo2Of(Range red, Range green, Range blue) {
+  return spo2Of(otherPhone, true, red, green, blue);
+}
+
+TEST(Spo2ProcessingTest, TheOldAlgorithmComparesRedWithBlue) {
+  EXPECT_EQ(oldSpo2Of(otherPhone, {100, 110}, {50, 60}), 50);
+  EXPECT_EQ(oldSpo2Of(otherPhone, {100, 110}, {50, 51}), -400) << "nothing is clamped";
+  // The ratios are rounded to single precision before they are compared.
+  EXPECT_EQ(
+      oldSpo2Of(otherPhone, {90, 91}, {70, 83}),
+      static_cast<float>((1.0 - static_cast<double>((1.0F / 90.0F) / (13.0F / 70.0F))) * 100));
+}
+
+TEST(Spo2ProcessingTest, TheOldAlgorithmGivesNothingForAFlatOrDarkChannel) {
+  EXPECT_EQ(oldSpo2Of(otherPhone, {100, 100}, {50, 60}), 0);
+  EXPECT_EQ(oldSpo2Of(otherPhone, {100, 110}, {50, 50}), 0);
+  EXPECT_EQ(oldSpo2Of(otherPhone, {0, 110}, {50, 60}), 0);
+  EXPECT_EQ(oldSpo2Of(otherPhone, {100, 110}, {0, 60}), 0);
+  TestPlatform nothingRecorded;
+  EXPECT_EQ(Spo2Processing::instance().calculateSpo2({}), 0);
+}
+
+TEST(Spo2ProcessingTest, TwoDevicesGetStandardFiguresForAStillBlueOrRed) {
+  for (const char* device : {iphone4, iphone4s}) {
+    EXPECT_EQ(oldSpo2Of(device, {100, 110}, {50, 52}), 50) << "a blue range below 3 becomes 10";
+    EXPECT_FLOAT_EQ(oldSpo2Of(device, {100, 110}, {50, 53}), -66.666667F) << "3 stays";
+    EXPECT_EQ(oldSpo2Of(device, {100, 100}, {50, 60}), 95) << "a red range of 0 becomes 1";
+    EXPECT_EQ(oldSpo2Of(device, {100, 110}, {0, 10}), 95) << "a blue minimum of 0 becomes 5";
+  }
+  EXPECT_FLOAT_EQ(oldSpo2Of(otherPhone, {100, 110}, {50, 52}), -150);
+}
+
+TEST(Spo2ProcessingTest, TheOldWindowIsNinetyFramesAndLongerOnTwoDevices) {
+  const auto spo2WithOutlierAt = [](const char* hardware, int framesBack) {
+    TestPlatform platform(hardware);
+    for (int i = 200; i > 0; --i) {
+      const bool high = i % 2 == 0;
+      Data::instance().addRedValue(i == framesBack ? 200 : high ? 110 : 100);
+      Data::instance().addBlueValue(high ? 60 : 50);
+    }
+    return Spo2Processing::instance().calculateSpo2({});
+  };
+  EXPECT_EQ(spo2WithOutlierAt(otherPhone, 91), 50);
+  EXPECT_EQ(spo2WithOutlierAt(otherPhone, 90), -400);
+  EXPECT_EQ(spo2WithOutlierAt(iphone4, 151), 50);
+  EXPECT_EQ(spo2WithOutlierAt(iphone4s, 150), -400);
+}
+
+TEST(Spo2ProcessingTest, TheNewAlgorithmSetsGreenBeyondRedAgainstTheBlueMinimum) {
+  EXPECT_EQ(newSpo2Of({100, 110}, {80, 110}, {40, 40}), 80);
+  EXPECT_EQ(newSpo2Of({100, 110}, {80, 90}, {40, 45}), -std::numeric_limits<float>::infinity());
+  EXPECT_EQ(newSpo2Of({100, 110}, {80, 80}, {40, 45}), 0);
+  EXPECT_EQ(newSpo2Of({100, 100}, {80, 90}, {40, 45}), 0);
+  EXPECT_EQ(newSpo2Of({0, 10}, {80, 110}, {40, 45}), 0);
+  EXPECT_EQ(newSpo2Of({100, 110}, {0, 30}, {40, 45}), 0);
+}
+
+TEST(Spo2ProcessingTest, TheNewAlgorithmDiscardsWhatExceedsAHundred) {
+  EXPECT_EQ(newSpo2Of({100, 110}, {80, 85}, {40, 45}), 0) << "180 per cent";
+  EXPECT_EQ(newSpo2Of({100, 110}, {80, 110}, {0, 5}), 100) << "100 itself stays";
+}
+
+TEST(Spo2ProcessingTest, TheNewWindowAndItsDetrendingComeFromTheSettings) {
+  TestPlatform platform;
+  auto& processing = Spo2Processing::instance();
+  addSwing({10, 210}, {10, 210}, {10, 210});
+  addSwing({100, 110}, {80, 110}, {40, 40});
+  withSpo2Settings({{"useNewAlgorithm", true}, {"rawDataSize", 2}});
+  EXPECT_EQ(processing.calculateSpo2({}), 80);
+  EXPECT_THAT(platform.log.lines, ElementsAre("Using new spo2 algorithm",
+                                              "Not Using spo2 raw values detrend", testing::_));
+
+  withSpo2Settings({{"useNewAlgorithm", true}, {"rawDataSize", 2}, {"useTrend", true}});
+  EXPECT_EQ(processing.calculateSpo2({}), 0) << "two samples are their own line";
+  EXPECT_THAT(platform.log.lines, Contains("Using spo2 raw values detrend"));
+
+  // A level that rises by 10 a frame under the swing leaves the value nearly alone.
+  Data::instance().reset();
+  for (int i = 0; i < 200; ++i) {
+    const auto rise = static_cast<float>(10 * i);
+    const auto high = static_cast<float>(i % 2);
+    Data::instance().addRedValue(1000 + rise + 1 * high);
+    Data::instance().addGreenValue(1000 + rise + 21 * high);
+    Data::instance().addBlueValue(1000 + rise);
+  }
+  withSpo2Settings({{"useNewAlgorithm", true}, {"rawDataSize", 200}, {"useTrend", true}});
+  EXPECT_NEAR(processing.calculateSpo2({}), 95, 0.2);
+  EXPECT_NEAR(processing.figures().red.dc, 1995, 1) << "the mean level is kept";
+}
+
+TEST(Spo2ProcessingTest, LabelAndLogTellTheFiguresBehindTheValue) {
+  TestPlatform platform;
+  std::string label;
+  const auto toLabel = [&](const std::string& text) { label = text; };
+  addSwing({100, 110}, {80, 85}, {40, 60});
+  withSpo2Settings({{"useNewAlgorithm", false}});
+  EXPECT_EQ(Spo2Processing::instance().calculateSpo2(toLabel), 80);
+  EXPECT_EQ(label, "");
+  EXPECT_THAT(platform.log.lines,
+              ElementsAre("Using old spo2 algorithm",
+                          "spo2: 80.0, ACred: 10.0, DCred: 100.0, ACblue: 20.0, DCblue: 40.0"));
+
+  withSpo2Settings({{"useNewAlgorithm", true}, {"rawDataSize", 2}});
+  EXPECT_EQ(Spo2Processing::instance().calculateSpo2(toLabel), 0);
+  EXPECT_EQ(label, "ACR=10 DCR=100 ACG=5 DCG=80 ACB=20 DCB=40 old spo2=80.0, new spo2=180.0")
+      << "before the value is discarded";
+  EXPECT_EQ(platform.log.lines.back(),
+            "newspo2: 180.0, spo2: 80.0, ACred: 10.0, DCred: 100.0, ACblue: 20.0, DCblue: 40.0");
+}
+
+TEST(Spo2ProcessingTest, IsDoneAtExactlyTheNeededCount) {
+  TestPlatform platform;
+  withSpo2Settings({{"neededValidSpo2", 2}});
+  for (const bool done : {false, false, true, false}) {
+    EXPECT_EQ(Spo2Processing::instance().isDone(), done);
+    Data::instance().addSpo2Value(97);
+  }
+}
+
+}  // namespace
+}  // namespace veyla

@@ -1,0 +1,64 @@
+#include "analysis/vector_utils.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+namespace veyla {
+namespace {
+
+using testing::DoubleNear;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Series = std::vector<double>;
+
+TEST(VectorUtilsTest, TheMedianIsTheUpperOneAndNeverAnAverage) {
+  EXPECT_EQ(VectorUtils::medianOf(Series{3, 1, 2, 4}), 3);
+  EXPECT_EQ(VectorUtils::medianOf(Series{2, 9}), 9);
+  EXPECT_EQ(VectorUtils::medianOf(Series{5}), 5);
+  EXPECT_EQ(VectorUtils::medianOf(Series{9, 1, 5}), 5);
+}
+
+TEST(VectorUtilsTest, TheMedianOfBytesIsTheElementThatASortWouldFind) {
+  std::vector<std::uint8_t> bytes;
+  std::uint32_t random = 1;
+  for (std::size_t size = 1; size <= 600; ++size) {
+    random = random * 1664525 + 1013904223;
+    bytes.push_back(static_cast<std::uint8_t>(size % 3 == 0 ? 255 : random >> 24));
+    ASSERT_EQ(median(bytes), VectorUtils::medianOf(Series(bytes.begin(), bytes.end()))) << size;
+  }
+}
+
+TEST(VectorUtilsTest, TheDeviationIsThatOfASample) {
+  EXPECT_DOUBLE_EQ(*VectorUtils::standardDeviationOf(Series{2, 4, 4, 4, 5, 5, 7, 9}),
+                   std::sqrt(32.0 / 7));
+  EXPECT_FALSE(VectorUtils::standardDeviationOf(Series{}));
+  EXPECT_TRUE(std::isnan(*VectorUtils::standardDeviationOf(Series{7})));
+}
+
+TEST(VectorUtilsTest, ExtremesAreSinglePrecisionValues) {
+  EXPECT_EQ(VectorUtils::maxOf(Series{-3, -1.1, -2}), -1.1F);
+  EXPECT_EQ(VectorUtils::minOf(Series{0.1, 3}), 0.1F);
+}
+
+TEST(VectorUtilsTest, TheTailKeepsItsOrderAndIsNeverLongerThanTheSeries) {
+  const Series series{1, 2, 3};
+  EXPECT_THAT(VectorUtils::lastObjectsOf(series, 2), ElementsAre(2, 3));
+  EXPECT_THAT(VectorUtils::lastObjectsOf(series, 10), ElementsAre(1, 2, 3));
+  EXPECT_THAT(VectorUtils::lastObjectsOf(series, 0), IsEmpty());
+}
+
+TEST(VectorUtilsTest, DetrendingRemovesTheLineAndKeepsTheLevelOnRequest) {
+  const Series line{1, 2, 3, 4};
+  EXPECT_THAT(VectorUtils::detrend(line, true), Each(DoubleNear(0, 1e-12)));
+  EXPECT_THAT(VectorUtils::detrend(line, false), Each(DoubleNear(2.5, 1e-12)));
+  EXPECT_THAT(VectorUtils::detrend(Series{}, true), IsEmpty());
+
+  // The line is fitted to the doubles, the samples are read in single precision.
+  const double sample = 16777217;
+  EXPECT_THAT(VectorUtils::detrend(Series{sample, sample}, true), Each(-1));
+}
+
+}  // namespace
+}  // namespace veyla

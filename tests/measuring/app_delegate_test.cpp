@@ -1,0 +1,80 @@
+#include "measuring/app_delegate.h"
+
+#include <gmock/gmock.h>
+
+#include "acquisition/settings.h"
+#include "history/history_store.h"
+#include "measuring/notification_center.h"
+#include "shell/faq.h"
+#include "tests/support/test_platform.h"
+
+namespace veyla {
+namespace {
+
+using testing::ElementsAre;
+
+class AppDelegateTest : public testing::Test {
+ protected:
+  AppDelegateTest() {
+    for (const char* name : {"didEnterBackground", "didBecomeActive"}) {
+      NotificationCenter::instance().add(this, name, [this, name] { posted_.push_back(name); });
+    }
+  }
+
+  TestPlatform platform_;
+  AppDelegate& application_ = AppDelegate::instance();
+  std::vector<std::string> posted_;
+};
+
+Value settingsOf(const char* key, int value) {
+  return Value::Dictionary{
+      {"results", Value::Array{Value::Dictionary{{"iPhoneModel", "iphone6s"}, {key, value}}}}};
+}
+
+TEST_F(AppDelegateTest, LaunchMigratesThenLoadsTextsAndSettingsThenSetsTheLooks) {
+  platform_.store.values["history"] = Value::Array{Value::Array{"at 5", "64 bpm", "98%"}};
+  platform_.resources.give("Spo2Settings", settingsOf("rawDataSize", 1));
+  platform_.resources.give("HeartrateSettings", settingsOf("rawDataSize", 2));
+  platform_.resources.give("CameraSettings", settingsOf("focusMode", 2));
+  application_.setActivatedFromBackground(true);
+  EXPECT_TRUE(application_.application(LaunchOptions{}));
+
+  EXPECT_THAT(platform_.log.lines,
+              ElementsAre("AppDelegate didFinishLaunchingWithOptions, using iPhone: iphone6s",
+                          "found ya!: {iPhoneModel = iphone6s, rawDataSize = 1}",
+                          "found ya!: {iPhoneModel = iphone6s, rawDataSize = 2}",
+                          "found ya!: {iPhoneModel = iphone6s, focusMode = 2}"));
+  EXPECT_THAT(platform_.journal.lines(),
+              ElementsAre("store set values", "store flush", "store remove history", "store flush",
+                          "screens appearance", "screens idle timer off",
+                          "store set rating_first_use", "store set rating_uses", "store flush"));
+  EXPECT_EQ(Utils::getHeartrateSettings("rawDataSize").intValue(), 2);
+  EXPECT_EQ(Utils::getSpo2Settings("rawDataSize").intValue(), 1);
+  EXPECT_EQ(Utils::getCameraSettings("focusMode").intValue(), 2);
+  EXPECT_FALSE(application_.activatedFromBackground());
+  EXPECT_EQ(platform_.screens.appearance->navigationBarImage, "topbar.png");
+}
+
+TEST_F(AppDelegateTest, AnInterruptionBeforeTheFirstBackgroundPostsNothing) {
+  application_.applicationDidBecomeActive();
+  application_.applicationWillResignActive();
+  application_.applicationDidBecomeActive();
+  application_.applicationWillTerminate();
+  EXPECT_TRUE(posted_.empty());
+  EXPECT_THAT(platform_.log.lines,
+              ElementsAre("AppDelegate didBecomeActive", "AppDelegate willResignActive",
+                          "AppDelegate didBecomeActive", "AppDelegate willTerminate"));
+}
+
+TEST_F(AppDelegateTest, AfterTheFirstReturnEveryActivationIsPosted) {
+  application_.applicationDidEnterBackground();
+  EXPECT_THAT(posted_, ElementsAre("didEnterBackground"));
+  application_.applicationWillEnterForeground();
+  application_.applicationDidBecomeActive();
+  application_.applicationWillResignActive();
+  application_.applicationDidBecomeActive();
+  EXPECT_THAT(posted_, ElementsAre("didEnterBackground", "didBecomeActive", "didBecomeActive"));
+}
+
+}  // namespace
+}  // namespace veyla

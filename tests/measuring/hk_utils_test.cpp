@@ -1,0 +1,80 @@
+#include "measuring/hk_utils.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "tests/support/test_platform.h"
+
+namespace veyla {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class HKUtilsTest : public testing::Test {
+ protected:
+  /// Answers the last question as a health store does: from a thread of its own.
+  void complete(bool success) {
+    std::thread([&] { platform_.health.completions.back()(success); }).join();
+  }
+
+  TestPlatform platform_;
+};
+
+TEST_F(HKUtilsTest, ValuesAreRoundedHalfAwayFromZeroBeforeTheyBecomeSamples) {
+  HKUtils().writeHeartrateWithValue(72.5);
+  HKUtils().writeHeartrateWithValue(72.4);
+  HKUtils().writeSpo2WithValue(96.5);
+  HKUtils().writeSpo2WithValue(93.0);
+  const Date now = TestPlatform::start;
+  const auto heartRate = HealthSampleType::heartRate;
+  const auto saturation = HealthSampleType::oxygenSaturation;
+  EXPECT_THAT(platform_.health.samples,
+              ElementsAre(HealthSample{heartRate, 73, "count/min", now, now},
+                          HealthSample{heartRate, 72, "count/min", now, now},
+                          HealthSample{saturation, 0.97, "%", now, now},
+                          HealthSample{saturation, 0.93, "%", now, now}));
+}
+
+TEST_F(HKUtilsTest, PermissionIsAskedPerType) {
+  platform_.health.sharing[HealthSampleType::heartRate] = HealthSharing::denied;
+  HKUtils().writeHeartrateWithValue(70);
+  HKUtils().writeSpo2WithValue(97);
+  EXPECT_THAT(platform_.journal.of("health"), ElementsAre("0.97 %"));
+  platform_.health.sharing[HealthSampleType::oxygenSaturation] = HealthSharing::notDetermined;
+  HKUtils().writeSpo2WithValue(97);
+  EXPECT_THAT(platform_.log.lines, ElementsAre("I'm sorry. Not authorized to write hr.",
+                                               "I'm sorry. Not authorized to write spo2."));
+}
+
+TEST_F(HKUtilsTest, TheOutcomeOfAWriteIsOnlyLogged) {
+  HKUtils().writeHeartrateWithValue(70);
+  complete(true);
+  HKUtils().writeSpo2WithValue(97);
+  complete(false);
+  EXPECT_THAT(platform_.log.lines, ElementsAre("success....", "error...."));
+}
+
+TEST_F(HKUtilsTest, ThePermissionSheetComesInTheSystemsColours) {
+  HKUtils::setupHK();
+  EXPECT_EQ(platform_.screens.navigationBarTint, std::nullopt);
+  complete(true);
+  EXPECT_EQ(platform_.screens.navigationBarTint, (Color{1, 1, 1, 1}));
+  complete(false);
+  EXPECT_THAT(platform_.log.lines, ElementsAre("User completed authorisation request.",
+                                               "The user cancelled the authorisation request. "));
+}
+
+TEST_F(HKUtilsTest, WithoutAHealthStoreNothingIsAskedOrWritten) {
+  platform_.health.available = false;
+  HKUtils::setupHK();
+  HKUtils().writeHeartrateWithValue(70);
+  HKUtils().writeSpo2WithValue(97);
+  EXPECT_THAT(platform_.log.lines, ElementsAre("HK not available."));
+  EXPECT_THAT(platform_.health.samples, IsEmpty());
+  EXPECT_THAT(platform_.health.requested, IsEmpty());
+}
+
+}  // namespace
+}  // namespace veyla

@@ -1,0 +1,471 @@
+#include "measuring/main_view_controller.h"
+
+#include <gmock/gmock.h>
+
+#include "history/history_store.h"
+#include "measuring/app_delegate.h"
+#include "shell/alerts.h"
+#include "tests/support/measuring_rig.h"
+
+namespace veyla {
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+using testing::StartsWith;
+
+class MainViewControllerTest : public testing::Test {
+ protected:
+  MainViewControllerTest() { rig_.appear(); }
+
+  /// Every alert but the countdown has a close button, closes on a tap outside, and is red.
+  void expectAlert(AlertKind kind, const char* title, const char* subtitle) {
+    const Alert& alert = platform_.alerts.shown.back();
+    EXPECT_EQ(alert.kind, kind);
+    EXPECT_EQ(alert.title, title);
+    EXPECT_EQ(alert.subtitle, subtitle);
+    EXPECT_EQ(alert.closeButton, "Done");
+    EXPECT_TRUE(alert.closesOnOutsideTap);
+    EXPECT_EQ(alert.color, (Color{200.0 / 255, 2.0 / 255, 0, 1}));
+    EXPECT_EQ(alert.iconTint, (Color{1, 1, 1, 1}));
+  }
+  std::string heartrateText() { return platform_.display.texts["labelHeartrate"]; }
+  std::string spo2Text() { return platform_.display.texts["labelSpo2"]; }
+  int logged(const std::string& line) {
+    return static_cast<int>(
+        std::count(platform_.log.lines.begin(), platform_.log.lines.end(), line));
+  }
+  /// The lines of services that keep something or ask for attention.
+  std::vector<std::string> lasting() {
+    std::vector<std::string> lines;
+    for (const std::string& line : platform_.journal.lines()) {
+      const bool lasts = line.starts_with("store") || line.starts_with("health") ||
+                         line.starts_with("session stop") || line.starts_with("screens");
+      if (lasts) lines.push_back(line);
+    }
+    return lines;
+  }
+
+  MeasuringRig rig_;
+  TestPlatform& platform_ = rig_.platform;
+  MainViewController& screen_ = rig_.screen;
+};
+
+// From START to the first frame.
+
+TEST_F(MainViewControllerTest, StartNeedsSomethingToRun) {
+  screen_.buttonCheckboxHeartrateTapped();
+  screen_.buttonCheckboxSpo2Tapped();
+  screen_.beginButtonPush();
+  expectAlert(AlertKind::warning, "Nothing to run",
+              "You have disabled both heartrate and spo2 measurements. Enable at least one of them "
+              "before tapping START.");
+  EXPECT_FALSE(screen_.isRunning());
+  platform_.time.run();
+  EXPECT_EQ(platform_.camera.session, nullptr);
+}
+
+TEST_F(MainViewControllerTest, StartNeedsThePermissionToUseTheCamera) {
+  const std::pair<CameraAuthorization, const char*> refusals[] = {
+      {CameraAuthorization::notDetermined, "Camera access not determined. Ask for permission."},
+      {CameraAuthorization::restricted,
+       "You've been restricted from using the camera on this device. Without camera access this "
+       "app won't work. Please contact the device owner so they can give you access."},
+      {CameraAuthorization::denied, "No camera...."},
+      {CameraAuthorization::unknown, "No camera...."}};
+  for (const auto& [authorization, reason] : refusals) {
+    platform_.log.lines.clear();
+    platform_.camera.authorization = authorization;
+    screen_.beginButtonPush();
+    platform_.time.runFor(0.03);
+    EXPECT_THAT(platform_.log.lines, ElementsAre("Tapped Begin", reason));
+  }
+  expectAlert(
+      AlertKind::warning, "No Camera Access",
+      "Without camera access this app won't work. It's essential for Veyla to have access to "
+      "the Camera. Please go to the iOS Settings App, scroll down and find Veyla, and allow "
+      "Veyla to access the Camera.");
+  EXPECT_FALSE(screen_.isRunning());
+  EXPECT_EQ(platform_.camera.session, nullptr);
+}
+
+TEST_F(MainViewControllerTest, ACameraThatDoesNotStartIsReportedAndNothingElseIsUndone) {
+  platform_.camera.device->torch = false;
+  screen_.beginButtonPush();
+  platform_.time.run();
+  expectAlert(AlertKind::error, "Error",
+              "There seems to be a problem with the video camera. Check your camera settings.");
+  EXPECT_TRUE(screen_.isRunning());
+  EXPECT_FALSE(screen_.canBegin());
+  EXPECT_EQ(platform_.display.texts["labelRed"], "Will begin in a couple of seconds ...");
+}
+
+TEST_F(MainViewControllerTest, TheTapIsAnsweredTwentyMillisecondsLater) {
+  screen_.beginButtonPush();
+  EXPECT_TRUE(screen_.isRunning());
+  platform_.time.runFor(0.019);
+  EXPECT_EQ(platform_.camera.session, nullptr);
+  platform_.time.runFor(0.002);
+  ASSERT_NE(platform_.camera.session, nullptr);
+  EXPECT_TRUE(platform_.camera.session->isRunning());
+}
+
+TEST_F(MainViewControllerTest, TheCountdownLastsTwoSecondsAndItsFramesCountButAreNotStored) {
+  screen_.beginButtonPush();
+  platform_.time.runFor(0.02);
+  const Alert& alert = platform_.alerts.shown.back();
+  EXPECT_EQ(alert.kind, AlertKind::waiting);
+  EXPECT_EQ(alert.title, "Starting ...");
+  EXPECT_EQ(alert.subtitle, "Cover flash and camera lens with finger...");
+  EXPECT_EQ(alert.closeButton, std::nullopt);
+  EXPECT_EQ(alert.duration, 2);
+  EXPECT_FALSE(alert.closesOnOutsideTap);
+
+  platform_.log.lines.clear();
+  rig_.frames(30);
+  platform_.time.runFor(1.999);
+  EXPECT_FALSE(screen_.canBegin());
+  EXPECT_EQ(platform_.camera.device->torchState, 0);
+  EXPECT_THAT(platform_.log.lines, IsEmpty());
+  platform_.journal.clear();
+  platform_.time.runFor(0.002);
+  EXPECT_TRUE(screen_.canBegin());
+  EXPECT_THAT(platform_.journal.of("device"), ElementsAre("lock", "torch 1", "flash 1", "unlock"));
+  EXPECT_THAT(platform_.log.lines, ElementsAre("starting torch/flash"));
+
+  rig_.frame({99.9F, 80.5F, 40, 98});
+  EXPECT_EQ(screen_.videoProcessing()->counter(), 31);
+  EXPECT_THAT(*screen_.data()->rawRedValues(), ElementsAre(99.9F));
+  EXPECT_THAT(*screen_.data()->rawGreenValues(), ElementsAre(80.5F));
+  EXPECT_THAT(*screen_.data()->rawBlueValues(), ElementsAre(40));
+  EXPECT_THAT(*screen_.data()->rawHRValues(), ElementsAre(98));
+  EXPECT_THAT(screen_.chartFourierView().data(), ElementsAre(98));
+  EXPECT_THAT(platform_.log.lines, Contains("red 99, green 80, blue: 40"));
+}
+
+TEST_F(MainViewControllerTest, ANewStartForgetsTheMeasurementBefore) {
+  rig_.startMeasuring();
+  rig_.heartrateAmbiguous();
+  rig_.spo2(90);
+  rig_.noSpo2();
+  EXPECT_EQ(screen_.framesWhereLowSig(), 1U);
+  EXPECT_EQ(screen_.failedSpo2Counter(), 1);
+  EXPECT_EQ(screen_.failedHeartratesCounter(), 2);
+
+  rig_.startMeasuring();
+  EXPECT_EQ(screen_.framesWhereLowSig(), 0U);
+  EXPECT_EQ(screen_.failedSpo2Counter(), 0);
+  EXPECT_EQ(screen_.failedHeartratesCounter(), 0);
+  EXPECT_EQ(screen_.videoProcessing()->counter(), 0);
+  EXPECT_THAT(*screen_.data()->rawRedValues(), IsEmpty());
+  EXPECT_THAT(screen_.chartFourierView().data(), IsEmpty());
+}
+
+// Which frames are estimated.
+
+TEST_F(MainViewControllerTest, HeartrateEstimatesBeginWithAFullWindowOnTheFramesTheSettingsName) {
+  rig_.heartrateSetting("rawDataSize", 4);
+  rig_.heartrateSetting("skipFramesBetweenMeasurements", 3);
+  rig_.spo2Setting("rawDataSize", 1000);
+  rig_.startMeasuring();
+  screen_.videoProcessing()->setCounter(10);
+  rig_.frames(3);  // 11 to 13: 12 is a multiple of 3, but the window is short.
+  EXPECT_THAT(platform_.log.lines, Not(Contains(StartsWith("skipping hr"))));
+  rig_.frames(3);
+  EXPECT_THAT(platform_.log.lines,
+              AllOf(Contains("skipping hr frame 14"), Contains("not skipping hr frame 15"),
+                    Contains("skipping hr frame 16")));
+  EXPECT_THAT(*screen_.data()->heartrateValues(), SizeIs(1));
+
+  rig_.heartrateSetting("skipFramesBetweenMeasurements", 1);
+  rig_.frame();
+  EXPECT_THAT(*screen_.data()->heartrateValues(), SizeIs(2)) << "read anew at each frame";
+  rig_.heartrateSetting("skipFramesBetweenMeasurements", 0);
+  rig_.frame();
+  EXPECT_EQ(logged("skipping hr frame 18"), 1);
+}
+
+TEST_F(MainViewControllerTest, Spo2EstimatesWaitForTheFramesBeforeTheirWindowToo) {
+  rig_.spo2Setting("framesBeforeBeginning", 3);
+  rig_.spo2Setting("skipFramesBetweenMeasurements", 1);
+  screen_.buttonCheckboxHeartrateTapped();
+  rig_.startMeasuring();
+  rig_.frames(4);
+  EXPECT_EQ(logged("not skipping spo2 frame 4"), 1) << "logged whether or not it is estimated";
+  EXPECT_EQ(screen_.failedSpo2Counter(), 0);
+  rig_.frame();
+  EXPECT_EQ(screen_.failedSpo2Counter(), 1);
+  EXPECT_EQ(logged("spo2 0.00, counter: 5"), 1);
+  EXPECT_THAT(platform_.log.lines, Not(Contains("not skipping hr frame 2")));
+  EXPECT_THAT(platform_.display.texts["testLabel"], StartsWith("ACR=0 DCR=100"));
+}
+
+TEST_F(MainViewControllerTest, TheChartAppearsOnceThirtyFramesAfterTheFirstFullWindow) {
+  rig_.heartrateSetting("neededValidHeartrate", 1000);
+  rig_.startMeasuring();
+  const std::string shows = "chartFourierView shown";
+  rig_.frames(31);
+  EXPECT_THAT(platform_.journal.of("display"), Not(Contains(shows)));
+  rig_.frame();
+  EXPECT_THAT(platform_.journal.of("display"), Contains(shows));
+  platform_.journal.clear();
+  rig_.frames(40);
+  EXPECT_THAT(platform_.journal.of("display"), Not(Contains(shows)));
+  EXPECT_EQ(platform_.display.redraws["chartFourierView"], 72);
+}
+
+// What becomes of an estimate.
+
+TEST_F(MainViewControllerTest, AnAcceptedHeartrateIsShownAsTheMedianOfTheLastEleven) {
+  rig_.heartrateSetting("neededValidHeartrate", 20);
+  rig_.spo2Setting("neededValidSpo2", 100);
+  rig_.startMeasuring();
+  for (int i = 0; i < 6; ++i) {
+    rig_.heartrateBin(60);
+    rig_.spo2(97);
+  }
+  for (int i = 0; i < 5; ++i) {
+    rig_.heartrateBin(100);
+    rig_.spo2(97);
+  }
+  EXPECT_EQ(heartrateText(), "53") << "60 × 0.879, six of eleven";
+  rig_.spo2(97);
+  EXPECT_EQ(heartrateText(), "88") << "the first has left the window";
+  EXPECT_EQ(platform_.display.fonts["labelHeartrate"], (Font{"HelveticaNeue-Light", 25}));
+  EXPECT_EQ(screen_.gaugeHR().value(), 87.890625F);
+  EXPECT_TRUE(screen_.gaugeHR().animated());
+  EXPECT_EQ(screen_.gaugeHR().unitOfMeasurement(), "88 BPM");
+  EXPECT_EQ(screen_.circleprogressHeartrate().progress(), 12.0F / 20.0F);
+  EXPECT_EQ(platform_.log.lines.back(), "spo2 97.00, counter: 24");
+  EXPECT_EQ(logged("hr: 88"), 1);
+}
+
+TEST_F(MainViewControllerTest, AnEstimateAtTheThresholdIsAccepted) {
+  rig_.startMeasuring();
+  platform_.fft.peaks = {{80, 1}, {200, 0.5}};
+  rig_.noSpo2();
+  EXPECT_THAT(*screen_.data()->fourierValues(), SizeIs(1));
+  platform_.fft.peaks = {{80, 1}, {200, 0.51}};
+  rig_.noSpo2();
+  EXPECT_THAT(*screen_.data()->fourierValues(), SizeIs(1));
+  EXPECT_EQ(screen_.failedHeartratesCounter(), 1);
+  rig_.heartrateBin(80);
+  rig_.noSpo2();
+  EXPECT_EQ(screen_.failedHeartratesCounter(), 0);
+}
+
+TEST_F(MainViewControllerTest, TheThirtiethRejectedHeartrateBlanksTheValue) {
+  rig_.startMeasuring();
+  rig_.noSpo2();
+  ASSERT_EQ(heartrateText(), "70");
+  rig_.heartrateAmbiguous();
+  for (int i = 0; i < 29; ++i) rig_.noSpo2();
+  EXPECT_EQ(heartrateText(), "70");
+  rig_.noSpo2();
+  EXPECT_EQ(heartrateText(), "--");
+  EXPECT_FALSE(screen_.isDone());
+}
+
+TEST_F(MainViewControllerTest, TheThirtyFirstMissingSpo2BlanksTheValue) {
+  rig_.heartrateSetting("neededValidHeartrate", 1000);
+  rig_.startMeasuring();
+  rig_.spo2(97);
+  for (int i = 0; i < 30; ++i) rig_.noSpo2();
+  EXPECT_EQ(spo2Text(), "97");
+  rig_.noSpo2();
+  EXPECT_EQ(spo2Text(), "--");
+  EXPECT_FALSE(screen_.isDone());
+  rig_.spo2(98);
+  EXPECT_EQ(screen_.failedSpo2Counter(), 0);
+}
+
+TEST_F(MainViewControllerTest, AnSpo2OfNinetyThreeIsAcceptedAndAnythingBelowIsLow) {
+  rig_.startMeasuring();
+  rig_.spo2(92.99F);
+  EXPECT_EQ(screen_.framesWhereLowSig(), 1U);
+  EXPECT_THAT(*screen_.data()->spo2Values(), IsEmpty());
+  EXPECT_EQ(spo2Text(), "--");
+  rig_.spo2(93);
+  EXPECT_EQ(screen_.framesWhereLowSig(), 0U);
+  EXPECT_THAT(*screen_.data()->spo2Values(), ElementsAre(93));
+  EXPECT_EQ(spo2Text(), "93");
+  EXPECT_EQ(screen_.circleprogressSpo2().progress(), 1.0F / 3.0F);
+  EXPECT_TRUE(screen_.gaugeSpo2().animated());
+}
+
+TEST_F(MainViewControllerTest, TheSixtiethLowSpo2SinceAnAcceptedOneEndsTheMeasurement) {
+  rig_.heartrateSetting("neededValidHeartrate", 1000);
+  rig_.startMeasuring();
+  for (int i = 0; i < 59; ++i) rig_.spo2(92);
+  rig_.spo2(95);
+  for (int i = 0; i < 59; ++i) rig_.spo2(92);
+  rig_.noSpo2();
+  EXPECT_FALSE(screen_.isDone());
+  platform_.journal.clear();
+  rig_.spo2(92);
+
+  EXPECT_TRUE(screen_.isDone());
+  EXPECT_FALSE(screen_.isRunning());
+  expectAlert(
+      AlertKind::warning, "Got problems?",
+      "If you keep getting '--' spo2 values, remove your finger, then tap START, and replace "
+      "your finger on the flash and camera lens after \u00bd-1 second.");
+  const Alert& alert = platform_.alerts.shown.back();
+  ASSERT_THAT(alert.buttons, SizeIs(1));
+  EXPECT_EQ(alert.buttons[0].title, "Read FAQ");
+  EXPECT_THAT(lasting(), ElementsAre("session stop")) << "nothing is saved";
+  Alerts::instance().tapButton(platform_.alerts.lastId, 0);
+  EXPECT_EQ(platform_.journal.of("screens"), std::vector<std::string>{"faq"});
+}
+
+// How a measurement ends.
+
+TEST_F(MainViewControllerTest, TheEndKeepsFirstTheFirstValueThenTheSecondThenTheEntry) {
+  rig_.startMeasuring();
+  rig_.heartrateAmbiguous();
+  rig_.spo2(97);
+  rig_.heartrateBin(80);
+  rig_.spo2(96);
+  rig_.spo2(98);  // SpO2: 97, 96, 98. Heart rate: 70 twice.
+  EXPECT_TRUE(screen_.isSpo2Done());
+  EXPECT_FALSE(screen_.isDone());
+  EXPECT_EQ(platform_.log.lines.back(), "spo2 values: (97, 96, 98)");
+  rig_.heartrateBin(90);
+  rig_.spo2(93);  // Heart rate: 70, 70, 79. The SpO2 is final and not estimated any more.
+
+  EXPECT_THAT(lasting(), ElementsAre("store set last_spo2", "store flush", "health 0.97 %",
+                                     "store set last_heartrate", "store flush",
+                                     "health 70 count/min", "session stop", "store set values",
+                                     "store flush", "store set rating_first_use",
+                                     "store set rating_significant_events", "store flush"));
+  EXPECT_TRUE(screen_.isDone());
+  EXPECT_EQ(Utils::getLastHeartrate(), 70.3125F);
+  EXPECT_EQ(Utils::getLastSpo2(), 97);
+  const auto entries = Utils::getValues();
+  ASSERT_THAT(*entries, SizeIs(1));
+  EXPECT_EQ(entries->front(),
+            (HistoryEntry{70.3125, 97, platform_.time.now(), Labels{}, std::nullopt}));
+  EXPECT_THAT(platform_.log.lines, AllOf(Contains("Done HR"), Contains("Done Both")));
+  EXPECT_EQ(platform_.camera.device->torchState, 0);
+}
+
+TEST_F(MainViewControllerTest, AFrameAfterTheEndIsCountedAndNothingElse) {
+  rig_.startMeasuring();
+  for (int i = 0; i < 3; ++i) rig_.spo2(97);
+  ASSERT_TRUE(screen_.isDone());
+  platform_.journal.clear();
+  platform_.log.lines.clear();
+  rig_.frame();
+  EXPECT_EQ(screen_.videoProcessing()->counter(), 7);
+  EXPECT_THAT(*screen_.data()->rawRedValues(), SizeIs(6));
+  EXPECT_THAT(platform_.journal.lines(), IsEmpty());
+  EXPECT_THAT(platform_.log.lines, IsEmpty());
+}
+
+TEST_F(MainViewControllerTest, TheFinalHeartrateIsTheMedianOfElevenAndTheFinalSpo2OfAll) {
+  rig_.heartrateSetting("neededValidHeartrate", 17);
+  rig_.spo2Setting("neededValidSpo2", 17);
+  rig_.startMeasuring();
+  for (int i = 0; i < 17; ++i) {
+    rig_.heartrateBin(i < 10 ? 60 : 100);
+    rig_.spo2(i < 10 ? 99 : 95);
+  }
+  ASSERT_TRUE(screen_.isDone());
+  EXPECT_EQ(screen_.finalHeartrate(), 87.890625F) << "seven of the last eleven";
+  EXPECT_EQ(screen_.finalSpo2(), 99) << "ten of all seventeen";
+  EXPECT_EQ(heartrateText(), "88");
+  EXPECT_EQ(platform_.display.texts["labelLastSpo2"], "99");
+  EXPECT_EQ(platform_.display.fonts["labelHeartrate"], (Font{"HelveticaNeue-Medium", 25}));
+  EXPECT_EQ(platform_.display.fonts["labelSpo2"], (Font{"HelveticaNeue-Medium", 25}));
+  EXPECT_FALSE(platform_.display.shimmering["labelMeasuringHeartrate"]);
+}
+
+TEST_F(MainViewControllerTest, AValueThatWasNotWantedIsSavedAsZero) {
+  screen_.buttonCheckboxSpo2Tapped();
+  rig_.startMeasuring();
+  for (int i = 0; i < 3; ++i) rig_.spo2(97);
+  screen_.buttonCheckboxSpo2Tapped();
+  screen_.buttonCheckboxHeartrateTapped();
+  rig_.startMeasuring();
+  for (int i = 0; i < 3; ++i) rig_.spo2(97);
+
+  const auto entries = Utils::getValues();
+  ASSERT_THAT(*entries, SizeIs(2));
+  EXPECT_EQ((*entries)[0].hr, 70.3125);
+  EXPECT_EQ((*entries)[0].spo2, 0);
+  EXPECT_EQ((*entries)[1].hr, 0);
+  EXPECT_EQ((*entries)[1].spo2, 97);
+}
+
+TEST_F(MainViewControllerTest, StopEndsTheMeasurementAndSavesNothing) {
+  rig_.startMeasuring();
+  rig_.spo2(97);
+  screen_.stopButtonPush();
+  platform_.time.runFor(0.019);
+  EXPECT_FALSE(screen_.isDone());
+  rig_.frame();
+  EXPECT_THAT(*screen_.data()->rawRedValues(), SizeIs(3));
+  platform_.time.runFor(0.002);
+  EXPECT_TRUE(screen_.isDone());
+  EXPECT_THAT(lasting(), ElementsAre("session stop"));
+  EXPECT_EQ(heartrateText(), "--");
+}
+
+TEST_F(MainViewControllerTest, StopDuringTheCountdownKeepsTheMeasurementFromBeginning) {
+  screen_.beginButtonPush();
+  platform_.time.runFor(1);
+  screen_.stopButtonPush();
+  platform_.time.run();
+  EXPECT_FALSE(screen_.canBegin());
+  EXPECT_EQ(platform_.camera.device->torchState, 0);
+  rig_.frame();
+  EXPECT_THAT(*screen_.data()->rawRedValues(), IsEmpty());
+}
+
+TEST_F(MainViewControllerTest, TheBackgroundEndsTheMeasurementAndTheReturnShowsTheBeginning) {
+  auto& application = AppDelegate::instance();
+  rig_.startMeasuring();
+  rig_.spo2(97);
+  application.applicationDidEnterBackground();
+  EXPECT_TRUE(screen_.isDone());
+  EXPECT_EQ(spo2Text(), "97") << "the presentation stays until the return";
+  application.applicationWillEnterForeground();
+  application.applicationDidBecomeActive();
+  EXPECT_EQ(spo2Text(), "--");
+  EXPECT_THAT(lasting(), ElementsAre("session stop"));
+}
+
+TEST_F(MainViewControllerTest, AMeasurementOfRealFramesFindsThePulse) {
+  withHeartrateSettings({{"rawDataSize", 256},
+                         {"skipFramesBetweenMeasurements", 5},
+                         {"neededValidHeartrate", 4},
+                         {"TTValidPercent", 20},
+                         {"minimumBpm", 40},
+                         {"TTMaxDistance", 20}});
+  withSpo2Settings({{"grids", Value::Array{6, 7, 10, 11}}});
+  platform_.fft.peaks.clear();
+  screen_.buttonCheckboxSpo2Tapped();
+  rig_.startMeasuring();
+  // 72 beats a minute at 15 frames a second.
+  for (int i = 0; i < 600 && !screen_.isDone(); ++i) {
+    const double pulse = 20 * std::cos(2 * std::numbers::pi * 1.2 * i / 15);
+    TestFrame frame(192, 144, {10, 40, static_cast<std::uint8_t>(std::lround(180 + pulse))});
+    screen_.videoProcessing()->captureOutput(frame);
+  }
+  EXPECT_TRUE(screen_.isDone());
+  EXPECT_NEAR(screen_.finalHeartrate(), 72, 2);
+}
+
+TEST_F(MainViewControllerTest, AFingerIsDarkInAllThreeColours) {
+  EXPECT_TRUE(MainViewController::isFingerOnCameraRed(99, 99, 9));
+  EXPECT_FALSE(MainViewController::isFingerOnCameraRed(100, 0, 0));
+  EXPECT_FALSE(MainViewController::isFingerOnCameraRed(0, 100, 0));
+  EXPECT_FALSE(MainViewController::isFingerOnCameraRed(0, 0, 10));
+}
+
+}  // namespace
+}  // namespace veyla

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "acquisition/data.h"
+#include "acquisition/settings.h"
+#include "platform/capture.h"
+
+namespace veyla {
+
+inline void withHeartrateSettings(Value::Dictionary settings) {
+  Utils::setHeartrateSettings(Value(std::move(settings)));
+}
+inline void withSpo2Settings(Value::Dictionary settings) {
+  Utils::setSpo2Settings(Value(std::move(settings)));
+}
+inline void withCameraSettings(Value::Dictionary settings) {
+  Utils::setCameraSettings(Value(std::move(settings)));
+}
+
+/// `periods` whole periods of a cosine of amplitude 10 around 100 over `length` samples, from its
+/// crest on, or by `phase` (in periods) later.
+inline std::vector<float> wave(double periods, std::size_t length = 1024, double phase = 0) {
+  std::vector<float> samples;
+  for (std::size_t i = 0; i < length; ++i) {
+    const double turns = periods * static_cast<double>(i) / static_cast<double>(length) + phase;
+    samples.push_back(static_cast<float>(100 + 10 * std::cos(2 * std::numbers::pi * turns)));
+  }
+  return samples;
+}
+
+inline void addPulse(const std::vector<float>& samples) {
+  for (const float sample : samples) Data::instance().addHRValue(sample);
+}
+
+/// A frame in memory: all pixels alike to begin with, rows padded on request. Padding bytes are
+/// 255.
+class TestFrame : public PixelBuffer {
+ public:
+  struct Pixel {
+    std::uint8_t blue;
+    std::uint8_t green;
+    std::uint8_t red;
+  };
+
+  TestFrame(std::size_t width, std::size_t height, Pixel pixel, std::size_t padding = 0)
+      : width_(width), height_(height), bytesPerRow_(4 * width + padding) {
+    bytes_.assign(bytesPerRow_ * height, 255);
+    for (std::size_t y = 0; y < height; ++y) {
+      for (std::size_t x = 0; x < width; ++x) set(x, y, pixel);
+    }
+  }
+
+  bool lockable = true;
+  int locks = 0;
+  int unlocks = 0;
+
+  void set(std::size_t x, std::size_t y, Pixel pixel) {
+    std::uint8_t* address = bytes_.data() + y * bytesPerRow_ + 4 * x;
+    address[0] = pixel.blue;
+    address[1] = pixel.green;
+    address[2] = pixel.red;
+  }
+
+  bool lockBaseAddress() override {
+    ++locks;
+    return lockable;
+  }
+  void unlockBaseAddress() override { ++unlocks; }
+  std::size_t width() const override { return width_; }
+  std::size_t height() const override { return height_; }
+  std::size_t bytesPerRow() const override { return bytesPerRow_; }
+  const std::uint8_t* baseAddress() const override { return bytes_.data(); }
+
+ private:
+  std::size_t width_;
+  std::size_t height_;
+  std::size_t bytesPerRow_;
+  std::vector<std::uint8_t> bytes_;
+};
+
+}  // namespace veyla

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <vector>
+
+#include "platform/alert_view.h"
+#include "tests/support/journal.h"
+
+namespace veyla {
+
+/// Keeps every alert that was shown; "alert show …" and "alert hide …" with the title in the
+/// journal.
+class RecorderAlertView : public AlertView {
+ public:
+  explicit RecorderAlertView(Journal& journal) : journal_(journal) {}
+
+  std::vector<Alert> shown;
+  /// The number of the last one.
+  int lastId = 0;
+  /// What a view does that answers at once; may be empty.
+  std::function<void(int id)> answer;
+
+  void show(int id, const Alert& alert) override {
+    shown.push_back(alert);
+    lastId = id;
+    journal_.add("alert show " + alert.title);
+    if (answer) answer(id);
+  }
+  void hide(int id) override { journal_.add("alert hide " + std::to_string(id)); }
+
+ private:
+  Journal& journal_;
+};
+
+}  // namespace veyla

@@ -1,0 +1,159 @@
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/capture.h"
+#include "tests/support/journal.h"
+
+namespace veyla {
+
+/// A camera whose abilities a test sets; what is done to it stands in the journal as "device …".
+class ScriptedDevice : public CaptureDevice {
+ public:
+  explicit ScriptedDevice(Journal& journal,
+                          CaptureDeviceType type = CaptureDeviceType::wideAngleCamera)
+      : type_(type), journal_(journal) {}
+
+  bool lockable = true;
+  bool torch = true;
+  bool lowLightBoost = true;
+  int rangeRestriction = 1;
+  int torchState = 0;
+  std::set<int> exposureModes{0, 1, 2};
+  std::set<int> whiteBalanceModes{0, 1, 2};
+  std::set<int> focusModes{0, 1, 2};
+
+  CaptureDeviceType deviceType() const override { return type_; }
+  bool lockForConfiguration() override {
+    journal_.add("device lock");
+    return lockable;
+  }
+  void unlockForConfiguration() override { journal_.add("device unlock"); }
+  bool isExposureModeSupported(int mode) const override { return exposureModes.contains(mode); }
+  int exposureMode() const override { return 2; }
+  void setExposureMode(int mode) override { record("exposure", mode); }
+  bool isWhiteBalanceModeSupported(int mode) const override {
+    return whiteBalanceModes.contains(mode);
+  }
+  int whiteBalanceMode() const override { return 1; }
+  void setWhiteBalanceMode(int mode) override { record("white balance", mode); }
+  bool isFocusModeSupported(int mode) const override { return focusModes.contains(mode); }
+  int focusMode() const override { return 0; }
+  void setFocusMode(int mode) override { record("focus", mode); }
+  int autoFocusRangeRestriction() const override { return rangeRestriction; }
+  void setAutoFocusRangeRestriction(int restriction) override {
+    record("focus range", restriction);
+  }
+  bool isLowLightBoostSupported() const override { return lowLightBoost; }
+  bool automaticallyEnablesLowLightBoostWhenAvailable() const override { return true; }
+  void setAutomaticallyEnablesLowLightBoostWhenAvailable(bool enabled) override {
+    record("low-light boost", enabled);
+  }
+  bool hasTorch() const override { return torch; }
+  bool isTorchModeSupported(int mode) const override { return mode < 2; }
+  int torchMode() const override { return torchState; }
+  void setTorchMode(int mode) override {
+    torchState = mode;
+    record("torch", mode);
+  }
+  float torchLevel() const override { return 0.5F; }
+  void setFlashMode(int mode) override { record("flash", mode); }
+  double videoZoomFactor() const override { return 1.25; }
+  bool isAdjustingWhiteBalance() const override { return true; }
+  bool isAdjustingFocus() const override { return false; }
+  bool isAdjustingExposure() const override { return true; }
+
+ private:
+  void record(const std::string& what, int value) {
+    journal_.add("device " + what + ' ' + std::to_string(value));
+  }
+
+  CaptureDeviceType type_;
+  Journal& journal_;
+};
+
+/// A session that stands in the journal as "session …" and whose frames a test delivers.
+class ScriptedSession : public CaptureSession {
+ public:
+  explicit ScriptedSession(Journal& journal) : journal_(journal) {}
+
+  void beginConfiguration() override { journal_.add("session begin"); }
+  void setSessionPreset(SessionPreset /*preset*/) override { journal_.add("session preset low"); }
+  void addInput(std::shared_ptr<CaptureDeviceInput> input) override {
+    inputs_.push_back(std::move(input));
+    journal_.add("session add input");
+  }
+  void addOutput(std::shared_ptr<VideoDataOutput> output) override {
+    outputs_.push_back(std::move(output));
+    journal_.add("session add output");
+  }
+  void commitConfiguration() override { journal_.add("session commit"); }
+  void startRunning() override {
+    running_ = true;
+    journal_.add("session start");
+  }
+  void stopRunning() override {
+    running_ = false;
+    journal_.add("session stop");
+  }
+  bool isRunning() const override { return running_; }
+  std::vector<std::shared_ptr<CaptureDeviceInput>> inputs() const override { return inputs_; }
+  std::vector<std::shared_ptr<VideoDataOutput>> outputs() const override { return outputs_; }
+  void removeInput(const std::shared_ptr<CaptureDeviceInput>& input) override {
+    std::erase(inputs_, input);
+    journal_.add("session remove input");
+  }
+  void removeOutput(const std::shared_ptr<VideoDataOutput>& output) override {
+    std::erase(outputs_, output);
+    journal_.add("session remove output");
+  }
+
+ private:
+  bool running_ = false;
+  std::vector<std::shared_ptr<CaptureDeviceInput>> inputs_;
+  std::vector<std::shared_ptr<VideoDataOutput>> outputs_;
+  Journal& journal_;
+};
+
+/// The cameras of a machine that a test describes: one wide-angle camera, allowed, to begin with.
+class ScriptedCamera : public Camera {
+ public:
+  explicit ScriptedCamera(Journal& journal)
+      : device(std::make_shared<ScriptedDevice>(journal)),
+        backDevices({device}),
+        journal_(journal) {}
+
+  CameraAuthorization authorization = CameraAuthorization::authorized;
+  /// The answer to a request for access.
+  bool grants = true;
+  bool opens = true;
+  std::shared_ptr<ScriptedDevice> device;
+  std::optional<std::vector<std::shared_ptr<CaptureDevice>>> backDevices;
+  std::shared_ptr<CaptureDevice> defaultDevice;
+  /// The last one made.
+  std::shared_ptr<ScriptedSession> session;
+
+  CameraAuthorization authorizationStatus() const override { return authorization; }
+  void requestAccess(std::function<void(bool granted)> completion) override { completion(grants); }
+  std::optional<std::vector<std::shared_ptr<CaptureDevice>>> discoverBackDevices() override {
+    return backDevices;
+  }
+  std::shared_ptr<CaptureDevice> defaultVideoDevice() override { return defaultDevice; }
+  std::shared_ptr<CaptureDeviceInput> makeDeviceInput(
+      const std::shared_ptr<CaptureDevice>& from) override {
+    return opens ? std::make_shared<CaptureDeviceInput>(CaptureDeviceInput{from}) : nullptr;
+  }
+  std::shared_ptr<CaptureSession> makeSession() override {
+    session = std::make_shared<ScriptedSession>(journal_);
+    return session;
+  }
+
+ private:
+  Journal& journal_;
+};
+
+}  // namespace veyla

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdlib>
+#include <string>
+
+#include "platform/format.h"
+#include "platform/text_services.h"
+
+namespace veyla {
+
+/// Dates read "at 1000", for the seconds since 1970. A text matches a pattern when a test says so.
+class ScriptedTextServices : public DateFormatting,
+                             public RegularExpressions,
+                             public UuidGenerator {
+ public:
+  bool matches = false;
+  mutable std::string askedPattern;
+
+  std::string mediumDateShortTime(Date date) const override {
+    return formatText("at %.0f", date.secondsSince1970);
+  }
+  std::optional<Date> parseMediumDateShortTime(std::string_view text) const override {
+    if (!text.starts_with("at ")) return std::nullopt;
+    return Date{std::strtod(std::string(text.substr(3)).c_str(), nullptr)};
+  }
+  bool matchesWholeIgnoringCase(std::string_view pattern,
+                                std::string_view /*text*/) const override {
+    askedPattern = pattern;
+    return matches;
+  }
+  std::string randomUuid() override { return "1B4E28BA-2FA1-11D2-883F-B9A761BDE3FB"; }
+};
+
+}  // namespace veyla

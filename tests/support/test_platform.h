@@ -1,0 +1,68 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/linux/timed_queue.h"
+#include "platform/platform.h"
+#include "tests/support/journal.h"
+#include "tests/support/memory_store.h"
+#include "tests/support/recorder_alert_view.h"
+#include "tests/support/recorder_display.h"
+#include "tests/support/recorder_screens.h"
+#include "tests/support/scripted_camera.h"
+#include "tests/support/scripted_health_store.h"
+#include "tests/support/scripted_resources.h"
+#include "tests/support/scripted_text_services.h"
+#include "tests/support/test_fft.h"
+
+namespace veyla {
+
+/// Keeps the diagnostic lines.
+class RecorderLog : public Log {
+ public:
+  std::vector<std::string> lines;
+
+  bool enabled() const override { return true; }
+  void line(std::string_view text) override { lines.emplace_back(text); }
+};
+
+class ScriptedDeviceInfo : public DeviceInfo {
+ public:
+  std::string model = "iPhone8,1";
+  std::string version = "1.0.0";
+
+  std::string hardwareModel() const override { return model; }
+  std::string systemVersion() const override { return "10.3.1"; }
+  std::string bundleVersion() const override { return version; }
+};
+
+/// A whole machine in memory, whose time a test moves on. It is in force for its own life, so a
+/// test that makes one gets fresh shared instances.
+class TestPlatform {
+ public:
+  TestPlatform() = default;
+  explicit TestPlatform(const std::string& hardwareModel) { device.model = hardwareModel; }
+
+  static constexpr Date start{1'700'000'000};
+
+  Journal journal;
+  RecorderLog log;
+  TimedQueue time{start};
+  ScriptedCamera camera{journal};
+  TestFft fft;
+  MemoryStore store{journal};
+  ScriptedHealthStore health{journal};
+  ScriptedResources resources;
+  ScriptedDeviceInfo device;
+  ScriptedTextServices text;
+  RecorderDisplay display{journal};
+  RecorderAlertView alerts{journal};
+  RecorderScreens screens{journal};
+
+ private:
+  Platform platform_{{log, time, time, camera, fft, store, health, resources, resources, device,
+                      text, text, text, display, alerts, screens}};
+};
+
+}  // namespace veyla
