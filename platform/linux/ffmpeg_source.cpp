@@ -175,7 +175,7 @@ class FfmpegSource::Reader {
       const int error = av_read_frame(input_.get(), packet_.get());
       if (error == AVERROR(EAGAIN)) continue;
       if (error < 0) {
-        if (error != AVERROR_EOF) brokenOff_ = true;
+        if (error != AVERROR_EOF || lastPacketIncomplete_) brokenOff_ = true;
         if (input_->pb && input_->pb->error < 0) brokenOff_ = true;
         avcodec_send_packet(codec_.get(), nullptr);
         return;
@@ -183,7 +183,7 @@ class FfmpegSource::Reader {
       if (packet_->stream_index == stream_->index) break;
       av_packet_unref(packet_.get());
     }
-    if ((packet_->flags & AV_PKT_FLAG_CORRUPT) != 0) brokenOff_ = true;
+    lastPacketIncomplete_ = (packet_->flags & AV_PKT_FLAG_CORRUPT) != 0;
     if (avcodec_send_packet(codec_.get(), packet_.get()) < 0) ++undecodable_;
     av_packet_unref(packet_.get());
   }
@@ -222,6 +222,7 @@ class FfmpegSource::Reader {
   ffmpeg::Packet packet_{av_packet_alloc()};
   int undecodable_ = 0;
   int damaged_ = 0;
+  bool lastPacketIncomplete_ = false;
   bool brokenOff_ = false;
   /// Of the last frame, on the file's own scale.
   double end_ = 0;
@@ -300,7 +301,13 @@ class FfmpegSource::Scaler {
       input.width = frame.width;
       input.height = frame.height;
       input.format = frame.format;
-      input.matrix = frame.colorspace == AVCOL_SPC_UNSPECIFIED ? SWS_CS_ITU601 : frame.colorspace;
+      const AVPixFmtDescriptor* format =
+          av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
+      if (format && (format->flags & AV_PIX_FMT_FLAG_RGB) != 0) {
+        input.matrix = AVCOL_SPC_RGB;
+      } else if (frame.colorspace != AVCOL_SPC_UNSPECIFIED && frame.colorspace != AVCOL_SPC_RGB) {
+        input.matrix = frame.colorspace;
+      }
       input.fullRange = frame.color_range == AVCOL_RANGE_JPEG ||
                         (frame.color_range == AVCOL_RANGE_UNSPECIFIED &&
                          isFullRange(static_cast<AVPixelFormat>(frame.format)));
@@ -311,7 +318,7 @@ class FfmpegSource::Scaler {
       const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
       if (!descriptor) return false;
       return std::string_view(descriptor->name).starts_with("yuvj") ||
-             descriptor->nb_components < 3 || (descriptor->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+             descriptor->nb_components < 3;
     }
   };
 
@@ -323,7 +330,8 @@ class FfmpegSource::Scaler {
     scaler_.reset(sws_getContext(
         input.width, input.height, static_cast<AVPixelFormat>(input.format), lowPresetWidth,
         lowPresetHeight, AV_PIX_FMT_BGRA, flags, nullptr, nullptr, nullptr));
-    if (!scaler_) return;
+    // Colours that are red, green and blue already must not be taken for others.
+    if (!scaler_ || input.matrix == AVCOL_SPC_RGB) return;
     constexpr int unchanged = 1 << 16;
     sws_setColorspaceDetails(scaler_.get(), sws_getCoefficients(input.matrix), input.fullRange,
                              sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, unchanged, unchanged);

@@ -1,0 +1,251 @@
+#include "platform/linux/ffmpeg_source.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/linux/series_source.h"
+#include "tests/linux/recordings.h"
+
+namespace veyla {
+namespace {
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+/// Pictures that differ from frame to frame, in `pictures(size, rate, seconds)`.
+std::string pictures(const char* size, const char* rate, const char* seconds) {
+  return std::string("-f lavfi -i testsrc2=size=") + size + ":rate=" + rate +
+         ":duration=" + seconds + " ";
+}
+/// One colour of a fingertip: red 180, green 80, blue 30.
+std::string finger(const char* size, const char* seconds) {
+  return std::string("-f lavfi -i color=c=0xB4501E:size=") + size + ":rate=30:duration=" + seconds +
+         " ";
+}
+const std::string sound = "-f lavfi -i sine=duration=2 ";
+const std::string h264 = "-c:v libx264 -preset ultrafast -g 15 ";
+
+class FfmpegSourceTest : public testing::Test {
+ protected:
+  static PlayedRecording read(const std::string& path) {
+    const auto source = openRecording(path);
+    return play(*source);
+  }
+  static void expectFinger(const PlayedRecording& played) {
+    ASSERT_FALSE(played.frames.empty());
+    for (const FrameSample& frame : {played.frames.front(), played.frames.back()}) {
+      EXPECT_NEAR(frame.red, 180, 2);
+      EXPECT_NEAR(frame.green, 80, 2);
+      EXPECT_NEAR(frame.blue, 30, 2);
+    }
+  }
+  /// The refusal without the file's name, which it must begin with.
+  static std::string refusal(const std::string& path) {
+    const std::string message = refusalOf([&] { openRecording(path); });
+    EXPECT_THAT(message, StartsWith(path + ": "));
+    EXPECT_EQ(message.find('\n'), std::string::npos);
+    return message.substr(std::min(message.size(), path.size() + 2));
+  }
+  std::string cut(const std::string& path, const std::string& name) {
+    const std::string whole = contentsOf(path);
+    return folder_.write(name, whole.substr(0, whole.size() * 6 / 10));
+  }
+
+  TemporaryFolder folder_;
+};
+
+TEST_F(FfmpegSourceTest, FramesComeAtTheFilesOwnTimes) {
+  struct {
+    const char* rate;
+    double perSecond;
+    const char* name;
+    double precision;
+  } const cases[] = {{"24", 24, "a.mp4", 1e-6},  {"30000/1001", 29.97003, "b.mp4", 1e-6},
+                     {"60", 60, "c.mkv", 0.001}, {"15", 15, "d.avi", 1e-6},
+                     {"25", 25, "e.ts", 1e-4},   {"30", 30, "f.h264", 1e-6}};
+  for (const auto& [rate, perSecond, name, precision] : cases) {
+    SCOPED_TRACE(name);
+    // Without frames that wait for later ones where the container cannot say so.
+    const auto played =
+        read(folder_.ffmpeg(pictures("64x48", rate, "2") + h264 + "-bf 0 -r " + rate, name));
+    ASSERT_EQ(played.times.size(), static_cast<std::size_t>(2 * perSecond + 0.5));
+    for (std::size_t i = 0; i < played.times.size(); ++i) {
+      ASSERT_NEAR(played.times[i], static_cast<double>(i) / perSecond, precision) << i;
+    }
+    EXPECT_THAT(played.remark, IsEmpty());
+  }
+}
+
+TEST_F(FfmpegSourceTest, VariableRatesAndReorderedFramesKeepTheirTimes) {
+  const auto played = read(folder_.ffmpeg(
+      pictures("64x48", "30", "2") +
+          "-vf \"select='not(between(n,10,39))',settb=1/1000\" -vsync vfr -bf 3 " + h264,
+      "a.mp4"));
+  ASSERT_EQ(played.times.size(), 30U);
+  EXPECT_NEAR(played.times[9], 0.3, 0.001);
+  EXPECT_NEAR(played.times[10], 40 / 30.0, 0.001);
+  for (std::size_t i = 1; i < played.times.size(); ++i) {
+    EXPECT_GT(played.times[i], played.times[i - 1]);
+  }
+}
+
+TEST_F(FfmpegSourceTest, ColoursFollowTheMatrixAndRangeThatTheFrameNames) {
+  for (const char* matrix : {"bt709", "smpte170m"}) {
+    for (const char* range : {"tv", "pc"}) {
+      SCOPED_TRACE(std::string(matrix) + " " + range);
+      const std::string filter =
+          std::string(
+              "-vf format=gbrp,scale=flags=accurate_rnd+full_chroma_inp:out_color_matrix=") +
+          matrix + ":out_range=" + range + ",format=yuv420p -colorspace " + matrix +
+          " -color_range " + range + " -qp 0 ";
+      expectFinger(read(folder_.ffmpeg(finger("320x240", "0.2") + filter + h264, "a.mp4")));
+    }
+  }
+  expectFinger(read(folder_.ffmpeg(finger("320x240", "0.2") + "-c:v mjpeg -q:v 2", "a.avi")));
+  expectFinger(
+      read(folder_.ffmpeg(finger("320x240", "0.2") + "-vf format=gbrp -c:v ffv1", "b.mkv")));
+  const auto grey = read(folder_.ffmpeg(
+      "-f lavfi -i color=c=0x646464:size=64x48:rate=30:duration=0.2 -c:v ffv1 -pix_fmt gray",
+      "c.mkv"));
+  EXPECT_NEAR(grey.frames.front().red, 100, 1);
+}
+
+TEST_F(FfmpegSourceTest, UnusualTracksAndSizesAreRead) {
+  expectFinger(read(folder_.ffmpeg(
+      sound + finger("320x240", "2") + "-map 0:a -map 1:v -c:a aac " + h264, "sound-first.mp4")));
+  expectFinger(
+      read(folder_.ffmpeg(finger("101x67", "0.2") + "-c:v ffv1 -pix_fmt yuv444p", "odd.mkv")));
+  expectFinger(read(folder_.ffmpeg(finger("16x16", "0.2") + h264, "tiny.mp4")));
+  expectFinger(read(folder_.ffmpeg(finger("3840x2160", "0.1") + h264, "large.mp4")));
+  const std::string upright = folder_.ffmpeg(finger("320x240", "0.2") + h264, "upright.mp4");
+  expectFinger(read(
+      folder_.ffmpeg("-i '" + upright + "' -c copy -metadata:s:v:0 rotate=90", "rotated.mp4")));
+  // A live recording cannot go back and state its length.
+  const auto unknownLength =
+      read(folder_.ffmpeg(finger("64x48", "1") + h264 + "-f matroska -live 1", "no-length.mkv"));
+  expectFinger(unknownLength);
+  EXPECT_EQ(unknownLength.times.size(), 30U);
+  EXPECT_THAT(unknownLength.remark, IsEmpty());
+}
+
+TEST_F(FfmpegSourceTest, SizeAndFormatMayChangeOnTheWay) {
+  const std::string first = folder_.ffmpeg(finger("320x240", "1") + h264, "1.h264");
+  const std::string second =
+      folder_.ffmpeg(finger("640x360", "1") + h264 + "-pix_fmt yuv444p", "2.h264");
+  const auto played = read(folder_.write("joined.h264", contentsOf(first) + contentsOf(second)));
+  EXPECT_EQ(played.times.size(), 60U);
+  expectFinger(played);
+}
+
+TEST_F(FfmpegSourceTest, TimesThatStartAgainGoOn) {
+  const std::string part = folder_.ffmpeg(finger("64x48", "2") + h264 + "-bf 0", "1.ts");
+  const auto played = read(folder_.write("joined.ts", contentsOf(part) + contentsOf(part)));
+  ASSERT_EQ(played.times.size(), 120U);
+  EXPECT_NEAR(played.times.back(), 119 / 30.0, 0.01);
+}
+
+TEST_F(FfmpegSourceTest, OfAFileThatIsCutOffWhatCameBeforeIsUsed) {
+  const std::string content = pictures("320x240", "30", "4") + h264;
+  for (const char* name : {"a.mp4", "a.mkv", "a.avi"}) {
+    SCOPED_TRACE(name);
+    const std::string whole = folder_.ffmpeg(content + "-movflags +faststart", name);
+    const std::string path = cut(whole, std::string("cut-") + name);
+    const auto played = read(path);
+    EXPECT_GT(played.frames.size(), 50U);
+    EXPECT_LT(played.frames.size(), 100U);
+    EXPECT_THAT(played.remark, AllOf(StartsWith(path + ": "), HasSubstr("cut off after 2.")));
+  }
+}
+
+TEST_F(FfmpegSourceTest, FramesThatCannotBeDecodedArePassedOverAndCounted) {
+  std::string video =
+      contentsOf(folder_.ffmpeg(pictures("320x240", "30", "4") + "-c:v png", "a.mkv"));
+  // One frame's picture loses its head.
+  const std::size_t head = video.find("\x89PNG", video.size() / 2);
+  ASSERT_NE(head, std::string::npos);
+  video.replace(head, 16, 16, 'x');
+  const std::string path = folder_.write("damaged.mkv", video);
+  const auto played = read(path);
+  // What finds the pictures in the stream may take the one after it for its rest.
+  EXPECT_GE(played.frames.size(), 118U);
+  EXPECT_LE(played.frames.size(), 119U);
+  EXPECT_EQ(played.remark, path + ": 1 frame could not be decoded and was passed over");
+  EXPECT_NEAR(played.times.back(), 119 / 30.0, 0.002);
+}
+
+TEST_F(FfmpegSourceTest, RefusalsNameTheReason) {
+  EXPECT_EQ(refusal(folder_.file("absent.mp4")), "no such file; check the name");
+  EXPECT_EQ(refusal(folder_.file("")), "a folder; name a file in it");
+  EXPECT_EQ(refusal(folder_.write("empty.mp4", "")), "an empty file; record or copy it again");
+  EXPECT_THAT(refusal("/dev/null"), StartsWith("not a regular file; "));
+  for (const char* name : {"text.mp4", "text.txt", "text"}) {
+    EXPECT_THAT(refusal(folder_.write(name, std::string(500, 'a') + "\nno video\n")),
+                StartsWith("not a video; give a video, or a colour series"));
+  }
+  EXPECT_THAT(refusal(folder_.write("listing.m3u8",
+                                    "#EXTM3U\n#EXTINF:9,\nhttp://127.0.0.1:9/a.ts\n"
+                                    "#EXT-X-ENDLIST\n")),
+              testing::AnyOf(StartsWith("not a video"), HasSubstr("without a video track")));
+  EXPECT_THAT(refusal(folder_.ffmpeg(sound + "-c:a aac", "sound.m4a")),
+              StartsWith("a file without a video track; "));
+
+  const std::string cover = folder_.ffmpeg(finger("64x48", "0.03") + "-frames:v 1", "cover.png");
+  EXPECT_THAT(refusal(folder_.ffmpeg(sound + "-i '" + cover +
+                                         "' -map 0 -map 1 -c:a libmp3lame -c:v copy "
+                                         "-disposition:v attached_pic",
+                                     "song.mp3")),
+              StartsWith("a file without a video track; "));
+
+  const std::string whole = folder_.ffmpeg(pictures("320x240", "30", "2") + h264, "whole.mp4");
+  EXPECT_THAT(refusal(cut(whole, "no-index.mp4")), StartsWith("a video without its index"));
+
+  std::string unknown = contentsOf(folder_.ffmpeg(finger("64x48", "0.2") + "-c:v mjpeg", "a.avi"));
+  for (auto at = unknown.find("MJPG"); at != std::string::npos; at = unknown.find("MJPG")) {
+    unknown.replace(at, 4, "QZQZ");
+  }
+  EXPECT_EQ(refusal(folder_.write("unknown.avi", unknown)),
+            "no decoder for its video format QZQZ; convert it to H.264");
+
+  std::string undecodable =
+      contentsOf(folder_.ffmpeg(finger("64x48", "0.1") + "-c:v png", "a.mkv"));
+  for (auto at = undecodable.find("\x89PNG"); at != std::string::npos;
+       at = undecodable.find("\x89PNG")) {
+    undecodable.replace(at, 8, 8, 'x');
+  }
+  EXPECT_THAT(refusal(folder_.write("undecodable.mkv", undecodable)),
+              StartsWith("no frame of it could be decoded; "));
+}
+
+TEST_F(FfmpegSourceTest, AFileThatMayNotBeReadIsRefused) {
+  if (geteuid() == 0) GTEST_SKIP() << "root may read everything";
+  const std::string path = folder_.write("secret.mp4", "x");
+  chmod(path.c_str(), 0);
+  EXPECT_EQ(refusal(path), "no permission to read it; change its permissions");
+}
+
+TEST_F(FfmpegSourceTest, TheLibrariesLogStaysOffTheTerminal) {
+  const std::string whole =
+      folder_.ffmpeg(pictures("320x240", "30", "4") + h264 + "-movflags +faststart", "a.mp4");
+  testing::internal::CaptureStderr();
+  testing::internal::CaptureStdout();
+  read(cut(whole, "cut.mp4"));
+  refusal(folder_.write("no.mp4", "no"));
+  EXPECT_THAT(testing::internal::GetCapturedStdout(), IsEmpty());
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), IsEmpty());
+}
+
+TEST_F(FfmpegSourceTest, WhatAFileHoldsDecidesHowItIsRead) {
+  const auto isSeries = [&](const std::string& path) {
+    return dynamic_cast<SeriesSource*>(openRecording(path).get()) != nullptr;
+  };
+  EXPECT_TRUE(isSeries(folder_.write("a.mp4", "\xEF\xBB\xBFR,G,B, Time \r\n1,2,3,0\r\n")));
+  EXPECT_FALSE(isSeries(folder_.ffmpeg(finger("64x48", "0.2") + h264 + "-f mp4", "video.csv")));
+}
+
+}  // namespace
+}  // namespace veyla
