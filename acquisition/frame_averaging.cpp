@@ -1,6 +1,7 @@
 #include "acquisition/frame_averaging.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <vector>
 
@@ -9,6 +10,8 @@
 namespace veyla {
 
 namespace {
+
+static_assert(std::endian::native == std::endian::little);
 
 constexpr std::size_t bytesPerPixel = 4;
 constexpr std::size_t gridSide = 4;
@@ -20,6 +23,7 @@ struct ChannelSums {
   std::uint32_t red = 0;
 };
 
+/// Blue in the lowest byte, as the bytes lie on the little-endian machines that phones and PCs are.
 std::uint32_t pixelAt(const std::uint8_t* address) {
   std::uint32_t pixel;
   std::memcpy(&pixel, address, sizeof pixel);
@@ -44,18 +48,13 @@ void addRow(const std::uint8_t* row, std::size_t pixelCount, ChannelSums& sums) 
   }
 }
 
-/// The sampled bytes of one cell, a channel each; kept between frames so that a frame allocates
-/// nothing.
+/// The sampled pixels of one cell and their bytes, a channel each; kept between frames so that a
+/// frame allocates nothing.
 struct CellSamples {
+  std::vector<std::uint32_t> pixels;
   std::vector<std::uint8_t> red;
   std::vector<std::uint8_t> green;
   std::vector<std::uint8_t> blue;
-
-  void resize(std::size_t size) {
-    red.resize(size);
-    green.resize(size);
-    blue.resize(size);
-  }
 };
 
 void sampleCell(const std::uint8_t* pixels, std::size_t width, std::size_t height, int cell,
@@ -64,19 +63,27 @@ void sampleCell(const std::uint8_t* pixels, std::size_t width, std::size_t heigh
   const std::size_t cellHeight = height / gridSide;
   const std::size_t column = static_cast<std::size_t>(cell - 1) % gridSide;
   const std::size_t row = static_cast<std::size_t>(cell - 1) / gridSide;
-  const std::size_t perRow = (cellWidth + samplingStep - 1) / samplingStep;
-  const std::size_t rows = (cellHeight + samplingStep - 1) / samplingStep;
-  samples.resize(perRow * rows);
 
-  std::size_t next = 0;
-  for (std::size_t i = 0; i < rows; ++i) {
-    const std::size_t y = row * cellHeight + i * samplingStep;
-    const std::uint8_t* pixel = pixels + bytesPerPixel * (width * y + column * cellWidth);
-    for (std::size_t j = 0; j < perRow; ++j, ++next, pixel += bytesPerPixel * samplingStep) {
-      samples.blue[next] = pixel[0];
-      samples.green[next] = pixel[1];
-      samples.red[next] = pixel[2];
+  samples.pixels.clear();
+  for (std::size_t y = row * cellHeight; y < (row + 1) * cellHeight; y += samplingStep) {
+    const std::uint8_t* start = pixels + bytesPerPixel * width * y;
+    for (std::size_t x = column * cellWidth; x < (column + 1) * cellWidth; x += samplingStep) {
+      samples.pixels.push_back(pixelAt(start + bytesPerPixel * x));
     }
+  }
+}
+
+/// In a loop of its own, over pixels that lie side by side: it vectorizes.
+void splitChannels(CellSamples& samples) {
+  const std::size_t count = samples.pixels.size();
+  samples.red.resize(count);
+  samples.green.resize(count);
+  samples.blue.resize(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::uint32_t pixel = samples.pixels[i];
+    samples.blue[i] = static_cast<std::uint8_t>(pixel);
+    samples.green[i] = static_cast<std::uint8_t>(pixel >> 8);
+    samples.red[i] = static_cast<std::uint8_t>(pixel >> 16);
   }
 }
 
@@ -116,6 +123,7 @@ FrameSample averageGridCells(const std::uint8_t* pixels, std::size_t width, std:
   for (const int cell : cells) {
     if (cell < 1 || cell > static_cast<int>(gridSide * gridSide)) continue;
     sampleCell(pixels, width, height, cell, samples);
+    splitChannels(samples);
     redMedians.push_back(median(samples.red));
     greenMedians.push_back(median(samples.green));
     blueMedians.push_back(median(samples.blue));

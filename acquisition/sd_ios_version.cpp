@@ -4,9 +4,11 @@
 
 namespace veyla::SDiOSVersion {
 
-int deviceVersion() {
+int deviceVersion() { return numberOf(services().device.hardwareModel()); }
+
+int numberOf(const std::string& hardwareModel) {
   const auto& numbers = deviceNamesByCode();
-  const auto found = numbers.find(services().device.hardwareModel());
+  const auto found = numbers.find(hardwareModel);
   return found == numbers.end() ? 0 : found->second;
 }
 

@@ -95,8 +95,10 @@ const std::optional<Value>& getSpo2Settings() { return held().spo2; }
 const std::optional<Value>& getHeartrateSettings() { return held().heartrate; }
 const std::optional<Value>& getCameraSettings() { return held().camera; }
 
-std::string platformString() {
-  switch (SDiOSVersion::deviceVersion()) {
+std::string platformString() { return profileOf(services().device.hardwareModel()); }
+
+std::string profileOf(const std::string& hardwareModel) {
+  switch (SDiOSVersion::numberOf(hardwareModel)) {
     case 3:
       return "iphone4";
     case 4:

@@ -34,6 +34,9 @@ const std::optional<Value>& getCameraSettings();
 /// is not known.
 std::string platformString();
 
+/// The profile name of a hardware model.
+std::string profileOf(const std::string& hardwareModel);
+
 /// Whether the profile is the named one; the first answer is kept.
 bool isIphone4();
 bool isIphone4s();

@@ -28,11 +28,11 @@ struct Services {
   RealFft& realFft;
   KeyValueStore& store;
   HealthStore& healthStore;
-  Resources& resources;
-  JsonParser& json;
-  DeviceInfo& device;
-  DateFormatting& dates;
-  RegularExpressions& regularExpressions;
+  const Resources& resources;
+  const JsonParser& json;
+  const DeviceInfo& device;
+  const DateFormatting& dates;
+  const RegularExpressions& regularExpressions;
   UuidGenerator& uuids;
   Display& measuringDisplay;
   AlertView& alertView;

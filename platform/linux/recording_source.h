@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -19,8 +20,13 @@ class RecordingSource {
  public:
   virtual ~RecordingSource() = default;
 
-  /// Moves on to the next frame (at first, to the first one); false when there is none.
+  /// Moves on to the next frame (at first, to the first one); false when there is none. Throws
+  /// `InputError` when the file changes under the reader.
   virtual bool advance() = 0;
+
+  /// Seconds from the first frame of the recording to the one that `advance` would move on to;
+  /// nothing when there is none. Lets a caller find the newest frame before it asks for pixels.
+  virtual std::optional<double> nextTime() const = 0;
 
   /// Seconds from the first frame of the recording to the current one; never decreases.
   virtual double time() const = 0;

@@ -1,5 +1,6 @@
 #include "platform/linux/timed_queue.h"
 
+#include <cmath>
 #include <limits>
 #include <thread>
 
@@ -12,8 +13,12 @@ Date wallNow() {
   return {std::chrono::duration<double>(now).count()};
 }
 
-double secondsSince(std::chrono::steady_clock::time_point start) {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+constexpr double nanosecondsPerSecond = 1e9;
+
+std::int64_t nanosecondsOf(double seconds) { return std::llround(seconds * nanosecondsPerSecond); }
+
+double secondsOf(std::int64_t nanoseconds) {
+  return static_cast<double>(nanoseconds) / nanosecondsPerSecond;
 }
 
 }  // namespace
@@ -24,30 +29,34 @@ TimedQueue::TimedQueue(Pace pace)
 TimedQueue::TimedQueue(Date start) : TimedQueue(Pace::recording) { start_ = start; }
 
 void TimedQueue::after(double seconds, std::function<void()> work) {
-  work_.emplace(std::pair(elapsed_ + seconds, handedOver_++), std::move(work));
+  work_.emplace(std::pair(elapsed_ + nanosecondsOf(seconds), handedOver_++), std::move(work));
 }
 
-Date TimedQueue::now() const { return {start_.secondsSince1970 + elapsed_}; }
+Date TimedQueue::now() const { return {start_.secondsSince1970 + elapsed()}; }
+
+double TimedQueue::elapsed() const { return secondsOf(elapsed_); }
 
 double TimedQueue::lateness() const {
-  return pace_ == Pace::wall ? secondsSince(wallStart_) - elapsed_ : 0;
+  if (pace_ == Pace::recording) return 0;
+  const auto due = wallStart_ + std::chrono::nanoseconds(elapsed_);
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - due).count();
 }
 
-void TimedQueue::run() { runUntil(std::numeric_limits<double>::infinity()); }
+void TimedQueue::run() { runUntil(std::numeric_limits<std::int64_t>::max()); }
 
 void TimedQueue::runFor(double seconds) {
-  const double end = elapsed_ + seconds;
+  const std::int64_t end = elapsed_ + nanosecondsOf(seconds);
   runUntil(end);
   if (!stopped_) elapsed_ = end;
 }
 
-void TimedQueue::runUntil(double end) {
+void TimedQueue::runUntil(std::int64_t end) {
   stopped_ = false;
   while (!stopped_ && !work_.empty() && work_.begin()->first.first <= end) {
     auto next = work_.extract(work_.begin());
     elapsed_ = next.key().first;
     if (pace_ == Pace::wall) {
-      std::this_thread::sleep_until(wallStart_ + std::chrono::duration<double>(elapsed_));
+      std::this_thread::sleep_until(wallStart_ + std::chrono::nanoseconds(elapsed_));
     }
     next.mapped()();
   }

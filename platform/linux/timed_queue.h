@@ -27,7 +27,7 @@ class TimedQueue : public MainQueue, public Clock {
   Date now() const override;
 
   /// Seconds since construction; while work runs, the moment at which that work fell due.
-  double elapsed() const { return elapsed_; }
+  double elapsed() const;
 
   /// By how many seconds the work that is running started too late; 0 in a recording's time.
   double lateness() const;
@@ -39,16 +39,17 @@ class TimedQueue : public MainQueue, public Clock {
   void stop() { stopped_ = true; }
 
  private:
-  void runUntil(double end);
+  void runUntil(std::int64_t end);
 
   Pace pace_;
   Date start_;
   std::chrono::steady_clock::time_point wallStart_;
-  double elapsed_ = 0;
+  /// Whole nanoseconds, so that moments reached by different sums are the same moment.
+  std::int64_t elapsed_ = 0;
   bool stopped_ = false;
   std::uint64_t handedOver_ = 0;
   /// By due time, then by order of handing over.
-  std::map<std::pair<double, std::uint64_t>, std::function<void()>> work_;
+  std::map<std::pair<std::int64_t, std::uint64_t>, std::function<void()>> work_;
 };
 
 }  // namespace veyla

@@ -1,0 +1,26 @@
+#include "apps/cli/cli_screens.h"
+
+#include <iostream>
+
+#include "shell/alerts.h"
+
+namespace veyla {
+
+void CliAlerts::show(int id, const Alert& alert) {
+  switch (alert.kind) {
+    case AlertKind::waiting:
+      return;
+    case AlertKind::notice:
+      std::cerr << alert.title << "\n" << alert.subtitle << "\n\n";
+      Alerts::instance().tapClose(id);
+      return;
+    case AlertKind::plain:
+    case AlertKind::warning:
+    case AlertKind::error:
+      title_ = alert.title;
+      subtitle_ = alert.subtitle;
+      if (waitsForAnswer) waitsForAnswer();
+  }
+}
+
+}  // namespace veyla

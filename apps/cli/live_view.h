@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "apps/cli/screen_state.h"
+#include "apps/cli/terminal.h"
+#include "measuring/main_view_controller.h"
+
+namespace veyla {
+
+/// Draws the measuring screen in a terminal, again and again in the same place: two values, two
+/// rings as bars, the pulse curve, the status and instruction lines.
+class LiveView {
+ public:
+  LiveView(const Terminal& terminal, const ScreenState& state);
+
+  /// Redraws unless the last drawing was a moment ago: a recording that runs faster than a terminal
+  /// can show costs no more than one that does not.
+  void update(const MainViewController& screen);
+  /// Redraws in any case.
+  void draw(const MainViewController& screen);
+
+ private:
+  std::vector<std::string> lines(const MainViewController& screen) const;
+  std::string valueLine(const char* caption, Element value, Element measuring, const char* unit,
+                        float progress) const;
+  std::string bar(float progress) const;
+  std::string styled(const char* code, const std::string& text) const;
+
+  Terminal terminal_;
+  const ScreenState& state_;
+  HiddenCursor hiddenCursor_;
+  std::size_t drawnLines_ = 0;
+  std::chrono::steady_clock::time_point lastDrawing_;
+};
+
+/// A curve as lines of text, `rows` high, two values a character wide, in braille dots.
+std::vector<std::string> brailleCurve(const std::vector<int>& values, std::size_t rows);
+
+}  // namespace veyla

@@ -1,0 +1,176 @@
+#include "apps/cli/measure_command.h"
+
+#include <unistd.h>
+
+#include <iostream>
+#include <memory>
+#include <vector>
+
+#include "apps/cli/complain.h"
+#include "apps/cli/live_view.h"
+#include "apps/cli/report.h"
+#include "apps/cli/settings_source.h"
+#include "apps/cli/trace_file.h"
+#include "platform/linux/data_folder.h"
+#include "platform/linux/fhir_health_store.h"
+#include "platform/linux/log_file.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/no_health_store.h"
+#include "platform/linux/output_file.h"
+#include "platform/linux/sqlite_key_value_store.h"
+#include "platform/linux/store_error.h"
+#include "platform/linux/synthetic_finger.h"
+#include "platform/linux/uuid.h"
+
+namespace veyla {
+
+namespace {
+
+/// The built-in recording; longer than any measurement of it.
+constexpr double builtInSeconds = 45;
+constexpr double builtInRate = 30;
+
+bool somebodyIsThere() { return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1; }
+
+/// Asks on the terminal; nothing where there is nobody to ask.
+std::optional<bool> askForHealthRecords(HealthSampleType type) {
+  if (!somebodyIsThere()) return std::nullopt;
+  std::cerr << "Keep each final "
+            << (type == HealthSampleType::heartRate ? "heart rate" : "oxygen saturation")
+            << " as a health record in the data folder, too? [y/N] " << std::flush;
+  std::string answer;
+  if (!std::getline(std::cin, answer)) return std::nullopt;
+  return !answer.empty() && (answer.front() == 'y' || answer.front() == 'Y');
+}
+
+/// Where a measurement is kept: the user's data folder, or nowhere.
+class Keeping {
+ public:
+  /// Throws `StoreError`.
+  explicit Keeping(const MeasureOptions& options) {
+    if (!options.save) {
+      store_ = std::make_unique<MemoryKeyValueStore>();
+      healthStore_ = std::make_unique<NoHealthStore>();
+      return;
+    }
+    folder_ = options.dataFolder.empty() ? defaultDataFolder()
+                                         : std::filesystem::path(options.dataFolder);
+    auto store = std::make_unique<SqliteKeyValueStore>(folder_);
+    auto healthStore =
+        std::make_unique<FhirHealthStore>(folder_, *store, uuids_, askForHealthRecords);
+    if (healthStore->repair()) complain(*healthStore->repair());
+    failures_ = [store = store.get(), healthStore = healthStore.get()] {
+      return std::vector{store->failure(), healthStore->failure()};
+    };
+    store_ = std::move(store);
+    healthStore_ = std::move(healthStore);
+  }
+
+  KeyValueStore& store() { return *store_; }
+  HealthStore& healthStore() { return *healthStore_; }
+  const std::filesystem::path& folder() const { return folder_; }
+
+  /// Tells on standard error what could not be kept; true when everything was.
+  bool tellFailures() const {
+    bool kept = true;
+    for (const auto& failure :
+         failures_ ? failures_() : std::vector<std::optional<std::string>>()) {
+      if (!failure) continue;
+      complain(*failure);
+      kept = false;
+    }
+    return kept;
+  }
+
+ private:
+  std::filesystem::path folder_;
+  LibUuid uuids_;
+  std::unique_ptr<KeyValueStore> store_;
+  std::unique_ptr<HealthStore> healthStore_;
+  std::function<std::vector<std::optional<std::string>>()> failures_;
+};
+
+/// The diagnostic log: a file, or none.
+class Logging {
+ public:
+  /// Throws `OutputError`.
+  Logging(const std::string& path, const Clock& clock) {
+    if (path.empty()) return;
+    file_.emplace(path, clock);
+    if (file_->failure()) throw OutputError(*file_->failure());
+  }
+
+  Log& log() { return file_ ? static_cast<Log&>(*file_) : none_; }
+
+  /// As for `Keeping`.
+  bool tellFailure() const {
+    if (!file_ || !file_->failure()) return true;
+    complain(*file_->failure());
+    return false;
+  }
+
+ private:
+  NoLog none_;
+  std::optional<FileLog> file_;
+};
+
+/// Runs the measurement and, on a terminal, shows it.
+MeasurementReport runInView(MeasurementRun& run, bool quiet) {
+  const Terminal terminal = terminalBehind(STDOUT_FILENO);
+  if (quiet || !terminal.interactive) return run.run();
+  LiveView view(terminal, run.screenState());
+  run.screenChanged = [&](const MainViewController& screen) { view.update(screen); };
+  run.ended = [&](const MainViewController& screen) { view.draw(screen); };
+  return run.run();
+}
+
+ExitStatus measure(const MeasureOptions& options) {
+  std::unique_ptr<RecordingSource> source =
+      options.input.empty()
+          ? std::make_unique<SyntheticSource>(FingerOptions{}, builtInSeconds, builtInRate)
+          : openRecording(options.input);
+  const SettingsSource settings(options.settingsFolder, options.request.device);
+  Keeping keeping(options);
+  TimedQueue queue(options.realtime ? TimedQueue::Pace::wall : TimedQueue::Pace::recording);
+  Logging logging(options.logFile, queue);
+  std::unique_ptr<OutputFile> trace;
+  if (!options.traceFile.empty()) {
+    trace = std::make_unique<OutputFile>(options.traceFile);
+    trace->write(traceHeader());
+  }
+
+  MeasurementRun run(options.request, std::move(source),
+                     {.queue = queue,
+                      .store = keeping.store(),
+                      .healthStore = keeping.healthStore(),
+                      .resources = settings.resources(),
+                      .log = logging.log()});
+  run.showsIntro = options.save && somebodyIsThere();
+  if (trace) {
+    run.trace = [&](const MeasurementTally::Estimate& estimate) {
+      trace->write(traceRow(estimate));
+    };
+  }
+  const MeasurementReport report = runInView(run, options.json);
+
+  if (!report.remark.empty()) complain(report.remark);
+  const bool kept = keeping.tellFailures() && logging.tellFailure();
+  std::cout << (options.json ? reportAsJson(report) : reportAsText(report, options.request));
+  if (report.outcome == Outcome::finished && options.save && kept && !options.json) {
+    std::cout << "Saved in " << keeping.folder().string() << ".\n";
+  }
+  if (!std::cout.flush()) {
+    throw OutputError("standard output: cannot be written; look for a full disk");
+  }
+  if (trace) trace->commit();
+  if (!kept) return ExitStatus::unwritableData;
+  return report.outcome == Outcome::finished ? ExitStatus::done : ExitStatus::incomplete;
+}
+
+}  // namespace
+
+ExitStatus runMeasure(const MeasureOptions& options) {
+  return exitStatusOf([&] { return measure(options); });
+}
+
+}  // namespace veyla

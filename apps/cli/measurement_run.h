@@ -1,0 +1,98 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "apps/cli/cli_screens.h"
+#include "apps/cli/measurement_tally.h"
+#include "apps/cli/screen_state.h"
+#include "measuring/main_view_controller.h"
+#include "platform/health_store.h"
+#include "platform/key_value_store.h"
+#include "platform/linux/recording_source.h"
+#include "platform/linux/timed_queue.h"
+#include "platform/log.h"
+#include "platform/resources.h"
+
+namespace veyla {
+
+/// How a run of the measuring flow over a recording ended.
+enum class Outcome { finished, lowSignal, endOfInput, alert };
+
+const char* nameOf(Outcome outcome);
+
+/// What a run measured and how.
+struct MeasurementReport {
+  Outcome outcome = Outcome::endOfInput;
+  /// Final values; nothing for one that was not requested or did not become final.
+  std::optional<float> heartrate;
+  std::optional<float> spo2;
+  /// From the first stored frame to the last, in the recording's time.
+  double seconds = 0;
+  int frames = 0;
+  int framedrops = 0;
+  EstimateCounts heartrateEstimates;
+  EstimateCounts spo2Estimates;
+  /// The device profile that chose the settings.
+  std::string device;
+  /// The alert that ended the run, where one did.
+  std::string alertTitle;
+  std::string alertSubtitle;
+  /// What kept the recording from being read to its end; empty when nothing did.
+  std::string remark;
+};
+
+/// What is measured, and which part of the recording.
+struct MeasurementRequest {
+  bool heartrate = true;
+  bool spo2 = true;
+  /// Hardware model, such as "iPhone8,1".
+  std::string device = "iPhone8,1";
+  /// Seconds into the recording at which START is tapped.
+  double start = 0;
+  /// Seconds of the recording that are used from there, the countdown included.
+  std::optional<double> duration;
+};
+
+/// One run of the whole measuring flow over a recording: launches the application on the services
+/// given, taps START, and lets the recording play until the measurement or the recording ends.
+class MeasurementRun {
+ public:
+  struct Services {
+    TimedQueue& queue;
+    KeyValueStore& store;
+    HealthStore& healthStore;
+    const Resources& resources;
+    Log& log;
+  };
+
+  MeasurementRun(const MeasurementRequest& request, std::unique_ptr<RecordingSource> source,
+                 const Services& services);
+
+  /// Called for each estimate; may be empty.
+  std::function<void(const MeasurementTally::Estimate&)> trace;
+  /// Called when anything on the screen has changed; may be empty.
+  std::function<void(const MainViewController&)> screenChanged;
+  /// Called at the end, with the screen as it ended; may be empty.
+  std::function<void(const MainViewController&)> ended;
+  /// Whether somebody is there to be shown the intended use and asked about health records, which
+  /// happens once.
+  bool showsIntro = false;
+
+  const ScreenState& screenState() const { return screenState_; }
+
+  /// To be called once. Throws `InputError` when the recording cannot be read on.
+  MeasurementReport run();
+
+ private:
+  MeasurementRequest request_;
+  std::unique_ptr<RecordingSource> source_;
+  Services services_;
+  ScreenState screenState_;
+  CliAlerts alerts_;
+  CliScreens screens_;
+};
+
+}  // namespace veyla

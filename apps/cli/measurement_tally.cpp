@@ -1,0 +1,52 @@
+#include "apps/cli/measurement_tally.h"
+
+namespace veyla {
+
+void MeasurementTally::frameStored(std::int32_t /*counter*/) {
+  lastFrame_ = queue_.elapsed();
+  if (!firstFrame_) firstFrame_ = lastFrame_;
+}
+
+void MeasurementTally::heartrateEstimated(std::int32_t counter, const HeartrateResult& result,
+                                          EstimateVerdict verdict) {
+  count(heartrateEstimates_, verdict);
+  if (trace) {
+    trace({.seconds = seconds(), .counter = counter, .verdict = verdict, .heartrate = &result});
+  }
+}
+
+void MeasurementTally::spo2Estimated(std::int32_t counter, float spo2, const Spo2Figures& figures,
+                                     EstimateVerdict verdict) {
+  count(spo2Estimates_, verdict);
+  if (trace) {
+    trace({.seconds = seconds(),
+           .counter = counter,
+           .verdict = verdict,
+           .spo2 = spo2,
+           .spo2Figures = &figures});
+  }
+}
+
+void MeasurementTally::measurementEnded(std::int32_t /*counter*/, MeasurementEnd end) {
+  end_ = end;
+  if (ended) ended();
+}
+
+void MeasurementTally::count(EstimateCounts& counts, EstimateVerdict verdict) {
+  switch (verdict) {
+    case EstimateVerdict::accepted:
+      ++counts.accepted;
+      break;
+    case EstimateVerdict::rejected:
+      ++counts.rejected;
+      break;
+    case EstimateVerdict::low:
+      ++counts.low;
+      break;
+    case EstimateVerdict::none:
+      ++counts.none;
+      break;
+  }
+}
+
+}  // namespace veyla

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace veyla {
+
+/// What a reference instrument measured during a recording, `NAME.reference.csv`: rows of
+/// `time,heartrate,spo2` in seconds since the recording began, beats per minute and per cent; an
+/// empty field was not measured.
+class Reference {
+ public:
+  /// Throws `InputError`.
+  explicit Reference(const std::string& path);
+
+  /// The means from `from` to `to` seconds, each row weighted by the time since the row before, so
+  /// that a row per beat gives beats per time; nothing without a row there.
+  std::optional<double> heartrate(double from, double to) const;
+  std::optional<double> spo2(double from, double to) const;
+
+ private:
+  struct Row {
+    double time;
+    /// Seconds since the row before.
+    double since;
+    double value;
+  };
+  using Rows = std::vector<Row>;
+
+  static std::optional<double> mean(const Rows& rows, double from, double to);
+
+  Rows heartrates_;
+  Rows spo2s_;
+};
+
+}  // namespace veyla

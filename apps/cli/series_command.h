@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/cli/exit_status.h"
+
+namespace veyla {
+
+/// `veyla series`: a recording's frames as a colour series.
+struct SeriesOptions {
+  /// A video or a colour series.
+  std::string input;
+  /// A file to write when all of the recording is read; "-" is standard output.
+  std::string output = "-";
+  /// The grid cells (1 to 16) that are averaged.
+  std::vector<int> cells{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+};
+
+/// Writes `time,R,G,B,hr` for every frame at the recording's own rate: milliseconds since the first
+/// frame, to the microsecond, and the averages of the cells, each as its shortest exact decimal.
+/// Remarks and errors go to standard error. Returns the exit status: 0 done, 2 wrong options,
+/// 3 the input cannot be read, 4 the output cannot be written.
+ExitStatus runSeries(const SeriesOptions& options);
+
+}  // namespace veyla

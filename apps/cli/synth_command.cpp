@@ -1,0 +1,143 @@
+#include "apps/cli/synth_command.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+#include <functional>
+
+#include "apps/cli/decimal.h"
+#include "apps/cli/exit_status.h"
+#include "platform/linux/output_file.h"
+#include "platform/linux/synthetic_finger.h"
+#include "platform/linux/video_writer.h"
+
+namespace veyla {
+
+namespace {
+
+using ColourAt = std::function<Colour(double time)>;
+
+void requireRange(const char* name, double value, double lowest, double highest) {
+  if (value >= lowest && value <= highest) return;
+  std::string text = std::string(name) + ": ";
+  if (std::isfinite(value)) {
+    appendDecimal(text, value);
+  } else {
+    text += "not a finite number";
+  }
+  text += " is out of range; give ";
+  appendDecimal(text, lowest);
+  text += " to ";
+  appendDecimal(text, highest);
+  throw UsageError(text);
+}
+
+void requireRanges(const SynthOptions& options) {
+  if (options.output.empty()) throw UsageError("no output named; give a file such as finger.mp4");
+  requireRange("bpm", options.bpm, 20, 300);
+  requireRange("spo2", options.spo2, 50, 100);
+  // A thousandth of a second is still one frame.
+  requireRange("seconds", options.seconds.value_or(1), 0.001, 86400);
+  requireRange("fps", options.fps, 1, 240);
+  requireRange("width", static_cast<double>(options.width), 16, 7680);
+  requireRange("height", static_cast<double>(options.height), 16, 4320);
+  requireRange("noise", options.noise, 0, 50);
+  requireRange("motion", options.motion, 0, 10);
+}
+
+bool isSeries(const std::string& path) {
+  std::string ending = std::filesystem::path(path).extension().string();
+  std::transform(ending.begin(), ending.end(), ending.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return ending == ".csv";
+}
+
+/// Noise of a frame's mean. Pixels' own noise would average out to nothing; what is left in
+/// recordings is common to all of them, such as the light's.
+double frameNoise(const SynthOptions& options, std::int64_t frame, std::uint64_t channel) {
+  constexpr double partOfPixelNoise = 0.03;
+  constexpr std::uint64_t channels = 3;
+  return partOfPixelNoise * options.noise *
+         gaussianAt(options.seed + 3, channels * static_cast<std::uint64_t>(frame) + channel);
+}
+
+void writeSeries(const SynthOptions& options, const ColourAt& colourAt, std::int64_t frames) {
+  const auto rounded = [](double value) { return std::round(value * 1000) / 1000; };
+  OutputFile output(options.output);
+  output.write("time,R,G,B\n");
+  for (std::int64_t frame = 0; frame < frames; ++frame) {
+    const double time = static_cast<double>(frame) / options.fps;
+    const Colour colour = colourAt(time);
+    std::string row;
+    appendDecimal(row, rounded(1000 * time));
+    std::uint64_t channel = 0;
+    for (const double value : {colour.red, colour.green, colour.blue}) {
+      const double noisy = value + frameNoise(options, frame, channel++);
+      row += ',';
+      appendDecimal(row, rounded(std::clamp(noisy, 0.0, 255.0)));
+    }
+    output.write(row += '\n');
+  }
+  output.commit();
+}
+
+void writeVideo(const SynthOptions& options, const ColourAt& colourAt, std::int64_t frames) {
+  const std::size_t width = options.width + options.width % 2;
+  const std::size_t height = options.height + options.height % 2;
+  VideoWriter video(options.output, width, height, options.fps);
+  const FingerPainter painter(width, height, options.noise, options.seed);
+  BgraFrame frame(width, height);
+  for (std::int64_t index = 0; index < frames; ++index) {
+    painter.paint(colourAt(static_cast<double>(index) / options.fps), index, frame);
+    video.write(frame);
+  }
+  video.finish();
+}
+
+/// The last row is a frame of its own.
+std::int64_t framesOf(const ColourTrack& track, double fps) {
+  return static_cast<std::int64_t>(std::floor(track.duration() * fps + 1e-6)) + 1;
+}
+
+}  // namespace
+
+void setSize(SynthOptions& options, const std::string& text) {
+  const char* const end = text.data() + text.size();
+  const auto width = std::from_chars(text.data(), end, options.width);
+  const bool separated = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
+  const auto height = std::from_chars(separated ? width.ptr + 1 : end, end, options.height);
+  if (!separated || height.ec != std::errc() || height.ptr != end) {
+    throw UsageError("--size: \"" + text + "\" is no size; give it as in 640x480");
+  }
+}
+
+ExitStatus runSynth(const SynthOptions& options) {
+  return exitStatusOf([&] {
+    requireRanges(options);
+    constexpr double defaultSeconds = 30;
+    std::int64_t frames = framesIn(options.seconds.value_or(defaultSeconds), options.fps);
+    ColourAt colourAt;
+    if (options.from) {
+      const auto track = std::make_shared<ColourTrack>(*options.from);
+      if (!options.seconds) frames = framesOf(*track, options.fps);
+      colourAt = [track](double time) { return track->at(time); };
+    } else {
+      FingerOptions finger;
+      finger.bpm = options.bpm;
+      finger.spo2 = options.spo2;
+      finger.motion = options.motion;
+      finger.seed = options.seed;
+      colourAt = [generated = SyntheticFinger(finger)](double time) { return generated.at(time); };
+    }
+    if (isSeries(options.output)) {
+      writeSeries(options, colourAt, frames);
+    } else {
+      writeVideo(options, colourAt, frames);
+    }
+    return ExitStatus::done;
+  });
+}
+
+}  // namespace veyla

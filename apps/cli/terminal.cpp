@@ -1,0 +1,71 @@
+#include "apps/cli/terminal.h"
+
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <string_view>
+
+namespace veyla {
+
+namespace {
+
+std::string_view environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value ? value : "";
+}
+
+bool localeSpeaksUnicode() {
+  for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const std::string_view locale = environment(name);
+    if (locale.empty()) continue;
+    return locale.find("UTF-8") != std::string_view::npos ||
+           locale.find("utf8") != std::string_view::npos;
+  }
+  return false;
+}
+
+constexpr std::string_view showCursor = "\x1b[?25h";
+constexpr std::string_view hideCursor = "\x1b[?25l";
+constexpr std::array interruptions{SIGINT, SIGTERM, SIGHUP};
+
+void writeAll(std::string_view text) {
+  // Nothing is to be done about a terminal that has gone.
+  [[maybe_unused]] const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
+}
+
+extern "C" void restoreCursorAndEnd(int signal) {
+  writeAll(showCursor);
+  writeAll("\n");
+  ::signal(signal, SIG_DFL);
+  ::raise(signal);
+}
+
+}  // namespace
+
+Terminal terminalBehind(int fileDescriptor) {
+  Terminal terminal;
+  const std::string_view kind = environment("TERM");
+  terminal.interactive = ::isatty(fileDescriptor) == 1 && kind != "dumb" && !kind.empty();
+  terminal.color = terminal.interactive && environment("NO_COLOR").empty();
+  terminal.unicode = localeSpeaksUnicode();
+  winsize size{};
+  if (::ioctl(fileDescriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+    terminal.columns = size.ws_col;
+  }
+  return terminal;
+}
+
+HiddenCursor::HiddenCursor() {
+  for (const int signal : interruptions) ::signal(signal, restoreCursorAndEnd);
+  writeAll(hideCursor);
+}
+
+HiddenCursor::~HiddenCursor() {
+  writeAll(showCursor);
+  for (const int signal : interruptions) ::signal(signal, SIG_DFL);
+}
+
+}  // namespace veyla

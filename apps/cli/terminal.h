@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace veyla {
+
+/// What the program may do on a stream: none of it when the stream is no terminal.
+struct Terminal {
+  bool interactive = false;
+  bool color = false;
+  bool unicode = false;
+  std::size_t columns = 80;
+};
+
+/// The terminal behind a file descriptor, by its kind, its size and the environment (TERM,
+/// NO_COLOR, the locale).
+Terminal terminalBehind(int fileDescriptor);
+
+/// Hides the cursor while it lives; also brings it back when the program is interrupted.
+class HiddenCursor {
+ public:
+  HiddenCursor();
+  ~HiddenCursor();
+  HiddenCursor(const HiddenCursor&) = delete;
+  HiddenCursor& operator=(const HiddenCursor&) = delete;
+};
+
+}  // namespace veyla

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/linux/icu_text.h"
+#include "platform/linux/json.h"
+#include "platform/linux/kiss_real_fft.h"
+#include "platform/linux/log_file.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/no_health_store.h"
+#include "platform/linux/resource_files.h"
+#include "platform/linux/uuid.h"
+#include "platform/platform.h"
+#include "tests/support/test_platform.h"
+
+namespace veyla {
+
+/// The program's own services where they do work that is measured, and scripted ones elsewhere.
+class BenchPlatform {
+ public:
+  explicit BenchPlatform(KeyValueStore& store)
+      : platform_({log_, scripted_.time, scripted_.time, scripted_.camera, fft, store, healthStore_,
+                   resources_, json_, scripted_.device, text_, text_, uuids_, scripted_.display,
+                   scripted_.alerts, scripted_.screens}) {}
+
+  KissRealFft fft;
+
+ private:
+  TestPlatform scripted_;
+  NoLog log_;
+  NoHealthStore healthStore_;
+  EmbeddedResources resources_;
+  NlohmannJsonParser json_;
+  IcuText text_;
+  LibUuid uuids_;
+  Platform platform_;
+};
+
+}  // namespace veyla

@@ -1,0 +1,74 @@
+#include <benchmark/benchmark.h>
+
+#include <sstream>
+
+#include "apps/cli/measurement_run.h"
+#include "platform/linux/log_file.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/no_health_store.h"
+#include "platform/linux/resource_files.h"
+#include "platform/linux/synthetic_finger.h"
+
+namespace veyla {
+namespace {
+
+/// A recording in memory: the same frames every time, which cost nothing to make.
+class MemorySource : public RecordingSource {
+ public:
+  explicit MemorySource(const std::vector<FrameSample>& frames) : frames_(frames) {}
+
+  bool advance() override { return ++next_ <= frames_.size(); }
+  std::optional<double> nextTime() const override {
+    if (next_ >= frames_.size()) return std::nullopt;
+    return static_cast<double>(next_) / 30.0;
+  }
+  double time() const override { return static_cast<double>(next_ - 1) / 30.0; }
+  void deliver(SampleBufferDelegate& delegate) override {
+    delegate.captureOutput(frames_[next_ - 1]);
+  }
+
+ private:
+  const std::vector<FrameSample>& frames_;
+  std::size_t next_ = 0;
+};
+
+/// Keeps the frame records of a synthetic fingertip.
+class Keeper : public SampleBufferDelegate {
+ public:
+  std::vector<FrameSample> frames;
+
+  void captureOutput(PixelBuffer& buffer) override {
+    const std::uint8_t* pixel = buffer.baseAddress() + 4 * (buffer.width() * buffer.height() / 2);
+    frames.push_back({static_cast<float>(pixel[2]), static_cast<float>(pixel[1]),
+                      static_cast<float>(pixel[0]), static_cast<float>(pixel[2])});
+  }
+  void captureOutput(const FrameSample& sample) override { frames.push_back(sample); }
+  void captureOutput(DroppedSample) override {}
+};
+
+std::vector<FrameSample> fingertip() {
+  SyntheticSource source(FingerOptions{}, 45, 30);
+  Keeper keeper;
+  while (source.advance()) source.deliver(keeper);
+  return keeper.frames;
+}
+
+void measurement(benchmark::State& state) {
+  const auto frames = fingertip();
+  for (auto _ : state) {
+    TimedQueue queue{Date{}};
+    MemoryKeyValueStore store;
+    NoHealthStore healthStore;
+    EmbeddedResources resources;
+    NoLog log;
+    MeasurementRun run({}, std::make_unique<MemorySource>(frames),
+                       {queue, store, healthStore, resources, log});
+    const auto report = run.run();
+    benchmark::DoNotOptimize(report.seconds);
+    state.counters["recorded_seconds"] = report.seconds;
+  }
+}
+BENCHMARK(measurement)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace veyla

@@ -1,0 +1,75 @@
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "benchmarks/bench_platform.h"
+#include "history/history_store.h"
+#include "platform/linux/sqlite_key_value_store.h"
+
+namespace veyla {
+namespace {
+
+/// A folder of its own, gone with the object.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    std::string name = std::filesystem::temp_directory_path() / "veyla-bench-XXXXXX";
+    path_ = ::mkdtemp(name.data());
+  }
+  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+void sizes(benchmark::internal::Benchmark* of) {
+  of->Arg(10)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond)->UseRealTime();
+}
+
+std::vector<HistoryEntry> history(std::int64_t size) {
+  std::vector<HistoryEntry> entries;
+  for (std::int64_t i = 0; i < size; ++i) {
+    entries.push_back({60 + static_cast<double>(i % 300) / 10, 97.3,
+                       Date{1.7e9 + 3600.25 * static_cast<double>(i)}, Labels{}, std::nullopt});
+  }
+  return entries;
+}
+
+void saveEntry(benchmark::State& state) {
+  const TemporaryFolder folder;
+  SqliteKeyValueStore store(folder.path());
+  const BenchPlatform platform(store);
+  const auto entries = history(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    Utils::setValues(entries);
+    state.ResumeTiming();
+    Utils::saveHeartrate(72, 97, Date{1.8e9}, std::nullopt);
+  }
+}
+BENCHMARK(saveEntry)->Apply(sizes);
+
+/// Merely writes as many bytes as the history has to a file and brings them to the disk.
+void saveEntry_yardstick(benchmark::State& state) {
+  const TemporaryFolder folder;
+  constexpr std::size_t bytesPerEntry = 130;
+  const std::string bytes(bytesPerEntry * static_cast<std::size_t>(state.range(0)), 'x');
+  const std::string file = folder.path() / "bytes";
+  for (auto _ : state) {
+    const int descriptor = ::open(file.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
+    benchmark::DoNotOptimize(::write(descriptor, bytes.data(), bytes.size()));
+    ::fsync(descriptor);
+    ::close(descriptor);
+  }
+}
+BENCHMARK(saveEntry_yardstick)->Apply(sizes);
+
+}  // namespace
+}  // namespace veyla

@@ -1,0 +1,81 @@
+#include "platform/linux/data_folder.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+#include "platform/linux/store_error.h"
+
+namespace veyla {
+
+namespace {
+
+std::filesystem::path absolutePathIn(const char* variable) {
+  const char* value = std::getenv(variable);
+  if (!value) return {};
+  const std::filesystem::path path(value);
+  return path.is_absolute() ? path : std::filesystem::path();
+}
+
+std::string wayOut(int error) {
+  switch (error) {
+    case EACCES:
+    case EPERM:
+      return "allow this user to write there or choose another data folder";
+    case EROFS:
+      return "choose a data folder on a disk that can be written";
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return "free some space and try again";
+    case ENOTDIR:
+    case EEXIST:
+      return "a file stands where a folder must be: move it away or choose another data folder";
+    case EISDIR:
+      return "a folder stands where a file must be: move it away";
+    default:
+      return "check the disk or choose another data folder";
+  }
+}
+
+}  // namespace
+
+std::filesystem::path defaultDataFolder() {
+  const auto data = absolutePathIn("XDG_DATA_HOME");
+  if (!data.empty()) return data / "veyla";
+  auto home = absolutePathIn("HOME");
+  if (home.empty()) {
+    const passwd* user = getpwuid(getuid());
+    if (user && user->pw_dir) home = user->pw_dir;
+  }
+  if (home.empty()) {
+    throw StoreError("the data folder is not known: set HOME or XDG_DATA_HOME, or name a folder");
+  }
+  return home / ".local" / "share" / "veyla";
+}
+
+void makeDataFolder(const std::filesystem::path& folder) {
+  std::filesystem::path made;
+  for (const auto& part : folder) {
+    made /= part;
+    if (mkdir(made.c_str(), S_IRWXU) == 0) continue;
+    const int error = errno;
+    struct stat found {};
+    if (stat(made.c_str(), &found) != 0) throw StoreError(fileProblem(made, error));
+    if (!S_ISDIR(found.st_mode)) throw StoreError(fileProblem(made, ENOTDIR));
+  }
+  if (faccessat(AT_FDCWD, folder.c_str(), R_OK | W_OK | X_OK, AT_EACCESS) != 0) {
+    throw StoreError(fileProblem(folder, errno));
+  }
+}
+
+std::string fileProblem(const std::filesystem::path& path, int error) {
+  return path.string() + ": " + std::generic_category().message(error) + "; " + wayOut(error);
+}
+
+}  // namespace veyla

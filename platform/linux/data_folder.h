@@ -1,0 +1,21 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace veyla {
+
+/// `$XDG_DATA_HOME/veyla` when that variable holds an absolute path, else `~/.local/share/veyla`.
+/// Throws `StoreError` when there is no home folder either.
+std::filesystem::path defaultDataFolder();
+
+/// Makes the folder and the folders above it where they are missing, for the user's eyes only (mode
+/// 700); leaves what is there as it is. Throws `StoreError` when that is not possible or nothing
+/// can be written in it.
+void makeDataFolder(const std::filesystem::path& folder);
+
+/// The one line for a system call on `path` that failed with the error number `error`: the file,
+/// the reason and the way out.
+std::string fileProblem(const std::filesystem::path& path, int error);
+
+}  // namespace veyla

@@ -1,0 +1,371 @@
+#include "platform/linux/ffmpeg_source.h"
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "platform/format.h"
+#include "platform/linux/bgra_frame.h"
+#include "platform/linux/ffmpeg_support.h"
+#include "platform/linux/input_file.h"
+
+namespace veyla {
+
+namespace {
+
+constexpr AVRational fallbackRate{30, 1};
+
+/// Text that the libraries would draw as the screen of a terminal.
+bool isDrawnText(AVCodecID codec) {
+  return codec == AV_CODEC_ID_ANSI || codec == AV_CODEC_ID_BINTEXT || codec == AV_CODEC_ID_XBIN ||
+         codec == AV_CODEC_ID_IDF;
+}
+
+/// Phones write a video's index at its end; without it the file opens as nothing at all.
+bool startsLikeMp4(const std::string& path) {
+  std::array<char, 8> start{};
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
+                                                             std::fclose);
+  return file && std::fread(start.data(), 1, start.size(), file.get()) == start.size() &&
+         std::string_view(start.data() + 4, 4) == "ftyp";
+}
+
+double seconds(std::int64_t timestamp, AVRational base) {
+  return static_cast<double>(timestamp) * base.num / base.den;
+}
+
+std::string counted(int count, const char* singular, const char* plural) {
+  return std::to_string(count) + " " + (count == 1 ? singular : plural);
+}
+
+}  // namespace
+
+/// From the file to decoded frames, and what kept it from more.
+class FfmpegSource::Reader {
+ public:
+  explicit Reader(const std::string& path) : path_(path) {
+    ffmpeg::silenceLog();
+    requireInputFile(path);
+    openFile();
+    openDecoder(chooseStream());
+  }
+
+  /// Decodes into `frame`; false at the end.
+  bool read(AVFrame& frame) {
+    while (true) {
+      const int error = avcodec_receive_frame(codec_.get(), &frame);
+      if (error == 0) {
+        if (!sws_isSupportedInput(static_cast<AVPixelFormat>(frame.format))) {
+          ++undecodable_;
+          av_frame_unref(&frame);
+          continue;
+        }
+        if (frame.decode_error_flags != 0) ++damaged_;
+        noteEnd(frame);
+        return true;
+      }
+      if (error == AVERROR_EOF) return false;
+      if (error == AVERROR(EAGAIN)) {
+        feed();
+      } else {
+        ++undecodable_;
+      }
+    }
+  }
+
+  AVRational timeBase() const { return stream_->time_base; }
+
+  AVRational frameRate() const {
+    const AVRational rate = av_guess_frame_rate(input_.get(), stream_, nullptr);
+    return rate.num > 0 && rate.den > 0 ? rate : fallbackRate;
+  }
+
+  [[noreturn]] void refuse(const std::string& reason) const {
+    throw InputError(path_ + ": " + reason);
+  }
+
+  std::string remark(double lastTime) const {
+    std::string text;
+    const auto add = [&](const std::string& part) { text += (text.empty() ? "" : "; ") + part; };
+    if (undecodable_ > 0) {
+      add(counted(undecodable_, "frame", "frames") + " could not be decoded and " +
+          (undecodable_ == 1 ? "was" : "were") + " passed over");
+    }
+    if (damaged_ > 0) {
+      add(counted(damaged_, "frame is", "frames are") + " damaged and " +
+          (damaged_ == 1 ? "was" : "were") + " used as far as decoded");
+    }
+    if (isCutOff()) add(formatText("cut off after %.1f s, what came before was used", lastTime));
+    return text.empty() ? text : path_ + ": " + text;
+  }
+
+ private:
+  void openFile() {
+    AVFormatContext* input = nullptr;
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "protocol_whitelist", "file", 0);
+    int error = avformat_open_input(&input, ffmpeg::fileUrl(path_).c_str(), nullptr, &options);
+    av_dict_free(&options);
+    if (error < 0) {
+      if (startsLikeMp4(path_)) {
+        refuse("a video without its index, as when recording or copying broke off; copy it again");
+      }
+      refuseAsNoVideo();
+    }
+    input_.reset(input);
+    error = avformat_find_stream_info(input, nullptr);
+    if (error < 0) refuse("cannot be read (" + ffmpeg::errorText(error) + "); copy it again");
+  }
+
+  [[noreturn]] void refuseAsNoVideo() const {
+    refuse("not a video; give a video, or a colour series whose first line names time, R, G and B");
+  }
+
+  AVStream& chooseStream() {
+    const auto isVideo = [](const AVStream* stream) {
+      return stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO &&
+             (stream->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0;
+    };
+    const int best = av_find_best_stream(input_.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    for (unsigned i = 0; i < input_->nb_streams; ++i) {
+      AVStream* stream = input_->streams[i];
+      const bool preferred = static_cast<int>(i) == best;
+      if (isVideo(stream) && (!stream_ || preferred)) stream_ = stream;
+    }
+    if (!stream_) refuse("a file without a video track; give one with a video track");
+    if (isDrawnText(stream_->codecpar->codec_id)) refuseAsNoVideo();
+    for (unsigned i = 0; i < input_->nb_streams; ++i) {
+      if (input_->streams[i] != stream_) input_->streams[i]->discard = AVDISCARD_ALL;
+    }
+    return *stream_;
+  }
+
+  void openDecoder(const AVStream& stream) {
+    const AVCodecParameters& parameters = *stream.codecpar;
+    const AVCodec* decoder = avcodec_find_decoder(parameters.codec_id);
+    if (!decoder) {
+      std::array<char, AV_FOURCC_MAX_STRING_SIZE> tag{};
+      av_fourcc_make_string(tag.data(), parameters.codec_tag);
+      const std::string name = parameters.codec_id == AV_CODEC_ID_NONE
+                                   ? tag.data()
+                                   : avcodec_get_name(parameters.codec_id);
+      refuse("no decoder for its video format " + name + "; convert it to H.264");
+    }
+    codec_.reset(avcodec_alloc_context3(decoder));
+    avcodec_parameters_to_context(codec_.get(), &parameters);
+    codec_->pkt_timebase = stream.time_base;
+    // As many threads as there are processors, as the ffmpeg program takes by default.
+    codec_->thread_count = 0;
+    const int error = avcodec_open2(codec_.get(), decoder, nullptr);
+    if (error < 0) {
+      refuse("its video cannot be decoded (" + ffmpeg::errorText(error) + "); convert it to H.264");
+    }
+  }
+
+  /// Gives the decoder one more packet, or at the end the sign to hand out what it holds.
+  void feed() {
+    while (true) {
+      const int error = av_read_frame(input_.get(), packet_.get());
+      if (error == AVERROR(EAGAIN)) continue;
+      if (error < 0) {
+        if (error != AVERROR_EOF) brokenOff_ = true;
+        if (input_->pb && input_->pb->error < 0) brokenOff_ = true;
+        avcodec_send_packet(codec_.get(), nullptr);
+        return;
+      }
+      if (packet_->stream_index == stream_->index) break;
+      av_packet_unref(packet_.get());
+    }
+    if ((packet_->flags & AV_PKT_FLAG_CORRUPT) != 0) brokenOff_ = true;
+    if (avcodec_send_packet(codec_.get(), packet_.get()) < 0) ++undecodable_;
+    av_packet_unref(packet_.get());
+  }
+
+  void noteEnd(const AVFrame& frame) {
+    if (frame.best_effort_timestamp == AV_NOPTS_VALUE) return;
+    end_ = std::max(
+        end_, seconds(frame.best_effort_timestamp + std::max<std::int64_t>(frame.pkt_duration, 0),
+                      stream_->time_base));
+  }
+
+  /// Broken off while reading, or well before the end that the file's head promises.
+  bool isCutOff() const {
+    constexpr double tolerance = 0.5;
+    if (brokenOff_) return true;
+    const auto startOr0 = [](std::int64_t start) { return start == AV_NOPTS_VALUE ? 0 : start; };
+    if (stream_->duration > 0) {
+      const double promised =
+          seconds(startOr0(stream_->start_time) + stream_->duration, stream_->time_base);
+      return end_ + tolerance < promised;
+    }
+    // The whole file's length says as much where there is nothing in it but the video.
+    if (input_->nb_streams > 1 || input_->duration <= 0 ||
+        input_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) {
+      return false;
+    }
+    const double promised =
+        static_cast<double>(startOr0(input_->start_time) + input_->duration) / AV_TIME_BASE;
+    return end_ + tolerance < promised;
+  }
+
+  std::string path_;
+  ffmpeg::Input input_;
+  AVStream* stream_ = nullptr;
+  ffmpeg::Codec codec_;
+  ffmpeg::Packet packet_{av_packet_alloc()};
+  int undecodable_ = 0;
+  int damaged_ = 0;
+  bool brokenOff_ = false;
+  /// Of the last frame, on the file's own scale.
+  double end_ = 0;
+};
+
+/// From a frame's timestamps to the recording's own time.
+class FfmpegSource::Clock {
+ public:
+  Clock(AVRational base, AVRational rate)
+      : base_(base), frameDuration_(static_cast<double>(rate.den) / rate.num) {}
+
+  double timeOf(const AVFrame& frame) {
+    const bool stamped = frame.best_effort_timestamp != AV_NOPTS_VALUE;
+    if (!last_) {
+      if (stamped) zero_ = seconds(frame.best_effort_timestamp, base_);
+      last_ = 0;
+      return 0;
+    }
+    double time = *last_ + frameDuration_;
+    if (stamped) {
+      const double own = seconds(frame.best_effort_timestamp, base_);
+      // Recordings that were joined end to end start their times again.
+      if (own - zero_ < *last_ - longestStepBack) zero_ = own - time;
+      time = std::max(own - zero_, *last_);
+    }
+    last_ = time;
+    return time;
+  }
+
+ private:
+  static constexpr double longestStepBack = 1;
+
+  AVRational base_;
+  double frameDuration_;
+  double zero_ = 0;
+  std::optional<double> last_;
+};
+
+/// From frames of any size and format to those of the low preset.
+class FfmpegSource::Scaler {
+ public:
+  /// The frame that `deliver` scales.
+  AVFrame& frame() { return *frame_; }
+  /// The one after it.
+  AVFrame& nextFrame() { return *nextFrame_; }
+
+  void moveOn() {
+    av_frame_unref(frame_.get());
+    std::swap(frame_, nextFrame_);
+  }
+
+  /// False when the libraries cannot scale from such a frame.
+  bool scaleInto(BgraFrame& output) {
+    prepareFor(Input::of(*frame_));
+    if (!scaler_) return false;
+    std::uint8_t* const rows[] = {output.baseAddress()};
+    const int strides[] = {static_cast<int>(output.bytesPerRow())};
+    sws_scale(scaler_.get(), frame_->data, frame_->linesize, 0, frame_->height, rows, strides);
+    return true;
+  }
+
+  BgraFrame& output() { return output_; }
+
+ private:
+  struct Input {
+    int width = 0;
+    int height = 0;
+    int format = AV_PIX_FMT_NONE;
+    int matrix = SWS_CS_ITU601;
+    bool fullRange = false;
+
+    bool operator==(const Input&) const = default;
+
+    static Input of(const AVFrame& frame) {
+      Input input;
+      input.width = frame.width;
+      input.height = frame.height;
+      input.format = frame.format;
+      input.matrix = frame.colorspace == AVCOL_SPC_UNSPECIFIED ? SWS_CS_ITU601 : frame.colorspace;
+      input.fullRange = frame.color_range == AVCOL_RANGE_JPEG ||
+                        (frame.color_range == AVCOL_RANGE_UNSPECIFIED &&
+                         isFullRange(static_cast<AVPixelFormat>(frame.format)));
+      return input;
+    }
+
+    static bool isFullRange(AVPixelFormat format) {
+      const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
+      if (!descriptor) return false;
+      return std::string_view(descriptor->name).starts_with("yuvj") ||
+             descriptor->nb_components < 3 || (descriptor->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+    }
+  };
+
+  /// A recording may change its size or format on the way.
+  void prepareFor(const Input& input) {
+    if (scaler_ && input == input_) return;
+    input_ = input;
+    constexpr int flags = SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
+    scaler_.reset(sws_getContext(
+        input.width, input.height, static_cast<AVPixelFormat>(input.format), lowPresetWidth,
+        lowPresetHeight, AV_PIX_FMT_BGRA, flags, nullptr, nullptr, nullptr));
+    if (!scaler_) return;
+    constexpr int unchanged = 1 << 16;
+    sws_setColorspaceDetails(scaler_.get(), sws_getCoefficients(input.matrix), input.fullRange,
+                             sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, unchanged, unchanged);
+  }
+
+  ffmpeg::Frame frame_{av_frame_alloc()};
+  ffmpeg::Frame nextFrame_{av_frame_alloc()};
+  Input input_;
+  ffmpeg::Scaler scaler_;
+  BgraFrame output_{lowPresetWidth, lowPresetHeight};
+};
+
+FfmpegSource::FfmpegSource(const std::string& path)
+    : reader_(std::make_unique<Reader>(path)),
+      clock_(std::make_unique<Clock>(reader_->timeBase(), reader_->frameRate())),
+      scaler_(std::make_unique<Scaler>()) {
+  readNext();
+  if (!nextTime_) reader_->refuse("no frame of it could be decoded; copy or record it again");
+}
+
+FfmpegSource::~FfmpegSource() = default;
+
+void FfmpegSource::readNext() {
+  nextTime_.reset();
+  if (reader_->read(scaler_->nextFrame())) nextTime_ = clock_->timeOf(scaler_->nextFrame());
+}
+
+bool FfmpegSource::advance() {
+  if (!nextTime_) return false;
+  time_ = *nextTime_;
+  scaler_->moveOn();
+  readNext();
+  return true;
+}
+
+void FfmpegSource::deliver(SampleBufferDelegate& delegate) {
+  if (!scaler_->scaleInto(scaler_->output())) {
+    reader_->refuse("frames of its size and pixel format cannot be scaled; convert it to H.264");
+  }
+  delegate.captureOutput(scaler_->output());
+}
+
+std::string FfmpegSource::remark() const { return reader_->remark(time_); }
+
+}  // namespace veyla

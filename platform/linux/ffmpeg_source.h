@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/linux/recording_source.h"
+
+namespace veyla {
+
+/// A video file of any kind that the FFmpeg libraries read, as a recording.
+///
+/// - Takes the video track and leaves sound, cover pictures and other tracks alone.
+/// - Frames carry the file's own times; where there are none they go on at the frame rate. Time 0
+/// is
+///   the first frame that could be decoded.
+/// - `deliver` scales to the size of the low preset by area, with the colour matrix and range that
+///   the frame names. Frames that name none are taken as BT.601, limited unless their pixel format
+///   says otherwise, as the FFmpeg tools do.
+/// - Frames that cannot be decoded are passed over and counted in the remark, and so is a file that
+///   is cut off.
+/// - Rotation is ignored on purpose: the buffers of a live camera are in the orientation of its
+///   sensor too, and what is measured are averages of cells.
+/// - Only local files: what a file refers to elsewhere is not followed.
+class FfmpegSource : public RecordingSource {
+ public:
+  /// Decodes the first frame. Throws `InputError`.
+  explicit FfmpegSource(const std::string& path);
+  ~FfmpegSource() override;
+
+  bool advance() override;
+  double time() const override { return time_; }
+  std::optional<double> nextTime() const override { return nextTime_; }
+  void deliver(SampleBufferDelegate& delegate) override;
+  std::string remark() const override;
+
+ private:
+  class Reader;
+  class Clock;
+  class Scaler;
+
+  void readNext();
+
+  std::unique_ptr<Reader> reader_;
+  std::unique_ptr<Clock> clock_;
+  std::unique_ptr<Scaler> scaler_;
+  double time_ = 0;
+  std::optional<double> nextTime_;
+};
+
+}  // namespace veyla

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/health_store.h"
+#include "platform/key_value_store.h"
+#include "platform/text_services.h"
+
+namespace veyla {
+
+/// The health store as a file of FHIR R4 Observations, `Observations.ndjson` in the data folder:
+/// one sample a line. Times carry the offset of the time zone that the environment names.
+///
+/// A line is appended with one write under a lock on the file and is on the disk before the
+/// completion says so. What is not written whole is cut off again; a half line that a power cut
+/// left was never reported as saved and is cut off at the next opening, which `repair` tells.
+///
+/// Permission is kept per type in the key-value store, under "healthPermissions": there it changes
+/// in one transaction, also with two programs.
+class FhirHealthStore : public HealthStore {
+ public:
+  /// The user's answer for one type; nothing when the user cannot be asked now or gives none.
+  using Ask = std::function<std::optional<bool>(HealthSampleType)>;
+
+  static constexpr std::string_view fileName = "Observations.ndjson";
+
+  /// Makes the folder where it is missing. Throws `StoreError`, also when the file is there and
+  /// cannot be read and written. `permissions` and `uuids` must outlive the store.
+  FhirHealthStore(const std::filesystem::path& folder, KeyValueStore& permissions,
+                  UuidGenerator& uuids, Ask ask);
+
+  bool isHealthDataAvailable() const override { return true; }
+  /// Asks for each type that is not determined yet; the completion, called before this returns,
+  /// says whether all of `types` are determined now.
+  void requestAuthorization(const std::vector<HealthSampleType>& types,
+                            std::function<void(bool success)> completion) override;
+  HealthSharing authorizationStatus(HealthSampleType type) const override;
+  /// Refuses a quantity that is no finite number, a unit that is not the type's, a time outside the
+  /// years 1 to 9999, and a type without permission. The completion is called before this returns.
+  void save(const HealthSample& sample, std::function<void(bool success)> completion) override;
+
+  /// Sets a type's permission without asking.
+  void allow(HealthSampleType type, bool allowed);
+
+  /// The first thing that went wrong in use, as one line.
+  const std::optional<std::string>& failure() const { return failure_; }
+  /// What opening mended, as one line.
+  const std::optional<std::string>& repair() const { return repair_; }
+
+ private:
+  void append(const std::string& line);
+  std::string observation(const HealthSample& sample) const;
+
+  std::filesystem::path file_;
+  KeyValueStore& permissions_;
+  UuidGenerator& uuids_;
+  Ask ask_;
+  std::optional<std::string> failure_;
+  std::optional<std::string> repair_;
+};
+
+}  // namespace veyla

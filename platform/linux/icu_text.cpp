@@ -1,0 +1,143 @@
+#include "platform/linux/icu_text.h"
+
+#include <unicode/dtfmtsym.h>
+#include <unicode/regex.h>
+#include <unicode/smpdtfmt.h>
+#include <unicode/timezone.h>
+#include <unicode/unistr.h>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <vector>
+
+namespace veyla {
+
+namespace {
+
+using icu::UnicodeString;
+
+constexpr double millisecondsPerSecond = 1000;
+
+/// In steps of the matcher, which are about as many milliseconds.
+constexpr std::int32_t matchingSteps = 250;
+/// In bytes.
+constexpr std::int32_t matchingStack = 8 * 1024 * 1024;
+
+UnicodeString fromUtf8(std::string_view text) {
+  return UnicodeString::fromUTF8(
+      icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+}
+
+std::string environmentLocale() {
+  for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
+    const char* value = std::getenv(variable);
+    if (!value || !*value) continue;
+    const std::string name(value);
+    const std::string locale = name.substr(0, name.find_first_of(".@"));
+    return locale == "C" || locale == "POSIX" ? "en_US" : locale;
+  }
+  return "en_US";
+}
+
+std::unique_ptr<icu::TimeZone> namedTimeZone(const std::string& name) {
+  std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(fromUtf8(name)));
+  if (*zone == icu::TimeZone::getUnknown()) {
+    throw std::invalid_argument("the time zone \"" + name +
+                                "\" is not known; give one such as Europe/Berlin");
+  }
+  return zone;
+}
+
+/// Every kind of space as the ordinary one.
+UnicodeString withPlainSpaces(const UnicodeString& text) {
+  UnicodeString plain;
+  for (std::int32_t i = 0; i < text.length(); i = text.moveIndex32(i, 1)) {
+    const UChar32 character = text.char32At(i);
+    plain.append(u_isUWhiteSpace(character) ? UChar32(' ') : character);
+  }
+  return plain;
+}
+
+}  // namespace
+
+struct IcuText::Formats {
+  Formats(const icu::Locale& locale, const icu::TimeZone& zone) {
+    write = simpleFormat(locale, zone);
+    read = simpleFormat(locale, zone);
+    // Reading compares plain spaces with plain spaces, in the pattern and in its words.
+    UnicodeString pattern;
+    read->applyPattern(withPlainSpaces(read->toPattern(pattern)));
+    icu::DateFormatSymbols symbols(*read->getDateFormatSymbols());
+    std::int32_t count = 0;
+    if (const UnicodeString* halves = symbols.getAmPmStrings(count)) {
+      const std::vector<UnicodeString> plain = plainSpaced(halves, count);
+      symbols.setAmPmStrings(plain.data(), count);
+    }
+    if (const UnicodeString* months = symbols.getShortMonths(count)) {
+      const std::vector<UnicodeString> plain = plainSpaced(months, count);
+      symbols.setShortMonths(plain.data(), count);
+    }
+    read->setDateFormatSymbols(symbols);
+    read->setLenient(false);
+  }
+
+  static std::vector<UnicodeString> plainSpaced(const UnicodeString* words, std::int32_t count) {
+    std::vector<UnicodeString> plain;
+    for (std::int32_t i = 0; i < count; ++i) plain.push_back(withPlainSpaces(words[i]));
+    return plain;
+  }
+
+  static std::unique_ptr<icu::SimpleDateFormat> simpleFormat(const icu::Locale& locale,
+                                                             const icu::TimeZone& zone) {
+    std::unique_ptr<icu::DateFormat> format(icu::DateFormat::createDateTimeInstance(
+        icu::DateFormat::kMedium, icu::DateFormat::kShort, locale));
+    if (!dynamic_cast<icu::SimpleDateFormat*>(format.get())) {
+      throw std::runtime_error("the data of ICU cannot be found; install libicu again");
+    }
+    format->setTimeZone(zone);
+    return std::unique_ptr<icu::SimpleDateFormat>(
+        static_cast<icu::SimpleDateFormat*>(format.release()));
+  }
+
+  std::unique_ptr<icu::SimpleDateFormat> write;
+  std::unique_ptr<icu::SimpleDateFormat> read;
+};
+
+IcuText::IcuText() {
+  const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
+  formats_ = std::make_unique<Formats>(icu::Locale(environmentLocale().c_str()), *zone);
+}
+
+IcuText::IcuText(const std::string& locale, const std::string& timeZone)
+    : formats_(std::make_unique<Formats>(icu::Locale(locale.c_str()), *namedTimeZone(timeZone))) {}
+
+IcuText::~IcuText() = default;
+
+std::string IcuText::mediumDateShortTime(Date date) const {
+  UnicodeString text;
+  formats_->write->format(date.secondsSince1970 * millisecondsPerSecond, text);
+  std::string utf8;
+  return text.toUTF8String(utf8);
+}
+
+std::optional<Date> IcuText::parseMediumDateShortTime(std::string_view text) const {
+  const UnicodeString plain = withPlainSpaces(fromUtf8(text));
+  icu::ParsePosition position(0);
+  const UDate milliseconds = formats_->read->parse(plain, position);
+  if (position.getErrorIndex() >= 0 || position.getIndex() != plain.length() || plain.isEmpty()) {
+    return std::nullopt;
+  }
+  return Date{milliseconds / millisecondsPerSecond};
+}
+
+bool IcuText::matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const {
+  UErrorCode status = U_ZERO_ERROR;
+  const UnicodeString subject = fromUtf8(text);
+  icu::RegexMatcher matcher(fromUtf8(pattern), subject, UREGEX_CASE_INSENSITIVE, status);
+  matcher.setTimeLimit(matchingSteps, status);
+  matcher.setStackLimit(matchingStack, status);
+  const bool matches = matcher.matches(status);
+  return U_SUCCESS(status) && matches;
+}
+
+}  // namespace veyla

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/text_services.h"
+
+namespace veyla {
+
+/// Dates and regular expressions by ICU. For one thread.
+class IcuText : public DateFormatting, public RegularExpressions {
+ public:
+  /// In the locale of LC_ALL, LC_TIME or LANG, the first that is set, and in the time zone of TZ,
+  /// else of the machine. "C" and "POSIX" are American English.
+  IcuText();
+  /// `locale` as in "de_DE", `timeZone` as in "Europe/Berlin". Throws `std::invalid_argument` for a
+  /// time zone that is not known; a locale that is not known is the root locale.
+  IcuText(const std::string& locale, const std::string& timeZone);
+  ~IcuText() override;
+
+  /// With the spaces of the locale, among them narrow and unbreakable ones.
+  std::string mediumDateShortTime(Date date) const override;
+  /// The whole text must be such a date; any space may stand for any other.
+  std::optional<Date> parseMediumDateShortTime(std::string_view text) const override;
+
+  /// Also false when the search takes too much time or memory: a pattern meets hostile texts.
+  bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const override;
+
+ private:
+  struct Formats;
+  std::unique_ptr<Formats> formats_;
+};
+
+}  // namespace veyla

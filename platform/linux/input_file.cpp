@@ -1,0 +1,36 @@
+#include "platform/linux/input_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "platform/linux/recording_source.h"
+
+namespace veyla {
+
+void requireInputFile(const std::string& path) {
+  const auto refuse = [&](const std::string& reason) { throw InputError(path + ": " + reason); };
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) {
+    if (errno == ENOENT || errno == ENOTDIR) refuse("no such file; check the name");
+    if (errno == EACCES) refuse("no permission to look into its folder; change its permissions");
+    refuse(std::string(std::strerror(errno)) + "; check the name");
+  }
+  if (S_ISDIR(status.st_mode)) refuse("a folder; name a file in it");
+  if (!S_ISREG(status.st_mode)) refuse("not a regular file; save the recording to one first");
+  if (status.st_size == 0) refuse("an empty file; record or copy it again");
+
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file >= 0) {
+    close(file);
+  } else if (errno == EACCES || errno == EPERM) {
+    refuse("no permission to read it; change its permissions");
+  } else {
+    refuse(std::string(std::strerror(errno)) + "; copy it to this machine again");
+  }
+}
+
+}  // namespace veyla

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace veyla {
+
+/// Throws `InputError` unless `path` names a regular file that holds something and may be read.
+void requireInputFile(const std::string& path);
+
+}  // namespace veyla

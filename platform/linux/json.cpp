@@ -1,0 +1,314 @@
+#include "platform/linux/json.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <type_traits>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace veyla {
+
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr std::string_view floatTag = "$float";
+constexpr std::string_view doubleTag = "$double";
+constexpr std::string_view dateTag = "$date";
+constexpr std::string_view dictionaryTag = "$dictionary";
+constexpr std::string_view nanPrefix = "nan:";
+
+bool looksLikeTag(std::string_view key) { return key.starts_with('$'); }
+
+template <class Real>
+using BitsOf = std::conditional_t<sizeof(Real) == 4, std::uint32_t, std::uint64_t>;
+
+template <class Real>
+std::string textOf(Real value) {
+  char digits[40];
+  char* const end = digits + sizeof digits;
+  if (std::isnan(value)) {
+    const auto bits = std::bit_cast<BitsOf<Real>>(value);
+    return std::string(nanPrefix).append(digits, std::to_chars(digits, end, bits, 16).ptr);
+  }
+  std::string text(digits, std::to_chars(digits, end, value).ptr);
+  if (std::isfinite(value) && text.find_first_of(".e") == std::string::npos) text += ".0";
+  return text;
+}
+
+template <class Real>
+std::optional<Real> realFromText(std::string_view text) {
+  if (text.starts_with(nanPrefix)) {
+    text.remove_prefix(nanPrefix.size());
+    BitsOf<Real> bits = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), bits, 16);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return std::bit_cast<Real>(bits);
+  }
+  Real value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+/// Of equal keys keeps the last value, at the place of the first.
+void keepLastOfEqualKeys(Value::Dictionary& entries) {
+  std::unordered_map<std::string_view, std::size_t> places;
+  std::vector<bool> repeats(entries.size(), false);
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const auto [place, isNew] = places.emplace(entries[i].first, i);
+    if (isNew) continue;
+    entries[place->second].second = std::move(entries[i].second);
+    repeats[i] = true;
+  }
+  if (places.size() == entries.size()) return;
+  Value::Dictionary kept;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    if (!repeats[i]) kept.push_back(std::move(entries[i]));
+  }
+  entries = std::move(kept);
+}
+
+/// Makes a `Value` of the events of a JSON text. An event that returns false ends the reading.
+class ValueBuilder {
+ public:
+  enum class Tags { none, read };
+
+  explicit ValueBuilder(Tags tags) : tags_(tags) {}
+
+  std::optional<Value> take() { return std::move(root_); }
+
+  bool null() { return add(Value()); }
+  bool boolean(bool value) { return add(Value(value)); }
+  bool number_integer(std::int64_t value) { return add(Value(value)); }
+  bool number_unsigned(std::uint64_t value) {
+    if (std::in_range<std::int64_t>(value)) return add(Value(static_cast<std::int64_t>(value)));
+    return add(Value(static_cast<double>(value)));
+  }
+  bool number_float(double value, const std::string& text) {
+    // Rounding to double first and to single then can end beside the number that was written.
+    if (insideTag(floatTag)) return add(Value(std::strtof(text.c_str(), nullptr)));
+    return add(Value(value));
+  }
+  bool string(std::string& value) { return add(Value(std::move(value))); }
+  bool binary(Json::binary_t&) { return false; }
+
+  bool start_object(std::size_t) {
+    const bool literal = insideTag(dictionaryTag);
+    if (!open()) return false;
+    open_.back().isDictionary = true;
+    open_.back().literal = literal;
+    return true;
+  }
+  bool key(std::string& name) {
+    open_.back().key = std::move(name);
+    return true;
+  }
+  bool end_object() {
+    Container closed = close();
+    if (tags_ == Tags::none) {
+      keepLastOfEqualKeys(closed.entries);
+    } else if (!closed.literal && !closed.entries.empty() &&
+               looksLikeTag(closed.entries.front().first)) {
+      return addTagged(closed.entries);
+    }
+    return add(Value(std::move(closed.entries)));
+  }
+  bool start_array(std::size_t) { return open(); }
+  bool end_array() { return add(Value(close().elements)); }
+
+  bool parse_error(std::size_t, const std::string&, const Json::exception&) { return false; }
+
+ private:
+  struct Container {
+    bool isDictionary = false;
+    /// Its keys are keys, whatever they look like.
+    bool literal = false;
+    std::string key;
+    Value::Array elements;
+    Value::Dictionary entries;
+  };
+
+  bool open() {
+    if (open_.size() == deepestJson) return false;
+    open_.emplace_back();
+    return true;
+  }
+
+  Container close() {
+    Container closed = std::move(open_.back());
+    open_.pop_back();
+    return closed;
+  }
+
+  bool insideTag(std::string_view tag) const {
+    if (tags_ == Tags::none || open_.empty()) return false;
+    const Container& parent = open_.back();
+    return parent.isDictionary && !parent.literal && parent.entries.empty() && parent.key == tag;
+  }
+
+  bool add(Value value) {
+    if (open_.empty()) {
+      root_ = std::move(value);
+    } else if (Container& parent = open_.back(); parent.isDictionary) {
+      parent.entries.emplace_back(std::move(parent.key), std::move(value));
+    } else {
+      parent.elements.push_back(std::move(value));
+    }
+    return true;
+  }
+
+  bool addTagged(Value::Dictionary& entries) {
+    if (entries.size() != 1) return false;
+    auto& [tag, value] = entries.front();
+    if (tag == dictionaryTag) return value.dictionary() && add(std::move(value));
+    if (tag == floatTag) {
+      if (!value.text()) return value.isNumber() && add(std::move(value));
+      const auto number = floatFromText(*value.text());
+      return number && add(Value(*number));
+    }
+    if (tag != doubleTag && tag != dateTag) return false;
+    if (!value.text() && !value.isNumber()) return false;
+    const auto number = value.text() ? doubleFromText(*value.text()) : value.doubleValue();
+    return number && add(tag == dateTag ? Value(Date{*number}) : Value(*number));
+  }
+
+  Tags tags_;
+  std::optional<Value> root_;
+  std::vector<Container> open_;
+};
+
+std::optional<Value> valueFromText(std::string_view text, ValueBuilder::Tags tags) {
+  ValueBuilder builder(tags);
+  if (!Json::sax_parse(text.begin(), text.end(), &builder)) return std::nullopt;
+  return builder.take();
+}
+
+class Writer {
+ public:
+  bool write(const Value& value) {
+    return value.visit([this](const auto& held) { return write(held); });
+  }
+  std::string take() { return std::move(text_); }
+
+ private:
+  bool write(std::monostate) { return append("null"); }
+  bool write(bool value) { return append(value ? "true" : "false"); }
+  bool write(std::int64_t value) {
+    char digits[24];
+    return append({digits, std::to_chars(digits, digits + sizeof digits, value).ptr});
+  }
+  bool write(float value) { return writeTagged(floatTag, value); }
+  bool write(double value) {
+    return std::isfinite(value) ? append(numberText(value)) : writeTagged(doubleTag, value);
+  }
+  bool write(Date value) { return writeTagged(dateTag, value.secondsSince1970); }
+
+  bool write(const std::string& value) {
+    const auto plain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
+    if (std::all_of(value.begin(), value.end(), plain)) {
+      append("\"");
+      append(value);
+      return append("\"");
+    }
+    if (!isUtf8(value)) return false;
+    return append(Json(value).dump());
+  }
+
+  bool write(const Value::Array& elements) {
+    if (depth_ == deepestJson) return false;
+    const std::string_view separator = depth_ == 0 ? ",\n" : ",";
+    ++depth_;
+    append("[");
+    for (std::size_t i = 0; i < elements.size(); ++i) {
+      if (i > 0) append(separator);
+      if (!write(elements[i])) return false;
+    }
+    --depth_;
+    return append("]");
+  }
+
+  bool write(const Value::Dictionary& entries) {
+    const bool tagged = !entries.empty() && looksLikeTag(entries.front().first);
+    // The tag is a dictionary too, to the reader that counts them.
+    const std::size_t levels = tagged ? 2 : 1;
+    if (depth_ + levels > deepestJson) return false;
+    depth_ += levels;
+    if (tagged) openTag(dictionaryTag);
+    append("{");
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+      if (i > 0) append(",");
+      if (!write(entries[i].first)) return false;
+      append(":");
+      if (!write(entries[i].second)) return false;
+    }
+    append("}");
+    if (tagged) append("}");
+    depth_ -= levels;
+    return true;
+  }
+
+  template <class Real>
+  bool writeTagged(std::string_view tag, Real value) {
+    if (depth_ == deepestJson) return false;
+    openTag(tag);
+    const std::string_view quote = std::isfinite(value) ? "" : "\"";
+    append(quote);
+    append(numberText(value));
+    append(quote);
+    return append("}");
+  }
+
+  void openTag(std::string_view tag) {
+    append("{\"");
+    append(tag);
+    append("\":");
+  }
+
+  bool append(std::string_view piece) {
+    text_ += piece;
+    return true;
+  }
+
+  std::string text_;
+  std::size_t depth_ = 0;
+};
+
+}  // namespace
+
+std::optional<Value> NlohmannJsonParser::parse(std::string_view text) const {
+  return valueFromText(text, ValueBuilder::Tags::none);
+}
+
+std::optional<std::string> writeJson(const Value& value) {
+  Writer writer;
+  if (!writer.write(value)) return std::nullopt;
+  return writer.take();
+}
+
+std::optional<Value> readJson(std::string_view text) {
+  return valueFromText(text, ValueBuilder::Tags::read);
+}
+
+std::string numberText(double value) { return textOf(value); }
+std::string numberText(float value) { return textOf(value); }
+std::optional<double> doubleFromText(std::string_view text) { return realFromText<double>(text); }
+std::optional<float> floatFromText(std::string_view text) { return realFromText<float>(text); }
+
+bool isUtf8(std::string_view text) {
+  // The library tells of bad UTF-8 only by throwing, while it writes.
+  try {
+    Json(text).dump();
+    return true;
+  } catch (const Json::exception&) {
+    return false;
+  }
+}
+
+}  // namespace veyla

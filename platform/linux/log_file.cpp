@@ -1,0 +1,55 @@
+#include "platform/linux/log_file.h"
+
+#include <cerrno>
+#include <cmath>
+#include <ctime>
+
+#include "platform/format.h"
+#include "platform/linux/data_folder.h"
+
+namespace veyla {
+
+namespace {
+
+std::string timeStamp(Date date) {
+  const double seconds = std::floor(date.secondsSince1970);
+  const auto time = static_cast<std::time_t>(seconds);
+  std::tm utc{};
+  gmtime_r(&time, &utc);
+  char text[32];
+  const std::size_t size = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &utc);
+  return std::string(text, size) +
+         formatText(".%03dZ", static_cast<int>((date.secondsSince1970 - seconds) * 1000));
+}
+
+}  // namespace
+
+void FileLog::Close::operator()(std::FILE* file) const {
+  if (file != stderr) std::fclose(file);
+}
+
+FileLog::FileLog(const std::string& path, const Clock& clock)
+    : path_(path == "-" ? "standard error" : path),
+      clock_(clock),
+      file_(path == "-" ? stderr : std::fopen(path.c_str(), "ae")) {
+  if (!file_) failure_ = fileProblem(path_, errno);
+}
+
+void FileLog::line(std::string_view text) {
+  if (!enabled()) return;
+  std::string line = timeStamp(clock_.now()) + ' ';
+  for (const char c : text) {
+    if (c == '\n') {
+      line += "\\n";
+    } else {
+      line += c;
+    }
+  }
+  line += '\n';
+  if (std::fwrite(line.data(), 1, line.size(), file_.get()) != line.size() ||
+      std::fflush(file_.get()) != 0) {
+    failure_ = fileProblem(path_, errno);
+  }
+}
+
+}  // namespace veyla

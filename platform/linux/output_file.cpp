@@ -1,0 +1,123 @@
+#include "platform/linux/output_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+
+namespace veyla {
+
+namespace {
+
+bool isRegularOrAbsent(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
+}
+
+bool isFolder(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::string reasonFor(int systemError) {
+  switch (systemError) {
+    case ENOENT:
+    case ENOTDIR:
+      return "its folder does not exist; make it first";
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return "no permission to write there; choose another folder";
+    case EISDIR:
+      return "a folder; name a file in it";
+    case ENOSPC:
+    case EDQUOT:
+      return "the disk is full; make room or choose another folder";
+    case EFBIG:
+      return "larger than the system allows; choose another folder or a shorter recording";
+    case EPIPE:
+      return "nobody reads the pipe any more; keep its reader running";
+    default:
+      return std::string(std::strerror(systemError)) + "; choose another folder";
+  }
+}
+
+[[noreturn]] void refuseOutput(const std::string& path, int systemError) {
+  throw OutputError((path == "-" ? "standard output" : path) + ": " + reasonFor(systemError));
+}
+
+}  // namespace
+
+PendingFile::PendingFile(const std::string& target) : target_(target), place_(target) {
+  if (isFolder(target)) refuse(EISDIR);
+  if (!isRegularOrAbsent(target)) {
+    throw OutputError(target + ": not a regular file; name one that is or a new one");
+  }
+  std::error_code unresolved;
+  const auto resolved = std::filesystem::weakly_canonical(target, unresolved);
+  if (!unresolved) place_ = resolved.string();
+  if (access(place_.c_str(), F_OK) == 0 && access(place_.c_str(), W_OK) != 0) refuse(errno);
+
+  constexpr int attempts = 100;
+  for (int attempt = 0; attempt < attempts; ++attempt) {
+    path_ = place_ + ".part" + std::to_string(getpid()) + (attempt ? std::to_string(-attempt) : "");
+    const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file >= 0) {
+      close(file);
+      return;
+    }
+    if (errno != EEXIST) break;
+  }
+  const int reason = errno;
+  path_.clear();
+  refuse(reason);
+}
+
+PendingFile::~PendingFile() {
+  if (!path_.empty()) unlink(path_.c_str());
+}
+
+void PendingFile::commit() {
+  if (std::rename(path_.c_str(), place_.c_str()) != 0) refuse(errno);
+  path_.clear();
+}
+
+void PendingFile::refuse(int systemError) const { refuseOutput(target_, systemError); }
+
+OutputFile::OutputFile(const std::string& path) : path_(path), file_(stdout) {
+  if (path == "-") return;
+  std::string opened = path;
+  if (isFolder(path) || isRegularOrAbsent(path)) {
+    pending_ = std::make_unique<PendingFile>(path);
+    opened = pending_->path();
+  }
+  file_ = std::fopen(opened.c_str(), "wbe");
+  requireWritten(file_ != nullptr);
+}
+
+OutputFile::~OutputFile() {
+  if (file_ && file_ != stdout) std::fclose(file_);
+}
+
+void OutputFile::write(std::string_view text) {
+  requireWritten(std::fwrite(text.data(), 1, text.size(), file_) == text.size());
+}
+
+void OutputFile::commit() {
+  if (file_ == stdout) {
+    requireWritten(std::fflush(file_) == 0);
+    return;
+  }
+  requireWritten(std::fclose(std::exchange(file_, nullptr)) == 0);
+  if (pending_) pending_->commit();
+}
+
+void OutputFile::requireWritten(bool written) const {
+  if (!written) refuseOutput(path_, errno);
+}
+
+}  // namespace veyla

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace veyla {
+
+/// A file that cannot be written: one line that names the file, the reason and the way out.
+class OutputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// A name beside a target under which a file is written until it is whole, so that the target is
+/// either what it was or complete. What was not committed is removed with the object.
+class PendingFile {
+ public:
+  /// Makes an empty file beside `target`, which must be a regular file or not exist yet. Throws
+  /// `OutputError`.
+  explicit PendingFile(const std::string& target);
+  ~PendingFile();
+  PendingFile(const PendingFile&) = delete;
+  PendingFile& operator=(const PendingFile&) = delete;
+
+  const std::string& path() const { return path_; }
+  /// Puts the file in the target's place. Throws `OutputError`.
+  void commit();
+
+  /// Throws `OutputError` for the target with a reason in the system's words.
+  [[noreturn]] void refuse(int systemError) const;
+
+ private:
+  std::string target_;
+  /// Where the target's name leads, through symbolic links.
+  std::string place_;
+  std::string path_;
+};
+
+/// A text file that appears when it is whole. "-" is standard output; that, devices and pipes are
+/// written as the text comes.
+class OutputFile {
+ public:
+  /// Throws `OutputError`, as the others do.
+  explicit OutputFile(const std::string& path);
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  void write(std::string_view text);
+  void commit();
+
+ private:
+  void requireWritten(bool written) const;
+
+  std::string path_;
+  std::unique_ptr<PendingFile> pending_;
+  std::FILE* file_;
+};
+
+}  // namespace veyla

@@ -1,0 +1,116 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "platform/capture.h"
+#include "platform/linux/recording_source.h"
+#include "platform/linux/timed_queue.h"
+
+namespace veyla {
+
+/// A camera device that supports every mode, does nothing about any and remembers them all.
+class RecordedDevice : public CaptureDevice {
+ public:
+  CaptureDeviceType deviceType() const override { return CaptureDeviceType::wideAngleCamera; }
+
+  bool lockForConfiguration() override { return true; }
+  void unlockForConfiguration() override {}
+
+  bool isExposureModeSupported(int) const override { return true; }
+  int exposureMode() const override { return exposureMode_; }
+  void setExposureMode(int mode) override { exposureMode_ = mode; }
+
+  bool isWhiteBalanceModeSupported(int) const override { return true; }
+  int whiteBalanceMode() const override { return whiteBalanceMode_; }
+  void setWhiteBalanceMode(int mode) override { whiteBalanceMode_ = mode; }
+
+  bool isFocusModeSupported(int) const override { return true; }
+  int focusMode() const override { return focusMode_; }
+  void setFocusMode(int mode) override { focusMode_ = mode; }
+
+  int autoFocusRangeRestriction() const override { return autoFocusRangeRestriction_; }
+  void setAutoFocusRangeRestriction(int restriction) override {
+    autoFocusRangeRestriction_ = restriction;
+  }
+
+  bool isLowLightBoostSupported() const override { return true; }
+  bool automaticallyEnablesLowLightBoostWhenAvailable() const override { return lowLightBoost_; }
+  void setAutomaticallyEnablesLowLightBoostWhenAvailable(bool enabled) override {
+    lowLightBoost_ = enabled;
+  }
+
+  bool hasTorch() const override { return true; }
+  bool isTorchModeSupported(int) const override { return true; }
+  int torchMode() const override { return torchMode_; }
+  void setTorchMode(int mode) override { torchMode_ = mode; }
+  float torchLevel() const override { return torchMode_ == 0 ? 0.0F : 1.0F; }
+  void setFlashMode(int mode) override { flashMode_ = mode; }
+  int flashMode() const { return flashMode_; }
+
+  double videoZoomFactor() const override { return 1; }
+  bool isAdjustingWhiteBalance() const override { return false; }
+  bool isAdjustingFocus() const override { return false; }
+  bool isAdjustingExposure() const override { return false; }
+
+ private:
+  int exposureMode_ = 0;
+  int whiteBalanceMode_ = 0;
+  int focusMode_ = 0;
+  /// Not "none": only a device that restricts its range already is given the settings' restriction.
+  int autoFocusRangeRestriction_ = 1;
+  bool lowLightBoost_ = false;
+  int torchMode_ = 0;
+  int flashMode_ = 0;
+};
+
+/// Which part of a recording is played, in seconds of its own time.
+struct RecordingSpan {
+  double start = 0;
+  /// From `start`; to the recording's end when there is none.
+  std::optional<double> duration;
+};
+
+/// A camera that shows a recording, 15 frames a second of the recording's own time.
+///
+/// While a session runs, tick k falls due k/15 s after its start and delivers the newest frame at
+/// or before that time of the recording to the session's output, on the queue. A tick before the
+/// first frame delivers nothing; a gap in the recording repeats the frame before it, so that the
+/// count of frames keeps time. A session that is stopped and started again, or another one, goes on
+/// where the recording stands.
+class RecordingCamera : public Camera {
+ public:
+  static constexpr int framesPerSecond = 15;
+
+  /// `queue` must outlive the camera. A source's `InputError` leaves through the queue's `run`.
+  RecordingCamera(std::unique_ptr<RecordingSource> source, TimedQueue& queue,
+                  RecordingSpan span = {});
+
+  /// Called once, on the queue, at the first tick after the last frame or at the end of the span.
+  /// No tick follows.
+  void setOnEnd(std::function<void()> onEnd);
+
+  const RecordingSource& source() const;
+  RecordedDevice& device() { return *device_; }
+
+  CameraAuthorization authorizationStatus() const override;
+  void requestAccess(std::function<void(bool granted)> completion) override;
+  std::optional<std::vector<std::shared_ptr<CaptureDevice>>> discoverBackDevices() override;
+  std::shared_ptr<CaptureDevice> defaultVideoDevice() override { return device_; }
+  std::shared_ptr<CaptureDeviceInput> makeDeviceInput(
+      const std::shared_ptr<CaptureDevice>& device) override;
+  std::shared_ptr<CaptureSession> makeSession() override;
+
+ private:
+  class Playback;
+  class Session;
+
+  TimedQueue& queue_;
+  std::shared_ptr<RecordedDevice> device_ = std::make_shared<RecordedDevice>();
+  std::shared_ptr<Playback> playback_;
+};
+
+}  // namespace veyla

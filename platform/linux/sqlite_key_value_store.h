@@ -1,0 +1,112 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "platform/key_value_store.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace veyla {
+
+/// The key-value store in one SQLite file, `veyla.db` in the data folder.
+///
+/// One table, `entries`, with a row a key: `key`, `type` ("boolean", "integer", "float", "double",
+/// "text", "date", "array", "dictionary", "null") and `value`, a text that the sqlite3 program
+/// shows readably and that keeps every bit of a number; arrays and dictionaries as `writeJson`
+/// writes them.
+///
+/// A flush is one transaction. The file has a rollback journal and synchronous=EXTRA: a commit has
+/// reached the disk, the journal's removal included, before `synchronize` (within `exclusively`,
+/// the outermost one) returns. A write-ahead log would need two more files beside the store to be
+/// whole, which a researcher who copies the one file would leave behind.
+///
+/// What fails in use is remembered in `failure`, and the transaction that it happened in is undone.
+class SqliteKeyValueStore : public KeyValueStore {
+ public:
+  static constexpr std::string_view fileName = "veyla.db";
+  /// How long to wait for another program that writes.
+  static constexpr std::chrono::milliseconds patience{5000};
+
+  /// Makes the folder and the file where they are missing. Throws `StoreError`.
+  explicit SqliteKeyValueStore(const std::filesystem::path& folder,
+                               std::chrono::milliseconds busyTimeout = patience);
+  /// Flushes.
+  ~SqliteKeyValueStore() override;
+
+  /// Nothing for a key that cannot be read; until it can be, changes of it are refused, so that
+  /// what is there is not lost for what was taken for nothing.
+  std::optional<Value> value(std::string_view key) override;
+  /// Visible to `value` at once, durable from the next flush on.
+  void setValue(std::string_view key, const Value& value) override;
+  void removeValue(std::string_view key) override;
+
+  /// What could not be flushed outside `exclusively` stays to be flushed next time.
+  void synchronize() override;
+
+  /// Does not run `changes` when another program holds the store for longer than the busy timeout.
+  /// When anything fails within, or `changes` throws, the contents are what they were before. May
+  /// be nested: the outermost one commits.
+  void exclusively(const std::function<void()>& changes) override;
+
+  /// The first thing that went wrong in use, as one line.
+  const std::optional<std::string>& failure() const { return failure_; }
+
+ private:
+  /// What a row holds beside its key.
+  struct Row {
+    std::string_view type;
+    std::string text;
+  };
+  struct Close {
+    void operator()(sqlite3* database) const;
+    void operator()(sqlite3_stmt* statement) const;
+  };
+  using Statement = std::unique_ptr<sqlite3_stmt, Close>;
+  /// Changes that are not in the database yet; without a row, a removal.
+  using Pending = std::map<std::string, std::optional<Row>, std::less<>>;
+
+  static std::optional<Row> rowOf(const Value& value);
+  static std::optional<Value> valueOf(std::string_view type, std::string_view text);
+
+  void open();
+  void checkIdentity();
+  void checkIntegrity();
+  void create();
+
+  /// These throw a `StoreError` about the last thing that SQLite refused.
+  Statement prepare(const char* sql);
+  bool step(sqlite3_stmt* statement);
+  void run(const char* sql);
+  std::int64_t number(const char* sql);
+  [[noreturn]] void refuse(int code);
+
+  std::optional<Value> stored(std::string_view key);
+  void change(std::string_view key, std::optional<Row> row);
+  void writePending();
+  void rollBack();
+  void fail(const std::string& line);
+  std::string aboutKey(std::string_view key, const char* what) const;
+
+  std::filesystem::path file_;
+  std::unique_ptr<sqlite3, Close> database_;
+  Statement read_;
+  Statement write_;
+  Statement remove_;
+  Pending pending_;
+  std::set<std::string, std::less<>> unreadable_;
+  int nesting_ = 0;
+  /// Something failed within the outermost `exclusively` under way.
+  bool spoilt_ = false;
+  std::optional<std::string> failure_;
+};
+
+}  // namespace veyla

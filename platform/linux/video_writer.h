@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "platform/linux/bgra_frame.h"
+#include "platform/linux/output_file.h"
+
+namespace veyla {
+
+/// Writes frames as a video, whose kind the path's ending tells: .mp4, .mov, .mkv and .avi hold
+/// H.264 without visible loss, .webm VP9, and .y4m uncompressed frames, such as a browser takes for
+/// a camera.
+///
+/// All have half the colour resolution in each direction and limited range; the colour matrix is
+/// BT.709 from 720 rows on and BT.601 below, and the file says so where its kind can. The video
+/// appears under its name when it is finished; until then it lies beside it under another.
+class VideoWriter {
+ public:
+  /// `width` and `height` must be even, `framesPerSecond` in 1 to 240. Throws `OutputError`, as the
+  /// others do.
+  VideoWriter(const std::string& path, std::size_t width, std::size_t height,
+              double framesPerSecond);
+  /// Removes what was not finished.
+  ~VideoWriter();
+  VideoWriter(const VideoWriter&) = delete;
+  VideoWriter& operator=(const VideoWriter&) = delete;
+
+  void write(const BgraFrame& frame);
+  void finish();
+
+ private:
+  class Muxer;
+  std::unique_ptr<Muxer> muxer_;
+};
+
+}  // namespace veyla

@@ -1,0 +1,215 @@
+#include "platform/linux/fhir_health_store.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <time.h>
+
+#include <limits>
+#include <set>
+#include <sstream>
+
+#include "platform/linux/json.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/store_error.h"
+#include "platform/linux/uuid.h"
+#include "tests/linux/scratch.h"
+
+namespace veyla {
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr auto heartRate = HealthSampleType::heartRate;
+constexpr auto oxygenSaturation = HealthSampleType::oxygenSaturation;
+
+class FhirHealthStoreTest : public testing::Test {
+ protected:
+  FhirHealthStoreTest() {
+    setenv("TZ", "America/St_Johns", 1);
+    tzset();
+  }
+
+  std::filesystem::path file() const { return scratch_.path() / FhirHealthStore::fileName; }
+  FhirHealthStore open(FhirHealthStore::Ask ask = [](HealthSampleType) { return true; }) {
+    return FhirHealthStore(scratch_.path(), permissions_, uuids_, std::move(ask));
+  }
+  FhirHealthStore openAllowed() {
+    auto store = open();
+    store.allow(heartRate, true);
+    store.allow(oxygenSaturation, true);
+    return store;
+  }
+  static HealthSample pulse(double bpm) {
+    return {heartRate, bpm, "count/min", Date{1709640427.25}, Date{1709640427.26}};
+  }
+  static bool save(FhirHealthStore& store, const HealthSample& sample) {
+    std::optional<bool> saved;
+    store.save(sample, [&](bool success) { saved = success; });
+    EXPECT_TRUE(saved) << "the completion was not called";
+    return saved.value_or(false);
+  }
+  /// Every line must be a JSON object and have its end.
+  std::vector<Value> observations() const {
+    const std::string text = contentsOf(file());
+    EXPECT_TRUE(text.empty() || text.back() == '\n');
+    std::vector<Value> found;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+      const auto json = NlohmannJsonParser().parse(line);
+      EXPECT_TRUE(json && json->dictionary()) << line;
+      found.push_back(json.value_or(Value()));
+    }
+    return found;
+  }
+
+  ScratchFolder scratch_;
+  MemoryKeyValueStore permissions_;
+  LibUuid uuids_;
+};
+
+TEST_F(FhirHealthStoreTest, ASampleIsAVitalSignInTheUnitsOfTheRecord) {
+  auto store = openAllowed();
+  EXPECT_TRUE(save(store, pulse(73)));
+  EXPECT_TRUE(save(store, {oxygenSaturation, 0.57, "%", Date{1709640427}, Date{1709640437}}));
+  const auto found = observations();
+  ASSERT_EQ(found.size(), 2U);
+
+  const Value& pulse = found[0];
+  const auto code = [](const Value& of, std::size_t place) {
+    const Value& coding = of["coding"].array()->at(place);
+    return *coding["system"].text() + "|" + *coding["code"].text();
+  };
+  EXPECT_EQ(*pulse["status"].text(), "final");
+  EXPECT_EQ(code(pulse["category"].array()->at(0), 0),
+            "http://terminology.hl7.org/CodeSystem/observation-category|vital-signs");
+  EXPECT_EQ(code(pulse["code"], 0), "http://loinc.org|8867-4");
+  EXPECT_EQ(pulse["valueQuantity"]["value"], Value(73));
+  EXPECT_EQ(*pulse["valueQuantity"]["code"].text(), "/min");
+  EXPECT_EQ(*pulse["effectiveDateTime"].text(), "2024-03-05T08:37:07.250-03:30");
+  EXPECT_NE(*pulse["id"].text(), *found[1]["id"].text());
+
+  const Value& oxygen = found[1];
+  EXPECT_EQ(code(oxygen["code"], 0), "http://loinc.org|2708-6");
+  EXPECT_EQ(code(oxygen["code"], 1), "http://loinc.org|59408-5");
+  EXPECT_EQ(oxygen["valueQuantity"]["value"], Value(57)) << "0.57 × 100 is not quite 57";
+  EXPECT_EQ(*oxygen["valueQuantity"]["code"].text(), "%");
+  EXPECT_EQ(*oxygen["effectivePeriod"]["end"].text(), "2024-03-05T08:37:17.000-03:30");
+}
+
+TEST_F(FhirHealthStoreTest, PermissionIsAskedOnceAndKeptPerType) {
+  std::vector<HealthSampleType> asked;
+  std::optional<bool> answer;
+  auto store = open([&](HealthSampleType type) {
+    asked.push_back(type);
+    return type == heartRate ? std::optional(true) : answer;
+  });
+  const auto request = [&] {
+    std::optional<bool> success;
+    asked.clear();
+    store.requestAuthorization({heartRate, oxygenSaturation}, [&](bool done) { success = done; });
+    return success;
+  };
+  EXPECT_EQ(request(), false) << "one could not be asked";
+  EXPECT_EQ(store.authorizationStatus(oxygenSaturation), HealthSharing::notDetermined);
+  answer = false;
+  EXPECT_EQ(request(), true);
+  EXPECT_EQ(asked, std::vector{oxygenSaturation});
+  EXPECT_EQ(request(), true);
+  EXPECT_TRUE(asked.empty());
+
+  auto reopened = open();
+  EXPECT_EQ(reopened.authorizationStatus(heartRate), HealthSharing::authorized);
+  EXPECT_EQ(reopened.authorizationStatus(oxygenSaturation), HealthSharing::denied);
+  EXPECT_FALSE(save(reopened, {oxygenSaturation, 0.97, "%", {}, {}}));
+  EXPECT_TRUE(save(reopened, pulse(60)));
+  EXPECT_EQ(observations().size(), 1U);
+  reopened.allow(heartRate, false);
+  EXPECT_EQ(reopened.authorizationStatus(heartRate), HealthSharing::denied);
+}
+
+TEST_F(FhirHealthStoreTest, WhatNoRecordCanHoldIsRefused) {
+  auto store = openAllowed();
+  EXPECT_FALSE(save(store, pulse(std::numeric_limits<double>::quiet_NaN())));
+  EXPECT_FALSE(save(store, {heartRate, 60, "%", {}, {}}));
+  EXPECT_FALSE(save(store, {heartRate, 60, "count/min", Date{1e15}, Date{1e15}}));
+  EXPECT_THAT(store.failure().value_or(""), StartsWith(file().string()));
+  EXPECT_EQ(contentsOf(file()), "");
+}
+
+TEST_F(FhirHealthStoreTest, AHalfLineIsCutOffAndAWholeOneGetsItsEnd) {
+  auto store = openAllowed();
+  EXPECT_TRUE(save(store, pulse(60)));
+  EXPECT_EQ(open().repair(), std::nullopt);
+  const std::string whole = contentsOf(file());
+  writeFile(file(), whole + whole.substr(0, whole.size() / 2));
+  EXPECT_TRUE(save(store, pulse(61))) << "also while a program has it open";
+  EXPECT_EQ(observations().size(), 2U);
+
+  writeFile(file(), whole + "{\"a\":\"" + std::string(10000, 'x'));
+  EXPECT_THAT(open().repair().value_or(""), HasSubstr("cut off"));
+  EXPECT_EQ(contentsOf(file()), whole);
+  writeFile(file(), whole.substr(0, whole.size() - 1));
+  EXPECT_NE(open().repair(), std::nullopt);
+  EXPECT_EQ(contentsOf(file()), whole);
+}
+
+TEST_F(FhirHealthStoreTest, TwoProgramsDoNotMixTheirLines) {
+  openAllowed();
+  const auto program = [&] {
+    auto store = openAllowed();
+    for (int i = 0; i < 100; ++i) save(store, pulse(i));
+    return store.failure().value_or("fine");
+  };
+  EXPECT_EQ(inChild([&] {
+              const pid_t second = fork();
+              if (second == 0) _exit(program() == "fine" ? 0 : 1);
+              const std::string first = program();
+              int status = 0;
+              waitpid(second, &status, 0);
+              return status == 0 ? first : "the second program failed";
+            }),
+            "fine");
+  std::set<std::string> ids;
+  for (const Value& observation : observations()) ids.insert(*observation["id"].text());
+  EXPECT_EQ(ids.size(), 200U);
+}
+
+TEST_F(FhirHealthStoreTest, AFullDiskLeavesNoHalfLine) {
+  const std::string result = inChild([&] {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{5000, 5000};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    auto store = openAllowed();
+    int saved = 0;
+    while (save(store, pulse(saved))) ++saved;
+    return std::to_string(saved) + " " + store.failure().value_or("");
+  });
+  EXPECT_THAT(result, HasSubstr("Observations.ndjson: "));
+  EXPECT_THAT(result, EndsWith("free some space and try again"));
+  EXPECT_EQ(std::to_string(observations().size()), result.substr(0, result.find(' ')));
+  EXPECT_GT(observations().size(), 2U);
+}
+
+TEST_F(FhirHealthStoreTest, AReadOnlyDiskIsNamed) {
+  const std::string result = inChild([&]() -> std::string {
+    if (!mountDisk(scratch_.path(), "size=1m")) return noMounts;
+    auto store = openAllowed();
+    if (!makeReadOnly(scratch_.path())) return noMounts;
+    if (save(store, pulse(60))) return "saved";
+    return store.failure().value_or("no failure");
+  });
+  if (result == noMounts) GTEST_SKIP() << noMounts;
+  EXPECT_THAT(result, HasSubstr("Observations.ndjson: Read-only file system; choose"));
+}
+
+TEST_F(FhirHealthStoreTest, AFolderInPlaceOfTheFileIsNamed) {
+  std::filesystem::create_directory(file());
+  EXPECT_THROW(open(), StoreError);
+}
+
+}  // namespace
+}  // namespace veyla

@@ -1,0 +1,129 @@
+#include "platform/linux/json.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+
+namespace veyla {
+namespace {
+
+using Array = Value::Array;
+using Dictionary = Value::Dictionary;
+
+std::optional<Value> parsed(std::string_view text) { return NlohmannJsonParser().parse(text); }
+
+TEST(JsonParserTest, KeepsIntegersAndRealNumbersApart) {
+  EXPECT_EQ(parsed("[1, 1.0, -9223372036854775808, true, null, \"a\"]"),
+            Value(Array{1, 1.0, std::numeric_limits<std::int64_t>::min(), true, Value(), "a"}));
+  EXPECT_EQ(parsed("[9223372036854775807, 9223372036854775808, -9223372036854775809]"),
+            Value(Array{std::numeric_limits<std::int64_t>::max(), 9223372036854775808.0,
+                        -9223372036854775808.0}));
+}
+
+TEST(JsonParserTest, OfEqualKeysTheLastOneWins) {
+  EXPECT_EQ(parsed(R"({"a": 1, "b": 2, "a": {"a": 3, "a": 4}, "c": 5})"),
+            Value(Dictionary{{"a", Dictionary{{"a", 4}}}, {"b", 2}, {"c", 5}}));
+}
+
+TEST(JsonParserTest, ReadsNoTags) {
+  EXPECT_EQ(parsed(R"({"$date": 1})"), Value(Dictionary{{"$date", 1}}));
+}
+
+TEST(JsonParserTest, WhatIsNoJsonIsNothing) {
+  for (const char* text : {"", "{", "[1,]", "{\"a\" 1}", "nul", "[1] x", "\"\xff\"", "1e999"}) {
+    EXPECT_EQ(parsed(text), std::nullopt) << text;
+  }
+}
+
+TEST(JsonParserTest, DeepNestingEndsTheReadingAndNotTheProgram) {
+  const auto nested = [](std::size_t depth) {
+    return std::string(depth, '[') + std::string(depth, ']');
+  };
+  EXPECT_TRUE(parsed(nested(deepestJson)));
+  EXPECT_FALSE(parsed(nested(deepestJson + 1)));
+  EXPECT_FALSE(parsed(std::string(5'000'000, '[')));
+}
+
+void expectRoundTrip(const Value& value) {
+  const auto text = writeJson(value);
+  ASSERT_TRUE(text);
+  EXPECT_EQ(readJson(*text), value) << *text;
+}
+
+TEST(StoredJsonTest, EveryTypeComesBackAsItWas) {
+  expectRoundTrip(Array{Value(),
+                        true,
+                        false,
+                        0,
+                        std::numeric_limits<std::int64_t>::max(),
+                        72.0,
+                        97.1F,
+                        1e300,
+                        5e-324,
+                        0.1,
+                        -1e22F,
+                        std::numeric_limits<double>::infinity(),
+                        -std::numeric_limits<float>::infinity(),
+                        Date{1709640427.25},
+                        Date{-0.1},
+                        Array{},
+                        Dictionary{},
+                        "",
+                        "Zoë \"quoted\"\\\n\x01 ✓",
+                        std::string("a\0b", 3)});
+  expectRoundTrip(Dictionary{{"hr", 72.0}, {"hr", 73}, {"", Array{Dictionary{{"x", 1.5F}}}}});
+}
+
+TEST(StoredJsonTest, ADictionaryThatLooksLikeATagStaysADictionary) {
+  expectRoundTrip(Dictionary{{"$date", 5.0}});
+  expectRoundTrip(Dictionary{{"$dictionary", Dictionary{{"$float", 1.5F}}}});
+  expectRoundTrip(Dictionary{{"$float", Dictionary{{"$float", 1.5F}}}, {"b", Date{1}}});
+}
+
+TEST(StoredJsonTest, EveryBitOfANumberIsKept) {
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 20000; ++i) {
+    const std::uint64_t bits = random();
+    const double wide = std::bit_cast<double>(bits);
+    const float narrow = std::bit_cast<float>(static_cast<std::uint32_t>(bits));
+    const auto back = readJson(*writeJson(Array{wide, narrow, Date{wide}}));
+    ASSERT_TRUE(back);
+    const auto bitsOf = [&](std::size_t place) {
+      return (*back->array())[place].visit([](const auto& held) -> std::uint64_t {
+        using Held = std::decay_t<decltype(held)>;
+        if constexpr (std::is_same_v<Held, double>) return std::bit_cast<std::uint64_t>(held);
+        if constexpr (std::is_same_v<Held, float>) return std::bit_cast<std::uint32_t>(held);
+        if constexpr (std::is_same_v<Held, Date>) {
+          return std::bit_cast<std::uint64_t>(held.secondsSince1970);
+        }
+        return 0;
+      });
+    };
+    ASSERT_EQ(bitsOf(0), bits);
+    ASSERT_EQ(bitsOf(1), static_cast<std::uint32_t>(bits));
+    ASSERT_EQ(bitsOf(2), bits);
+  }
+}
+
+TEST(StoredJsonTest, RefusesWhatItCouldNotReadBack) {
+  EXPECT_EQ(writeJson(Array{"\xff"}), std::nullopt);
+  EXPECT_EQ(writeJson(Dictionary{{"\xc3", 1}}), std::nullopt);
+  Value nested = 1.5F;
+  for (std::size_t depth = 1; depth < deepestJson; ++depth) nested = Array{nested};
+  expectRoundTrip(nested);
+  EXPECT_EQ(writeJson(Array{nested}), std::nullopt);
+}
+
+TEST(StoredJsonTest, TagsThatItNeverWritesAreNotRead) {
+  for (const char* text : {R"({"$other": 1})", R"({"$date": "today"})", R"({"$float": true})",
+                           R"({"$date": 1, "b": 2})", R"({"$dictionary": 1})"}) {
+    EXPECT_EQ(readJson(text), std::nullopt) << text;
+  }
+}
+
+}  // namespace
+}  // namespace veyla

@@ -1,0 +1,244 @@
+#include "platform/linux/recording_camera.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <thread>
+
+namespace veyla {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Frames at given times, each delivered as its own number.
+class ScriptedSource : public RecordingSource {
+ public:
+  explicit ScriptedSource(std::vector<double> times) : times_(std::move(times)) {}
+
+  bool advance() override {
+    if (next_ == times_.size()) return false;
+    ++next_;
+    return true;
+  }
+  double time() const override { return times_[next_ - 1]; }
+  std::optional<double> nextTime() const override {
+    if (next_ == times_.size()) return std::nullopt;
+    return times_[next_];
+  }
+  void deliver(SampleBufferDelegate& delegate) override {
+    delegate.captureOutput(FrameSample{static_cast<float>(next_ - 1), 0, 0, 0});
+  }
+
+ private:
+  std::vector<double> times_;
+  std::size_t next_ = 0;
+};
+
+std::vector<double> evenTimes(int count, double framesPerSecond) {
+  std::vector<double> times;
+  for (int i = 0; i < count; ++i) times.push_back(i / framesPerSecond);
+  return times;
+}
+
+/// As a file with a time base of a millisecond keeps them, when its first frame comes at `offset`.
+std::vector<double> inMilliseconds(std::vector<double> times, double offset) {
+  const double first = std::round(offset * 1000);
+  for (double& time : times) time = (std::round((time + offset) * 1000) - first) / 1000;
+  return times;
+}
+
+class RecordingCameraTest : public testing::Test, public SampleBufferDelegate {
+ protected:
+  void open(std::vector<double> times, RecordingSpan span = {}) {
+    camera_.emplace(std::make_unique<ScriptedSource>(std::move(times)), queue_, span);
+    camera_->setOnEnd([this] { ends_.push_back(queue_.elapsed()); });
+    newSession();
+  }
+  void newSession() {
+    session_ = camera_->makeSession();
+    auto output = std::make_shared<VideoDataOutput>();
+    output->alwaysDiscardsLateVideoFrames = true;
+    output->sampleBufferDelegate = this;
+    session_->addOutput(output);
+  }
+  void playAll() {
+    session_->startRunning();
+    queue_.run();
+  }
+
+  void captureOutput(PixelBuffer&) override { FAIL(); }
+  void captureOutput(const FrameSample& didOutputSample) override {
+    frames_.push_back(static_cast<int>(didOutputSample.red));
+    deliveredAt_.push_back(queue_.elapsed());
+    if (onFrame_) onFrame_();
+  }
+  void captureOutput(DroppedSample) override { ++drops_; }
+
+  TimedQueue queue_{Date{0}};
+  std::optional<RecordingCamera> camera_;
+  std::shared_ptr<CaptureSession> session_;
+  std::function<void()> onFrame_;
+  std::vector<int> frames_;
+  std::vector<double> deliveredAt_;
+  std::vector<double> ends_;
+  int drops_ = 0;
+};
+
+TEST_F(RecordingCameraTest, EveryRateBecomesFifteenFramesASecondOfTheNewestFrames) {
+  for (const double rate : {15.0, 24.0, 25.0, 30.0, 60.0, 240.0, 7.0}) {
+    SCOPED_TRACE(rate);
+    const auto times = evenTimes(static_cast<int>(rate * 20), rate);
+    for (const auto& shown : {times, inMilliseconds(times, 0), inMilliseconds(times, 0.0333)}) {
+      frames_.clear();
+      ends_.clear();
+      open(shown);
+      playAll();
+      const auto last = static_cast<int>(times.back() * 15 + 1e-9);
+      ASSERT_EQ(frames_.size(), static_cast<std::size_t>(last + 1));
+      for (int tick = 0; tick <= last; ++tick) {
+        const int newest = static_cast<int>(tick * rate / 15 + 1e-9);
+        ASSERT_EQ(frames_[static_cast<std::size_t>(tick)], newest) << "tick " << tick;
+      }
+      EXPECT_EQ(ends_.size(), 1U);
+    }
+  }
+}
+
+TEST_F(RecordingCameraTest, ARateThatDriftsAgainstTheTicksNeverFallsBehindOrRunsAhead) {
+  const auto times = evenTimes(1798, 30000 / 1001.0);
+  for (const auto& shown : {times, inMilliseconds(times, 0), inMilliseconds(times, 0.0333)}) {
+    frames_.clear();
+    open(shown);
+    playAll();
+    ASSERT_EQ(frames_.size(), 900U);
+    for (std::size_t tick = 0; tick < frames_.size(); ++tick) {
+      const double time = times[static_cast<std::size_t>(frames_[tick])];
+      const double behind = static_cast<double>(tick) / 15 - time;
+      ASSERT_GT(behind, -0.0021) << "tick " << tick;
+      ASSERT_LT(behind, 1.001 / 30 + 0.0001) << "tick " << tick;
+    }
+  }
+}
+
+TEST_F(RecordingCameraTest, GapsRepeatTheNewestFrameAndUnevenTimesKeepTheCount) {
+  open({0, 0.05, 0.06, 0.30, 0.31, 0.40});
+  playAll();
+  // Ticks at 0, 0.067, 0.133, 0.2, 0.267, 0.333, 0.4.
+  EXPECT_THAT(frames_, ElementsAre(0, 2, 2, 2, 2, 4, 5));
+}
+
+TEST_F(RecordingCameraTest, TicksBeforeTheFirstFrameDeliverNothing) {
+  open({0.1, 0.2});
+  playAll();
+  EXPECT_THAT(frames_, ElementsAre(0, 1));
+  EXPECT_THAT(deliveredAt_, ElementsAre(2.0 / 15, 3.0 / 15));
+}
+
+TEST_F(RecordingCameraTest, ASpanBeginsAndEndsWhereItIsTold) {
+  open(evenTimes(300, 30), {.start = 4, .duration = 1});
+  playAll();
+  EXPECT_EQ(frames_.size(), 15U);
+  EXPECT_EQ(frames_.front(), 120);
+  EXPECT_EQ(frames_.back(), 148);
+  EXPECT_THAT(ends_, ElementsAre(1.0));
+
+  frames_.clear();
+  ends_.clear();
+  open(evenTimes(30, 30), {.start = 5, .duration = {}});
+  playAll();
+  EXPECT_THAT(frames_, IsEmpty());
+  EXPECT_EQ(ends_.size(), 1U);
+}
+
+TEST_F(RecordingCameraTest, WorkHandedOverAtTheStartComesBeforeTheFrameOfItsMoment) {
+  for (const double startedAt : {0.0, 0.02, 0.1, 1.7, 1234.56789}) {
+    TimedQueue queue(Date{0});
+    RecordingCamera camera(std::make_unique<ScriptedSource>(evenTimes(60, 15)), queue);
+    session_ = camera.makeSession();
+    auto output = std::make_shared<VideoDataOutput>();
+    output->sampleBufferDelegate = this;
+    session_->addOutput(output);
+    frames_.clear();
+    std::size_t framesBefore = 0;
+    queue.after(startedAt, [&] {
+      session_->startRunning();
+      EXPECT_THAT(frames_, IsEmpty());
+      queue.after(2, [&] { framesBefore = frames_.size(); });
+    });
+    queue.run();
+    EXPECT_EQ(framesBefore, 30U) << startedAt;
+  }
+}
+
+TEST_F(RecordingCameraTest, AFrameMayStopAndDropTheSessionThatDeliversIt) {
+  open(evenTimes(60, 15));
+  onFrame_ = [this] {
+    if (frames_.size() != 5) return;
+    session_->stopRunning();
+    session_->removeOutput(session_->outputs().front());
+    session_ = nullptr;
+  };
+  playAll();
+  EXPECT_EQ(frames_.size(), 5U);
+  EXPECT_THAT(ends_, IsEmpty());
+
+  onFrame_ = nullptr;
+  newSession();
+  playAll();
+  EXPECT_EQ(frames_[5], 5) << "another session goes on where the recording stands";
+  EXPECT_EQ(frames_.size(), 60U);
+}
+
+TEST_F(RecordingCameraTest, ARestartedSessionTicksOnceAtATime) {
+  open(evenTimes(60, 15));
+  session_->startRunning();
+  queue_.runFor(1.01);
+  session_->stopRunning();
+  session_->startRunning();
+  EXPECT_TRUE(session_->isRunning());
+  queue_.run();
+  EXPECT_EQ(frames_.size(), 60U);
+  EXPECT_NEAR(deliveredAt_[17] - deliveredAt_[16], 1.0 / 15, 1e-9);
+}
+
+TEST_F(RecordingCameraTest, InTheWallsTimeFramesThatAreTooLateAreDropped) {
+  TimedQueue queue(TimedQueue::Pace::wall);
+  RecordingCamera camera(std::make_unique<ScriptedSource>(evenTimes(15, 15)), queue);
+  session_ = camera.makeSession();
+  auto output = std::make_shared<VideoDataOutput>();
+  output->alwaysDiscardsLateVideoFrames = true;
+  output->sampleBufferDelegate = this;
+  session_->addOutput(output);
+  onFrame_ = [this] {
+    if (frames_.size() == 2) std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  };
+  session_->startRunning();
+  queue.run();
+  // Behind the frame that took 0.3 s, three come more than 1/15 s late.
+  EXPECT_GE(drops_, 3);
+  EXPECT_EQ(frames_.size() + static_cast<std::size_t>(drops_), 15U);
+}
+
+TEST_F(RecordingCameraTest, TheDeviceTakesEverySettingAndRemembersIt) {
+  open({0});
+  const auto devices = camera_->discoverBackDevices();
+  ASSERT_TRUE(devices);
+  ASSERT_EQ(devices->size(), 1U);
+  CaptureDevice& device = *devices->front();
+  EXPECT_EQ(device.deviceType(), CaptureDeviceType::wideAngleCamera);
+  EXPECT_TRUE(device.hasTorch());
+  EXPECT_NE(device.autoFocusRangeRestriction(), 0) << "or its setting would not be applied";
+  device.setExposureMode(2);
+  device.setAutoFocusRangeRestriction(0);
+  device.setTorchMode(1);
+  EXPECT_EQ(camera_->device().exposureMode(), 2);
+  EXPECT_EQ(camera_->device().autoFocusRangeRestriction(), 0);
+  EXPECT_EQ(camera_->device().torchMode(), 1);
+}
+
+}  // namespace
+}  // namespace veyla

@@ -1,0 +1,386 @@
+#include "platform/linux/sqlite_key_value_store.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <limits>
+
+#include "platform/linux/data_folder.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/store_error.h"
+#include "tests/linux/scratch.h"
+
+namespace veyla {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+using Array = Value::Array;
+using Dictionary = Value::Dictionary;
+
+Value entry(double hr) {
+  return Dictionary{{"hr", hr},
+                    {"spo2", 97.5},
+                    {"date", Date{1709640427.123 + hr}},
+                    {"labels", Array{false, true, false, false, false, false, true}}};
+}
+
+Value history(int count) {
+  Array entries;
+  for (int i = 0; i < count; ++i) entries.push_back(entry(i));
+  return entries;
+}
+
+void append(KeyValueStore& store, const Value& added) {
+  store.exclusively([&] {
+    const auto stored = store.value("values");
+    Array entries = stored ? *stored->array() : Array{};
+    entries.push_back(added);
+    store.setValue("values", std::move(entries));
+    store.synchronize();
+  });
+}
+
+std::size_t entryCount(KeyValueStore& store) {
+  const auto stored = store.value("values");
+  return stored && stored->array() ? stored->array()->size() : 0;
+}
+
+class SqliteKeyValueStoreTest : public testing::Test {
+ protected:
+  std::filesystem::path folder() const { return scratch_.path(); }
+  std::filesystem::path file() const { return folder() / SqliteKeyValueStore::fileName; }
+
+  /// Works on the file as another program does.
+  std::string other(const std::string& sql) const {
+    sqlite3* database = nullptr;
+    sqlite3_open(file().c_str(), &database);
+    std::string result;
+    const auto collect = [](void* text, int count, char** columns, char**) {
+      for (int i = 0; i < count; ++i) {
+        *static_cast<std::string*>(text) += std::string(columns[i] ? columns[i] : "NULL") + ";";
+      }
+      return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), collect, &result, nullptr), SQLITE_OK) << sql;
+    sqlite3_close(database);
+    return result;
+  }
+
+  void make() const { append(*std::make_unique<SqliteKeyValueStore>(folder()), entry(72)); }
+
+  std::string refusal() const {
+    try {
+      SqliteKeyValueStore store(folder(), 50ms);
+    } catch (const StoreError& error) {
+      EXPECT_THAT(error.what(), HasSubstr(file().string()));
+      return error.what();
+    }
+    return "opened";
+  }
+
+  ScratchFolder scratch_;
+};
+
+TEST_F(SqliteKeyValueStoreTest, EveryTypeComesBackFromTheFile) {
+  const Dictionary values{{"a", true},
+                          {"b", std::numeric_limits<std::int64_t>::min()},
+                          {"c", 97.1F},
+                          {"d", 72.0},
+                          {"e", "Zoë's \"mail\"\n"},
+                          {"f", Date{1709640427.0625}},
+                          {"g", history(3)},
+                          {"h", Dictionary{{"$date", 1}}},
+                          {"i", Value()},
+                          {"j", -std::numeric_limits<double>::infinity()}};
+  {
+    SqliteKeyValueStore store(folder());
+    for (const auto& [key, value] : values) store.setValue(key, value);
+    store.synchronize();
+  }
+  SqliteKeyValueStore store(folder());
+  for (const auto& [key, value] : values) EXPECT_EQ(store.value(key), value) << key;
+  EXPECT_EQ(store.value("k"), std::nullopt);
+  store.removeValue("a");
+  store.synchronize();
+  EXPECT_EQ(store.failure(), std::nullopt);
+  EXPECT_EQ(other("SELECT key, type, value FROM entries WHERE key IN ('a', 'c', 'd', 'f')"),
+            "c;float;97.1;d;double;72.0;f;date;1709640427.0625;");
+}
+
+TEST_F(SqliteKeyValueStoreTest, TheFileIsTheUsersAlone) {
+  umask(0);
+  const auto deep = folder() / "share" / "veyla";
+  SqliteKeyValueStore store(deep);
+  struct stat found {};
+  ASSERT_EQ(stat(deep.parent_path().c_str(), &found), 0);
+  EXPECT_EQ(found.st_mode & 0777U, 0700U);
+  ASSERT_EQ(stat((deep / SqliteKeyValueStore::fileName).c_str(), &found), 0);
+  EXPECT_EQ(found.st_mode & 0777U, 0600U);
+}
+
+TEST_F(SqliteKeyValueStoreTest, AChangeWithoutFlushIsSeenAtOnceAndLastsFromTheNextFlushOn) {
+  SqliteKeyValueStore store(folder());
+  SqliteKeyValueStore elsewhere(folder());
+  store.setValue("UUID", "A");
+  EXPECT_EQ(store.value("UUID"), "A");
+  EXPECT_EQ(elsewhere.value("UUID"), std::nullopt);
+  store.synchronize();
+  EXPECT_EQ(elsewhere.value("UUID"), "A");
+
+  std::make_unique<SqliteKeyValueStore>(folder())->setValue("UUID", "B");
+  EXPECT_EQ(elsewhere.value("UUID"), "B") << "closing flushes";
+}
+
+TEST_F(SqliteKeyValueStoreTest, NestedChangesAreOneTransaction) {
+  SqliteKeyValueStore store(folder());
+  SqliteKeyValueStore elsewhere(folder());
+  store.exclusively([&] {
+    append(store, entry(1));
+    EXPECT_EQ(entryCount(store), 1U);
+    EXPECT_EQ(entryCount(elsewhere), 0U);
+    append(store, entry(2));
+  });
+  EXPECT_EQ(entryCount(elsewhere), 2U);
+
+  EXPECT_THROW(store.exclusively([&] {
+    append(store, entry(3));
+    throw std::runtime_error("changed its mind");
+  }),
+               std::runtime_error);
+  EXPECT_EQ(entryCount(store), 2U);
+  append(store, entry(4));
+  EXPECT_EQ(entryCount(elsewhere), 3U);
+}
+
+TEST_F(SqliteKeyValueStoreTest, AnUnchangedValueIsNotWrittenAgain) {
+  SqliteKeyValueStore store(folder());
+  const auto save = [&](const Value& value) {
+    store.setValue("values", value);
+    store.synchronize();
+    // The change counter in the file's header.
+    return contentsOf(file()).substr(24, 4);
+  };
+  const auto first = save(history(10));
+  EXPECT_EQ(save(history(10)), first);
+  EXPECT_NE(save(history(11)), first);
+}
+
+TEST_F(SqliteKeyValueStoreTest, WhatCannotBeKeptIsRefusedAndTheRestStands) {
+  SqliteKeyValueStore store(folder());
+  append(store, entry(1));
+  store.exclusively([&] {
+    store.setValue("values", history(5));
+    store.setValue("email", "\xff");
+    store.synchronize();
+  });
+  EXPECT_EQ(entryCount(store), 1U);
+  EXPECT_EQ(store.value("email"), std::nullopt);
+  EXPECT_THAT(store.failure().value_or(""), HasSubstr("\"email\""));
+}
+
+TEST_F(SqliteKeyValueStoreTest, TwoProgramsThatSaveAtOnceLoseNothing) {
+  SqliteKeyValueStore(folder()).synchronize();
+  const auto program = [&](int first) {
+    return [this, first] {
+      SqliteKeyValueStore store(folder(), 60s);
+      for (int i = 0; i < 50; ++i) append(store, entry(first + i));
+      return store.failure().value_or("fine");
+    };
+  };
+  EXPECT_EQ(inChild([&] {
+              const pid_t second = fork();
+              if (second == 0) _exit(program(1000)() == "fine" ? 0 : 1);
+              const std::string first = program(0)();
+              int status = 0;
+              waitpid(second, &status, 0);
+              return status == 0 ? first : "the second program failed";
+            }),
+            "fine");
+  SqliteKeyValueStore store(folder());
+  std::set<double> seen;
+  const auto stored = store.value("values");
+  ASSERT_TRUE(stored);
+  for (const Value& saved : *stored->array()) seen.insert(saved["hr"].doubleValue());
+  EXPECT_EQ(seen.size(), 100U);
+}
+
+TEST_F(SqliteKeyValueStoreTest, AKilledProgramLeavesEverySavedEntryAndNoHalfOne) {
+  {
+    SqliteKeyValueStore store(folder());
+    store.setValue("values", history(5000));
+  }
+  std::size_t saved = 5000;
+  for (int round = 0; round < 12; ++round) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+      SqliteKeyValueStore store(folder());
+      for (int i = 0;; ++i) {
+        append(store, entry(i));
+        if (store.failure() || write(ends[1], "s", 1) != 1) _exit(1);
+      }
+    }
+    close(ends[1]);
+    char mark = 0;
+    for (int i = 0; i < 2; ++i) saved += read(ends[0], &mark, 1) == 1 ? 1U : 0U;
+    usleep(static_cast<useconds_t>(round) * 1500);
+    kill(child, SIGKILL);
+    while (read(ends[0], &mark, 1) == 1) ++saved;
+    close(ends[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status));
+
+    SqliteKeyValueStore store(folder());
+    const std::size_t found = entryCount(store);
+    ASSERT_EQ(store.failure(), std::nullopt);
+    // The last one may have been committed before it could be told.
+    ASSERT_GE(found, saved);
+    ASSERT_LE(found, saved + 1);
+    saved = found;
+  }
+}
+
+TEST_F(SqliteKeyValueStoreTest, AStoreThatIsLockedIsNamedAndLeftAlone) {
+  make();
+  SqliteKeyValueStore store(folder(), 50ms);
+  sqlite3* holder = nullptr;
+  sqlite3_open(file().c_str(), &holder);
+  ASSERT_EQ(sqlite3_exec(holder, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+  EXPECT_THAT(refusal(), HasSubstr("locked by another program"));
+  EXPECT_EQ(store.value("values"), std::nullopt);
+  EXPECT_THAT(store.failure().value_or(""), HasSubstr("locked by another program"));
+  append(store, entry(2));
+  sqlite3_close(holder);
+
+  // What could not be read was taken for nothing: it must not be overwritten by that.
+  store.setValue("values", Array{});
+  store.synchronize();
+  EXPECT_EQ(entryCount(store), 1U);
+  append(store, entry(3));
+  EXPECT_EQ(entryCount(store), 2U) << "and can be written once it has been read";
+}
+
+TEST_F(SqliteKeyValueStoreTest, ARowThatCannotBeUnderstoodIsNotOverwritten) {
+  make();
+  other("UPDATE entries SET value = substr(value, 1, 20) WHERE key = 'values'");
+  SqliteKeyValueStore store(folder());
+  append(store, entry(2));
+  store.removeValue("values");
+  store.synchronize();
+  EXPECT_THAT(store.failure().value_or(""), HasSubstr("\"values\""));
+  EXPECT_EQ(other("SELECT length(value) FROM entries"), "20;");
+}
+
+TEST_F(SqliteKeyValueStoreTest, EveryKindOfWrongFileIsNamed) {
+  std::filesystem::create_directory(file());
+  EXPECT_THAT(refusal(), HasSubstr("a folder stands where a file must be"));
+  std::filesystem::remove(file());
+
+  writeFile(file(), std::string(5000, 'x'));
+  EXPECT_THAT(refusal(), HasSubstr("not a Veyla store"));
+  std::filesystem::remove(file());
+
+  other("PRAGMA journal_mode = WAL; CREATE TABLE entries (key TEXT); PRAGMA application_id = 7");
+  EXPECT_THAT(refusal(), HasSubstr("not a Veyla store"));
+  EXPECT_EQ(other("PRAGMA journal_mode"), "wal;") << "another program's file is left as it is";
+  std::filesystem::remove(file());
+
+  make();
+  other("PRAGMA user_version = 2");
+  EXPECT_THAT(refusal(), HasSubstr("newer Veyla"));
+  other("PRAGMA user_version = 1; ALTER TABLE entries ADD COLUMN extra TEXT");
+  EXPECT_THAT(refusal(), HasSubstr("another shape"));
+}
+
+TEST_F(SqliteKeyValueStoreTest, DamagedPagesAreFoundAtOpening) {
+  {
+    SqliteKeyValueStore store(folder());
+    store.setValue("values", history(2000));
+  }
+  {
+    std::fstream stream(file(), std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(4096);
+    for (int i = 0; i < 3 * 4096; ++i) stream.put(static_cast<char>(i * 37));
+  }
+  EXPECT_THAT(refusal(), HasSubstr("damaged"));
+  std::filesystem::resize_file(file(), 4096);
+  EXPECT_THAT(refusal(), HasSubstr("damaged"));
+}
+
+TEST_F(SqliteKeyValueStoreTest, AFileInPlaceOfTheFolderIsNamed) {
+  writeFile(folder() / "data", "");
+  try {
+    SqliteKeyValueStore store(folder() / "data" / "veyla");
+    FAIL() << "opened";
+  } catch (const StoreError& error) {
+    EXPECT_THAT(error.what(), HasSubstr((folder() / "data").string() + ": Not a directory"));
+  }
+}
+
+TEST_F(SqliteKeyValueStoreTest, AReadOnlyDiskIsNamed) {
+  const std::string result = inChild([&]() -> std::string {
+    if (!mountDisk(folder(), "size=1m")) return noMounts;
+    make();
+    return makeReadOnly(folder()) ? refusal() : noMounts;
+  });
+  if (result == noMounts) GTEST_SKIP() << noMounts;
+  EXPECT_THAT(result, HasSubstr("Read-only file system; choose a data folder"));
+}
+
+TEST_F(SqliteKeyValueStoreTest, AFullDiskLeavesTheOldContents) {
+  const auto fill = [&] {
+    SqliteKeyValueStore store(folder());
+    append(store, entry(1));
+    store.exclusively([&] {
+      store.setValue("values", history(20000));
+      store.synchronize();
+    });
+    const auto count = entryCount(store);
+    append(store, entry(2));
+    return store.failure().value_or("no failure") + " " + std::to_string(count) + " " +
+           std::to_string(entryCount(store));
+  };
+  EXPECT_THAT(inChild([&] {
+                signal(SIGXFSZ, SIG_IGN);
+                const rlimit limit{256 * 1024, 256 * 1024};
+                setrlimit(RLIMIT_FSIZE, &limit);
+                return fill();
+              }),
+              testing::MatchesRegex(".*veyla.db: .*; free some space and try again 1 2"));
+  std::filesystem::remove(file());
+  const std::string result =
+      inChild([&] { return mountDisk(folder(), "size=256k") ? fill() : noMounts; });
+  if (result == noMounts) GTEST_SKIP() << noMounts;
+  EXPECT_THAT(result, HasSubstr("No space left on device; free some space and try again 1 2"));
+}
+
+TEST(DataFolderTest, FollowsTheEnvironment) {
+  setenv("HOME", "/home/someone", 1);
+  setenv("XDG_DATA_HOME", "/data", 1);
+  EXPECT_EQ(defaultDataFolder(), "/data/veyla");
+  setenv("XDG_DATA_HOME", "not/absolute", 1);
+  EXPECT_EQ(defaultDataFolder(), "/home/someone/.local/share/veyla");
+  unsetenv("XDG_DATA_HOME");
+  EXPECT_EQ(defaultDataFolder(), "/home/someone/.local/share/veyla");
+}
+
+TEST(MemoryKeyValueStoreTest, HoldsWhatItWasGiven) {
+  MemoryKeyValueStore store;
+  append(store, entry(1));
+  append(store, entry(2));
+  EXPECT_EQ(entryCount(store), 2U);
+  store.removeValue("values");
+  EXPECT_EQ(store.value("values"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace veyla
