@@ -221,27 +221,27 @@ TEST_F(MainViewControllerTest, TheChartAppearsOnceThirtyFramesAfterTheFirstFullW
 // What becomes of an estimate.
 
 TEST_F(MainViewControllerTest, AnAcceptedHeartrateIsShownAsTheMedianOfTheLastEleven) {
-  rig_.heartrateSetting("neededValidHeartrate", 20);
+  rig_.heartrateSetting("neededValidHeartrate", 46);
   rig_.spo2Setting("neededValidSpo2", 100);
   rig_.startMeasuring();
-  for (int i = 0; i < 6; ++i) {
-    rig_.heartrateBin(60);
-    rig_.spo2(97);
-  }
-  for (int i = 0; i < 5; ++i) {
-    rig_.heartrateBin(100);
-    rig_.spo2(97);
-  }
-  EXPECT_EQ(heartrateText(), "53") << "60 × 0.879, six of eleven";
-  rig_.spo2(97);
-  EXPECT_EQ(heartrateText(), "88") << "the first has left the window";
+  const auto estimate = [&](int count, std::size_t bin) {
+    rig_.heartrateBin(bin);
+    for (int i = 0; i < count; ++i) rig_.spo2(97);
+  };
+  estimate(6, 60);
+  estimate(5, 100);
+  EXPECT_EQ(heartrateText(), "53") << "60 × 0.879, six of eleven; of ten it would be the other";
+  estimate(6, 100);
+  EXPECT_EQ(heartrateText(), "88");
+  estimate(6, 60);
+  EXPECT_EQ(heartrateText(), "53") << "six of eleven; of twelve it would be the other";
   EXPECT_EQ(platform_.display.fonts["labelHeartrate"], (Font{"HelveticaNeue-Light", 25}));
-  EXPECT_EQ(screen_.gaugeHR().value(), 87.890625F);
+  EXPECT_EQ(screen_.gaugeHR().value(), 52.734375F);
   EXPECT_TRUE(screen_.gaugeHR().animated());
-  EXPECT_EQ(screen_.gaugeHR().unitOfMeasurement(), "88 BPM");
-  EXPECT_EQ(screen_.circleprogressHeartrate().progress(), 12.0F / 20.0F);
-  EXPECT_EQ(platform_.log.lines.back(), "spo2 97.00, counter: 24");
-  EXPECT_EQ(logged("hr: 88"), 1);
+  EXPECT_EQ(screen_.gaugeHR().unitOfMeasurement(), "53 BPM");
+  EXPECT_EQ(screen_.circleprogressHeartrate().progress(), 0.5F);
+  EXPECT_EQ(logged("hr: 88"), 11);
+  EXPECT_EQ(platform_.log.lines.back(), "spo2 97.00, counter: 46");
 }
 
 TEST_F(MainViewControllerTest, AnEstimateAtTheThresholdIsAccepted) {
