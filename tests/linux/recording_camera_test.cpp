@@ -11,6 +11,7 @@
 namespace veyla {
 namespace {
 
+using testing::DoubleNear;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -135,7 +136,7 @@ TEST_F(RecordingCameraTest, TicksBeforeTheFirstFrameDeliverNothing) {
   open({0.1, 0.2});
   playAll();
   EXPECT_THAT(frames_, ElementsAre(0, 1));
-  EXPECT_THAT(deliveredAt_, ElementsAre(2.0 / 15, 3.0 / 15));
+  EXPECT_THAT(deliveredAt_, ElementsAre(DoubleNear(2.0 / 15, 1e-8), DoubleNear(3.0 / 15, 1e-8)));
 }
 
 TEST_F(RecordingCameraTest, ASpanBeginsAndEndsWhereItIsTold) {

@@ -49,10 +49,10 @@ struct Outcome {
 };
 
 template <class Options>
-Outcome outcomeOf(int (*command)(const Options&), const Options& options) {
+Outcome outcomeOf(ExitStatus (*command)(const Options&), const Options& options) {
   testing::internal::CaptureStderr();
-  const int status = command(options);
-  return {status, testing::internal::GetCapturedStderr()};
+  const ExitStatus status = command(options);
+  return {static_cast<int>(status), testing::internal::GetCapturedStderr()};
 }
 
 /// How far a frame lies above the colour that was asked for.
