@@ -4,18 +4,16 @@
 #include <string>
 
 #include "platform/format.h"
+#include "platform/linux/icu_text.h"
 #include "platform/text_services.h"
 
 namespace veyla {
 
-/// Dates read "at 1000", for the seconds since 1970. A text matches a pattern when a test says so.
+/// Dates read "at 1000", for the seconds since 1970; patterns are the real ones.
 class ScriptedTextServices : public DateFormatting,
                              public RegularExpressions,
                              public UuidGenerator {
  public:
-  bool matches = false;
-  mutable std::string askedPattern;
-
   std::string mediumDateShortTime(Date date) const override {
     return formatText("at %.0f", date.secondsSince1970);
   }
@@ -23,10 +21,9 @@ class ScriptedTextServices : public DateFormatting,
     if (!text.starts_with("at ")) return std::nullopt;
     return Date{std::strtod(std::string(text.substr(3)).c_str(), nullptr)};
   }
-  bool matchesWholeIgnoringCase(std::string_view pattern,
-                                std::string_view /*text*/) const override {
-    askedPattern = pattern;
-    return matches;
+  bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const override {
+    static const IcuText icu("en_US", "UTC");
+    return icu.matchesWholeIgnoringCase(pattern, text);
   }
   std::string randomUuid() override { return "1B4E28BA-2FA1-11D2-883F-B9A761BDE3FB"; }
 };
