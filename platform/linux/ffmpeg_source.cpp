@@ -71,7 +71,10 @@ class FfmpegSource::Reader {
         noteEnd(frame);
         return true;
       }
-      if (error == AVERROR_EOF) return false;
+      if (error == AVERROR_EOF) {
+        ended_ = true;
+        return false;
+      }
       if (error == AVERROR(EAGAIN)) {
         feed();
       } else {
@@ -102,7 +105,8 @@ class FfmpegSource::Reader {
       add(counted(damaged_, "frame is", "frames are") + " damaged and " +
           (damaged_ == 1 ? "was" : "were") + " used as far as decoded");
     }
-    if (isCutOff()) add(formatText("cut off after %.1f s, what came before was used", lastTime));
+    if (ended_ && isCutOff())
+      add(formatText("cut off after %.1f s, what came before was used", lastTime));
     return text.empty() ? text : path_ + ": " + text;
   }
 
@@ -223,6 +227,8 @@ class FfmpegSource::Reader {
   int undecodable_ = 0;
   int damaged_ = 0;
   bool lastPacketIncomplete_ = false;
+  /// All that can be decoded has been.
+  bool ended_ = false;
   bool brokenOff_ = false;
   /// Of the last frame, on the file's own scale.
   double end_ = 0;
