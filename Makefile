@@ -1,6 +1,6 @@
 # Thin: CMake presets do the building. `make help` lists the commands.
 .DEFAULT_GOAL := help
-.PHONY: help demo test build bench format lint clean setup setup-test setup-lint
+.PHONY: help demo test build bench format lint clean setup setup-test setup-lint FORCE
 
 help: ## this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -12,6 +12,14 @@ setup-test:
 setup-lint:
 	@scripts/setup.sh lint
 
+demo: build/veyla ## install what is missing, build, and measure the built-in fingertip
+	@if [ -t 1 ]; then pace=--realtime; fi; \
+	build/veyla measure --data build/demo-data $$pace </dev/null
+
+build/veyla: setup FORCE
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target veyla
+
 build: setup-test ## install what is missing and build the program, its tests and benchmarks
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release
@@ -19,8 +27,19 @@ build: setup-test ## install what is missing and build the program, its tests an
 test: setup-test ## install what is missing, build, and run every test
 	@scripts/test.sh
 
+bench: build ## measure the speed, as ratios to a yardstick of the same run
+	@build/release/benchmarks/veyla_benchmarks --benchmark_repetitions=5 \
+	  --benchmark_report_aggregates_only=true
+	@scripts/bench_series.sh
+
 format: setup-lint ## format the code
 	@git ls-files '*.h' '*.cpp' | xargs clang-format-14 -i
+
+lint: setup-lint ## check formatting, and the code with clang-tidy
+	@git ls-files '*.h' '*.cpp' | xargs clang-format-14 --dry-run -Werror
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target veyla_resources
+	@git ls-files '*.cpp' | xargs -P "$$(nproc)" -n 4 clang-tidy-14 -p build/release --quiet
 
 clean: ## remove what was built
 	@rm -rf build

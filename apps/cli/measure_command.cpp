@@ -120,7 +120,10 @@ MeasurementReport runInView(MeasurementRun& run, bool quiet) {
   if (quiet || !terminal.interactive) return run.run();
   LiveView view(terminal, run.screenState());
   run.screenChanged = [&](const MainViewController& screen) { view.update(screen); };
-  run.ended = [&](const MainViewController& screen) { view.draw(screen); };
+  run.ended = [&](const MainViewController& screen) {
+    view.draw(screen);
+    std::cout << '\n';
+  };
   return run.run();
 }
 
