@@ -71,7 +71,10 @@ class FfmpegSource::Reader {
         noteEnd(frame);
         return true;
       }
-      if (error == AVERROR_EOF) return false;
+      if (error == AVERROR_EOF) {
+        ended_ = true;
+        return false;
+      }
       if (error == AVERROR(EAGAIN)) {
         feed();
       } else {
@@ -198,6 +201,7 @@ class FfmpegSource::Reader {
   /// Broken off while reading, or well before the end that the file's head promises.
   bool isCutOff() const {
     constexpr double tolerance = 0.5;
+    if (!ended_) return false;
     if (brokenOff_) return true;
     const auto startOr0 = [](std::int64_t start) { return start == AV_NOPTS_VALUE ? 0 : start; };
     if (stream_->duration > 0) {
@@ -224,6 +228,8 @@ class FfmpegSource::Reader {
   int damaged_ = 0;
   bool lastPacketIncomplete_ = false;
   bool brokenOff_ = false;
+  /// All that could be decoded was handed out.
+  bool ended_ = false;
   /// Of the last frame, on the file's own scale.
   double end_ = 0;
 };
