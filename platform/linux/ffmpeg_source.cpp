@@ -105,8 +105,7 @@ class FfmpegSource::Reader {
       add(counted(damaged_, "frame is", "frames are") + " damaged and " +
           (damaged_ == 1 ? "was" : "were") + " used as far as decoded");
     }
-    if (ended_ && isCutOff())
-      add(formatText("cut off after %.1f s, what came before was used", lastTime));
+    if (isCutOff()) add(formatText("cut off after %.1f s, what came before was used", lastTime));
     return text.empty() ? text : path_ + ": " + text;
   }
 
@@ -202,6 +201,7 @@ class FfmpegSource::Reader {
   /// Broken off while reading, or well before the end that the file's head promises.
   bool isCutOff() const {
     constexpr double tolerance = 0.5;
+    if (!ended_) return false;
     if (brokenOff_) return true;
     const auto startOr0 = [](std::int64_t start) { return start == AV_NOPTS_VALUE ? 0 : start; };
     if (stream_->duration > 0) {
@@ -227,9 +227,9 @@ class FfmpegSource::Reader {
   int undecodable_ = 0;
   int damaged_ = 0;
   bool lastPacketIncomplete_ = false;
-  /// All that can be decoded has been.
-  bool ended_ = false;
   bool brokenOff_ = false;
+  /// All that could be decoded was handed out.
+  bool ended_ = false;
   /// Of the last frame, on the file's own scale.
   double end_ = 0;
 };

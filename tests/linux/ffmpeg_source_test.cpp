@@ -162,6 +162,12 @@ TEST_F(FfmpegSourceTest, OfAFileThatIsCutOffWhatCameBeforeIsUsed) {
   }
 }
 
+TEST_F(FfmpegSourceTest, AFileThatIsNotReadToItsEndIsNotCutOff) {
+  FfmpegSource source(folder_.ffmpeg(pictures("64x48", "30", "4") + h264, "a.mp4"));
+  for (int i = 0; i < 30; ++i) ASSERT_TRUE(source.advance());
+  EXPECT_THAT(source.remark(), IsEmpty());
+}
+
 TEST_F(FfmpegSourceTest, FramesThatCannotBeDecodedArePassedOverAndCounted) {
   std::string video =
       contentsOf(folder_.ffmpeg(pictures("320x240", "30", "4") + "-c:v png", "a.mkv"));
