@@ -1,8 +1,10 @@
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <vector>
 
 #include "acquisition/settings.h"
 #include "analysis/heartrate_processing.h"
@@ -67,6 +69,19 @@ void spo2Estimate(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(estimator.calculateSpo2({}));
 }
 BENCHMARK(spo2Estimate)->Arg(600)->Arg(54000);
+
+/// Merely finds the ends of three windows of the same length.
+void spo2Estimate_yardstick(benchmark::State& state) {
+  std::vector<float> window(90);
+  for (std::size_t i = 0; i < window.size(); ++i) window[i] = std::sin(static_cast<float>(i));
+  for (auto _ : state) {
+    for (int channel = 0; channel < 3; ++channel) {
+      benchmark::DoNotOptimize(window.data());
+      benchmark::DoNotOptimize(std::minmax_element(window.begin(), window.end()));
+    }
+  }
+}
+BENCHMARK(spo2Estimate_yardstick);
 
 }  // namespace
 }  // namespace veyla
