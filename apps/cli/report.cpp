@@ -29,8 +29,30 @@ std::string valueLine(const char* caption, std::optional<float> value, const cha
   return formatText("%-12s %.0f %s\n", caption, static_cast<double>(*value), unit);
 }
 
-/// Why there is no value for the missing ones, and what to do about it.
-std::string explanation(const MeasurementReport& report) {
+/// Why a value that was requested has not become final before the recording ended, and what to do
+/// about it; empty for one that has, or for lack of time alone.
+std::string shortfall(const MeasurementReport& report, const MeasurementRequest& request) {
+  std::string text;
+  const EstimateCounts& heartrate = report.heartrateEstimates;
+  if (request.heartrate && !report.heartrate && heartrate.rejected > heartrate.accepted) {
+    text += formatText(
+        "The pulse was unclear in %i of %i heart-rate estimates: hold the finger "
+        "stiller, press less, warm it.\n",
+        heartrate.rejected + heartrate.none,
+        heartrate.accepted + heartrate.rejected + heartrate.none);
+  }
+  const EstimateCounts& spo2 = report.spo2Estimates;
+  const int withoutValue = spo2.none + spo2.low;
+  if (request.spo2 && !report.spo2 && withoutValue > spo2.accepted) {
+    text += formatText(
+        "This camera's colours gave no oxygen saturation in %i of %i estimates; "
+        "--only heartrate measures without it.\n",
+        withoutValue, spo2.accepted + withoutValue);
+  }
+  return text;
+}
+
+std::string explanation(const MeasurementReport& report, const MeasurementRequest& request) {
   switch (report.outcome) {
     case Outcome::finished:
       return formatText("Finished after %.1f s of the recording.\n", report.seconds);
@@ -44,10 +66,10 @@ std::string explanation(const MeasurementReport& report) {
     return "The recording ended before the measurement began: it needs 2 seconds of countdown and "
            "then 10 to 20 seconds with a finger on the lens.\n";
   }
-  return formatText(
-      "The recording ended after %.1f s, before every value was final. Record longer, "
-      "or hold the finger steadier.\n",
-      report.seconds);
+  const std::string ended =
+      formatText("The recording ended after %.1f s, before every value was final.", report.seconds);
+  const std::string reasons = shortfall(report, request);
+  return ended + (reasons.empty() ? " Record longer.\n" : "\n" + reasons);
 }
 
 }  // namespace
@@ -70,7 +92,7 @@ std::string reportAsText(const MeasurementReport& report, const MeasurementReque
   std::string text;
   if (request.heartrate) text += valueLine("Heart rate", report.heartrate, "beats per minute");
   if (request.spo2) text += valueLine("SpO2", report.spo2, "%");
-  return text + explanation(report);
+  return text + explanation(report, request);
 }
 
 }  // namespace veyla
