@@ -8,6 +8,7 @@ extern "C" {
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -284,9 +285,12 @@ class FfmpegSource::Scaler {
   bool scaleInto(BgraFrame& output) {
     prepareFor(Input::of(*frame_));
     if (!scaler_) return false;
-    std::uint8_t* const rows[] = {output.baseAddress()};
-    const int strides[] = {static_cast<int>(output.bytesPerRow())};
-    sws_scale(scaler_.get(), frame_->data, frame_->linesize, 0, frame_->height, rows, strides);
+    sws_scale(scaler_.get(), frame_->data, frame_->linesize, 0, frame_->height, small_->data,
+              small_->linesize);
+    // The libraries read as many entries as a frame may have planes.
+    std::uint8_t* const rows[AV_NUM_DATA_POINTERS] = {output.baseAddress()};
+    const int strides[AV_NUM_DATA_POINTERS] = {static_cast<int>(output.bytesPerRow())};
+    sws_scale(converter_.get(), small_->data, small_->linesize, 0, lowPresetHeight, rows, strides);
     return true;
   }
 
@@ -332,21 +336,48 @@ class FfmpegSource::Scaler {
   void prepareFor(const Input& input) {
     if (scaler_ && input == input_) return;
     input_ = input;
-    constexpr int flags = SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
-    scaler_.reset(sws_getContext(
-        input.width, input.height, static_cast<AVPixelFormat>(input.format), lowPresetWidth,
-        lowPresetHeight, AV_PIX_FMT_BGRA, flags, nullptr, nullptr, nullptr));
+    // First to the small size in the frame's own kind of colours and then to others: together a
+    // quarter faster than at once, and as exact as it is with whole colour resolution on the way.
+    const bool isRgb = input.matrix == AVCOL_SPC_RGB;
+    const AVPixelFormat smallFormat = isRgb ? AV_PIX_FMT_BGRA : AV_PIX_FMT_YUV444P;
+    small_.reset(av_frame_alloc());
+    small_->width = lowPresetWidth;
+    small_->height = lowPresetHeight;
+    small_->format = smallFormat;
+    if (av_frame_get_buffer(small_.get(), 0) < 0) throw std::bad_alloc();
+    scaler_ =
+        scaling(input.width, input.height, static_cast<AVPixelFormat>(input.format), smallFormat);
+    converter_ = scaling(lowPresetWidth, lowPresetHeight, smallFormat, AV_PIX_FMT_BGRA);
+    if (!scaler_ || !converter_) {
+      scaler_.reset();
+      return;
+    }
     // Colours that are red, green and blue already must not be taken for others.
-    if (!scaler_ || input.matrix == AVCOL_SPC_RGB) return;
+    if (isRgb) return;
+    const int* matrix = sws_getCoefficients(input.matrix);
+    setColours(scaler_, matrix, input.fullRange, matrix, input.fullRange);
+    setColours(converter_, matrix, input.fullRange, sws_getCoefficients(SWS_CS_DEFAULT), true);
+  }
+
+  static ffmpeg::Scaler scaling(int width, int height, AVPixelFormat from, AVPixelFormat to) {
+    constexpr int flags = SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
+    return ffmpeg::Scaler(sws_getContext(width, height, from, lowPresetWidth, lowPresetHeight, to,
+                                         flags, nullptr, nullptr, nullptr));
+  }
+
+  static void setColours(const ffmpeg::Scaler& scaler, const int* fromMatrix, bool fromFullRange,
+                         const int* toMatrix, bool toFullRange) {
     constexpr int unchanged = 1 << 16;
-    sws_setColorspaceDetails(scaler_.get(), sws_getCoefficients(input.matrix), input.fullRange,
-                             sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, unchanged, unchanged);
+    sws_setColorspaceDetails(scaler.get(), fromMatrix, fromFullRange, toMatrix, toFullRange, 0,
+                             unchanged, unchanged);
   }
 
   ffmpeg::Frame frame_{av_frame_alloc()};
   ffmpeg::Frame nextFrame_{av_frame_alloc()};
   Input input_;
   ffmpeg::Scaler scaler_;
+  ffmpeg::Frame small_;
+  ffmpeg::Scaler converter_;
   BgraFrame output_{lowPresetWidth, lowPresetHeight};
 };
 

@@ -68,8 +68,9 @@ class VideoWriter::Muxer {
 
   void write(const BgraFrame& frame) {
     check(av_frame_make_writable(frame_.get()));
-    const std::uint8_t* const rows[] = {frame.baseAddress()};
-    const int strides[] = {static_cast<int>(frame.bytesPerRow())};
+    // The libraries read as many entries as a frame may have planes.
+    const std::uint8_t* const rows[AV_NUM_DATA_POINTERS] = {frame.baseAddress()};
+    const int strides[AV_NUM_DATA_POINTERS] = {static_cast<int>(frame.bytesPerRow())};
     sws_scale(converter_.get(), rows, strides, 0, codec_->height, frame_->data, frame_->linesize);
     frame_->pts = nextFrame_++;
     check(avcodec_send_frame(codec_.get(), frame_.get()));
