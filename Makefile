@@ -17,11 +17,11 @@ demo: build/veyla ## install what is missing, build, and measure the built-in fi
 	build/veyla measure --data build/demo-data $$pace </dev/null
 
 build/veyla: setup FORCE
-	@cmake --preset release >/dev/null
+	@cmake --preset release -DVEYLA_TESTS=OFF >/dev/null
 	@cmake --build --preset release --target veyla
 
 build: setup-test ## install what is missing and build the program, its tests and benchmarks
-	@cmake --preset release >/dev/null
+	@cmake --preset release -DVEYLA_TESTS=ON >/dev/null
 	@cmake --build --preset release
 
 test: setup-test ## install what is missing, build, and run every test
@@ -37,7 +37,7 @@ format: setup-lint ## format the code
 
 lint: setup-lint ## check formatting, and the code with clang-tidy
 	@git ls-files '*.h' '*.cpp' | xargs clang-format-14 --dry-run -Werror
-	@cmake --preset release >/dev/null
+	@cmake --preset release -DVEYLA_TESTS=ON >/dev/null
 	@cmake --build --preset release --target veyla_resources
 	@git ls-files '*.cpp' | xargs -P "$$(nproc)" -n 4 clang-tidy-14 -p build/release --quiet
 

@@ -14,7 +14,7 @@ cmake --build --preset clang-core
 passed=0 failed=0 skipped=0
 for preset in release sanitize; do
   echo "== tests, $preset"
-  cmake --preset "$preset" >/dev/null
+  cmake --preset "$preset" -DVEYLA_TESTS=ON >/dev/null
   cmake --build --preset "$preset"
   results=build/$preset/tests.xml
   ctest --test-dir "build/$preset" --output-on-failure --output-junit tests.xml -j "$(nproc)" || true
