@@ -98,7 +98,10 @@ void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::str
   describeSettings(command, options.request.device, options.settingsFolder);
   auto* data = addText(command, "--data", options.dataFolder, "DIR",
                        "keep history and health records in this folder (~/.local/share/veyla)");
-  command.add_flag("!--no-save", options.save, "keep nothing")->excludes(data);
+  command
+      .add_flag_callback(
+          "--no-save", [&] { options.save = false; }, "keep nothing")
+      ->excludes(data);
   command.add_flag("--json", options.json, "print one JSON object");
   addText(command, "--trace", options.traceFile, "FILE", "write one row per estimate, as CSV");
   addText(command, "--log", options.logFile, "FILE",
@@ -150,16 +153,17 @@ std::string explained(const CLI::ParseError& error, const CLI::App& program) {
   const auto chosen = program.get_subcommands();
   const std::string help =
       "; see veyla " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help";
-  const auto leftOver = program.remaining(true);
   const std::string text = error.what();
-  // Without a command the library misses one, whatever else there is.
-  const bool unexpected = chosen.empty() || error.get_name() == "ExtrasError";
-  if (unexpected && !leftOver.empty()) {
-    const std::string& first = leftOver.front();
-    if (first.starts_with('-')) return first + ": no such option" + help;
-    return first + (chosen.empty() ? ": no such command" : ": one argument too many") + help;
+  if (chosen.empty()) {
+    const auto given = program.remaining();
+    if (given.empty()) return "no command given" + help;
+    return given.front() +
+           (given.front().starts_with('-') ? ": no such option" : ": no such command") + help;
   }
-  if (chosen.empty()) return "no command given" + help;
+  if (error.get_name() == "ExtrasError") {
+    const std::string extras = text.substr(text.find(": ") + 2);
+    return extras + (extras.starts_with('-') ? ": no such option" : ": not expected here") + help;
+  }
   if (error.get_name() == "ArgumentMismatch") {
     return text.substr(0, text.find(':')) + ": its value is missing" + help;
   }
