@@ -4,12 +4,12 @@
 #include <atomic>
 #include <cmath>
 #include <filesystem>
-#include <iostream>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <thread>
 #include <vector>
 
+#include "apps/cli/complain.h"
 #include "apps/cli/measurement_run.h"
 #include "apps/cli/reference.h"
 #include "apps/cli/settings_source.h"
@@ -17,6 +17,7 @@
 #include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/no_health_store.h"
+#include "platform/linux/output_file.h"
 
 namespace veyla {
 
@@ -46,19 +47,28 @@ double lengthOf(const std::filesystem::path& path) {
   const auto source = openRecording(path);
   double seconds = 0;
   while (source->advance()) seconds = source->time();
+  if (const std::string remark = source->remark(); !remark.empty()) complain(remark);
   return seconds;
 }
 
 /// The recording that a reference belongs to: the file of its name with another ending.
 std::filesystem::path recordingOf(const std::filesystem::path& reference) {
   const std::string file = reference.filename();
-  const std::string stem = file.substr(0, file.size() - referenceEnding.size()) + ".";
+  const std::string stem = file.substr(0, file.size() - referenceEnding.size());
+  std::filesystem::path found;
   for (const auto& entry : std::filesystem::directory_iterator(reference.parent_path())) {
-    const std::string name = entry.path().filename();
-    if (name.starts_with(stem) && !name.ends_with(referenceEnding)) return entry.path();
+    if (entry.path().stem() != stem) continue;
+    if (!found.empty()) {
+      throw InputError(reference.string() + ": both " + found.filename().string() + " and " +
+                       entry.path().filename().string() + " lie beside it; leave one there");
+    }
+    found = entry.path();
   }
-  throw InputError(reference.string() + ": there is no recording " + stem +
-                   "* beside it; put both into the folder");
+  if (found.empty()) {
+    throw InputError(reference.string() + ": there is no recording " + stem +
+                     ".* beside it; put both into the folder");
+  }
+  return found;
 }
 
 std::vector<Recording> recordingsIn(const std::string& folder) {
@@ -236,23 +246,25 @@ std::string shown(double value, const char* unit = "") {
   return std::isfinite(value) ? formatText("%.1f%s", value, unit) : "--";
 }
 
-void printTable(const std::vector<Summary>& summaries, bool spo2) {
-  std::cout << formatText("%-18s %8s %9s %6s %7s %6s %6s %6s %8s %8s", "recording", "windows",
-                          "finished", "MAE", "median", "MAPE", ">5", ">10", "time", "90th");
-  std::cout << (spo2 ? formatText(" %9s\n", "SpO2 RMSE") : "\n");
+std::string asTable(const std::vector<Summary>& summaries, bool spo2) {
+  std::string table =
+      formatText("%-18s %8s %9s %6s %7s %6s %6s %6s %8s %8s", "recording", "windows", "finished",
+                 "MAE", "median", "MAPE", ">5", ">10", "time", "90th");
+  table += spo2 ? formatText(" %9s\n", "SpO2 RMSE") : "\n";
   for (const Summary& of : summaries) {
-    std::cout << formatText(
+    table += formatText(
         "%-18s %8zu %9zu %6s %7s %6s %6s %6s %8s %8s", of.name.c_str(), of.windows, of.finished,
         std::isfinite(of.meanError) ? formatText("%.2f", of.meanError).c_str() : "--",
         std::isfinite(of.medianError) ? formatText("%.2f", of.medianError).c_str() : "--",
         shown(of.meanPercentageError, "%").c_str(), shown(of.shareOver5, "%").c_str(),
         shown(of.shareOver10, "%").c_str(), shown(of.medianSeconds, " s").c_str(),
         shown(of.ninetiethSeconds, " s").c_str());
-    std::cout << (spo2 ? formatText(" %9s\n", shown(of.spo2RootMeanSquare).c_str()) : "\n");
+    table += spo2 ? formatText(" %9s\n", shown(of.spo2RootMeanSquare).c_str()) : "\n";
   }
+  return table;
 }
 
-void printJson(const std::vector<Summary>& summaries) {
+std::string asJson(const std::vector<Summary>& summaries) {
   const auto number = [](double value) {
     return std::isfinite(value) ? nlohmann::ordered_json(value) : nlohmann::ordered_json();
   };
@@ -270,7 +282,7 @@ void printJson(const std::vector<Summary>& summaries) {
                     {"medianSeconds", number(of.medianSeconds)},
                     {"ninetiethPercentileSeconds", number(of.ninetiethSeconds)}});
   }
-  std::cout << list.dump(2) << '\n';
+  return list.dump(2) + '\n';
 }
 
 ExitStatus evaluate(const EvaluateOptions& options) {
@@ -284,13 +296,15 @@ ExitStatus evaluate(const EvaluateOptions& options) {
       windows.back().start = start;
     }
   }
+  if (windows.empty()) {
+    throw InputError(
+        formatText("%s: no recording is as long as a window of %g s; give a shorter "
+                   "--window",
+                   options.folder.c_str(), options.window));
+  }
   measureAll(windows, options, settings.resources());
   const auto summaries = summariesOf(recordings, windows);
-  if (options.json) {
-    printJson(summaries);
-  } else {
-    printTable(summaries, options.spo2);
-  }
+  printOut(options.json ? asJson(summaries) : asTable(summaries, options.spo2));
   return ExitStatus::done;
 }
 

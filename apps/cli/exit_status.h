@@ -3,6 +3,7 @@
 #include <exception>
 #include <functional>
 #include <stdexcept>
+#include <system_error>
 
 #include "apps/cli/complain.h"
 #include "platform/linux/output_file.h"
@@ -41,6 +42,9 @@ inline ExitStatus exitStatusOf(const std::function<ExitStatus()>& command) {
     complain(error.what());
   } catch (const OutputError& error) {
     complain(error.what());
+  } catch (const std::system_error& error) {
+    complain(std::string(error.what()) + "; check the folder and the machine's limits");
+    return ExitStatus::unreadableInput;
   } catch (const std::bad_alloc&) {
     complain("out of memory; measure a shorter part of the recording");
     return ExitStatus::unreadableInput;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 #include "measuring/measuring_screen.h"
 
@@ -79,6 +80,7 @@ void LiveView::update(const MainViewController& screen) {
 
 void LiveView::draw(const MainViewController& screen) {
   lastDrawing_ = std::chrono::steady_clock::now();
+  if (!hiddenCursor_) hiddenCursor_.emplace();
   std::string text;
   if (drawnLines_ > 0) text += "\x1b[" + std::to_string(drawnLines_) + "A";
   const auto drawn = lines(screen);
@@ -110,14 +112,17 @@ std::vector<std::string> LiveView::lines(const MainViewController& screen) const
   if (values.size() > fits) {
     values.erase(values.begin(), values.end() - static_cast<std::ptrdiff_t>(fits));
   }
-  const bool curveShown = terminal_.unicode && values.size() >= 10;
-  const auto curve = curveShown ? brailleCurve(values, curveRows)
-                                : std::vector<std::string>(terminal_.unicode ? curveRows : 0);
-  for (const std::string& line : curve) lines.push_back("  " + styled(accent, line));
-  if (terminal_.unicode) lines.emplace_back();
+  // Two values, four lines of text and blanks, and one that stays free below all.
+  constexpr std::size_t rowsWithCurve = curveRows + 8;
+  if (terminal_.unicode && terminal_.rows >= rowsWithCurve) {
+    const auto curve =
+        values.size() >= 10 ? brailleCurve(values, curveRows) : std::vector<std::string>(curveRows);
+    for (const std::string& line : curve) lines.push_back("  " + styled(accent, line));
+    lines.emplace_back();
+  }
 
-  lines.push_back("  " + styled(accent, state_.visibleText(labelRed)));
-  lines.push_back("  " + styled(faint, state_.visibleText(labelGrey)));
+  lines.push_back(textLine(accent, state_.visibleText(labelRed)));
+  lines.push_back(textLine(faint, state_.visibleText(labelGrey)));
   return lines;
 }
 
@@ -127,13 +132,18 @@ std::string LiveView::valueLine(const char* caption, Element value, Element meas
   const std::string number = state_.view(value).text;
   char percent[16];
   std::snprintf(percent, sizeof percent, "%3.0f %%", static_cast<double>(progress) * 100);
+  // A narrow terminal keeps the values and loses the bars, then the space between.
+  constexpr std::size_t widthOfValue = 2 + 12 + 4 + 1 + 4;
+  constexpr std::size_t widthWithBar = widthOfValue + 1 + barWidth + 1 + 5;
+  const bool narrow = terminal_.columns <= widthOfValue;
   std::string line =
-      "  " + styled(shimmers ? bold : faint, padded(caption, 12)) +
-      styled(bold, std::string(number.size() < 4 ? 4 - number.size() : 0, ' ') + number) + " " +
-      padded(unit, 4);
-  // A narrow terminal keeps the values and loses the bars.
-  constexpr std::size_t widthWithBar = 2 + 12 + 4 + 1 + 4 + 1 + barWidth + 1 + 5;
-  if (terminal_.columns > widthWithBar) line += " " + bar(progress) + " " + percent;
+      (narrow ? "" : "  ") + styled(shimmers ? bold : faint, padded(caption, narrow ? 10 : 12)) +
+      styled(bold, std::string(number.size() < 4 ? 4 - number.size() : 0, ' ') + number);
+  constexpr std::size_t narrowWidth = 10 + 4 + 1 + 3;
+  if (!narrow || terminal_.columns > narrowWidth) line += std::string(" ") + unit;
+  if (terminal_.columns > widthWithBar) {
+    line += padded("", 4 - std::strlen(unit)) + " " + bar(progress) + " " + percent;
+  }
   return line;
 }
 
@@ -142,6 +152,12 @@ std::string LiveView::bar(float progress) const {
   const bool unicode = terminal_.unicode;
   return styled(accent, repeated(unicode ? "━" : "#", filled)) +
          styled(faint, repeated(unicode ? "─" : ".", barWidth - filled));
+}
+
+std::string LiveView::textLine(const char* code, const std::string& text) const {
+  // The screen's texts are plain ASCII, a byte a column.
+  const std::size_t fits = terminal_.columns > 3 ? terminal_.columns - 3 : 0;
+  return "  " + styled(code, text.substr(0, fits));
 }
 
 std::string LiveView::styled(const char* code, const std::string& text) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,10 +29,13 @@ class LiveView {
                         float progress) const;
   std::string bar(float progress) const;
   std::string styled(const char* code, const std::string& text) const;
+  /// The text indented, as much of it as fits into a line.
+  std::string textLine(const char* code, const std::string& text) const;
 
   Terminal terminal_;
   const ScreenState& state_;
-  HiddenCursor hiddenCursor_;
+  /// From the first drawing on: before it, questions may be asked.
+  std::optional<HiddenCursor> hiddenCursor_;
   std::size_t drawnLines_ = 0;
   std::chrono::steady_clock::time_point lastDrawing_;
 };

@@ -1,6 +1,15 @@
-#include <CLI/CLI.hpp>
-#include <string>
+#include <fcntl.h>
+#include <unistd.h>
 
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <string>
+#include <vector>
+
+#include "apps/cli/complain.h"
+#include "apps/cli/decimal.h"
 #include "apps/cli/evaluate_command.h"
 #include "apps/cli/exit_status.h"
 #include "apps/cli/measure_command.h"
@@ -12,91 +21,178 @@ namespace {
 using veyla::ExitStatus;
 
 /// Accepts numbers from `least` to `most` and refuses not-a-number, which a plain range lets pass.
-CLI::Validator numberWithin(double least, double most) {
+CLI::Validator numberWithin(double least, double most, bool whole = false) {
   return CLI::Validator(
-      [least, most](std::string& text) -> std::string {
+      [=](std::string& text) -> std::string {
         double value = 0;
-        if (CLI::detail::lexical_cast(text, value) && value >= least && value <= most) return {};
-        return "not a number from " + CLI::detail::to_string(least) + " to " +
-               CLI::detail::to_string(most) + ": " + text;
+        if (CLI::detail::lexical_cast(text, value) && value >= least && value <= most &&
+            (!whole || value == std::trunc(value))) {
+          return {};
+        }
+        std::string range;
+        veyla::appendDecimal(range, least);
+        range += " to ";
+        veyla::appendDecimal(range, most);
+        return "\"" + text + "\" is no" + (whole ? " whole" : "") + " number from " + range;
       },
-      "NUMBER");
+      "");
 }
 
-constexpr double longestSeconds = 1e6;
+/// The command itself knows the range.
+CLI::Validator number() {
+  return CLI::Validator(
+      [](std::string& text) -> std::string {
+        double value = 0;
+        if (CLI::detail::lexical_cast(text, value)) return {};
+        return "\"" + text + "\" is no number";
+      },
+      "");
+}
+
+CLI::Validator oneOf(const std::vector<std::string>& names) {
+  return CLI::Validator(
+      [names](std::string& text) -> std::string {
+        if (std::find(names.begin(), names.end(), text) != names.end()) return {};
+        return "\"" + text + "\" is none of " + CLI::detail::join(names, ", ");
+      },
+      "");
+}
+
+/// A script's variable that was never set must not pass for an option that was not given.
+CLI::Validator something() {
+  return CLI::Validator(
+      [](std::string& text) -> std::string { return text.empty() ? "its text is empty" : ""; }, "");
+}
+
+constexpr double longestSeconds = 1000000;
+
+/// `value` is how the help names what the option takes.
+CLI::Option* addText(CLI::App& command, const char* name, std::string& text, const char* value,
+                     const char* description) {
+  return command.add_option(name, text, description)->type_name(value)->check(something());
+}
+
+template <class Number>
+CLI::Option* addNumber(CLI::App& command, const char* name, Number& target, const char* value,
+                       const char* description, const CLI::Validator& check = number()) {
+  return command.add_option(name, target, description)->type_name(value)->check(check);
+}
+
+void describeSettings(CLI::App& command, std::string& device, std::string& folder) {
+  addText(command, "--device", device, "MODEL",
+          "hardware model that chooses the settings (iPhone8,1)");
+  addText(command, "--settings", folder, "DIR",
+          "the three settings files of this folder instead of the built-in ones");
+}
 
 void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::string& only) {
-  command.add_option("INPUT", options.input,
-                     "a video, or a colour series time,R,G,B; without it, the built-in fingertip");
+  addText(command, "INPUT", options.input, "",
+          "a video, or a colour series time,R,G,B; without it, the built-in fingertip");
+  addNumber(command, "--start", options.request.start, "S",
+            "tap START S seconds into the recording", numberWithin(0, longestSeconds));
+  addNumber(command, "--duration", options.request.duration, "S",
+            "use S seconds from there, the 2 seconds of countdown included",
+            numberWithin(0.001, longestSeconds));
+  addText(command, "--only", only, "heartrate|spo2", "measure one value alone")
+      ->check(oneOf({"heartrate", "spo2"}));
+  describeSettings(command, options.request.device, options.settingsFolder);
+  auto* data = addText(command, "--data", options.dataFolder, "DIR",
+                       "keep history and health records in this folder (~/.local/share/veyla)");
   command
-      .add_option("--start", options.request.start, "seconds into the recording to tap START at")
-      ->check(numberWithin(0, longestSeconds));
-  command
-      .add_option("--duration", options.request.duration,
-                  "seconds of the recording to use, 2 of countdown included")
-      ->check(numberWithin(0.001, longestSeconds));
-  command.add_option("--only", only, "measure this value alone")
-      ->check(CLI::IsMember({"heartrate", "spo2"}));
-  command.add_option("--device", options.request.device,
-                     "hardware model that chooses the settings, such as iPhone8,1");
-  command.add_option("--settings", options.settingsFolder,
-                     "folder of Spo2Settings.json, HeartrateSettings.json, CameraSettings.json");
-  auto* data = command.add_option("--data", options.dataFolder,
-                                  "folder of the history instead of ~/.local/share/veyla");
-  command.add_flag("!--no-save", options.save, "keep nothing")->excludes(data);
+      .add_flag_callback(
+          "--no-save", [&] { options.save = false; }, "keep nothing")
+      ->excludes(data);
   command.add_flag("--json", options.json, "print one JSON object");
-  command.add_option("--trace", options.traceFile, "write one row per estimate to this file");
-  command.add_option("--log", options.logFile,
-                     "write the diagnostic log to this file (- for standard error)");
+  addText(command, "--trace", options.traceFile, "FILE", "write one row per estimate, as CSV");
+  addText(command, "--log", options.logFile, "FILE",
+          "write the diagnostic log (-: standard error)");
   command.add_flag("--realtime", options.realtime, "measure at the recording's own pace");
 }
 
 void describeSeries(CLI::App& command, veyla::SeriesOptions& options) {
-  command.add_option("INPUT", options.input, "a video or a colour series")->required();
-  command.add_option("-o", options.output, "file of the series (- for standard output)")
+  addText(command, "INPUT", options.input, "", "a video or a colour series")->required();
+  addText(command, "-o", options.output, "OUT.csv", "file of the series (-: standard output)")
       ->required();
 }
 
 void describeSynth(CLI::App& command, veyla::SynthOptions& options, std::string& size) {
-  command.add_option("OUT", options.output, "a video by its ending, or a series (.csv)")
+  addText(command, "OUT", options.output, "", "a video by its ending, or a series (.csv)")
       ->required();
-  command.add_option("--bpm", options.bpm, "heart rate in beats per minute");
-  command.add_option("--spo2", options.spo2, "saturation that the colour ratios give, in per cent");
-  command.add_option("--seconds", options.seconds, "length");
-  command.add_option("--fps", options.fps, "frames per second");
-  command.add_option("--size", size, "of a frame, such as 640x480")->type_name("WxH");
-  command.add_option("--noise", options.noise, "sensor noise, in steps of 8 bits");
-  command.add_option("--motion", options.motion, "movements of the finger, 0 for none");
-  command.add_option("--seed", options.seed, "another finger for every number");
-  command.add_option("--from", options.from, "draw this recorded colour series as frames");
+  addNumber(command, "--bpm", options.bpm, "N", "heart rate in beats per minute (72)");
+  addNumber(command, "--spo2", options.spo2, "N",
+            "saturation that the colours are to give, in per cent (97)");
+  addNumber(command, "--seconds", options.seconds, "N", "length (30)");
+  addNumber(command, "--fps", options.fps, "N", "frames per second (30)");
+  addText(command, "--size", size, "WxH", "of a frame (640x480)");
+  addNumber(command, "--noise", options.noise, "N", "sensor noise in 8-bit steps (1)");
+  addNumber(command, "--motion", options.motion, "N", "movements of the finger (0)");
+  constexpr double largestSeed = 4294967295;
+  addNumber(command, "--seed", options.seed, "N", "another finger for every number (1)",
+            numberWithin(0, largestSeed, true));
+  command.add_option("--from", options.from, "draw a recorded colour series as frames")
+      ->type_name("SERIES.csv");
 }
 
 void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::string& only) {
-  command.add_option("FOLDER", options.folder, "recordings, each with a NAME.reference.csv")
+  addText(command, "FOLDER", options.folder, "", "recordings, each with a NAME.reference.csv")
       ->required();
-  command.add_option("--window", options.window, "seconds per measurement, countdown included")
-      ->check(numberWithin(3, longestSeconds));
-  command.add_option("--every", options.every, "seconds from one start to the next")
-      ->check(numberWithin(0.1, longestSeconds));
-  command.add_option("--only", only, "heartrate (as without it), spo2 or both")
-      ->check(CLI::IsMember({"heartrate", "spo2", "both"}));
-  command.add_option("--device", options.device, "hardware model that chooses the settings");
-  command.add_option("--settings", options.settingsFolder, "folder of the three settings files");
-  command.add_option("--jobs", options.jobs, "measurements at a time; one per core without it")
-      ->check(CLI::Range(1, 1024));
+  addNumber(command, "--window", options.window, "S",
+            "seconds per measurement, countdown included (42)", numberWithin(3, longestSeconds));
+  addNumber(command, "--every", options.every, "S", "seconds from one start to the next (20)",
+            numberWithin(0.1, longestSeconds));
+  addText(command, "--only", only, "heartrate|spo2|both", "what is measured (heartrate)")
+      ->check(oneOf({"heartrate", "spo2", "both"}));
+  describeSettings(command, options.device, options.settingsFolder);
+  addNumber(command, "--jobs", options.jobs, "N", "measurements at a time (one per core)",
+            numberWithin(1, 1024, true));
   command.add_flag("--json", options.json, "print a JSON list");
+}
+
+/// What was wrong with the command line, and where the right form stands.
+std::string explained(const CLI::ParseError& error, const CLI::App& program) {
+  const auto chosen = program.get_subcommands();
+  const std::string help =
+      "; see veyla " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help";
+  const std::string text = error.what();
+  if (chosen.empty()) {
+    const auto given = program.remaining();
+    if (given.empty()) return "no command given" + help;
+    return given.front() +
+           (given.front().starts_with('-') ? ": no such option" : ": no such command") + help;
+  }
+  if (error.get_name() == "ExtrasError") {
+    const std::string extras = text.substr(text.find(": ") + 2);
+    return extras + (extras.starts_with('-') ? ": no such option" : ": not expected here") + help;
+  }
+  if (error.get_name() == "ArgumentMismatch") {
+    return text.substr(0, text.find(':')) + ": its value is missing" + help;
+  }
+  return text + help;
+}
+
+/// A stream that is closed at the start would give its number to the next file that is opened, and
+/// what is meant for the stream would be written into that file. Opened the wrong way around, it
+/// refuses to be used instead.
+void keepStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) >= 0) continue;
+    // The lowest number that is free is this one.
+    [[maybe_unused]] const int opened =
+        open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  keepStandardStreams();
+  // Where a file may not grow further, writing it then fails with a reason to tell.
+  std::signal(SIGXFSZ, SIG_IGN);
+
   CLI::App program("Measures heart rate and SpO2 from recordings of a fingertip on a camera.",
                    "veyla");
   program.set_version_flag("--version", "veyla " VEYLA_VERSION);
   program.require_subcommand(1);
-  program.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return std::string("veyla: ") + error.what() + "; see veyla --help\n";
-  });
   ExitStatus status = ExitStatus::done;
 
   veyla::MeasureOptions measureOptions;
@@ -141,8 +237,10 @@ int main(int argc, char** argv) {
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    // The library has a status of its own for each way to be wrong.
-    return program.exit(error) == 0 ? 0 : static_cast<int>(ExitStatus::wrongUsage);
+    // The help and the version come this way, too.
+    if (error.get_exit_code() == 0) return program.exit(error);
+    veyla::complain(explained(error, program));
+    return static_cast<int>(ExitStatus::wrongUsage);
   }
   return static_cast<int>(status);
 }

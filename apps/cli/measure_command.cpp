@@ -4,6 +4,7 @@
 
 #include <iostream>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "apps/cli/complain.h"
@@ -114,6 +115,15 @@ class Logging {
   std::optional<FileLog> file_;
 };
 
+/// For terminals and readers whose locale knows no other letters.
+std::string asAscii(std::string text) {
+  constexpr std::string_view half = "½";
+  for (std::size_t at = 0; (at = text.find(half, at)) != std::string::npos;) {
+    text.replace(at, half.size(), "1/2");
+  }
+  return text;
+}
+
 /// Runs the measurement and, on a terminal, shows it.
 MeasurementReport runInView(MeasurementRun& run, bool quiet) {
   const Terminal terminal = terminalBehind(STDOUT_FILENO);
@@ -137,10 +147,7 @@ ExitStatus measure(const MeasureOptions& options) {
   TimedQueue queue(options.realtime ? TimedQueue::Pace::wall : TimedQueue::Pace::recording);
   Logging logging(options.logFile, queue);
   std::unique_ptr<OutputFile> trace;
-  if (!options.traceFile.empty()) {
-    trace = std::make_unique<OutputFile>(options.traceFile);
-    trace->write(traceHeader());
-  }
+  if (!options.traceFile.empty()) trace = std::make_unique<OutputFile>(options.traceFile);
 
   MeasurementRun run(options.request, std::move(source),
                      {.queue = queue,
@@ -149,24 +156,27 @@ ExitStatus measure(const MeasureOptions& options) {
                       .resources = settings.resources(),
                       .log = logging.log()});
   run.showsIntro = options.save && somebodyIsThere();
+  // Written when all is measured and saved: a full disk then costs the trace alone.
+  std::string rows = traceHeader();
   if (trace) {
-    run.trace = [&](const MeasurementTally::Estimate& estimate) {
-      trace->write(traceRow(estimate));
-    };
+    run.trace = [&](const MeasurementTally::Estimate& estimate) { rows += traceRow(estimate); };
   }
   const MeasurementReport report = runInView(run, options.json);
 
   if (!report.remark.empty()) complain(report.remark);
-  const bool kept = keeping.tellFailures() && logging.tellFailure();
-  std::cout << (options.json ? reportAsJson(report) : reportAsText(report, options.request));
+  const bool kept = keeping.tellFailures();
+  const bool logged = logging.tellFailure();
+  std::string text = options.json ? reportAsJson(report) : reportAsText(report, options.request);
+  if (!terminalBehind(STDOUT_FILENO).unicode && !options.json) text = asAscii(text);
   if (report.outcome == Outcome::finished && options.save && kept && !options.json) {
-    std::cout << "Saved in " << keeping.folder().string() << ".\n";
+    text += "Saved in " + keeping.folder().string() + ".\n";
   }
-  if (!std::cout.flush()) {
-    throw OutputError("standard output: cannot be written; look for a full disk");
+  printOut(text);
+  if (trace) {
+    trace->write(rows);
+    trace->commit();
   }
-  if (trace) trace->commit();
-  if (!kept) return ExitStatus::unwritableData;
+  if (!kept || !logged) return ExitStatus::unwritableData;
   return report.outcome == Outcome::finished ? ExitStatus::done : ExitStatus::incomplete;
 }
 

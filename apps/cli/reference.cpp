@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <fstream>
 #include <string_view>
 
@@ -21,10 +22,10 @@ std::optional<double> numberIn(std::string_view field, const std::string& path,
   if (field.empty()) return std::nullopt;
   double number = 0;
   const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), number);
-  if (error != std::errc() || end != field.data() + field.size()) {
-    throw InputError(formatText("%s: line %zu: \"%.*s\" is no number; expected time,heartrate,spo2",
-                                path.c_str(), lineNumber, static_cast<int>(field.size()),
-                                field.data()));
+  if (error != std::errc() || end != field.data() + field.size() || !std::isfinite(number)) {
+    throw InputError(
+        formatText("%s: line %zu: \"%.*s\" is no finite number; expected time,heartrate,spo2",
+                   path.c_str(), lineNumber, static_cast<int>(field.size()), field.data()));
   }
   return number;
 }
@@ -40,21 +41,35 @@ std::string_view nextField(std::string_view& line) {
 Reference::Reference(const std::string& path) {
   std::ifstream file(path);
   std::string text;
-  if (!std::getline(file, text) || !text.starts_with("time,heartrate,spo2")) {
+  std::getline(file, text);
+  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+  if (text.starts_with(byteOrderMark)) text.erase(0, byteOrderMark.size());
+  if (!text.starts_with("time,heartrate,spo2")) {
     throw InputError(path +
                      ": does not begin with time,heartrate,spo2; give a reference of that form");
   }
-  const auto add = [](Rows& rows, double time, std::optional<double> value) {
+  double lastTime = 0;
+  std::size_t lineNumber = 2;
+  const auto add = [&](Rows& rows, double time, std::optional<double> value) {
     if (!value) return;
+    if (*value <= 0) {
+      throw InputError(formatText("%s: line %zu: %g was hardly measured; leave the field empty",
+                                  path.c_str(), lineNumber, *value));
+    }
     const double since = rows.empty() ? 1 : std::min(time - rows.back().time, longestSince);
     rows.push_back({time, since, *value});
   };
-  for (std::size_t lineNumber = 2; std::getline(file, text); ++lineNumber) {
+  for (; std::getline(file, text); ++lineNumber) {
     if (text.ends_with('\r')) text.pop_back();
     if (text.empty()) continue;
     std::string_view line = text;
     const auto time = numberIn(nextField(line), path, lineNumber);
     if (!time) throw InputError(formatText("%s: line %zu: no time", path.c_str(), lineNumber));
+    if (lineNumber > 2 && *time < lastTime) {
+      throw InputError(formatText("%s: line %zu: its time goes back; put the rows in their order",
+                                  path.c_str(), lineNumber));
+    }
+    lastTime = *time;
     add(heartrates_, *time, numberIn(nextField(line), path, lineNumber));
     add(spo2s_, *time, numberIn(nextField(line), path, lineNumber));
   }

@@ -21,13 +21,13 @@ using ColourAt = std::function<Colour(double time)>;
 
 void requireRange(const char* name, double value, double lowest, double highest) {
   if (value >= lowest && value <= highest) return;
-  std::string text = std::string(name) + ": ";
+  std::string text = std::string("--") + name + ": ";
   if (std::isfinite(value)) {
     appendDecimal(text, value);
+    text += " is out of range; give ";
   } else {
-    text += "not a finite number";
+    text += "not a finite number; give ";
   }
-  text += " is out of range; give ";
   appendDecimal(text, lowest);
   text += " to ";
   appendDecimal(text, highest);
@@ -41,8 +41,8 @@ void requireRanges(const SynthOptions& options) {
   // A thousandth of a second is still one frame.
   requireRange("seconds", options.seconds.value_or(1), 0.001, 86400);
   requireRange("fps", options.fps, 1, 240);
-  requireRange("width", static_cast<double>(options.width), 16, 7680);
-  requireRange("height", static_cast<double>(options.height), 16, 4320);
+  requireRange("size: width", static_cast<double>(options.width), 16, 7680);
+  requireRange("size: height", static_cast<double>(options.height), 16, 4320);
   requireRange("noise", options.noise, 0, 50);
   requireRange("motion", options.motion, 0, 10);
 }

@@ -29,7 +29,7 @@ bool localeSpeaksUnicode() {
 
 constexpr std::string_view showCursor = "\x1b[?25h";
 constexpr std::string_view hideCursor = "\x1b[?25l";
-constexpr std::array interruptions{SIGINT, SIGTERM, SIGHUP};
+constexpr std::array interruptions{SIGINT, SIGQUIT, SIGTERM, SIGHUP};
 
 void writeAll(std::string_view text) {
   // Nothing is to be done about a terminal that has gone.
@@ -52,8 +52,9 @@ Terminal terminalBehind(int fileDescriptor) {
   terminal.color = terminal.interactive && environment("NO_COLOR").empty();
   terminal.unicode = localeSpeaksUnicode();
   winsize size{};
-  if (::ioctl(fileDescriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+  if (::ioctl(fileDescriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0) {
     terminal.columns = size.ws_col;
+    terminal.rows = size.ws_row;
   }
   return terminal;
 }

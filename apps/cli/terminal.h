@@ -11,6 +11,7 @@ struct Terminal {
   bool color = false;
   bool unicode = false;
   std::size_t columns = 80;
+  std::size_t rows = 24;
 };
 
 /// The terminal behind a file descriptor, by its kind, its size and the environment (TERM,

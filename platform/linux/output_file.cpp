@@ -39,6 +39,8 @@ std::string reasonFor(int systemError) {
       return "the disk is full; make room or choose another folder";
     case EFBIG:
       return "larger than the system allows; choose another folder or a shorter recording";
+    case EBADF:
+      return "closed; let it lead to a terminal, a file or a pipe";
     case EPIPE:
       return "nobody reads the pipe any more; keep its reader running";
     default:
@@ -118,6 +120,12 @@ void OutputFile::commit() {
 
 void OutputFile::requireWritten(bool written) const {
   if (!written) refuseOutput(path_, errno);
+}
+
+void printOut(std::string_view text) {
+  OutputFile output("-");
+  output.write(text);
+  output.commit();
 }
 
 }  // namespace veyla

@@ -60,4 +60,7 @@ class OutputFile {
   std::FILE* file_;
 };
 
+/// All of the text to standard output, at once. Throws `OutputError`.
+void printOut(std::string_view text);
+
 }  // namespace veyla

@@ -183,7 +183,7 @@ TEST_F(RecordingCommandsTest, WrongValuesAreNamed) {
     return outcome.error;
   };
   EXPECT_EQ(refused([](auto& o) { o.bpm = 19.5; }),
-            "veyla: bpm: 19.5 is out of range; give 20 to 300\n");
+            "veyla: --bpm: 19.5 is out of range; give 20 to 300\n");
   EXPECT_THAT(refused([](auto& o) { o.spo2 = 101; }), HasSubstr("spo2: 101"));
   EXPECT_THAT(refused([](auto& o) { o.seconds = 0; }), HasSubstr("seconds: 0"));
   EXPECT_THAT(refused([](auto& o) { o.fps = std::nan(""); }), HasSubstr("fps: not a finite"));

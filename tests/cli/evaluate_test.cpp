@@ -1,0 +1,72 @@
+#include "tests/cli/program.h"
+
+namespace veyla {
+namespace {
+
+using Json = nlohmann::json;
+
+class EvaluateTest : public Program {
+ protected:
+  static Json rowOf(const Json& list, const std::string& name) {
+    for (const Json& row : list) {
+      if (row["name"] == name) return row;
+    }
+    ADD_FAILURE() << "no row " << name;
+    return {};
+  }
+};
+
+TEST_F(EvaluateTest, ErrorsAreThoseAgainstTheReference) {
+  for (const char* bpm : {"60", "90"}) {
+    ASSERT_EQ(
+        run({"synth", file("made-" + std::string(bpm) + ".csv"), "--bpm", bpm, "--seconds", "63"})
+            .status,
+        0);
+  }
+  // The windows begin at 0 and 20 s; the reference is 4 off for the one, and 10 for the other.
+  write("made-60.reference.csv", "time,heartrate,spo2\n0,64,97\n60,64,\n63,64,\n");
+  std::string rising = "time,heartrate,spo2\r\n";
+  for (int second = 0; second < 64; ++second) rising += std::to_string(second) + ",100,\r\n";
+  write("made-90.reference.csv", rising);
+  const Json list = json({"evaluate", folder()});
+  ASSERT_TRUE(list.is_array());
+  const Json sixty = rowOf(list, "made-60");
+  EXPECT_EQ(sixty["windows"], 2);
+  EXPECT_EQ(sixty["finished"], 2);
+  EXPECT_TRUE(sixty["meanAbsoluteError"].is_null()) << "no reference row lies in its windows";
+  const Json ninety = rowOf(list, "made-90");
+  EXPECT_NEAR(ninety["meanAbsoluteError"].get<double>(), 10, 0.88);
+  EXPECT_NEAR(ninety["meanAbsolutePercentageError"].get<double>(), 10, 0.88);
+  EXPECT_EQ(ninety["percentOver5"], 100);
+  EXPECT_EQ(rowOf(list, "all made")["windows"], 4);
+  EXPECT_EQ(json({"evaluate", folder(), "--jobs", "1"}), list);
+}
+
+TEST_F(EvaluateTest, WhatIsMissingOrBrokenIsNamed) {
+  expectRefused(run({"evaluate", file("absent")}), 3, {"absent"});
+  expectRefused(run({"evaluate", folder()}), 3, {"holds no NAME.reference.csv"});
+  write("a.reference.csv", "time,heartrate,spo2\n0,72,97\n");
+  expectRefused(run({"evaluate", folder()}), 3, {"a.reference.csv", "no recording a.*"});
+  ASSERT_EQ(run({"synth", file("a.csv"), "--seconds", "5"}).status, 0);
+  expectRefused(run({"evaluate", folder()}), 3, {"no recording is as long as a window of 42 s"});
+  for (const char* row : {"x,72,97", "1,abc,97", "1,nan,97", "1,0,97", "5,72,97\n4,72,97"}) {
+    write("a.reference.csv", std::string("time,heartrate,spo2\n0,72,97\n") + row + "\n");
+    expectRefused(run({"evaluate", folder()}), 3, {"a.reference.csv: line "});
+  }
+  write("a.mp4", "");
+  expectRefused(run({"evaluate", folder()}), 3, {"a.csv", "a.mp4", "leave one"});
+}
+
+TEST_F(EvaluateTest, RecordedFingersAreMeasuredAsWellAsIsClaimed) {
+  if (!std::filesystem::exists(VEYLA_RECORDINGS_FOLDER)) GTEST_SKIP() << "no recordings here";
+  const Json list = json({"evaluate", VEYLA_RECORDINGS_FOLDER});
+  for (const char* set : {"all resting", "all hypoxia"}) {
+    const Json row = rowOf(list, set);
+    EXPECT_LE(row["meanAbsoluteError"].get<double>(), 1.7) << row;
+    EXPECT_LE(row["medianSeconds"].get<double>(), 19) << row;
+    EXPECT_GE(row["finished"].get<double>(), 0.95 * row["windows"].get<double>()) << row;
+  }
+}
+
+}  // namespace
+}  // namespace veyla

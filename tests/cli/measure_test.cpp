@@ -1,0 +1,212 @@
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <sstream>
+
+#include "history/history_entry.h"
+#include "platform/linux/sqlite_key_value_store.h"
+#include "tests/cli/program.h"
+
+namespace veyla {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+using Json = nlohmann::json;
+
+/// The widest that a value may lie off: a bin of the spectrum.
+constexpr double bin = 0.88;
+
+std::vector<std::string> keysOf(const Json& object) {
+  std::vector<std::string> keys;
+  for (const auto& [key, value] : object.items()) keys.push_back(key);
+  return keys;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+/// The stored history, read as the application reads it; "values" as it stands in the store.
+std::vector<HistoryEntry> historyIn(const std::filesystem::path& folder) {
+  SqliteKeyValueStore store(folder);
+  const auto stored = store.value("values");
+  EXPECT_EQ(store.failure(), std::nullopt);
+  std::vector<HistoryEntry> entries;
+  if (!stored) return entries;
+  for (const Value& entry : *stored->array()) entries.push_back(historyEntryOf(entry));
+  return entries;
+}
+
+class MeasureTest : public Program {
+ protected:
+  /// A series at 30 frames a second whose colours pulse with these amplitudes.
+  std::string pulses(double red, double blue) const {
+    std::string text = "time,R,G,B\n";
+    for (int i = 0; i < 60 * 30; ++i) {
+      const double wave = std::sin(2 * M_PI * 1.2 * i / 30);
+      text += std::to_string(i * 1000.0 / 30) + "," + std::to_string(180 + red * wave) + "," +
+              std::to_string(90 + blue * wave) + "," + std::to_string(60 + blue * wave) + "\n";
+    }
+    return write("pulses.csv", text);
+  }
+};
+
+TEST_F(MeasureTest, TheFingertipIsMeasuredAndReportedAlikeAtEveryRun) {
+  const Json report = json({"measure", "--no-save"});
+  EXPECT_EQ(report, json({"measure", "--no-save"}));
+  EXPECT_THAT(keysOf(report), UnorderedElementsAre("outcome", "heartrate", "spo2", "seconds",
+                                                   "frames", "framedrops", "estimates", "device"));
+  EXPECT_EQ(report["outcome"], "finished");
+  EXPECT_NEAR(report["heartrate"].get<double>(), 72, bin);
+  EXPECT_GE(report["spo2"].get<double>(), 93);
+  EXPECT_LE(report["spo2"].get<double>(), 100);
+  EXPECT_GT(report["seconds"].get<double>(), 10);
+  EXPECT_TRUE(report["frames"].is_number_integer());
+  EXPECT_EQ(report["framedrops"], 0);
+  EXPECT_EQ(report["device"], "iphone6s");
+  for (const char* value : {"heartrate", "spo2"}) {
+    EXPECT_THAT(keysOf(report["estimates"][value]),
+                UnorderedElementsAre("accepted", "rejected", "low", "none"));
+  }
+  EXPECT_FALSE(std::filesystem::exists(file("home")));
+
+  const Result text = run({"measure", "--no-save"});
+  EXPECT_EQ(text.error, "");
+  const auto lines = linesOf(text.out);
+  ASSERT_EQ(lines.size(), 3U) << text.out;
+  EXPECT_EQ(lines[0], "Heart rate   72 beats per minute");
+  EXPECT_THAT(lines[2], HasSubstr("Finished after "));
+  EXPECT_EQ(text.out.find('\x1b'), std::string::npos);
+}
+
+TEST_F(MeasureTest, OneValueAndAnotherPhoneCanBeAskedFor) {
+  const Json heartrate = json({"measure", "--no-save", "--only", "heartrate"});
+  EXPECT_NEAR(heartrate["heartrate"].get<double>(), 72, bin);
+  EXPECT_TRUE(heartrate["spo2"].is_null());
+  const Json spo2 = json({"measure", "--no-save", "--only", "spo2"});
+  EXPECT_TRUE(spo2["heartrate"].is_null());
+  EXPECT_TRUE(spo2["spo2"].is_number());
+  EXPECT_EQ(json({"measure", "--no-save", "--device", "iPhone3,1"})["device"], "iphone4");
+  EXPECT_EQ(run({"measure", "--no-save", "--device", "Unheard,1"}).status, 0);
+}
+
+TEST_F(MeasureTest, EveryFinishedMeasurementIsKept) {
+  const Json report = json({"measure"});
+  EXPECT_EQ(run({"measure", "--data", file("home/veyla")}).status, 0);
+  const auto entries = historyIn(folder() / "home" / "veyla");
+  ASSERT_EQ(entries.size(), 2U);
+  for (const HistoryEntry& entry : entries) {
+    EXPECT_NEAR(entry.hr, report["heartrate"].get<double>(), 1e-4);
+    EXPECT_NEAR(entry.spo2, report["spo2"].get<double>(), 1e-4);
+    EXPECT_FALSE(entry.damaged);
+  }
+  EXPECT_LE(entries[0].date.secondsSince1970, entries[1].date.secondsSince1970 + 30);
+}
+
+TEST_F(MeasureTest, WhatEndsEarlyIsToldAndNotKept) {
+  const Json few = json({"measure", "--duration", "8"}, 1);
+  EXPECT_EQ(few["outcome"], "endOfInput");
+  EXPECT_TRUE(few["heartrate"].is_null());
+  EXPECT_THAT(run({"measure", "--start", "100"}).out, HasSubstr("needs 2 seconds of countdown"));
+  EXPECT_EQ(json({"measure", "--no-save", "--start", "5", "--duration", "30"})["outcome"],
+            "finished");
+
+  // A red that pulses as much as the blue gives saturations far below what is accepted.
+  const Json low = json({"measure", pulses(9, 9), "--only", "spo2"}, 1);
+  EXPECT_EQ(low["outcome"], "lowSignal") << low;
+  EXPECT_EQ(low["estimates"]["spo2"]["low"], 60);
+  environment["LC_ALL"] = "C";
+  const Result plain = run({"measure", file("pulses.csv"), "--only", "spo2"});
+  EXPECT_EQ(plain.status, 1);
+  EXPECT_THAT(plain.out, HasSubstr("after 1/2-1 second"));
+  EXPECT_THAT(historyIn(folder() / "home" / "veyla"), IsEmpty());
+}
+
+TEST_F(MeasureTest, TraceAndLogTellEveryEstimate) {
+  const Json report =
+      json({"measure", "--no-save", "--trace", file("trace.csv"), "--log", file("log")});
+  const auto rows = linesOf(contentsOf(file("trace.csv")));
+  ASSERT_GT(rows.size(), 1U);
+  std::map<std::string, std::map<std::string, int>> counts;
+  for (std::size_t i = 1; i < rows.size(); ++i) {
+    EXPECT_EQ(std::count(rows[i].begin(), rows[i].end(), ','),
+              std::count(rows[0].begin(), rows[0].end(), ','));
+    std::istringstream row(rows[i]);
+    std::string seconds, frame, value, verdict;
+    std::getline(
+        std::getline(std::getline(std::getline(row, seconds, ','), frame, ','), value, ','),
+        verdict, ',');
+    ++counts[value][verdict];
+  }
+  for (const char* value : {"heartrate", "spo2"}) {
+    for (const auto& [verdict, count] : report["estimates"][value].items()) {
+      EXPECT_EQ(counts[value][verdict], count.get<int>()) << value << ' ' << verdict;
+    }
+  }
+  const std::string log = contentsOf(file("log"));
+  for (const char* line : {"Z Tapped Begin\n", "Z Done HR\n", "Z Done Both\n"}) {
+    EXPECT_THAT(log, HasSubstr(line));
+  }
+}
+
+TEST_F(MeasureTest, SyntheticFingertipsGiveTheirHeartRateAsVideoAndAsSeries) {
+  struct Case {
+    int bpm;
+    const char* fps;
+    const char* ending;
+  };
+  std::vector<Case> cases{{48, "15", ".y4m"}, {150, "60", ".mkv"}};
+  if (!compact) {
+    cases.insert(cases.end(), {{60, "24", ".mkv"},
+                               {75, "25", ".y4m"},
+                               {90, "30", ".mkv"},
+                               {112, "60", ".y4m"},
+                               {120, "15", ".mkv"},
+                               {160, "30", ".y4m"},
+                               {48, "60", ".mkv"},
+                               {160, "24", ".y4m"}});
+  }
+  for (const auto& [bpm, fps, ending] : cases) {
+    SCOPED_TRACE(std::to_string(bpm) + " at " + fps);
+    const std::string video = file(std::to_string(bpm) + "-" + fps + ending);
+    ASSERT_EQ(run({"synth", video, "--bpm", std::to_string(bpm), "--fps", fps, "--seconds", "40",
+                   "--size", "192x144"})
+                  .status,
+              0);
+    const Json measured = json({"measure", "--no-save", video});
+    EXPECT_EQ(measured["outcome"], "finished") << measured;
+    if (measured["heartrate"].is_number()) {
+      EXPECT_NEAR(measured["heartrate"].get<double>(), bpm, bin);
+    }
+    ASSERT_EQ(run({"series", video, "-o", file("series.csv")}).status, 0);
+    EXPECT_EQ(json({"measure", "--no-save", file("series.csv")}), measured);
+    std::filesystem::remove(video);
+  }
+}
+
+TEST_F(MeasureTest, KilledInTheMiddleTheStoreHoldsWholeEntries) {
+  const Arguments save{"measure", "--only", "heartrate", "--data", file("data")};
+  ASSERT_EQ(run(save).status, 0);
+  int finished = 1;
+  for (int milliseconds = 0; milliseconds < 120; milliseconds += compact ? 40 : 8) {
+    const pid_t child = start(save, [&] {
+      redirect(STDOUT_FILENO, "/dev/null", O_WRONLY);
+      redirect(STDERR_FILENO, "/dev/null", O_WRONLY);
+    });
+    usleep(static_cast<useconds_t>(milliseconds * 1000));
+    kill(child, SIGKILL);
+    finished += ended(child).status == 0 ? 1 : 0;
+    const auto entries = historyIn(file("data"));
+    EXPECT_GE(static_cast<int>(entries.size()), finished);
+    for (const HistoryEntry& entry : entries) EXPECT_NEAR(entry.hr, 72, bin);
+  }
+  EXPECT_EQ(run(save).status, 0);
+}
+
+}  // namespace
+}  // namespace veyla

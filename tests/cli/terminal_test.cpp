@@ -1,0 +1,123 @@
+#include <gmock/gmock.h>
+
+#include <regex>
+
+#include "tests/cli/program.h"
+
+namespace veyla {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string hidden = "\x1b[?25l";
+const std::string shown = "\x1b[?25h";
+
+bool isAscii(const std::string& text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<signed char>(c) > 0; });
+}
+
+/// The most columns that a line of the live view takes: sequences take none, a character one.
+std::size_t widestLine(const std::string& output) {
+  const std::string live =
+      output.substr(output.find(hidden), output.find(shown) - output.find(hidden));
+  const std::string text = std::regex_replace(live, std::regex("\x1b\\[[0-9;?]*[A-Za-z]|\r"), "");
+  std::size_t widest = 0;
+  std::size_t width = 0;
+  for (const char c : text) {
+    const bool continues = (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+    if (c == '\n') {
+      width = 0;
+    } else if (!continues) {
+      widest = std::max(widest, ++width);
+    }
+  }
+  return widest;
+}
+
+std::size_t countOf(const std::string& part, const std::string& text) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size())
+    ++count;
+  return count;
+}
+
+class TerminalTest : public Program {
+ protected:
+  const Arguments measure{"measure", "--no-save"};
+};
+
+TEST_F(TerminalTest, TheMeasurementIsShownLive) {
+  const Result result = onTerminal(measure);
+  EXPECT_EQ(result.status, 0);
+  for (const char* part : {"Heart rate", "BPM", "SpO2", "━", "─", "Analyzing - hold steady ...",
+                           "FINISHED", "100 %", "Heart rate   72 beats per minute"}) {
+    EXPECT_THAT(result.out, HasSubstr(part));
+  }
+  EXPECT_TRUE(std::regex_search(result.out, std::regex("\xE2[\xA0-\xA3][\x80-\xBF]")))
+      << "no curve";
+  EXPECT_LT(result.out.find(hidden), result.out.find(shown));
+}
+
+TEST_F(TerminalTest, NarrowTerminalsAreNotWrapped) {
+  for (const unsigned short columns : {80, 56, 40, 23, 20}) {
+    const Result result = onTerminal(measure, columns);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_LT(widestLine(result.out), columns);
+    EXPECT_THAT(result.out, HasSubstr("Heart rate"));
+    EXPECT_THAT(result.out, HasSubstr("Analyzing"));
+  }
+}
+
+TEST_F(TerminalTest, PlainTerminalsGetPlainText) {
+  environment["NO_COLOR"] = "1";
+  const Result colourless = onTerminal(measure);
+  EXPECT_THAT(colourless.out, HasSubstr(hidden));
+  EXPECT_FALSE(std::regex_search(colourless.out, std::regex("\x1b\\[[0-9;]*m")));
+
+  environment["LC_ALL"] = "C";
+  const Result ascii = onTerminal(measure);
+  EXPECT_TRUE(isAscii(ascii.out));
+  EXPECT_THAT(ascii.out, HasSubstr("####"));
+
+  environment["TERM"] = "dumb";
+  const Result dumb = onTerminal(measure);
+  EXPECT_THAT(dumb.out, Not(HasSubstr("\x1b")));
+  EXPECT_TRUE(dumb.out.starts_with("Heart rate   72 beats per minute\r\n")) << dumb.out;
+}
+
+TEST_F(TerminalTest, AnInterruptBringsTheCursorBack) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const Result result = onTerminal({"measure", "--no-save", "--realtime"}, 80, "", signal);
+    EXPECT_EQ(result.signal, signal);
+    EXPECT_GT(result.out.rfind(shown) + 1, result.out.rfind(hidden) + 1);
+    EXPECT_THAT(result.out, HasSubstr(shown));
+  }
+}
+
+TEST_F(TerminalTest, IntendedUseAndPermissionsComeOnce) {
+  const Result first = onTerminal({"measure"}, 80, "y\nn\n");
+  EXPECT_EQ(first.status, 0);
+  EXPECT_EQ(countOf("INTENDED USE", first.out), 1U);
+  EXPECT_EQ(countOf("[y/N]", first.out), 2U);
+  EXPECT_LT(first.out.rfind("[y/N]"), first.out.find(hidden)) << "asked with a hidden cursor";
+  const Result second = onTerminal({"measure"});
+  EXPECT_EQ(second.status, 0);
+  EXPECT_EQ(countOf("INTENDED USE", second.out) + countOf("[y/N]", second.out), 0U);
+
+  // Heart rates were allowed, saturations were not.
+  const std::string records = contentsOf(folder() / "home" / "veyla" / "Observations.ndjson");
+  EXPECT_EQ(countOf("8867-4", records), 2U) << records;
+  EXPECT_EQ(countOf("59408-5", records), 0U);
+}
+
+TEST_F(TerminalTest, NobodyIsAskedWithoutATerminal) {
+  const Result result = run({"measure"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.error, "");
+  EXPECT_FALSE(std::filesystem::exists(folder() / "home" / "veyla" / "Observations.ndjson"));
+}
+
+}  // namespace
+}  // namespace veyla
