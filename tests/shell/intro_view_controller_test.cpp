@@ -1,0 +1,79 @@
+#include "shell/intro_view_controller.h"
+
+#include <gmock/gmock.h>
+
+#include "history/history_store.h"
+#include "tests/support/test_platform.h"
+
+namespace veyla {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+
+class IntroViewControllerTest : public testing::Test {
+ protected:
+  TestPlatform platform_;
+  int dismissals_ = 0;
+  IntroViewController intro_{platform_.display, [this](const std::function<void()>& then) {
+                               ++dismissals_;
+                               then();
+                             }};
+
+  void SetUp() override { intro_.viewDidLoad(); }
+};
+
+TEST_F(IntroViewControllerTest, SwipesTurnThePagesAndStopAtBothEnds) {
+  intro_.swiperight();
+  EXPECT_EQ(intro_.currentPage(), 0);
+  EXPECT_EQ(intro_.indicatedPage(), -1);
+  for (int i = 0; i < 4; ++i) intro_.swipeleft();
+  EXPECT_EQ(intro_.currentPage(), 3);
+  EXPECT_EQ(intro_.indicatedPage(), 3);
+
+  platform_.journal.clear();
+  intro_.swiperight();
+  EXPECT_THAT(platform_.journal.of("display"),
+              ElementsAre("labelTitle slideLeft", "labelTitle text Step 3: Wait",
+                          "labelTitle slideRight", "image slideLeft", "image image dummyimg3.png",
+                          "image slideRight", "labelSubTitle slideLeft",
+                          "labelSubTitle text Wait 10 seconds for the progress bar and data curve "
+                          "to appear.",
+                          "labelSubTitle slideRight"));
+}
+
+TEST_F(IntroViewControllerTest, TheLightMayShineFromTheSideOnFourProfilesOnly) {
+  const auto placement = [&](const char* model) {
+    platform_.device.model = model;
+    intro_.viewDidLoad();
+    return intro_.subTitles()[1];
+  };
+  const char* lensOnly =
+      "Now cover lens with your finger. The flash's light must shine on your fingertip.";
+  const char* both = "Now cover both the camera lens and the flash with your finger.";
+  EXPECT_EQ(placement("iPhone8,2"), lensOnly);
+  EXPECT_EQ(placement("iPhone7,1"), lensOnly);
+  EXPECT_EQ(placement("iPhone6,1"), both);
+  EXPECT_EQ(placement("iPhone9,1"), both);
+}
+
+TEST_F(IntroViewControllerTest, TheFirstSkipShowsTheIntendedUseAndThenAsksForHealthRecords) {
+  intro_.buttonSkipTapped();
+  ASSERT_EQ(platform_.alerts.shown.back().title, "INTENDED USE");
+  EXPECT_FALSE(Utils::hasFirstTimeNotePopup());
+  EXPECT_EQ(dismissals_, 0) << "the introduction stays open behind the notice";
+
+  Alerts::instance().tapClose(platform_.alerts.lastId);
+  EXPECT_TRUE(Utils::hasFirstTimeNotePopup());
+  EXPECT_EQ(dismissals_, 1);
+  EXPECT_THAT(platform_.journal.lines(), Contains("health request"));
+
+  platform_.journal.clear();
+  intro_.buttonSkipTapped();
+  EXPECT_EQ(dismissals_, 2);
+  EXPECT_EQ(platform_.alerts.shown.size(), 1U);
+  EXPECT_TRUE(platform_.journal.of("health").empty());
+}
+
+}  // namespace
+}  // namespace veyla
