@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <vector>
 
 #include "analysis/vector_utils.h"
 
@@ -48,45 +47,6 @@ void addRow(const std::uint8_t* row, std::size_t pixelCount, ChannelSums& sums) 
   }
 }
 
-/// The sampled pixels of one cell and their bytes, a channel each; kept between frames so that a
-/// frame allocates nothing.
-struct CellSamples {
-  std::vector<std::uint32_t> pixels;
-  std::vector<std::uint8_t> red;
-  std::vector<std::uint8_t> green;
-  std::vector<std::uint8_t> blue;
-};
-
-void sampleCell(const std::uint8_t* pixels, std::size_t width, std::size_t height, int cell,
-                CellSamples& samples) {
-  const std::size_t cellWidth = width / gridSide;
-  const std::size_t cellHeight = height / gridSide;
-  const std::size_t column = static_cast<std::size_t>(cell - 1) % gridSide;
-  const std::size_t row = static_cast<std::size_t>(cell - 1) / gridSide;
-
-  samples.pixels.clear();
-  for (std::size_t y = row * cellHeight; y < (row + 1) * cellHeight; y += samplingStep) {
-    const std::uint8_t* start = pixels + bytesPerPixel * width * y;
-    for (std::size_t x = column * cellWidth; x < (column + 1) * cellWidth; x += samplingStep) {
-      samples.pixels.push_back(pixelAt(start + bytesPerPixel * x));
-    }
-  }
-}
-
-/// In a loop of its own, over pixels that lie side by side: it vectorizes.
-void splitChannels(CellSamples& samples) {
-  const std::size_t count = samples.pixels.size();
-  samples.red.resize(count);
-  samples.green.resize(count);
-  samples.blue.resize(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint32_t pixel = samples.pixels[i];
-    samples.blue[i] = static_cast<std::uint8_t>(pixel);
-    samples.green[i] = static_cast<std::uint8_t>(pixel >> 8);
-    samples.red[i] = static_cast<std::uint8_t>(pixel >> 16);
-  }
-}
-
 float averageOf(std::span<const double> cellMedians) {
   return static_cast<float>(calculateStat(cellMedians, "average").value_or(0));
 }
@@ -110,27 +70,51 @@ FrameSample averageWholeFrame(const std::uint8_t* pixels, std::size_t width, std
           static_cast<float>(luma)};
 }
 
-FrameSample averageGridCells(const std::uint8_t* pixels, std::size_t width, std::size_t height,
-                             std::span<const int> cells) {
-  thread_local CellSamples samples;
-  thread_local std::vector<double> redMedians;
-  thread_local std::vector<double> greenMedians;
-  thread_local std::vector<double> blueMedians;
-  redMedians.clear();
-  greenMedians.clear();
-  blueMedians.clear();
-
+FrameSample GridAverager::average(const std::uint8_t* pixels, std::size_t width, std::size_t height,
+                                  std::span<const int> cells) {
+  redMedians_.clear();
+  greenMedians_.clear();
+  blueMedians_.clear();
   for (const int cell : cells) {
     if (cell < 1 || cell > static_cast<int>(gridSide * gridSide)) continue;
-    sampleCell(pixels, width, height, cell, samples);
-    splitChannels(samples);
-    redMedians.push_back(median(samples.red));
-    greenMedians.push_back(median(samples.green));
-    blueMedians.push_back(median(samples.blue));
+    sampleCell(pixels, width, height, cell);
+    splitChannels();
+    redMedians_.push_back(median(red_));
+    greenMedians_.push_back(median(green_));
+    blueMedians_.push_back(median(blue_));
   }
+  const float red = averageOf(redMedians_);
+  return {red, averageOf(greenMedians_), averageOf(blueMedians_), red};
+}
 
-  const float red = averageOf(redMedians);
-  return {red, averageOf(greenMedians), averageOf(blueMedians), red};
+void GridAverager::sampleCell(const std::uint8_t* pixels, std::size_t width, std::size_t height,
+                              int cell) {
+  const std::size_t cellWidth = width / gridSide;
+  const std::size_t cellHeight = height / gridSide;
+  const std::size_t column = static_cast<std::size_t>(cell - 1) % gridSide;
+  const std::size_t row = static_cast<std::size_t>(cell - 1) / gridSide;
+
+  pixels_.clear();
+  for (std::size_t y = row * cellHeight; y < (row + 1) * cellHeight; y += samplingStep) {
+    const std::uint8_t* start = pixels + bytesPerPixel * width * y;
+    for (std::size_t x = column * cellWidth; x < (column + 1) * cellWidth; x += samplingStep) {
+      pixels_.push_back(pixelAt(start + bytesPerPixel * x));
+    }
+  }
+}
+
+/// In a loop of its own, over pixels that lie side by side: it vectorizes.
+void GridAverager::splitChannels() {
+  const std::size_t count = pixels_.size();
+  red_.resize(count);
+  green_.resize(count);
+  blue_.resize(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::uint32_t pixel = pixels_[i];
+    blue_[i] = static_cast<std::uint8_t>(pixel);
+    green_[i] = static_cast<std::uint8_t>(pixel >> 8);
+    red_[i] = static_cast<std::uint8_t>(pixel >> 16);
+  }
 }
 
 }  // namespace veyla

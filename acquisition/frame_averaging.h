@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "platform/capture.h"
 
@@ -14,11 +15,29 @@ namespace veyla {
 FrameSample averageWholeFrame(const std::uint8_t* pixels, std::size_t width, std::size_t height,
                               std::size_t bytesPerRow);
 
-/// The mean over `cells` of the medians of every fourth pixel of every fourth row; the pulse value
-/// is the red one. Cells are numbered 1 to 16, row by row, in a 4 × 4 division of the frame; other
-/// numbers name no pixels and are passed over. Rows are taken to be unpadded. Without cells every
-/// value is not-a-number.
-FrameSample averageGridCells(const std::uint8_t* pixels, std::size_t width, std::size_t height,
-                             std::span<const int> cells);
+/// Averages grid cells; keeps its buffers from frame to frame, so that a frame allocates nothing.
+class GridAverager {
+ public:
+  /// The mean over `cells` of the medians of every fourth pixel of every fourth row; the pulse
+  /// value is the red one. Cells are numbered 1 to 16, row by row, in a 4 × 4 division of the
+  /// frame; other numbers name no pixels and are passed over. Rows are taken to be unpadded.
+  /// Without cells every value is not-a-number.
+  FrameSample average(const std::uint8_t* pixels, std::size_t width, std::size_t height,
+                      std::span<const int> cells);
+
+ private:
+  void sampleCell(const std::uint8_t* pixels, std::size_t width, std::size_t height, int cell);
+  void splitChannels();
+
+  /// The sampled pixels of one cell, and their bytes, a channel each.
+  std::vector<std::uint32_t> pixels_;
+  std::vector<std::uint8_t> red_;
+  std::vector<std::uint8_t> green_;
+  std::vector<std::uint8_t> blue_;
+  /// A median per cell.
+  std::vector<double> redMedians_;
+  std::vector<double> greenMedians_;
+  std::vector<double> blueMedians_;
+};
 
 }  // namespace veyla

@@ -69,18 +69,29 @@ std::optional<Value> loadDefaultSettings(std::string_view resourceName) {
   if (!text) return std::nullopt;
   const auto json = services().json.parse(*text);
   if (!json) return std::nullopt;
-  const auto* entries = (*json)["results"].array();
-  if (!entries) return std::nullopt;
-
-  const std::string profile = platformString();
   std::optional<Value> kept;
-  for (const Value& entry : *entries) {
-    const auto* model = entry["iPhoneModel"].text();
-    if (!model || *model != profile) continue;
+  for (Value& entry : entriesFor(platformString(), *json)) {
     logLine("found ya!: %s", described(entry).c_str());
-    kept = entry;
+    kept = std::move(entry);
   }
   return kept;
+}
+
+std::vector<Value> entriesFor(std::string_view profile, const Value& resource) {
+  std::vector<Value> found;
+  const auto* entries = resource["results"].array();
+  if (!entries) return found;
+  for (const Value& entry : *entries) {
+    const auto* model = entry["iPhoneModel"].text();
+    if (model && *model == profile) found.push_back(entry);
+  }
+  return found;
+}
+
+void appendCells(const Value& grids, std::vector<int>& cells) {
+  if (const auto* numbers = grids.array()) {
+    for (const Value& cell : *numbers) cells.push_back(cell.intValue());
+  }
 }
 
 void setSpo2Settings(std::optional<Value> settings) { held().spo2 = std::move(settings); }

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/value.h"
 
@@ -14,6 +15,13 @@ namespace veyla::Utils {
 /// "HeartrateSettings", "CameraSettings"); the last one where several match. Nothing when the
 /// resource is missing, no JSON, or has no entry for the device.
 std::optional<Value> loadDefaultSettings(std::string_view resourceName);
+
+/// The entries for `profile` in a settings resource that was read, in its order; the last one
+/// holds.
+std::vector<Value> entriesFor(std::string_view profile, const Value& resource);
+
+/// Appends the cell numbers of a "grids" value, none for anything but a list.
+void appendCells(const Value& grids, std::vector<int>& cells);
 
 /// Replace a held set; null empties it.
 void setSpo2Settings(std::optional<Value> settings);

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "acquisition/frame_averaging.h"
 #include "acquisition/settings.h"
 #include "platform/platform.h"
 #include "shell/alerts.h"
@@ -188,10 +187,8 @@ void VideoProcessing::captureOutput(PixelBuffer& didOutputSampleBuffer) {
   buffer.unlockBaseAddress();
 
   cells_.clear();
-  if (const auto* grids = Utils::getSpo2Settings("grids").array()) {
-    for (const Value& cell : *grids) cells_.push_back(cell.intValue());
-  }
-  deliver(averageGridCells(pixels, width, height, cells_));
+  Utils::appendCells(Utils::getSpo2Settings("grids"), cells_);
+  deliver(gridAverager_.average(pixels, width, height, cells_));
 }
 
 void VideoProcessing::captureOutput(const FrameSample& didOutputSample) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "acquisition/frame_averaging.h"
 #include "acquisition/video_delegate.h"
 #include "platform/capture.h"
 #include "platform/date.h"
@@ -86,6 +87,7 @@ class VideoProcessing : public SampleBufferDelegate {
   std::shared_ptr<VideoDataOutput> videoDataOutput_;
 
   std::vector<int> cells_;
+  GridAverager gridAverager_;
 };
 
 }  // namespace veyla

@@ -60,9 +60,10 @@ void gridCells(benchmark::State& state) {
   const Frame frame(state);
   std::vector<int> cells(16);
   std::iota(cells.begin(), cells.end(), 1);
+  GridAverager averager;
   for (auto _ : state) {
     benchmark::DoNotOptimize(
-        averageGridCells(frame.pixels.data(), frame.width, frame.height, cells));
+        averager.average(frame.pixels.data(), frame.width, frame.height, cells));
   }
 }
 BENCHMARK(gridCells)->Apply(sizes);

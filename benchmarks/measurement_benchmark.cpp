@@ -42,10 +42,13 @@ class Keeper : public SampleBufferDelegate {
 
   void captureOutput(PixelBuffer& buffer) override {
     frames.push_back(
-        averageGridCells(buffer.baseAddress(), buffer.width(), buffer.height(), allCells));
+        averager_.average(buffer.baseAddress(), buffer.width(), buffer.height(), allCells));
   }
   void captureOutput(const FrameSample& sample) override { frames.push_back(sample); }
   void captureOutput(DroppedSample) override {}
+
+ private:
+  GridAverager averager_;
 };
 
 std::vector<FrameSample> fingertip() {

@@ -22,8 +22,12 @@ AppDelegate::AppDelegate() {
 bool AppDelegate::application(LaunchOptions /*didFinishLaunchingWithOptions*/) {
   logLine("AppDelegate didFinishLaunchingWithOptions, using iPhone: %s",
           Utils::platformString().c_str());
-  Utils::convertOldValuesToNew();
-  Utils::clearValuesOLD();
+  // In one piece: an old history that is migrated only in part, or by two launches at once, would
+  // be migrated again.
+  services().store.exclusively([] {
+    Utils::convertOldValuesToNew();
+    Utils::clearValuesOLD();
+  });
   Utils::loadLocalFaqs();
   Utils::setSpo2Settings(Utils::loadDefaultSettings("Spo2Settings"));
   Utils::setHeartrateSettings(Utils::loadDefaultSettings("HeartrateSettings"));

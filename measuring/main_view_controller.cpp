@@ -343,7 +343,8 @@ void MainViewController::manageSpo2() {
   }
 
   if (verdict == EstimateVerdict::none) {
-    if (failedSpo2Counter_++ >= spo2FailuresBeforeBlank) showSpo2Default();
+    // A not-a-number counts for nothing.
+    if (spo2 <= 0 && failedSpo2Counter_++ >= spo2FailuresBeforeBlank) showSpo2Default();
     return;
   }
   if (verdict == EstimateVerdict::accepted) {

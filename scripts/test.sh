@@ -11,13 +11,13 @@ echo "== core with clang and libc++"
 cmake --preset clang-core >/dev/null
 cmake --build --preset clang-core
 
-passed=0 failed=0 skipped=0
+passed=0 failed=0 skipped=0 status=0
 for preset in release sanitize; do
   echo "== tests, $preset"
   cmake --preset "$preset" -DVEYLA_TESTS=ON >/dev/null
   cmake --build --preset "$preset"
   results=build/$preset/tests.xml
-  ctest --test-dir "build/$preset" --output-on-failure --output-junit tests.xml -j "$(nproc)" || true
+  ctest --test-dir "build/$preset" --output-on-failure --output-junit tests.xml -j "$(nproc)" || status=$?
   count() { sed -n "s/.*<testsuite .*$1=\"\([0-9]*\)\".*/\1/p;s/^[[:space:]]*$1=\"\([0-9]*\)\".*/\1/p" "$results" | head -n 1; }
   tests=$(count tests) failures=$(count failures) skips=$(count skipped)
   : "${tests:?no test ran}" "${failures:?}" "${skips:?}"
@@ -25,4 +25,4 @@ for preset in release sanitize; do
   passed=$((passed + tests - failures - skips))
 done
 echo "$passed passed, $failed failed, $skipped skipped"
-[ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
+[ "$status" -eq 0 ] && [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "apps/cli/exit_status.h"
+#include "apps/cli/measurement_run.h"
 
 namespace veyla {
 
@@ -14,7 +15,7 @@ struct EvaluateOptions {
   double every = 20;
   bool heartrate = true;
   bool spo2 = false;
-  std::string device = "iPhone8,1";
+  std::string device = defaultDevice;
   std::string settingsFolder;
   int jobs = 0;
   bool json = false;

@@ -138,6 +138,9 @@ MeasurementReport runInView(MeasurementRun& run, bool quiet) {
 }
 
 ExitStatus measure(const MeasureOptions& options) {
+  if (options.json && options.traceFile == "-") {
+    throw UsageError("--json and --trace -: both would go to standard output; name a file");
+  }
   std::unique_ptr<RecordingSource> source =
       options.input.empty()
           ? std::make_unique<SyntheticSource>(FingerOptions{}, builtInSeconds, builtInRate)

@@ -44,12 +44,15 @@ struct MeasurementReport {
   std::string remark;
 };
 
+/// The hardware model that is measured for unless another one is named.
+inline constexpr const char* defaultDevice = "iPhone8,1";
+
 /// What is measured, and which part of the recording.
 struct MeasurementRequest {
   bool heartrate = true;
   bool spo2 = true;
   /// Hardware model, such as "iPhone8,1".
-  std::string device = "iPhone8,1";
+  std::string device = defaultDevice;
   /// Seconds into the recording at which START is tapped.
   double start = 0;
   /// Seconds of the recording that are used from there, the countdown included.

@@ -4,26 +4,37 @@
 #include <cstdio>
 
 #include "acquisition/frame_averaging.h"
+#include "acquisition/settings.h"
 #include "apps/cli/decimal.h"
 #include "apps/cli/exit_status.h"
+#include "apps/cli/measurement_run.h"
+#include "platform/linux/json.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/recording_source.h"
+#include "platform/linux/resource_files.h"
 
 namespace veyla {
 
 namespace {
 
-constexpr int firstCell = 1;
-constexpr int lastCell = 16;
+/// The cells that the default device averages.
+std::vector<int> measuredCells() {
+  const auto text = EmbeddedResources().read("Spo2Settings", "json");
+  const Value resource = NlohmannJsonParser().parse(text.value_or("")).value_or(Value());
+  std::vector<int> cells;
+  for (const Value& entry : Utils::entriesFor(Utils::profileOf(defaultDevice), resource)) {
+    cells.clear();
+    Utils::appendCells(entry["grids"], cells);
+  }
+  return cells;
+}
 
 /// Averages frames as the measurement does.
 class FrameAverager : public SampleBufferDelegate {
  public:
-  explicit FrameAverager(const std::vector<int>& cells) : cells_(cells) {}
-
   void captureOutput(PixelBuffer& didOutputSampleBuffer) override {
     const PixelBuffer& frame = didOutputSampleBuffer;
-    sample_ = averageGridCells(frame.baseAddress(), frame.width(), frame.height(), cells_);
+    sample_ = averager_.average(frame.baseAddress(), frame.width(), frame.height(), cells_);
   }
   void captureOutput(const FrameSample& didOutputSample) override { sample_ = didOutputSample; }
   void captureOutput(DroppedSample) override {}
@@ -31,7 +42,8 @@ class FrameAverager : public SampleBufferDelegate {
   const FrameSample& sample() const { return sample_; }
 
  private:
-  const std::vector<int>& cells_;
+  std::vector<int> cells_ = measuredCells();
+  GridAverager averager_;
   FrameSample sample_;
 };
 
@@ -47,23 +59,13 @@ std::string rowOf(double seconds, const FrameSample& sample) {
   return row;
 }
 
-void requireCells(const std::vector<int>& cells) {
-  if (cells.empty()) throw UsageError("cells: none given; give numbers from 1 to 16");
-  for (const int cell : cells) {
-    if (cell < firstCell || cell > lastCell) {
-      throw UsageError("cells: " + std::to_string(cell) + " is not a cell; give 1 to 16");
-    }
-  }
-}
-
 }  // namespace
 
 ExitStatus runSeries(const SeriesOptions& options) {
   return exitStatusOf([&] {
-    requireCells(options.cells);
     const auto recording = openRecording(options.input);
     OutputFile output(options.output);
-    FrameAverager averager(options.cells);
+    FrameAverager averager;
     output.write("time,R,G,B,hr\n");
     while (recording->advance()) {
       recording->deliver(averager);

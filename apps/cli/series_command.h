@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "apps/cli/exit_status.h"
 
@@ -13,8 +12,6 @@ struct SeriesOptions {
   std::string input;
   /// A file to write when all of the recording is read; "-" is standard output.
   std::string output = "-";
-  /// The grid cells (1 to 16) that are averaged.
-  std::vector<int> cells{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
 };
 
 /// Writes `time,R,G,B,hr` for every frame at the recording's own rate: milliseconds since the first

@@ -1,5 +1,7 @@
 #include "apps/cli/settings_source.h"
 
+#include <filesystem>
+
 #include "acquisition/settings.h"
 #include "apps/cli/complain.h"
 #include "platform/linux/json.h"
@@ -15,11 +17,15 @@ SettingsSource::SettingsSource(const std::string& folder, const std::string& dev
     return;
   }
   resources_ = std::make_unique<FolderResources>(folder);
-  const std::string profile = Utils::profileOf(device);
-  for (const auto& problem : checkSettings(*resources_, NlohmannJsonParser(), profile)) {
-    if (problem.kind != SettingsProblem::Kind::warning) throw InputError(problem.line);
-    complain("warning: " + problem.line);
+  const auto problems = checkSettings(*resources_, NlohmannJsonParser(), Utils::profileOf(device));
+  // A line begins with the name of its file.
+  const auto placed = [&](const SettingsProblem& problem) {
+    return (std::filesystem::path(folder) / problem.line).string();
+  };
+  for (const auto& problem : problems) {
+    if (problem.kind != SettingsProblem::Kind::warning) throw InputError(placed(problem));
   }
+  for (const auto& problem : problems) complain("warning: " + placed(problem));
 }
 
 }  // namespace veyla

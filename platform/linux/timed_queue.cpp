@@ -13,6 +13,8 @@ Date wallNow() {
   return {std::chrono::duration<double>(now).count()};
 }
 
+constexpr double secondsAheadOfTheWall = 60;
+
 constexpr double nanosecondsPerSecond = 1e9;
 
 std::int64_t nanosecondsOf(double seconds) { return std::llround(seconds * nanosecondsPerSecond); }
@@ -24,7 +26,9 @@ double secondsOf(std::int64_t nanoseconds) {
 }  // namespace
 
 TimedQueue::TimedQueue(Pace pace)
-    : pace_(pace), start_(wallNow()), wallStart_(std::chrono::steady_clock::now()) {}
+    : pace_(pace), start_(wallNow()), wallStart_(std::chrono::steady_clock::now()) {
+  if (pace_ == Pace::recording) start_.secondsSince1970 -= secondsAheadOfTheWall;
+}
 
 TimedQueue::TimedQueue(Date start) : TimedQueue(Pace::recording) { start_ = start; }
 

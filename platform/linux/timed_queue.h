@@ -13,8 +13,9 @@ namespace veyla {
 /// The main queue and clock of a program: in a recording's own time, which jumps from one piece of
 /// work to the next, or in the wall's.
 ///
-/// Either way the clock starts at the wall's time of construction, so that what is stored carries a
-/// date that means something.
+/// The wall's clock starts at the wall's time. A recording's starts a minute earlier: it runs ahead
+/// while the recording is measured, and what is stored then, seldom after more than a minute of it,
+/// must not be dated in the future.
 class TimedQueue : public MainQueue, public Clock {
  public:
   enum class Pace { recording, wall };

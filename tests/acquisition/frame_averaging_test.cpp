@@ -13,7 +13,7 @@ constexpr TestFrame::Pixel black{0, 0, 0};
 constexpr TestFrame::Pixel fingertip{10, 200, 100};
 
 FrameSample averageCells(const TestFrame& frame, std::vector<int> cells) {
-  return averageGridCells(frame.baseAddress(), frame.width(), frame.height(), cells);
+  return GridAverager().average(frame.baseAddress(), frame.width(), frame.height(), cells);
 }
 
 FrameSample averageAll(const TestFrame& frame) {

@@ -192,10 +192,6 @@ TEST_F(RecordingCommandsTest, WrongValuesAreNamed) {
   EXPECT_THAT(refused([](auto& o) { o.noise = -1; }), HasSubstr("noise: -1"));
   EXPECT_THAT(refused([](auto& o) { o.motion = 11; }), HasSubstr("motion: 11"));
   EXPECT_THAT(folder_.names(), IsEmpty());
-
-  SeriesOptions cells;
-  cells.cells = {17};
-  EXPECT_EQ(outcomeOf(runSeries, cells).status, 2);
 }
 
 TEST_F(RecordingCommandsTest, UnreadableInputLeavesTheOutputAsItWas) {

@@ -167,7 +167,7 @@ TEST(FingerPainterTest, CellsDifferSoThatWholeMediansCarryThePulse) {
   const std::vector<int> cells{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
   struct : SampleBufferDelegate {
     void captureOutput(PixelBuffer& frame) override {
-      sample = averageGridCells(frame.baseAddress(), frame.width(), frame.height(), *cells);
+      sample = GridAverager().average(frame.baseAddress(), frame.width(), frame.height(), *cells);
     }
     void captureOutput(const FrameSample&) override {}
     void captureOutput(DroppedSample) override {}

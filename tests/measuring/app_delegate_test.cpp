@@ -76,5 +76,16 @@ TEST_F(AppDelegateTest, AfterTheFirstReturnEveryActivationIsPosted) {
   EXPECT_THAT(posted_, ElementsAre("didEnterBackground", "didBecomeActive", "didBecomeActive"));
 }
 
+TEST(AppDelegateTest, AnOldHistoryIsMigratedAndRemovedInOnePiece) {
+  TestPlatform platform;
+  Utils::saveHeartrateOLD(64, 98, TestPlatform::start, std::nullopt);
+  Utils::saveHeartrateOLD(72, 97, TestPlatform::start, std::nullopt);
+  platform.store.exclusivePieces = 0;
+  AppDelegate::instance().application({});
+  EXPECT_EQ(Utils::getValues()->size(), 2U);
+  EXPECT_FALSE(Utils::getValuesOLD());
+  EXPECT_EQ(platform.store.exclusivePieces, 2) << "the migration, and the count of uses";
+}
+
 }  // namespace
 }  // namespace veyla

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "history/history_store.h"
+#include "shell/alerts.h"
 #include "tests/support/test_platform.h"
 
 namespace veyla {

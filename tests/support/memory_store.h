@@ -29,9 +29,17 @@ class MemoryStore : public KeyValueStore {
     journal_.add("store remove " + std::string(key));
   }
   void synchronize() override { journal_.add("store flush"); }
-  void exclusively(const std::function<void()>& changes) override { changes(); }
+  void exclusively(const std::function<void()>& changes) override {
+    ++nesting_;
+    changes();
+    if (--nesting_ == 0) ++exclusivePieces;
+  }
+
+  /// How often changes were made durable in one piece, nested ones with the outermost.
+  int exclusivePieces = 0;
 
  private:
+  int nesting_ = 0;
   Journal& journal_;
 };
 
