@@ -46,11 +46,12 @@ std::vector<std::string> brailleCurve(const std::vector<int>& values, std::size_
   // Bits of the dots of a character, top to bottom, left column and right column.
   constexpr unsigned dotBits[2][dotsPerRow] = {{0x01, 0x02, 0x04, 0x40}, {0x08, 0x10, 0x20, 0x80}};
 
-  const auto [min, max] = std::minmax_element(values.begin(), values.end());
-  const double range = std::max(1, *max - *min);
+  const int highest = *std::max_element(values.begin(), values.end());
+  const int lowest = *std::min_element(values.begin(), values.end());
+  const double range = std::max(1, highest - lowest);
   const double height = static_cast<double>(rows * dotsPerRow - 1);
   const auto dotOf = [&](std::size_t i) {
-    return static_cast<std::size_t>(std::lround((*max - values[i]) / range * height));
+    return static_cast<std::size_t>(std::lround((highest - values[i]) / range * height));
   };
 
   std::vector<std::vector<unsigned>> cells(rows, std::vector<unsigned>((values.size() + 1) / 2));

@@ -83,6 +83,7 @@ struct IcuText::Formats {
 
   static std::vector<UnicodeString> plainSpaced(const UnicodeString* words, std::int32_t count) {
     std::vector<UnicodeString> plain;
+    plain.reserve(static_cast<std::size_t>(count));
     for (std::int32_t i = 0; i < count; ++i) plain.push_back(withPlainSpaces(words[i]));
     return plain;
   }
