@@ -95,7 +95,8 @@ class FfmpegSource::Reader {
     throw InputError(path_ + ": " + reason);
   }
 
-  std::string remark(double lastTime) const {
+  /// `lastTime` is that of the last frame, `gap` the step after it at which the recording ends.
+  std::string remark(double lastTime, std::optional<double> gap) const {
     std::string text;
     const auto add = [&](const std::string& part) { text += (text.empty() ? "" : "; ") + part; };
     if (undecodable_ > 0) {
@@ -107,6 +108,10 @@ class FfmpegSource::Reader {
           (damaged_ == 1 ? "was" : "were") + " used as far as decoded");
     }
     if (isCutOff()) add(formatText("cut off after %.1f s, what came before was used", lastTime));
+    if (gap) {
+      add(formatText("used up to %.1f s, where its times leap by %.6g s; ", lastTime, *gap) +
+          "cut the video there to use the rest");
+    }
     return text.empty() ? text : path_ + ": " + text;
   }
 
@@ -393,7 +398,13 @@ FfmpegSource::~FfmpegSource() = default;
 
 void FfmpegSource::readNext() {
   nextTime_.reset();
-  if (reader_->read(scaler_->nextFrame())) nextTime_ = clock_->timeOf(scaler_->nextFrame());
+  if (gap_ || !reader_->read(scaler_->nextFrame())) return;
+  const double next = clock_->timeOf(scaler_->nextFrame());
+  if (next - time_ > longestStepBetweenFrames) {
+    gap_ = next - time_;
+  } else {
+    nextTime_ = next;
+  }
 }
 
 bool FfmpegSource::advance() {
@@ -411,6 +422,6 @@ void FfmpegSource::deliver(SampleBufferDelegate& delegate) {
   delegate.captureOutput(scaler_->output());
 }
 
-std::string FfmpegSource::remark() const { return reader_->remark(time_); }
+std::string FfmpegSource::remark() const { return reader_->remark(time_, gap_); }
 
 }  // namespace veyla

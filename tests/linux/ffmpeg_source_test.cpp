@@ -149,6 +149,17 @@ TEST_F(FfmpegSourceTest, TimesThatStartAgainGoOn) {
   EXPECT_NEAR(played.times.back(), 119 / 30.0, 0.01);
 }
 
+TEST_F(FfmpegSourceTest, AVideoEndsWhereItsTimesLeap) {
+  const std::string path =
+      folder_.ffmpeg(pictures("64x48", "30", "2") +
+                         "-vf \"setpts='PTS+if(gte(N,30),11/TB,0)'\" -vsync vfr " + h264 + "-bf 0",
+                     "a.mp4");
+  const auto played = read(path);
+  EXPECT_EQ(played.times.size(), 30U);
+  EXPECT_THAT(played.remark,
+              StartsWith(path + ": used up to 1.0 s, where its times leap by 11.0333 s; "));
+}
+
 TEST_F(FfmpegSourceTest, OfAFileThatIsCutOffWhatCameBeforeIsUsed) {
   const std::string content = pictures("320x240", "30", "4") + h264;
   for (const char* name : {"a.mp4", "a.mkv", "a.avi"}) {
