@@ -1,6 +1,7 @@
 #include "platform/linux/ffmpeg_source.h"
 
 extern "C" {
+#include <libavutil/avstring.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -27,6 +28,26 @@ constexpr AVRational fallbackRate{30, 1};
 bool isDrawnText(AVCodecID codec) {
   return codec == AV_CODEC_ID_ANSI || codec == AV_CODEC_ID_BINTEXT || codec == AV_CODEC_ID_XBIN ||
          codec == AV_CODEC_ID_IDF;
+}
+
+/// Formats that are no recording themselves but lead to other files, devices or scripts.
+bool leadsElsewhere(const AVInputFormat& format) {
+  constexpr std::array<std::string_view, 8> names{"concat", "dash", "hls",    "imf",
+                                                  "mlv",    "sdp",  "vobsub", "webm_dash_manifest"};
+  return (format.flags & AVFMT_NOFILE) != 0 ||
+         std::any_of(names.begin(), names.end(), [&](std::string_view name) {
+           return av_match_name(name.data(), format.name) != 0;
+         });
+}
+
+/// The names of all formats that hold their recording themselves, as the libraries take them.
+std::string formatsOfOneFile() {
+  std::string names;
+  void* position = nullptr;
+  while (const AVInputFormat* format = av_demuxer_iterate(&position)) {
+    if (!leadsElsewhere(*format)) names += (names.empty() ? "" : ",") + std::string(format->name);
+  }
+  return names;
 }
 
 /// Phones write a video's index at its end; without it the file opens as nothing at all.
@@ -120,6 +141,7 @@ class FfmpegSource::Reader {
     AVFormatContext* input = nullptr;
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "file", 0);
+    av_dict_set(&options, "format_whitelist", formatsOfOneFile().c_str(), 0);
     int error = avformat_open_input(&input, ffmpeg::fileUrl(path_).c_str(), nullptr, &options);
     av_dict_free(&options);
     if (error < 0) {

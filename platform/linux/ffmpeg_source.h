@@ -23,7 +23,8 @@ namespace veyla {
 ///   which the remark tells.
 /// - Rotation is ignored on purpose: the buffers of a live camera are in the orientation of its
 ///   sensor too, and what is measured are averages of cells.
-/// - Only local files: what a file refers to elsewhere is not followed.
+/// - Only the file itself: playlists and sequences of pictures, which lead to other files, are no
+///   videos.
 class FfmpegSource : public RecordingSource {
  public:
   /// Decodes the first frame. Throws `InputError`.
