@@ -130,7 +130,8 @@ void describeSynth(CLI::App& command, veyla::SynthOptions& options, std::string&
   addNumber(command, "--seed", options.seed, "N", "another finger for every number (1)",
             numberWithin(0, largestSeed, true));
   command.add_option("--from", options.from, "draw a recorded colour series as frames")
-      ->type_name("SERIES.csv");
+      ->type_name("SERIES.csv")
+      ->check(something());
 }
 
 void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::string& only) {
