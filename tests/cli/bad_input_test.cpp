@@ -1,5 +1,6 @@
 #include <sqlite3.h>
 
+#include "apps/cli/complain.h"
 #include "tests/cli/program.h"
 
 namespace veyla {
@@ -9,7 +10,7 @@ class BadInputTest : public Program {
  protected:
   void expectUnreadable(const std::string& path, const std::vector<std::string>& parts) const {
     SCOPED_TRACE(path);
-    std::vector<std::string> all{std::filesystem::path(path).filename()};
+    std::vector<std::string> all{printable(std::filesystem::path(path).filename())};
     all.insert(all.end(), parts.begin(), parts.end());
     expectRefused(run({"measure", path}), 3, all);
     EXPECT_FALSE(std::filesystem::exists(file("home"))) << "a store was made for nothing";
@@ -49,6 +50,9 @@ TEST_F(BadInputTest, WrongUsageIsOneLineWithTheWayOut) {
       {{"synth", "o.csv", "--bpm", "10"}, {"--bpm: 10 is out of range; give 20 to 300"}},
       {{"synth", "o.csv", "--bpm", "abc"}, {"--bpm: \"abc\" is no number"}},
       {{"synth", "o.csv", "--fps", "nan"}, {"--fps: not a finite number; give 1 to 240"}},
+      {{"synth", "o.csv", "--seconds", "1e300"}, {"--seconds: 1e+300 is out of range; give 0.001"}},
+      {{"synth", "o.csv", "--size", "8x480"}, {"--size: width: 8 is out of range; give 16 to"}},
+      {{"synth", "o.csv", "--from", ""}, {"--from: its text is empty"}},
       {{"synth", "o.csv", "--seed", "-1"}, {"--seed: \"-1\" is no whole number from 0"}},
       {{"synth", "o.csv", "--size", "3"}, {"--size: \"3\" is no size"}},
       {{"evaluate", ".", "--window", "1"}, {"--window: \"1\" is no number from 3"}}};
@@ -60,6 +64,8 @@ TEST_F(BadInputTest, WrongUsageIsOneLineWithTheWayOut) {
 
 TEST_F(BadInputTest, WhatIsNoVideoIsRefused) {
   expectUnreadable(file("absent.mp4"), {"no such file"});
+  expectUnreadable(file("line\nfeed\x1b[31m\xC2\x9B\x7F\u00e9.mp4"),
+                   {"line?feed?[31m??\u00e9.mp4: no"});
   expectUnreadable(folder(), {"a folder"});
   expectUnreadable(write("empty.mp4", ""), {"an empty file"});
   expectUnreadable(write("text.mp4", "This is a letter and not a film.\n"), {"not a video"});
