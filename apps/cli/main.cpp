@@ -13,6 +13,7 @@
 #include "apps/cli/evaluate_command.h"
 #include "apps/cli/exit_status.h"
 #include "apps/cli/measure_command.h"
+#include "apps/cli/output_apart.h"
 #include "apps/cli/series_command.h"
 #include "apps/cli/synth_command.h"
 
@@ -204,14 +205,23 @@ int main(int argc, char** argv) {
   measure.callback([&] {
     measureOptions.request.heartrate = measured != "spo2";
     measureOptions.request.spo2 = measured != "heartrate";
-    status = veyla::runMeasure(measureOptions);
+    status = veyla::exitStatusOf([&] {
+      veyla::requireApart("--trace", measureOptions.traceFile, measureOptions.input);
+      veyla::requireApart("--log", measureOptions.logFile, measureOptions.input);
+      return veyla::runMeasure(measureOptions);
+    });
   });
 
   veyla::SeriesOptions seriesOptions;
   CLI::App& series =
       *program.add_subcommand("series", "write every frame's colours as a colour series");
   describeSeries(series, seriesOptions);
-  series.callback([&] { status = veyla::runSeries(seriesOptions); });
+  series.callback([&] {
+    status = veyla::exitStatusOf([&] {
+      veyla::requireApart("-o", seriesOptions.output, seriesOptions.input);
+      return veyla::runSeries(seriesOptions);
+    });
+  });
 
   veyla::SynthOptions synthOptions;
   CLI::App& synth = *program.add_subcommand("synth", "generate a fingertip recording");
@@ -220,6 +230,7 @@ int main(int argc, char** argv) {
   synth.callback([&] {
     status = veyla::exitStatusOf([&] {
       if (!size.empty()) veyla::setSize(synthOptions, size);
+      if (synthOptions.from) veyla::requireApart("OUT", synthOptions.output, *synthOptions.from);
       return veyla::runSynth(synthOptions);
     });
   });

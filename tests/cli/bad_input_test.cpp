@@ -177,6 +177,23 @@ TEST_F(BadInputTest, AStoreThatCannotBeUsedIsLeftAsItIs) {
   expectRefused(run({"measure", "--data", file("inTheWay")}), 4, {"inTheWay", "a file stands"});
 }
 
+TEST_F(BadInputTest, TheInputIsNeverWrittenOver) {
+  const std::string input = file("in.csv");
+  ASSERT_EQ(run({"synth", input}).status, 0);
+  const std::string contents = contentsOf(input);
+  std::filesystem::create_symlink(input, file("symbolic.csv"));
+  std::filesystem::create_hard_link(input, file("hard.csv"));
+  for (const std::string name : {"in.csv", "./in.csv", "symbolic.csv", "hard.csv"}) {
+    const std::string told = ": " + name + " is the input itself; name another file";
+    expectRefused(run({"series", input, "-o", name}), 2, {"-o" + told});
+    expectRefused(run({"measure", input, "--trace", name}), 2, {"--trace" + told});
+    expectRefused(run({"measure", input, "--log", name}), 2, {"--log" + told});
+    expectRefused(run({"synth", "--from", input, name}), 2, {"OUT" + told});
+  }
+  EXPECT_EQ(contentsOf(input), contents);
+  EXPECT_EQ(run({"series", input, "-o", file("out.csv")}).status, 0);
+}
+
 TEST_F(BadInputTest, OutputThatCannotBeWrittenIsToldAndCostsNoMeasurement) {
   const auto onFullDisk = [] { redirect(STDOUT_FILENO, "/dev/full", O_WRONLY); };
   const auto closed = [] { close(STDOUT_FILENO); };
