@@ -162,11 +162,11 @@ std::string explained(const CLI::ParseError& error, const CLI::App& program) {
     return given.front() +
            (given.front().starts_with('-') ? ": no such option" : ": no such command") + help;
   }
-  if (error.get_name() == "ExtrasError") {
+  if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
     const std::string extras = text.substr(text.find(": ") + 2);
     return extras + (extras.starts_with('-') ? ": no such option" : ": not expected here") + help;
   }
-  if (error.get_name() == "ArgumentMismatch") {
+  if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch)) {
     return text.substr(0, text.find(':')) + ": its value is missing" + help;
   }
   return text + help;

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <cmath>
 #include <sstream>
 
 #include "history/history_entry.h"
@@ -42,19 +41,7 @@ std::vector<HistoryEntry> historyIn(const std::filesystem::path& folder) {
   return entries;
 }
 
-class MeasureTest : public Program {
- protected:
-  /// A series at 30 frames a second whose colours pulse with these amplitudes.
-  std::string pulses(double red, double blue) const {
-    std::string text = "time,R,G,B\n";
-    for (int i = 0; i < 60 * 30; ++i) {
-      const double wave = std::sin(2 * M_PI * 1.2 * i / 30);
-      text += std::to_string(i * 1000.0 / 30) + "," + std::to_string(180 + red * wave) + "," +
-              std::to_string(90 + blue * wave) + "," + std::to_string(60 + blue * wave) + "\n";
-    }
-    return write("pulses.csv", text);
-  }
-};
+using MeasureTest = Program;
 
 TEST_F(MeasureTest, TheFingertipIsMeasuredAndReportedAlikeAtEveryRun) {
   const Json report = json({"measure", "--no-save"});
@@ -116,12 +103,12 @@ TEST_F(MeasureTest, WhatEndsEarlyIsToldAndNotKept) {
   EXPECT_EQ(json({"measure", "--no-save", "--start", "5", "--duration", "30"})["outcome"],
             "finished");
 
-  // A red that pulses as much as the blue gives saturations far below what is accepted.
-  const Json low = json({"measure", pulses(9, 9), "--only", "spo2"}, 1);
+  ASSERT_EQ(run({"synth", file("low.csv"), "--spo2", "85", "--seconds", "60"}).status, 0);
+  const Json low = json({"measure", file("low.csv"), "--only", "spo2"}, 1);
   EXPECT_EQ(low["outcome"], "lowSignal") << low;
   EXPECT_EQ(low["estimates"]["spo2"]["low"], 60);
   environment["LC_ALL"] = "C";
-  const Result plain = run({"measure", file("pulses.csv"), "--only", "spo2"});
+  const Result plain = run({"measure", file("low.csv"), "--only", "spo2"});
   EXPECT_EQ(plain.status, 1);
   EXPECT_THAT(plain.out, HasSubstr("after 1/2-1 second"));
   EXPECT_THAT(historyIn(folder() / "home" / "veyla"), IsEmpty());

@@ -24,6 +24,9 @@ struct Result {
 };
 
 class Program : public testing::Test {
+ private:
+  ScratchFolder scratch_;
+
  protected:
   using Arguments = std::vector<std::string>;
 
@@ -74,10 +77,13 @@ class Program : public testing::Test {
 
   /// Runs the program on a terminal where `typed` is typed, and after `killAfter` bytes of output
   /// sends it `signal`. Everything shown is in `out`.
-  Result onTerminal(const Arguments& arguments, unsigned short columns = 80,
+  Result onTerminal(const Arguments& arguments, std::size_t columns = 80,
                     const std::string& typed = {}, int signal = 0,
                     std::size_t killAfter = 2000) const {
-    winsize size{.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+    winsize size{.ws_row = 24,
+                 .ws_col = static_cast<unsigned short>(columns),
+                 .ws_xpixel = 0,
+                 .ws_ypixel = 0};
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
     if (child == 0) execute(arguments);
@@ -136,8 +142,6 @@ class Program : public testing::Test {
     }
     _exit(127);
   }
-
-  ScratchFolder scratch_;
 };
 
 /// So that the sanitizers' build, an order of magnitude slower, stays quick.

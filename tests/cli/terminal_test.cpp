@@ -61,7 +61,7 @@ TEST_F(TerminalTest, TheMeasurementIsShownLive) {
 }
 
 TEST_F(TerminalTest, NarrowTerminalsAreNotWrapped) {
-  for (const unsigned short columns : {80, 56, 40, 23, 20}) {
+  for (const std::size_t columns : {80U, 56U, 40U, 23U, 20U}) {
     const Result result = onTerminal(measure, columns);
     EXPECT_EQ(result.status, 0);
     EXPECT_LT(widestLine(result.out), columns);
