@@ -16,6 +16,7 @@
 #include "apps/cli/output_apart.h"
 #include "apps/cli/series_command.h"
 #include "apps/cli/synth_command.h"
+#include "platform/linux/output_file.h"
 
 namespace {
 
@@ -190,6 +191,7 @@ int main(int argc, char** argv) {
   keepStandardStreams();
   // Where a file may not grow further, writing it then fails with a reason to tell.
   std::signal(SIGXFSZ, SIG_IGN);
+  veyla::removePendingFilesWhenInterrupted();
 
   CLI::App program("Measures heart rate and SpO2 from recordings of a fingertip on a camera.",
                    "veyla");

@@ -1,9 +1,13 @@
 #include "platform/linux/output_file.h"
 
 #include <fcntl.h>
+#include <limits.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -12,6 +16,42 @@
 namespace veyla {
 
 namespace {
+
+/// The names of the files that are pending, where a signal's handler can read them at any moment.
+/// Files beyond the table's size stay behind when a signal ends the program.
+struct PendingName {
+  std::atomic<bool> claimed = false;
+  std::atomic<bool> valid = false;
+  std::array<char, PATH_MAX> path{};
+};
+std::array<PendingName, 8> pendingNames;
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+void rememberPending(const std::string& path) {
+  if (path.size() >= PATH_MAX) return;
+  for (PendingName& name : pendingNames) {
+    if (name.claimed.exchange(true)) continue;
+    std::memcpy(name.path.data(), path.c_str(), path.size() + 1);
+    name.valid = true;
+    return;
+  }
+}
+
+void forgetPending(const std::string& path) {
+  for (PendingName& name : pendingNames) {
+    if (!name.valid || path != name.path.data()) continue;
+    name.valid = false;
+    name.claimed = false;
+  }
+}
+
+extern "C" void removePendingFilesAndEnd(int signal) {
+  for (const PendingName& name : pendingNames) {
+    if (name.valid) ::unlink(name.path.data());
+  }
+  ::signal(signal, SIG_DFL);
+  ::raise(signal);
+}
 
 bool isRegularOrAbsent(const std::string& path) {
   struct stat status {};
@@ -70,6 +110,7 @@ PendingFile::PendingFile(const std::string& target) : target_(target), place_(ta
     const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file >= 0) {
       close(file);
+      rememberPending(path_);
       return;
     }
     if (errno != EEXIST) break;
@@ -80,12 +121,21 @@ PendingFile::PendingFile(const std::string& target) : target_(target), place_(ta
 }
 
 PendingFile::~PendingFile() {
-  if (!path_.empty()) unlink(path_.c_str());
+  if (path_.empty()) return;
+  unlink(path_.c_str());
+  forgetPending(path_);
 }
 
 void PendingFile::commit() {
   if (std::rename(path_.c_str(), place_.c_str()) != 0) refuse(errno);
+  forgetPending(path_);
   path_.clear();
+}
+
+void removePendingFilesWhenInterrupted() {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+    if (::signal(signal, removePendingFilesAndEnd) == SIG_IGN) ::signal(signal, SIG_IGN);
+  }
 }
 
 void PendingFile::refuse(int systemError) const { refuseOutput(target_, systemError); }
