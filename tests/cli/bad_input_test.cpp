@@ -194,6 +194,31 @@ TEST_F(BadInputTest, TheInputIsNeverWrittenOver) {
   EXPECT_EQ(run({"series", input, "-o", file("out.csv")}).status, 0);
 }
 
+TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
+  const auto pending = [&] {
+    std::size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder())) {
+      count += entry.path().string().find(".part") != std::string::npos ? 1U : 0U;
+    }
+    return count;
+  };
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const std::string name : {"long.csv", "long.mp4"}) {
+      const pid_t child = start({"synth", name, "--seconds", "80000"}, [] {});
+      for (int wait = 0; wait < 1000 && pending() == 0; ++wait) usleep(10'000);
+      EXPECT_EQ(pending(), 1U);
+      kill(child, signal);
+      EXPECT_EQ(ended(child).signal, signal);
+      EXPECT_EQ(pending(), 0U) << name;
+    }
+  }
+  const Result live =
+      onTerminal({"measure", "--no-save", "--realtime", "--trace", "trace.csv"}, 80, "", SIGTERM);
+  EXPECT_EQ(live.signal, SIGTERM);
+  EXPECT_NE(live.out.find("\x1b[?25h"), std::string::npos);
+  EXPECT_EQ(pending(), 0U) << "beside the live view";
+}
+
 TEST_F(BadInputTest, OutputThatCannotBeWrittenIsToldAndCostsNoMeasurement) {
   const auto onFullDisk = [] { redirect(STDOUT_FILENO, "/dev/full", O_WRONLY); };
   const auto closed = [] { close(STDOUT_FILENO); };
@@ -220,6 +245,30 @@ TEST_F(BadInputTest, OutputThatCannotBeWrittenIsToldAndCostsNoMeasurement) {
   write("t.reference.csv", "time,heartrate,spo2\n0,72,\n50,72,\n");
   expectRefused(run({"evaluate", folder()}, onFullDisk), 4, {"standard output: the disk is full"});
   expectRefused(run({"series", file("t.csv"), "-o", "-"}, onFullDisk), 4, {"standard output"});
+
+  const auto small = [] {
+    const rlimit limit{1024, 1024};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  };
+  for (const std::string name : {"large.csv", "large.mkv"}) {
+    expectRefused(run({"synth", name, "--seconds", "5"}, small), 4,
+                  {name + ": larger than the system allows; choose"});
+    EXPECT_FALSE(std::filesystem::exists(file(name)));
+  }
+  // As services are started: what nobody reads ends no program there.
+  const auto unread = [] {
+    signal(SIGPIPE, SIG_IGN);
+    int ends[2];
+    if (pipe(ends) != 0) _exit(127);
+    close(ends[0]);
+    dup2(ends[1], STDOUT_FILENO);
+  };
+  expectRefused(run({"series", file("t.csv"), "-o", "-"}, unread), 4,
+                {"standard output: nobody reads the pipe any more; keep"});
+  const Result log = run(with("--log", "absent/log"));
+  EXPECT_NE(log.error.find("its folder does not exist; make it first"), std::string::npos)
+      << log.error;
+  expectRefused(run(with("--log", "t.csv/log")), 4, {"a file stands where a folder must be"});
 }
 
 }  // namespace
