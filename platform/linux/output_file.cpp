@@ -13,6 +13,8 @@
 #include <filesystem>
 #include <utility>
 
+#include "platform/linux/file_problem.h"
+
 namespace veyla {
 
 namespace {
@@ -63,33 +65,9 @@ bool isFolder(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-std::string reasonFor(int systemError) {
-  switch (systemError) {
-    case ENOENT:
-    case ENOTDIR:
-      return "its folder does not exist; make it first";
-    case EACCES:
-    case EPERM:
-    case EROFS:
-      return "no permission to write there; choose another folder";
-    case EISDIR:
-      return "a folder; name a file in it";
-    case ENOSPC:
-    case EDQUOT:
-      return "the disk is full; make room or choose another folder";
-    case EFBIG:
-      return "larger than the system allows; choose another folder or a shorter recording";
-    case EBADF:
-      return "closed; let it lead to a terminal, a file or a pipe";
-    case EPIPE:
-      return "nobody reads the pipe any more; keep its reader running";
-    default:
-      return std::string(std::strerror(systemError)) + "; choose another folder";
-  }
-}
-
 [[noreturn]] void refuseOutput(const std::string& path, int systemError) {
-  throw OutputError((path == "-" ? "standard output" : path) + ": " + reasonFor(systemError));
+  throw OutputError(path == "-" ? fileProblem("standard output", systemError, FilePlace::stream)
+                                : fileProblem(path, systemError, FilePlace::outputFile));
 }
 
 }  // namespace
