@@ -6,13 +6,15 @@
 
 namespace veyla {
 
-/// Appends the shortest decimal that reads back as the same number, without an exponent.
+/// Appends the shortest decimal that reads back as the same number; without an exponent, unless
+/// that takes dozens of digits.
 template <class Number>
 void appendDecimal(std::string& text, Number number) {
   std::array<char, 64> digits;
-  const auto [end, error] =
-      std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed);
-  text.append(digits.data(), end);
+  char* const last = digits.data() + digits.size();
+  auto written = std::to_chars(digits.data(), last, number, std::chars_format::fixed);
+  if (written.ec != std::errc()) written = std::to_chars(digits.data(), last, number);
+  text.append(digits.data(), written.ptr);
 }
 
 }  // namespace veyla

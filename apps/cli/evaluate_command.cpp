@@ -253,8 +253,8 @@ std::string asTable(const std::vector<Summary>& summaries, bool spo2) {
   table += spo2 ? formatText(" %9s\n", "SpO2 RMSE") : "\n";
   for (const Summary& of : summaries) {
     table += formatText(
-        "%-18s %8zu %9zu %6s %7s %6s %6s %6s %8s %8s", of.name.c_str(), of.windows, of.finished,
-        std::isfinite(of.meanError) ? formatText("%.2f", of.meanError).c_str() : "--",
+        "%-18s %8zu %9zu %6s %7s %6s %6s %6s %8s %8s", printable(of.name).c_str(), of.windows,
+        of.finished, std::isfinite(of.meanError) ? formatText("%.2f", of.meanError).c_str() : "--",
         std::isfinite(of.medianError) ? formatText("%.2f", of.medianError).c_str() : "--",
         shown(of.meanPercentageError, "%").c_str(), shown(of.shareOver5, "%").c_str(),
         shown(of.shareOver10, "%").c_str(), shown(of.medianSeconds, " s").c_str(),

@@ -13,8 +13,10 @@
 #include "apps/cli/evaluate_command.h"
 #include "apps/cli/exit_status.h"
 #include "apps/cli/measure_command.h"
+#include "apps/cli/output_apart.h"
 #include "apps/cli/series_command.h"
 #include "apps/cli/synth_command.h"
+#include "platform/linux/output_file.h"
 
 namespace {
 
@@ -130,7 +132,8 @@ void describeSynth(CLI::App& command, veyla::SynthOptions& options, std::string&
   addNumber(command, "--seed", options.seed, "N", "another finger for every number (1)",
             numberWithin(0, largestSeed, true));
   command.add_option("--from", options.from, "draw a recorded colour series as frames")
-      ->type_name("SERIES.csv");
+      ->type_name("SERIES.csv")
+      ->check(something());
 }
 
 void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::string& only) {
@@ -188,6 +191,7 @@ int main(int argc, char** argv) {
   keepStandardStreams();
   // Where a file may not grow further, writing it then fails with a reason to tell.
   std::signal(SIGXFSZ, SIG_IGN);
+  veyla::removePendingFilesWhenInterrupted();
 
   CLI::App program("Measures heart rate and SpO2 from recordings of a fingertip on a camera.",
                    "veyla");
@@ -203,14 +207,23 @@ int main(int argc, char** argv) {
   measure.callback([&] {
     measureOptions.request.heartrate = measured != "spo2";
     measureOptions.request.spo2 = measured != "heartrate";
-    status = veyla::runMeasure(measureOptions);
+    status = veyla::exitStatusOf([&] {
+      veyla::requireApart("--trace", measureOptions.traceFile, measureOptions.input);
+      veyla::requireApart("--log", measureOptions.logFile, measureOptions.input);
+      return veyla::runMeasure(measureOptions);
+    });
   });
 
   veyla::SeriesOptions seriesOptions;
   CLI::App& series =
       *program.add_subcommand("series", "write every frame's colours as a colour series");
   describeSeries(series, seriesOptions);
-  series.callback([&] { status = veyla::runSeries(seriesOptions); });
+  series.callback([&] {
+    status = veyla::exitStatusOf([&] {
+      veyla::requireApart("-o", seriesOptions.output, seriesOptions.input);
+      return veyla::runSeries(seriesOptions);
+    });
+  });
 
   veyla::SynthOptions synthOptions;
   CLI::App& synth = *program.add_subcommand("synth", "generate a fingertip recording");
@@ -219,6 +232,7 @@ int main(int argc, char** argv) {
   synth.callback([&] {
     status = veyla::exitStatusOf([&] {
       if (!size.empty()) veyla::setSize(synthOptions, size);
+      if (synthOptions.from) veyla::requireApart("OUT", synthOptions.output, *synthOptions.from);
       return veyla::runSynth(synthOptions);
     });
   });

@@ -30,16 +30,25 @@ bool localeSpeaksUnicode() {
 constexpr std::string_view showCursor = "\x1b[?25h";
 constexpr std::string_view hideCursor = "\x1b[?25l";
 constexpr std::array interruptions{SIGINT, SIGQUIT, SIGTERM, SIGHUP};
+/// What became of each of them before the cursor was hidden.
+std::array<void (*)(int), interruptions.size()> formerHandlers{};
+
+void restoreHandlers() {
+  for (std::size_t i = 0; i < interruptions.size(); ++i) {
+    ::signal(interruptions[i], formerHandlers[i]);
+  }
+}
 
 void writeAll(std::string_view text) {
   // Nothing is to be done about a terminal that has gone.
   [[maybe_unused]] const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
 }
 
-extern "C" void restoreCursorAndEnd(int signal) {
+/// Passes the signal on to what would have become of it without a hidden cursor.
+extern "C" void restoreCursorAndPassOn(int signal) {
   writeAll(showCursor);
   writeAll("\n");
-  ::signal(signal, SIG_DFL);
+  restoreHandlers();
   ::raise(signal);
 }
 
@@ -60,13 +69,16 @@ Terminal terminalBehind(int fileDescriptor) {
 }
 
 HiddenCursor::HiddenCursor() {
-  for (const int signal : interruptions) ::signal(signal, restoreCursorAndEnd);
+  for (std::size_t i = 0; i < interruptions.size(); ++i) {
+    formerHandlers[i] = ::signal(interruptions[i], restoreCursorAndPassOn);
+    if (formerHandlers[i] == SIG_IGN) ::signal(interruptions[i], SIG_IGN);
+  }
   writeAll(hideCursor);
 }
 
 HiddenCursor::~HiddenCursor() {
   writeAll(showCursor);
-  for (const int signal : interruptions) ::signal(signal, SIG_DFL);
+  restoreHandlers();
 }
 
 }  // namespace veyla

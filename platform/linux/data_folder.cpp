@@ -7,8 +7,8 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <system_error>
 
+#include "platform/linux/file_problem.h"
 #include "platform/linux/store_error.h"
 
 namespace veyla {
@@ -20,27 +20,6 @@ std::filesystem::path absolutePathIn(const char* variable) {
   if (!value) return {};
   const std::filesystem::path path(value);
   return path.is_absolute() ? path : std::filesystem::path();
-}
-
-std::string wayOut(int error) {
-  switch (error) {
-    case EACCES:
-    case EPERM:
-      return "allow this user to write there or choose another data folder";
-    case EROFS:
-      return "choose a data folder on a disk that can be written";
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-      return "free some space and try again";
-    case ENOTDIR:
-    case EEXIST:
-      return "a file stands where a folder must be: move it away or choose another data folder";
-    case EISDIR:
-      return "a folder stands where a file must be: move it away";
-    default:
-      return "check the disk or choose another data folder";
-  }
 }
 
 }  // namespace
@@ -66,16 +45,16 @@ void makeDataFolder(const std::filesystem::path& folder) {
     if (mkdir(made.c_str(), S_IRWXU) == 0) continue;
     const int error = errno;
     struct stat found {};
-    if (stat(made.c_str(), &found) != 0) throw StoreError(fileProblem(made, error));
-    if (!S_ISDIR(found.st_mode)) throw StoreError(fileProblem(made, ENOTDIR));
+    if (stat(made.c_str(), &found) != 0) throw StoreError(dataProblem(made, error));
+    if (!S_ISDIR(found.st_mode)) throw StoreError(dataProblem(made, ENOTDIR));
   }
   if (faccessat(AT_FDCWD, folder.c_str(), R_OK | W_OK | X_OK, AT_EACCESS) != 0) {
-    throw StoreError(fileProblem(folder, errno));
+    throw StoreError(dataProblem(folder, errno));
   }
 }
 
-std::string fileProblem(const std::filesystem::path& path, int error) {
-  return path.string() + ": " + std::generic_category().message(error) + "; " + wayOut(error);
+std::string dataProblem(const std::filesystem::path& path, int error) {
+  return fileProblem(path.string(), error, FilePlace::dataFolder);
 }
 
 }  // namespace veyla

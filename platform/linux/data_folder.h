@@ -14,8 +14,7 @@ std::filesystem::path defaultDataFolder();
 /// can be written in it.
 void makeDataFolder(const std::filesystem::path& folder);
 
-/// The one line for a system call on `path` that failed with the error number `error`: the file,
-/// the reason and the way out.
-std::string fileProblem(const std::filesystem::path& path, int error);
+/// `fileProblem` for a file or folder in the data folder.
+std::string dataProblem(const std::filesystem::path& path, int error);
 
 }  // namespace veyla

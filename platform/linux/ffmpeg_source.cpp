@@ -1,6 +1,7 @@
 #include "platform/linux/ffmpeg_source.h"
 
 extern "C" {
+#include <libavutil/avstring.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -27,6 +28,26 @@ constexpr AVRational fallbackRate{30, 1};
 bool isDrawnText(AVCodecID codec) {
   return codec == AV_CODEC_ID_ANSI || codec == AV_CODEC_ID_BINTEXT || codec == AV_CODEC_ID_XBIN ||
          codec == AV_CODEC_ID_IDF;
+}
+
+/// Formats that are no recording themselves but lead to other files, devices or scripts.
+bool leadsElsewhere(const AVInputFormat& format) {
+  constexpr std::array<std::string_view, 8> names{"concat", "dash", "hls",    "imf",
+                                                  "mlv",    "sdp",  "vobsub", "webm_dash_manifest"};
+  return (format.flags & AVFMT_NOFILE) != 0 ||
+         std::any_of(names.begin(), names.end(), [&](std::string_view name) {
+           return av_match_name(name.data(), format.name) != 0;
+         });
+}
+
+/// The names of all formats that hold their recording themselves, as the libraries take them.
+std::string formatsOfOneFile() {
+  std::string names;
+  void* position = nullptr;
+  while (const AVInputFormat* format = av_demuxer_iterate(&position)) {
+    if (!leadsElsewhere(*format)) names += (names.empty() ? "" : ",") + std::string(format->name);
+  }
+  return names;
 }
 
 /// Phones write a video's index at its end; without it the file opens as nothing at all.
@@ -95,7 +116,8 @@ class FfmpegSource::Reader {
     throw InputError(path_ + ": " + reason);
   }
 
-  std::string remark(double lastTime) const {
+  /// `lastTime` is that of the last frame, `gap` the step after it at which the recording ends.
+  std::string remark(double lastTime, std::optional<double> gap) const {
     std::string text;
     const auto add = [&](const std::string& part) { text += (text.empty() ? "" : "; ") + part; };
     if (undecodable_ > 0) {
@@ -107,6 +129,10 @@ class FfmpegSource::Reader {
           (damaged_ == 1 ? "was" : "were") + " used as far as decoded");
     }
     if (isCutOff()) add(formatText("cut off after %.1f s, what came before was used", lastTime));
+    if (gap) {
+      add(formatText("used up to %.1f s, where its times leap by %.6g s; ", lastTime, *gap) +
+          "cut the video there to use the rest");
+    }
     return text.empty() ? text : path_ + ": " + text;
   }
 
@@ -115,6 +141,7 @@ class FfmpegSource::Reader {
     AVFormatContext* input = nullptr;
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "file", 0);
+    av_dict_set(&options, "format_whitelist", formatsOfOneFile().c_str(), 0);
     int error = avformat_open_input(&input, ffmpeg::fileUrl(path_).c_str(), nullptr, &options);
     av_dict_free(&options);
     if (error < 0) {
@@ -393,7 +420,13 @@ FfmpegSource::~FfmpegSource() = default;
 
 void FfmpegSource::readNext() {
   nextTime_.reset();
-  if (reader_->read(scaler_->nextFrame())) nextTime_ = clock_->timeOf(scaler_->nextFrame());
+  if (gap_ || !reader_->read(scaler_->nextFrame())) return;
+  const double next = clock_->timeOf(scaler_->nextFrame());
+  if (next - time_ > longestStepBetweenFrames) {
+    gap_ = next - time_;
+  } else {
+    nextTime_ = next;
+  }
 }
 
 bool FfmpegSource::advance() {
@@ -411,6 +444,6 @@ void FfmpegSource::deliver(SampleBufferDelegate& delegate) {
   delegate.captureOutput(scaler_->output());
 }
 
-std::string FfmpegSource::remark() const { return reader_->remark(time_); }
+std::string FfmpegSource::remark() const { return reader_->remark(time_, gap_); }
 
 }  // namespace veyla

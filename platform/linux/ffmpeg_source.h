@@ -19,9 +19,12 @@ namespace veyla {
 ///   says otherwise, as the FFmpeg tools do.
 /// - Frames that cannot be decoded are passed over and counted in the remark, and so is a file that
 ///   is cut off.
+/// - Ends where a frame would come more than `longestStepBetweenFrames` after the one before it,
+///   which the remark tells.
 /// - Rotation is ignored on purpose: the buffers of a live camera are in the orientation of its
 ///   sensor too, and what is measured are averages of cells.
-/// - Only local files: what a file refers to elsewhere is not followed.
+/// - Only the file itself: playlists and sequences of pictures, which lead to other files, are no
+///   videos.
 class FfmpegSource : public RecordingSource {
  public:
   /// Decodes the first frame. Throws `InputError`.
@@ -46,6 +49,8 @@ class FfmpegSource : public RecordingSource {
   std::unique_ptr<Scaler> scaler_;
   double time_ = 0;
   std::optional<double> nextTime_;
+  /// The step at which the recording ends though the file goes on.
+  std::optional<double> gap_;
 };
 
 }  // namespace veyla

@@ -108,7 +108,7 @@ class Descriptor {
 };
 
 void check(bool done, const std::filesystem::path& file) {
-  if (!done) throw StoreError(fileProblem(file, errno));
+  if (!done) throw StoreError(dataProblem(file, errno));
 }
 
 /// Whole lines: cuts a half one at the end off, and gives a whole one its end. Returns whether it
@@ -276,7 +276,7 @@ void FhirHealthStore::append(const std::string& line) {
     error = errno;
   }
   if (ftruncate(file.number(), size) != 0) error = errno;
-  throw StoreError(fileProblem(file_, error));
+  throw StoreError(dataProblem(file_, error));
 }
 
 }  // namespace veyla

@@ -5,7 +5,7 @@
 #include <ctime>
 
 #include "platform/format.h"
-#include "platform/linux/data_folder.h"
+#include "platform/linux/file_problem.h"
 
 namespace veyla {
 
@@ -30,9 +30,10 @@ void FileLog::Close::operator()(std::FILE* file) const {
 
 FileLog::FileLog(const std::string& path, const Clock& clock)
     : path_(path == "-" ? "standard error" : path),
+      place_(path == "-" ? FilePlace::stream : FilePlace::outputFile),
       clock_(clock),
       file_(path == "-" ? stderr : std::fopen(path.c_str(), "ae")) {
-  if (!file_) failure_ = fileProblem(path_, errno);
+  if (!file_) failure_ = fileProblem(path_, errno, place_);
 }
 
 void FileLog::line(std::string_view text) {
@@ -48,7 +49,7 @@ void FileLog::line(std::string_view text) {
   line += '\n';
   if (std::fwrite(line.data(), 1, line.size(), file_.get()) != line.size() ||
       std::fflush(file_.get()) != 0) {
-    failure_ = fileProblem(path_, errno);
+    failure_ = fileProblem(path_, errno, place_);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/linux/file_problem.h"
 #include "platform/log.h"
 #include "platform/main_queue.h"
 
@@ -36,6 +37,7 @@ class FileLog : public Log {
   };
 
   std::string path_;
+  FilePlace place_;
   const Clock& clock_;
   std::unique_ptr<std::FILE, Close> file_;
   std::optional<std::string> failure_;

@@ -1,17 +1,59 @@
 #include "platform/linux/output_file.h"
 
 #include <fcntl.h>
+#include <limits.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <utility>
 
+#include "platform/linux/file_problem.h"
+
 namespace veyla {
 
 namespace {
+
+/// The names of the files that are pending, where a signal's handler can read them at any moment.
+/// Files beyond the table's size stay behind when a signal ends the program.
+struct PendingName {
+  std::atomic<bool> claimed = false;
+  std::atomic<bool> valid = false;
+  std::array<char, PATH_MAX> path{};
+};
+std::array<PendingName, 8> pendingNames;
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+void rememberPending(const std::string& path) {
+  if (path.size() >= PATH_MAX) return;
+  for (PendingName& name : pendingNames) {
+    if (name.claimed.exchange(true)) continue;
+    std::memcpy(name.path.data(), path.c_str(), path.size() + 1);
+    name.valid = true;
+    return;
+  }
+}
+
+void forgetPending(const std::string& path) {
+  for (PendingName& name : pendingNames) {
+    if (!name.valid || path != name.path.data()) continue;
+    name.valid = false;
+    name.claimed = false;
+  }
+}
+
+extern "C" void removePendingFilesAndEnd(int signal) {
+  for (const PendingName& name : pendingNames) {
+    if (name.valid) ::unlink(name.path.data());
+  }
+  ::signal(signal, SIG_DFL);
+  ::raise(signal);
+}
 
 bool isRegularOrAbsent(const std::string& path) {
   struct stat status {};
@@ -23,33 +65,9 @@ bool isFolder(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-std::string reasonFor(int systemError) {
-  switch (systemError) {
-    case ENOENT:
-    case ENOTDIR:
-      return "its folder does not exist; make it first";
-    case EACCES:
-    case EPERM:
-    case EROFS:
-      return "no permission to write there; choose another folder";
-    case EISDIR:
-      return "a folder; name a file in it";
-    case ENOSPC:
-    case EDQUOT:
-      return "the disk is full; make room or choose another folder";
-    case EFBIG:
-      return "larger than the system allows; choose another folder or a shorter recording";
-    case EBADF:
-      return "closed; let it lead to a terminal, a file or a pipe";
-    case EPIPE:
-      return "nobody reads the pipe any more; keep its reader running";
-    default:
-      return std::string(std::strerror(systemError)) + "; choose another folder";
-  }
-}
-
 [[noreturn]] void refuseOutput(const std::string& path, int systemError) {
-  throw OutputError((path == "-" ? "standard output" : path) + ": " + reasonFor(systemError));
+  throw OutputError(path == "-" ? fileProblem("standard output", systemError, FilePlace::stream)
+                                : fileProblem(path, systemError, FilePlace::outputFile));
 }
 
 }  // namespace
@@ -70,6 +88,7 @@ PendingFile::PendingFile(const std::string& target) : target_(target), place_(ta
     const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file >= 0) {
       close(file);
+      rememberPending(path_);
       return;
     }
     if (errno != EEXIST) break;
@@ -80,12 +99,21 @@ PendingFile::PendingFile(const std::string& target) : target_(target), place_(ta
 }
 
 PendingFile::~PendingFile() {
-  if (!path_.empty()) unlink(path_.c_str());
+  if (path_.empty()) return;
+  unlink(path_.c_str());
+  forgetPending(path_);
 }
 
 void PendingFile::commit() {
   if (std::rename(path_.c_str(), place_.c_str()) != 0) refuse(errno);
+  forgetPending(path_);
   path_.clear();
+}
+
+void removePendingFilesWhenInterrupted() {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+    if (::signal(signal, removePendingFilesAndEnd) == SIG_IGN) ::signal(signal, SIG_IGN);
+  }
 }
 
 void PendingFile::refuse(int systemError) const { refuseOutput(target_, systemError); }

@@ -39,6 +39,10 @@ class PendingFile {
   std::string path_;
 };
 
+/// From now on an interrupt, a hang-up or a termination removes what is pending before it ends the
+/// program as it would have. Signals that whoever started the program ignores stay ignored.
+void removePendingFilesWhenInterrupted();
+
 /// A text file that appears when it is whole. "-" is standard output; that, devices and pipes are
 /// written as the text comes.
 class OutputFile {

@@ -15,7 +15,12 @@ class InputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// A recording as a sequence of frames in its own time.
+/// Seconds. Players wait a step out with the frame before it repeated, and no camera pauses longer
+/// while it films: a longer step is a mistake in the times.
+constexpr double longestStepBetweenFrames = 10;
+
+/// A recording as a sequence of frames in its own time, none of them more than
+/// `longestStepBetweenFrames` after the one before it.
 class RecordingSource {
  public:
   virtual ~RecordingSource() = default;
@@ -37,7 +42,8 @@ class RecordingSource {
   virtual void deliver(SampleBufferDelegate& delegate) = 0;
 
   /// After the end: what kept the recording from being read to its own end, such as a file that is
-  /// cut off, as one line that names the file; empty when nothing did.
+  /// cut off, and what seems wrong with its times, as one line that names the file; empty when
+  /// nothing did.
   virtual std::string remark() const { return {}; }
 };
 

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "platform/format.h"
 #include "platform/linux/input_file.h"
 
 namespace veyla {
@@ -15,8 +16,9 @@ namespace {
 /// Also the longest line that is still taken for text.
 constexpr std::size_t bufferSize = 64 * 1024;
 constexpr double largestColour = 255;
-/// A longer step is a mistake in the times, and would be waited out with a frame repeated.
-constexpr double longestStep = 24.0 * 60 * 60 * 1000;
+constexpr double millisecondsPerSecond = 1000;
+/// More rows than this within a second are times given in seconds rather than a camera so fast.
+constexpr std::size_t mostRowsPerSecond = 30;
 
 std::FILE* openForReading(const std::string& path) {
   requireInputFile(path);
@@ -192,8 +194,11 @@ std::optional<SeriesRow> SeriesReader::next() {
   if (lastTime_ && row.time < *lastTime_) {
     refuse(timeColumn, quoted(timeField) + " is before the row above; put the rows in order");
   }
-  if (lastTime_ && row.time - *lastTime_ > longestStep) {
-    refuse(timeColumn, quoted(timeField) + " is over a day after the row above; give milliseconds");
+  const double step = lastTime_ ? (row.time - *lastTime_) / millisecondsPerSecond : 0;
+  if (step > longestStepBetweenFrames) {
+    refuse(timeColumn, formatText("a step of %.6g s from the row above; times are milliseconds, "
+                                  "correct them or cut the series there",
+                                  step));
   }
   lastTime_ = row.time;
   row.colours.red = static_cast<float>(colour(red));
@@ -205,7 +210,10 @@ std::optional<SeriesRow> SeriesReader::next() {
 
 SeriesSource::SeriesSource(const std::string& path) : path_(path), reader_(path) {
   SeriesReader check(path);
-  while (check.next()) ++size_;
+  while (const auto row = check.next()) {
+    ++size_;
+    lastTime_ = row->time;
+  }
   if (size_ == 0) throw InputError(path + ": no rows; give a series with a row for each frame");
   cutOff_ = check.cutOff();
   next_ = reader_.next();
@@ -229,8 +237,14 @@ void SeriesSource::deliver(SampleBufferDelegate& delegate) {
 }
 
 std::string SeriesSource::remark() const {
-  if (!cutOff_) return {};
-  return path_ + ": cut off in the middle of its last row; the rows before it were used";
+  std::string text;
+  if (cutOff_) text = "; cut off in the middle of its last row, the rows before it were used";
+  const double span = (lastTime_ - firstTime_) / millisecondsPerSecond;
+  if (size_ > mostRowsPerSecond && span < 1) {
+    text += formatText("; all its rows lie within %.3g s, times are milliseconds: ", span) +
+            "if they are given in seconds, multiply them by 1000";
+  }
+  return text.empty() ? text : path_ + ":" + text.substr(1);
 }
 
 }  // namespace veyla

@@ -22,9 +22,10 @@ struct SeriesRow {
 
 /// Reads a colour series row by row: comma-separated text whose first line names its columns.
 ///
-/// Needed are `time` (milliseconds, never going back) and `R`, `G`, `B` (0 to 255); `hr` is the
-/// pulse value, which is red where there is no such column. Names come in any order and case, other
-/// columns are passed over. Numbers are read the same under every locale.
+/// Needed are `time` (milliseconds, never going back, at most `longestStepBetweenFrames` on) and
+/// `R`, `G`, `B` (0 to 255); `hr` is the pulse value, which is red where there is no such column.
+/// Names come in any order and case, other columns are passed over. Numbers are read the same under
+/// every locale.
 class SeriesReader {
  public:
   /// Reads the first line. Throws `InputError`, as `next` does, naming file, line and column.
@@ -90,6 +91,7 @@ class SeriesSource : public RecordingSource {
   std::size_t size_ = 0;
   bool cutOff_ = false;
   double firstTime_ = 0;
+  double lastTime_ = 0;
   SeriesRow current_;
   std::optional<SeriesRow> next_;
 };

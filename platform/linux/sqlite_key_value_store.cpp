@@ -110,13 +110,13 @@ void SqliteKeyValueStore::open() {
   if (created >= 0) {
     close(created);
   } else if (errno != EEXIST) {
-    throw StoreError(fileProblem(file_, errno));
+    throw StoreError(dataProblem(file_, errno));
   }
   struct stat found {};
-  if (stat(file_.c_str(), &found) != 0) throw StoreError(fileProblem(file_, errno));
-  if (S_ISDIR(found.st_mode)) throw StoreError(fileProblem(file_, EISDIR));
+  if (stat(file_.c_str(), &found) != 0) throw StoreError(dataProblem(file_, errno));
+  if (S_ISDIR(found.st_mode)) throw StoreError(dataProblem(file_, EISDIR));
   if (faccessat(AT_FDCWD, file_.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
-    throw StoreError(fileProblem(file_, errno));
+    throw StoreError(dataProblem(file_, errno));
   }
 
   sqlite3* database = nullptr;
@@ -196,7 +196,7 @@ void SqliteKeyValueStore::refuse(int code) {
     case SQLITE_LOCKED:
       throw StoreError(name + ": locked by another program; end that program or try again later");
     case SQLITE_FULL:
-      throw StoreError(fileProblem(file_, ENOSPC));
+      throw StoreError(dataProblem(file_, ENOSPC));
     case SQLITE_NOTADB:
       throw StoreError(name +
                        ": not a Veyla store, or damaged at its start; move it away or choose "
@@ -212,7 +212,7 @@ void SqliteKeyValueStore::refuse(int code) {
     case SQLITE_IOERR:
     case SQLITE_CANTOPEN:
       if (database_ && sqlite3_system_errno(database_.get()) != 0) {
-        throw StoreError(fileProblem(file_, sqlite3_system_errno(database_.get())));
+        throw StoreError(dataProblem(file_, sqlite3_system_errno(database_.get())));
       }
       break;
     default:

@@ -1,5 +1,6 @@
 #include <sqlite3.h>
 
+#include "apps/cli/complain.h"
 #include "tests/cli/program.h"
 
 namespace veyla {
@@ -9,7 +10,7 @@ class BadInputTest : public Program {
  protected:
   void expectUnreadable(const std::string& path, const std::vector<std::string>& parts) const {
     SCOPED_TRACE(path);
-    std::vector<std::string> all{std::filesystem::path(path).filename()};
+    std::vector<std::string> all{printable(std::filesystem::path(path).filename())};
     all.insert(all.end(), parts.begin(), parts.end());
     expectRefused(run({"measure", path}), 3, all);
     EXPECT_FALSE(std::filesystem::exists(file("home"))) << "a store was made for nothing";
@@ -49,6 +50,9 @@ TEST_F(BadInputTest, WrongUsageIsOneLineWithTheWayOut) {
       {{"synth", "o.csv", "--bpm", "10"}, {"--bpm: 10 is out of range; give 20 to 300"}},
       {{"synth", "o.csv", "--bpm", "abc"}, {"--bpm: \"abc\" is no number"}},
       {{"synth", "o.csv", "--fps", "nan"}, {"--fps: not a finite number; give 1 to 240"}},
+      {{"synth", "o.csv", "--seconds", "1e300"}, {"--seconds: 1e+300 is out of range; give 0.001"}},
+      {{"synth", "o.csv", "--size", "8x480"}, {"--size: width: 8 is out of range; give 16 to"}},
+      {{"synth", "o.csv", "--from", ""}, {"--from: its text is empty"}},
       {{"synth", "o.csv", "--seed", "-1"}, {"--seed: \"-1\" is no whole number from 0"}},
       {{"synth", "o.csv", "--size", "3"}, {"--size: \"3\" is no size"}},
       {{"evaluate", ".", "--window", "1"}, {"--window: \"1\" is no number from 3"}}};
@@ -60,6 +64,8 @@ TEST_F(BadInputTest, WrongUsageIsOneLineWithTheWayOut) {
 
 TEST_F(BadInputTest, WhatIsNoVideoIsRefused) {
   expectUnreadable(file("absent.mp4"), {"no such file"});
+  expectUnreadable(file("line\nfeed\x1b[31m\xC2\x9B\x7F\u00e9.mp4"),
+                   {"line?feed?[31m??\u00e9.mp4: no"});
   expectUnreadable(folder(), {"a folder"});
   expectUnreadable(write("empty.mp4", ""), {"an empty file"});
   expectUnreadable(write("text.mp4", "This is a letter and not a film.\n"), {"not a video"});
@@ -171,6 +177,48 @@ TEST_F(BadInputTest, AStoreThatCannotBeUsedIsLeftAsItIs) {
   expectRefused(run({"measure", "--data", file("inTheWay")}), 4, {"inTheWay", "a file stands"});
 }
 
+TEST_F(BadInputTest, TheInputIsNeverWrittenOver) {
+  const std::string input = file("in.csv");
+  ASSERT_EQ(run({"synth", input}).status, 0);
+  const std::string contents = contentsOf(input);
+  std::filesystem::create_symlink(input, file("symbolic.csv"));
+  std::filesystem::create_hard_link(input, file("hard.csv"));
+  for (const std::string name : {"in.csv", "./in.csv", "symbolic.csv", "hard.csv"}) {
+    const std::string told = ": " + name + " is the input itself; name another file";
+    expectRefused(run({"series", input, "-o", name}), 2, {"-o" + told});
+    expectRefused(run({"measure", input, "--trace", name}), 2, {"--trace" + told});
+    expectRefused(run({"measure", input, "--log", name}), 2, {"--log" + told});
+    expectRefused(run({"synth", "--from", input, name}), 2, {"OUT" + told});
+  }
+  EXPECT_EQ(contentsOf(input), contents);
+  EXPECT_EQ(run({"series", input, "-o", file("out.csv")}).status, 0);
+}
+
+TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
+  const auto pending = [&] {
+    std::size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder())) {
+      count += entry.path().string().find(".part") != std::string::npos ? 1U : 0U;
+    }
+    return count;
+  };
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const std::string name : {"long.csv", "long.mp4"}) {
+      const pid_t child = start({"synth", name, "--seconds", "80000"}, [] {});
+      for (int wait = 0; wait < 1000 && pending() == 0; ++wait) usleep(10'000);
+      EXPECT_EQ(pending(), 1U);
+      kill(child, signal);
+      EXPECT_EQ(ended(child).signal, signal);
+      EXPECT_EQ(pending(), 0U) << name;
+    }
+  }
+  const Result live =
+      onTerminal({"measure", "--no-save", "--realtime", "--trace", "trace.csv"}, 80, "", SIGTERM);
+  EXPECT_EQ(live.signal, SIGTERM);
+  EXPECT_NE(live.out.find("\x1b[?25h"), std::string::npos);
+  EXPECT_EQ(pending(), 0U) << "beside the live view";
+}
+
 TEST_F(BadInputTest, OutputThatCannotBeWrittenIsToldAndCostsNoMeasurement) {
   const auto onFullDisk = [] { redirect(STDOUT_FILENO, "/dev/full", O_WRONLY); };
   const auto closed = [] { close(STDOUT_FILENO); };
@@ -197,6 +245,30 @@ TEST_F(BadInputTest, OutputThatCannotBeWrittenIsToldAndCostsNoMeasurement) {
   write("t.reference.csv", "time,heartrate,spo2\n0,72,\n50,72,\n");
   expectRefused(run({"evaluate", folder()}, onFullDisk), 4, {"standard output: the disk is full"});
   expectRefused(run({"series", file("t.csv"), "-o", "-"}, onFullDisk), 4, {"standard output"});
+
+  const auto small = [] {
+    const rlimit limit{1024, 1024};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  };
+  for (const std::string name : {"large.csv", "large.mkv"}) {
+    expectRefused(run({"synth", name, "--seconds", "5"}, small), 4,
+                  {name + ": larger than the system allows; choose"});
+    EXPECT_FALSE(std::filesystem::exists(file(name)));
+  }
+  // As services are started: what nobody reads ends no program there.
+  const auto unread = [] {
+    signal(SIGPIPE, SIG_IGN);
+    int ends[2];
+    if (pipe(ends) != 0) _exit(127);
+    close(ends[0]);
+    dup2(ends[1], STDOUT_FILENO);
+  };
+  expectRefused(run({"series", file("t.csv"), "-o", "-"}, unread), 4,
+                {"standard output: nobody reads the pipe any more; keep"});
+  const Result log = run(with("--log", "absent/log"));
+  EXPECT_NE(log.error.find("its folder does not exist; make it first"), std::string::npos)
+      << log.error;
+  expectRefused(run(with("--log", "t.csv/log")), 4, {"a file stands where a folder must be"});
 }
 
 }  // namespace

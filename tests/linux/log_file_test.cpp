@@ -29,11 +29,12 @@ TEST(FileLogTest, AFailureIsRememberedAndEndsTheLog) {
   full.line("lost");
   full.line("lost too");
   EXPECT_FALSE(full.enabled());
-  EXPECT_THAT(full.failure().value_or(""),
-              testing::StartsWith("/dev/full: No space left on device; "));
+  EXPECT_THAT(
+      full.failure().value_or(""),
+      testing::StartsWith("/dev/full: the disk is full; make room or choose another folder"));
   const ScratchFolder folder;
   EXPECT_THAT(FileLog(folder.path(), queue).failure().value_or(""),
-              testing::HasSubstr("Is a directory"));
+              testing::HasSubstr(": a folder; name a file in it"));
 }
 
 TEST(LibUuidTest, MakesANewRandomOneEachTime) {

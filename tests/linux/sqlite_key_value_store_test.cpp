@@ -324,7 +324,7 @@ TEST_F(SqliteKeyValueStoreTest, AFileInPlaceOfTheFolderIsNamed) {
     SqliteKeyValueStore store(folder() / "data" / "veyla");
     FAIL() << "opened";
   } catch (const StoreError& error) {
-    EXPECT_THAT(error.what(), HasSubstr((folder() / "data").string() + ": Not a directory"));
+    EXPECT_THAT(error.what(), HasSubstr((folder() / "data").string() + ": a file stands where"));
   }
 }
 
@@ -360,12 +360,13 @@ TEST_F(SqliteKeyValueStoreTest, AFullDiskLeavesTheOldContents) {
                 setrlimit(RLIMIT_FSIZE, &limit);
                 return fill();
               }),
-              testing::MatchesRegex(".*veyla.db: .*; free some space and try again 1 2"));
+              testing::MatchesRegex(".*veyla.db: .*; (raise the limit on a file's size or choose "
+                                    "another data folder|free some space and try again) 1 2"));
   std::filesystem::remove(file());
   const std::string result =
       inChild([&] { return mountDisk(folder(), "size=256k") ? fill() : noMounts; });
   if (result == noMounts) GTEST_SKIP() << noMounts;
-  EXPECT_THAT(result, HasSubstr("No space left on device; free some space and try again 1 2"));
+  EXPECT_THAT(result, HasSubstr("the disk is full; free some space and try again 1 2"));
 }
 
 TEST(DataFolderTest, FollowsTheEnvironment) {

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace veyla {
+
+/// What a file that cannot be written is for, which decides the way out.
+enum class FilePlace {
+  /// Part of the data folder, which the program keeps.
+  dataFolder,
+  /// Named by the user for one result.
+  outputFile,
+  /// Standard output or standard error.
+  stream,
+};
+
+/// The one line for a system call on `path` that failed with the error number `error`: the file,
+/// the reason and the way out.
+std::string fileProblem(const std::string& path, int error, FilePlace place);
+
+}  // namespace veyla
