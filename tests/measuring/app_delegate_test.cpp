@@ -76,15 +76,14 @@ TEST_F(AppDelegateTest, AfterTheFirstReturnEveryActivationIsPosted) {
   EXPECT_THAT(posted_, ElementsAre("didEnterBackground", "didBecomeActive", "didBecomeActive"));
 }
 
-TEST(AppDelegateTest, AnOldHistoryIsMigratedAndRemovedInOnePiece) {
-  TestPlatform platform;
+TEST_F(AppDelegateTest, AnOldHistoryIsMigratedAndRemovedInOnePiece) {
   Utils::saveHeartrateOLD(64, 98, TestPlatform::start, std::nullopt);
   Utils::saveHeartrateOLD(72, 97, TestPlatform::start, std::nullopt);
-  platform.store.exclusivePieces = 0;
-  AppDelegate::instance().application({});
+  platform_.store.exclusivePieces = 0;
+  application_.application({});
   EXPECT_EQ(Utils::getValues()->size(), 2U);
   EXPECT_FALSE(Utils::getValuesOLD());
-  EXPECT_EQ(platform.store.exclusivePieces, 2) << "the migration, and the count of uses";
+  EXPECT_EQ(platform_.store.exclusivePieces, 2) << "the migration, and the count of uses";
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 namespace veyla {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 
 class IntroViewControllerTest : public testing::Test {
@@ -67,13 +66,13 @@ TEST_F(IntroViewControllerTest, TheFirstSkipShowsTheIntendedUseAndThenAsksForHea
   Alerts::instance().tapClose(platform_.alerts.lastId);
   EXPECT_TRUE(Utils::hasFirstTimeNotePopup());
   EXPECT_EQ(dismissals_, 1);
-  EXPECT_THAT(platform_.journal.lines(), Contains("health request"));
+  EXPECT_EQ(platform_.health.requested.size(), 2U);
 
-  platform_.journal.clear();
+  platform_.health.requested.clear();
   intro_.buttonSkipTapped();
   EXPECT_EQ(dismissals_, 2);
   EXPECT_EQ(platform_.alerts.shown.size(), 1U);
-  EXPECT_TRUE(platform_.journal.of("health").empty());
+  EXPECT_TRUE(platform_.health.requested.empty());
 }
 
 }  // namespace
