@@ -17,7 +17,7 @@ namespace veyla {
 
 namespace {
 
-using ColourAt = std::function<Colour(double time)>;
+using ColourAt = std::function<ChannelMeans(double time)>;
 
 void requireRange(const char* name, double value, double lowest, double highest) {
   if (value >= lowest && value <= highest) return;
@@ -69,7 +69,7 @@ void writeSeries(const SynthOptions& options, const ColourAt& colourAt, std::int
   output.write("time,R,G,B\n");
   for (std::int64_t frame = 0; frame < frames; ++frame) {
     const double time = static_cast<double>(frame) / options.fps;
-    const Colour colour = colourAt(time);
+    const ChannelMeans colour = colourAt(time);
     std::string row;
     appendDecimal(row, rounded(1000 * time));
     std::uint64_t channel = 0;

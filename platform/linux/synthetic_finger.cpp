@@ -15,7 +15,7 @@ constexpr double breathsPerSecond = 0.25;
 constexpr double twoPi = 2 * std::numbers::pi;
 
 // A fingertip before a white light: red passes, green and blue hardly.
-constexpr Colour systolicLevel{180, 90, 25};
+constexpr ChannelMeans systolicLevel{180, 90, 25};
 /// Of brightness over a beat, in 8-bit steps: large enough for averages over few cells.
 constexpr double greenSwing = 10;
 constexpr double largestSpo2 = 99.5;
@@ -31,7 +31,7 @@ constexpr std::uint64_t mixed(std::uint64_t x) {
 /// What the channels must swing by for an estimate of `spo2`: the red range r and the green range g
 /// stand in 1 - spo2/100 = (r / DCred) / ((g - r) / DCblue). The blue one makes the estimate from
 /// red and blue alone, with b for g - r, the same.
-Colour swingFor(double spo2) {
+ChannelMeans swingFor(double spo2) {
   const double ratio = 1 - std::min(spo2, largestSpo2) / 100;
   const double redPerDifference = ratio * systolicLevel.red / systolicLevel.blue;
   const double red = greenSwing * redPerDifference / (1 + redPerDifference);
@@ -115,7 +115,7 @@ double SyntheticFinger::motionAt(double time) const {
   return strength * (1 + std::cos(std::numbers::pi * distance)) / 2 * (1 + wobble) / 2;
 }
 
-Colour SyntheticFinger::at(double time) const {
+ChannelMeans SyntheticFinger::at(double time) const {
   const double phase = phaseAt(time);
   const double position = (phase - std::floor(phase)) * static_cast<double>(pulse_.size());
   const std::size_t index = static_cast<std::size_t>(position) % pulse_.size();
@@ -147,12 +147,12 @@ ColourTrack::ColourTrack(const std::string& path) {
   for (double& time : times_) time = (time - first) / 1000;
 }
 
-Colour ColourTrack::at(double time) {
+ChannelMeans ColourTrack::at(double time) {
   if (times_[position_] > time) position_ = 0;
   while (position_ + 1 < times_.size() && times_[position_ + 1] <= time) ++position_;
-  const Colour& from = colours_[position_];
+  const ChannelMeans& from = colours_[position_];
   if (position_ + 1 == times_.size() || time <= times_[position_]) return from;
-  const Colour& to = colours_[position_ + 1];
+  const ChannelMeans& to = colours_[position_ + 1];
   const double part = (time - times_[position_]) / (times_[position_ + 1] - times_[position_]);
   return {std::lerp(from.red, to.red, part), std::lerp(from.green, to.green, part),
           std::lerp(from.blue, to.blue, part)};
@@ -254,7 +254,7 @@ FingerPainter::FingerPainter(std::size_t width, std::size_t height, double noise
   }
 }
 
-void FingerPainter::paint(const Colour& colour, std::int64_t index, BgraFrame& frame) const {
+void FingerPainter::paint(const ChannelMeans& colour, std::int64_t index, BgraFrame& frame) const {
   const std::array<Channel, 3> channels{channelFor(colour.blue, noise_),
                                         channelFor(colour.green, noise_),
                                         channelFor(colour.red, noise_)};

@@ -13,7 +13,7 @@
 namespace veyla {
 
 /// Mean colours of a frame, 0 to 255 each, with fractions.
-struct Colour {
+struct ChannelMeans {
   double red = 0;
   double green = 0;
   double blue = 0;
@@ -52,15 +52,15 @@ class SyntheticFinger {
   explicit SyntheticFinger(const FingerOptions& options);
 
   /// Without noise. `time` in seconds, 0 or more.
-  Colour at(double time) const;
+  ChannelMeans at(double time) const;
 
  private:
   double phaseAt(double time) const;
   double motionAt(double time) const;
 
   FingerOptions options_;
-  Colour level_;
-  Colour swing_;
+  ChannelMeans level_;
+  ChannelMeans swing_;
   double breathPhase_;
   /// The pulse's brightness over one beat: 0 at systole, 1 before the next.
   std::vector<double> pulse_;
@@ -74,13 +74,13 @@ class ColourTrack {
 
   /// `time` in seconds from the first row; the first and last rows hold before and after. Calls
   /// with rising times are the quick ones.
-  Colour at(double time);
+  ChannelMeans at(double time);
   /// From the first row to the last, in seconds.
   double duration() const { return times_.back(); }
 
  private:
   std::vector<double> times_;
-  std::vector<Colour> colours_;
+  std::vector<ChannelMeans> colours_;
   std::size_t position_ = 0;
 };
 
@@ -96,7 +96,7 @@ class FingerPainter {
   FingerPainter(std::size_t width, std::size_t height, double noise, std::uint64_t seed);
 
   /// Draws frame number `index`, on which the noise depends, into `frame` of the painter's size.
-  void paint(const Colour& colour, std::int64_t index, BgraFrame& frame) const;
+  void paint(const ChannelMeans& colour, std::int64_t index, BgraFrame& frame) const;
 
  private:
   std::size_t width_;

@@ -56,7 +56,7 @@ class FfmpegSourceTest : public testing::Test {
     return folder_.write(name, whole.substr(0, whole.size() * 6 / 10));
   }
 
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
 };
 
 TEST_F(FfmpegSourceTest, FramesComeAtTheFilesOwnTimes) {

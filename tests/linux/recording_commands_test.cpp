@@ -56,7 +56,7 @@ Outcome outcomeOf(ExitStatus (*command)(const Options&), const Options& options)
 }
 
 /// How far a frame lies above the colour that was asked for.
-Colour excessOf(const FrameSample& frame, const Colour& asked) {
+ChannelMeans excessOf(const FrameSample& frame, const ChannelMeans& asked) {
   return {static_cast<double>(frame.red) - asked.red,
           static_cast<double>(frame.green) - asked.green,
           static_cast<double>(frame.blue) - asked.blue};
@@ -85,7 +85,7 @@ class RecordingCommandsTest : public testing::Test {
     return play(*source);
   }
 
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
 };
 
 TEST_F(RecordingCommandsTest, EveryKindOfVideoKeepsMeansTimesAndCount) {
@@ -109,7 +109,8 @@ TEST_F(RecordingCommandsTest, EveryKindOfVideoKeepsMeansTimesAndCount) {
     double green = 0;
     for (std::size_t i = 0; i < played.frames.size(); ++i) {
       EXPECT_NEAR(played.times[i], static_cast<double>(i) / 29.97, 0.0006);
-      const Colour excess = excessOf(played.frames[i], finger.at(static_cast<double>(i) / 29.97));
+      const ChannelMeans excess =
+          excessOf(played.frames[i], finger.at(static_cast<double>(i) / 29.97));
       red += excess.red / 30;
       green += excess.green / 30;
       EXPECT_NEAR(excess.red, 0, 0.5);
@@ -133,7 +134,7 @@ TEST_F(RecordingCommandsTest, ARecordedSeriesComesBackOutOfItsVideo) {
   ColourTrack track(recorded);
   double worst = 0;
   for (std::size_t i = 0; i < played.frames.size(); ++i) {
-    const Colour excess = excessOf(played.frames[i], track.at(played.times[i]));
+    const ChannelMeans excess = excessOf(played.frames[i], track.at(played.times[i]));
     worst = std::max({worst, std::abs(excess.red), std::abs(excess.green), std::abs(excess.blue)});
   }
   EXPECT_LT(worst, 0.7);

@@ -1,65 +1,18 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "platform/capture.h"
 #include "platform/linux/recording_source.h"
+#include "tests/linux/scratch.h"
 
-/// What the tests of recordings share: files to read and a delegate that keeps what it is handed.
+/// What the tests of recordings share: a delegate that keeps what it is handed.
 namespace veyla {
-
-/// A folder for one test, removed after it.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "veyla-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) std::abort();
-    path_ = pattern;
-  }
-  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
-
-  std::string write(const std::string& name, const std::string& contents) const {
-    std::ofstream(file(name), std::ios::binary) << contents;
-    return file(name);
-  }
-
-  /// Names of all files in it.
-  std::vector<std::string> names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-      names.push_back(entry.path().filename().string());
-    }
-    return names;
-  }
-
-  /// Makes the file `name` with the ffmpeg program.
-  std::string ffmpeg(const std::string& arguments, const std::string& name) const {
-    const std::string command =
-        "ffmpeg -nostdin -v error -y " + arguments + " '" + file(name) + "' >&2";
-    EXPECT_EQ(std::system(command.c_str()), 0) << command;
-    return file(name);
-  }
-
- private:
-  std::filesystem::path path_;
-};
-
-inline std::string contentsOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The mean colours of every frame it is handed.
 class FrameCollector : public SampleBufferDelegate {

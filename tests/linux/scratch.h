@@ -12,6 +12,7 @@
 #include <functional>
 #include <iterator>
 #include <string>
+#include <vector>
 
 namespace veyla {
 
@@ -20,7 +21,8 @@ class ScratchFolder {
  public:
   ScratchFolder() {
     std::string pattern = (std::filesystem::temp_directory_path() / "veyla.XXXXXX").string();
-    path_ = mkdtemp(pattern.data());
+    if (!mkdtemp(pattern.data())) std::abort();
+    path_ = pattern;
   }
   ~ScratchFolder() {
     std::error_code ignored;
@@ -30,6 +32,29 @@ class ScratchFolder {
   ScratchFolder& operator=(const ScratchFolder&) = delete;
 
   const std::filesystem::path& path() const { return path_; }
+  std::string file(const std::string& name) const { return (path_ / name).string(); }
+
+  std::string write(const std::string& name, const std::string& contents) const {
+    std::ofstream(file(name), std::ios::binary) << contents;
+    return file(name);
+  }
+
+  /// Names of all files in it.
+  std::vector<std::string> names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+      names.push_back(entry.path().filename().string());
+    }
+    return names;
+  }
+
+  /// Makes the file `name` with the ffmpeg program.
+  std::string ffmpeg(const std::string& arguments, const std::string& name) const {
+    const std::string command =
+        "ffmpeg -nostdin -v error -y " + arguments + " '" + file(name) + "' >&2";
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
+    return file(name);
+  }
 
  private:
   std::filesystem::path path_;

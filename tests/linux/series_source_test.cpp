@@ -32,7 +32,7 @@ class SeriesSourceTest : public testing::Test {
     return message.substr(std::min(message.size(), path.size() + 2));
   }
 
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
 };
 
 TEST_F(SeriesSourceTest, RowsBecomeFramesInSecondsFromTheFirstWithRedAsThePulse) {

@@ -16,10 +16,10 @@ constexpr int samplesPerSecond = 1000;
 
 /// The estimate from a window's ranges and minima, as the measurement forms it.
 double spo2Over(const SyntheticFinger& finger, double start, double seconds) {
-  Colour low{255, 255, 255};
-  Colour high;
+  ChannelMeans low{255, 255, 255};
+  ChannelMeans high;
   for (int i = 0; i < seconds * samplesPerSecond; ++i) {
-    const Colour colour = finger.at(start + i / static_cast<double>(samplesPerSecond));
+    const ChannelMeans colour = finger.at(start + i / static_cast<double>(samplesPerSecond));
     low = {std::min(low.red, colour.red), std::min(low.green, colour.green),
            std::min(low.blue, colour.blue)};
     high = {std::max(high.red, colour.red), std::max(high.green, colour.green),
@@ -45,7 +45,7 @@ std::vector<double> systoles(const SyntheticFinger& finger, double bpm, double s
   return times;
 }
 
-Colour meanOf(const BgraFrame& frame) {
+ChannelMeans meanOf(const BgraFrame& frame) {
   double sums[3] = {};
   const std::size_t count = frame.width() * frame.height();
   for (std::size_t i = 0; i < count; ++i) {
@@ -129,7 +129,7 @@ TEST(SyntheticFingerTest, MotionComesInBurstsThatTakeLight) {
 
 TEST(FingerPainterTest, TheSameSeedDrawsTheSameFramesAndAnotherDoesNot) {
   BgraFrame frames[3] = {{64, 48}, {64, 48}, {64, 48}};
-  const Colour colour{180.3, 90.6, 25.1};
+  const ChannelMeans colour{180.3, 90.6, 25.1};
   FingerPainter(64, 48, 1, 7).paint(colour, 3, frames[0]);
   FingerPainter(64, 48, 1, 7).paint(colour, 3, frames[1]);
   FingerPainter(64, 48, 1, 8).paint(colour, 3, frames[2]);
@@ -147,7 +147,7 @@ TEST(FingerPainterTest, MeansKeepTheirFractionsUpToBothEnds) {
     std::int64_t index = 0;
     for (const double value : {0.0, 0.02, 0.4, 1.7, 30.25, 128.9, 230.0, 250.5, 254.6, 254.97}) {
       painter.paint({value, 128.4, 255}, index++, frame);
-      const Colour mean = meanOf(frame);
+      const ChannelMeans mean = meanOf(frame);
       // Three deviations of the mean of 76800 pixels, and of their rounding.
       const double tolerance = 3 * (noise + 0.5) / std::sqrt(320.0 * 240) + 0.01;
       EXPECT_NEAR(mean.red, value, tolerance) << noise;
@@ -197,7 +197,7 @@ TEST(FingerPainterTest, CellsDifferSoThatWholeMediansCarryThePulse) {
 }
 
 TEST(ColourTrackTest, InterpolatesBetweenRowsAndHoldsTheEnds) {
-  const TemporaryFolder folder;
+  const ScratchFolder folder;
   ColourTrack track(
       folder.write("a.csv", "time,R,G,B\n100,10,20,30\n200,20,0,30\n200,50,0,30\n400,52,0,40\n"));
   EXPECT_DOUBLE_EQ(track.duration(), 0.3);
