@@ -99,7 +99,7 @@ void setValues(const std::vector<HistoryEntry>& values) {
 
 HistoryEntry saveHeartrate(double heartrate, double spo2, Date date,
                            const std::optional<Labels>& labels) {
-  const HistoryEntry entry{heartrate, spo2, date, labels.value_or(Labels{}), std::nullopt};
+  HistoryEntry entry{heartrate, spo2, date, labels.value_or(Labels{}), std::nullopt};
   store().exclusively([&] {
     auto elements = arrayUnder(valuesKey).value_or(Value::Array{});
     elements.push_back(valueOf(entry));
@@ -123,7 +123,7 @@ std::optional<std::vector<OldHistoryEntry>> getValuesOLD() {
 
 OldHistoryEntry saveHeartrateOLD(float heartrate, float spo2, Date date,
                                  const std::optional<Labels>& labels) {
-  const OldHistoryEntry entry{
+  OldHistoryEntry entry{
       services().dates.mediumDateShortTime(date),
       heartrate < 1.0F ? "--" : formatText("%.0f bpm", static_cast<double>(heartrate)),
       spo2 < 1.0F ? "--" : formatText("%.0f%%", static_cast<double>(spo2)),

@@ -155,7 +155,8 @@ class FileCheck {
     for (const auto& [name, value] : *entry.dictionary()) {
       const auto isKnown = [&, &known = name](const Key& key) { return key.name == known; };
       if (name == profileKey || std::any_of(keys_.begin(), keys_.end(), isKnown)) continue;
-      add(Kind::warning, place + ": nothing reads \"" + name + "\"; correct its name or remove it");
+      add(Kind::warning, formatText("%s: nothing reads \"%s\"; correct its name or remove it",
+                                    place.c_str(), name.c_str()));
     }
   }
 

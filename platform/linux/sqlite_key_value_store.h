@@ -30,7 +30,7 @@ namespace veyla {
 /// whole, which a researcher who copies the one file would leave behind.
 ///
 /// What fails in use is remembered in `failure`, and the transaction that it happened in is undone.
-class SqliteKeyValueStore : public KeyValueStore {
+class SqliteKeyValueStore final : public KeyValueStore {
  public:
   static constexpr std::string_view fileName = "veyla.db";
   /// How long to wait for another program that writes.
