@@ -50,6 +50,19 @@ Packed plainForward(const Samples& samples) {
   return spectrum;
 }
 
+/// The sum over both halves of the spectrum, not divided by its length.
+Samples plainInverse(const Packed& spectrum) {
+  Samples samples{};
+  for (std::size_t n = 0; n < length; ++n) {
+    double sum = spectrum.real[0] + (n % 2 == 0 ? 1 : -1) * spectrum.imaginary[0];
+    for (std::size_t k = 1; k < binCount; ++k) {
+      sum += 2 * (std::complex(spectrum.real[k], spectrum.imaginary[k]) * turn(k * n)).real();
+    }
+    samples[n] = sum;
+  }
+  return samples;
+}
+
 Packed forward(const Samples& samples) {
   Packed spectrum;
   KissRealFft().forward(samples, spectrum.real, spectrum.imaginary);
@@ -88,6 +101,32 @@ TEST(KissRealFftTest, OneInstanceServesManyTransforms) {
   samples = randomSamples();
   fft.forward(samples, spectrum.real, spectrum.imaginary);
   expectNear(spectrum, forward(samples), 0);
+}
+
+TEST(KissRealFftTest, AnInverseAndForwardPairOnlyScalesACutSpectrumBy2048) {
+  const Samples samples = randomSamples();
+  for (const std::size_t lowBin : {std::size_t{0}, std::size_t{46}, std::size_t{200}}) {
+    Packed cut = forward(samples);
+    // The forward transform of the pair's convention doubles.
+    for (std::size_t k = 0; k < binCount; ++k) {
+      cut.real[k] *= 2;
+      cut.imaginary[k] *= 2;
+    }
+    for (std::size_t k = 0; k < lowBin; ++k) cut.real[k] = 0;
+    // The mirrored cut begins one place above the spectrum.
+    for (std::size_t k = binCount - 1; k + lowBin > binCount; --k) cut.real[k] = 0;
+
+    Packed again = forward(plainInverse(cut));
+    Packed expected = cut;
+    for (std::size_t k = 0; k < binCount; ++k) {
+      again.real[k] *= 2;
+      again.imaginary[k] *= 2;
+      expected.real[k] *= 2048;
+      expected.imaginary[k] *= 2048;
+    }
+    expectNear(again, expected, 1e-6);
+    EXPECT_GT(std::abs(expected.real[300]), 1000) << "something was left to compare";
+  }
 }
 
 }  // namespace
