@@ -56,6 +56,11 @@ void TimedQueue::runFor(double seconds) {
 
 void TimedQueue::runUntil(std::int64_t end) {
   stopped_ = false;
+  if (pace_ == Pace::wall) {
+    // What came before, such as a question to the user, has not been part of the measurement.
+    wallStart_ = std::chrono::steady_clock::now() - std::chrono::nanoseconds(elapsed_);
+    start_.secondsSince1970 = wallNow().secondsSince1970 - elapsed();
+  }
   while (!stopped_ && !work_.empty() && work_.begin()->first.first <= end) {
     auto next = work_.extract(work_.begin());
     elapsed_ = next.key().first;
