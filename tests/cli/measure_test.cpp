@@ -176,5 +176,24 @@ TEST_F(MeasureTest, SyntheticFingertipsGiveTheirHeartRateAsVideoAndAsSeries) {
   }
 }
 
+TEST_F(MeasureTest, KilledInTheMiddleTheStoreHoldsWholeEntries) {
+  const Arguments save{"measure", "--only", "heartrate", "--data", file("data")};
+  ASSERT_EQ(run(save).status, 0);
+  int finished = 1;
+  for (int milliseconds = 0; milliseconds < 120; milliseconds += compact ? 40 : 8) {
+    const pid_t child = start(save, [&] {
+      redirect(STDOUT_FILENO, "/dev/null", O_WRONLY);
+      redirect(STDERR_FILENO, "/dev/null", O_WRONLY);
+    });
+    usleep(static_cast<useconds_t>(milliseconds * 1000));
+    kill(child, SIGKILL);
+    finished += ended(child).status == 0 ? 1 : 0;
+    const auto entries = historyIn(file("data"));
+    EXPECT_GE(static_cast<int>(entries.size()), finished);
+    for (const HistoryEntry& entry : entries) EXPECT_NEAR(entry.hr, 72, bin);
+  }
+  EXPECT_EQ(run(save).status, 0);
+}
+
 }  // namespace
 }  // namespace veyla

@@ -30,7 +30,6 @@ class Program : public testing::Test {
  protected:
   using Arguments = std::vector<std::string>;
 
-  const ScratchFolder& scratch() const { return scratch_; }
   std::filesystem::path folder() const { return scratch_.path(); }
   std::string file(const std::string& name) const { return (folder() / name).string(); }
   std::string write(const std::string& name, const std::string& contents) const {

@@ -90,6 +90,15 @@ TEST_F(TerminalTest, PlainTerminalsGetPlainText) {
   EXPECT_TRUE(dumb.out.starts_with("Heart rate   72 beats per minute\r\n")) << dumb.out;
 }
 
+TEST_F(TerminalTest, AnInterruptBringsTheCursorBack) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const Result result = onTerminal({"measure", "--no-save", "--realtime"}, 80, "", signal);
+    EXPECT_EQ(result.signal, signal);
+    EXPECT_GT(result.out.rfind(shown) + 1, result.out.rfind(hidden) + 1);
+    EXPECT_THAT(result.out, HasSubstr(shown));
+  }
+}
+
 TEST_F(TerminalTest, IntendedUseAndPermissionsComeOnce) {
   const Result first = onTerminal({"measure"}, 80, "y\nn\n");
   EXPECT_EQ(first.status, 0);

@@ -224,5 +224,22 @@ TEST_F(RecordingCameraTest, InTheWallsTimeFramesThatAreTooLateAreDropped) {
   EXPECT_EQ(frames_.size() + static_cast<std::size_t>(drops_), 15U);
 }
 
+TEST_F(RecordingCameraTest, TheDeviceTakesEverySettingAndRemembersIt) {
+  open({0});
+  const auto devices = camera_->discoverBackDevices();
+  ASSERT_TRUE(devices);
+  ASSERT_EQ(devices->size(), 1U);
+  CaptureDevice& device = *devices->front();
+  EXPECT_EQ(device.deviceType(), CaptureDeviceType::wideAngleCamera);
+  EXPECT_TRUE(device.hasTorch());
+  EXPECT_NE(device.autoFocusRangeRestriction(), 0) << "or its setting would not be applied";
+  device.setExposureMode(2);
+  device.setAutoFocusRangeRestriction(0);
+  device.setTorchMode(1);
+  EXPECT_EQ(camera_->device().exposureMode(), 2);
+  EXPECT_EQ(camera_->device().autoFocusRangeRestriction(), 0);
+  EXPECT_EQ(camera_->device().torchMode(), 1);
+}
+
 }  // namespace
 }  // namespace veyla

@@ -1,6 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <cmath>
+#include <csignal>
 
 #include "apps/cli/series_command.h"
 #include "apps/cli/synth_command.h"
@@ -12,8 +17,31 @@
 namespace veyla {
 namespace {
 
+using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
+
+/// While it lives, no file may grow beyond `bytes`, as on a disk that fills up.
+class SmallDisk {
+ public:
+  explicit SmallDisk(rlim_t bytes) {
+    getrlimit(RLIMIT_FSIZE, &former_);
+    rlimit small = former_;
+    small.rlim_cur = bytes;
+    setrlimit(RLIMIT_FSIZE, &small);
+    formerHandler_ = std::signal(SIGXFSZ, SIG_IGN);
+  }
+  ~SmallDisk() {
+    setrlimit(RLIMIT_FSIZE, &former_);
+    std::signal(SIGXFSZ, formerHandler_);
+  }
+
+ private:
+  rlimit former_{};
+  void (*formerHandler_)(int) = nullptr;
+};
 
 struct Outcome {
   int status = -1;
@@ -94,6 +122,24 @@ TEST_F(RecordingCommandsTest, EveryKindOfVideoKeepsMeansTimesAndCount) {
   }
 }
 
+TEST_F(RecordingCommandsTest, ARecordedSeriesComesBackOutOfItsVideo) {
+  std::string recorded = recordedSeries("resting-01.csv");
+  if (recorded.empty()) GTEST_SKIP() << "no recorded series here";
+  SynthOptions drawn = options("drawn.mp4");
+  drawn.from = recorded;
+  drawn.seconds = 5;
+  ASSERT_EQ(synth(drawn).status, 0);
+  const auto played = read(drawn.output);
+  ASSERT_EQ(played.frames.size(), 150U);
+  ColourTrack track(recorded);
+  double worst = 0;
+  for (std::size_t i = 0; i < played.frames.size(); ++i) {
+    const ChannelMeans excess = excessOf(played.frames[i], track.at(played.times[i]));
+    worst = std::max({worst, std::abs(excess.red), std::abs(excess.green), std::abs(excess.blue)});
+  }
+  EXPECT_LT(worst, 0.7);
+}
+
 TEST_F(RecordingCommandsTest, ASeriesIsDrawnAtItsOwnLengthAndWrittenAsASeries) {
   SynthOptions drawn = options("b.csv");
   drawn.from = folder_.write("a.csv", "time,R,G,B\n0,10,20,30\n500,20,30,40\n");
@@ -116,6 +162,39 @@ TEST_F(RecordingCommandsTest, OddSizesAreRoundedUpForVideos) {
   EXPECT_THROW(VideoWriter(folder_.file("x.mp4"), 101, 68, 30), OutputError);
 }
 
+TEST_F(RecordingCommandsTest, ASeriesOfAVideoHasTheAveragesOfItsCells) {
+  const SynthOptions synthetic = options("a.y4m");
+  ASSERT_EQ(synth(synthetic).status, 0);
+  ASSERT_EQ(series(synthetic.output, folder_.file("a.csv")).status, 0);
+  const auto played = read(folder_.file("a.csv"));
+  ASSERT_EQ(played.frames.size(), 30U);
+  EXPECT_THAT(contentsOf(folder_.file("a.csv")), HasSubstr("\n33.333,"));
+  const SyntheticFinger finger({});
+  EXPECT_NEAR(played.frames[9].red, finger.at(0.3).red, 2);
+  EXPECT_NEAR(played.frames[9].hr, played.frames[9].red, 0);
+}
+
+TEST_F(RecordingCommandsTest, WrongValuesAreNamed) {
+  const auto refused = [&](auto change) {
+    SynthOptions wrong = options("a.csv");
+    change(wrong);
+    const Outcome outcome = synth(wrong);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.error, EndsWith("\n"));
+    return outcome.error;
+  };
+  EXPECT_EQ(refused([](auto& o) { o.bpm = 19.5; }),
+            "veyla: --bpm: 19.5 is out of range; give 20 to 300\n");
+  EXPECT_THAT(refused([](auto& o) { o.spo2 = 101; }), HasSubstr("spo2: 101"));
+  EXPECT_THAT(refused([](auto& o) { o.seconds = 0; }), HasSubstr("seconds: 0"));
+  EXPECT_THAT(refused([](auto& o) { o.fps = std::nan(""); }), HasSubstr("fps: not a finite"));
+  EXPECT_THAT(refused([](auto& o) { o.width = 15; }), HasSubstr("width: 15"));
+  EXPECT_THAT(refused([](auto& o) { o.height = 4321; }), HasSubstr("height: 4321"));
+  EXPECT_THAT(refused([](auto& o) { o.noise = -1; }), HasSubstr("noise: -1"));
+  EXPECT_THAT(refused([](auto& o) { o.motion = 11; }), HasSubstr("motion: 11"));
+  EXPECT_THAT(folder_.names(), IsEmpty());
+}
+
 TEST_F(RecordingCommandsTest, UnreadableInputLeavesTheOutputAsItWas) {
   const std::string output = folder_.write("kept.csv", "kept");
   const Outcome absent = series(folder_.file("absent.mp4"), output);
@@ -127,6 +206,34 @@ TEST_F(RecordingCommandsTest, UnreadableInputLeavesTheOutputAsItWas) {
   EXPECT_EQ(synth(drawn).status, 3);
   EXPECT_EQ(contentsOf(output), "kept");
   EXPECT_THAT(folder_.names(), testing::UnorderedElementsAre("kept.csv", "bad.csv"));
+}
+
+TEST_F(RecordingCommandsTest, OutputThatCannotBeWrittenLeavesNothingBehind) {
+  const auto refused = [&](const SynthOptions& wrong) {
+    const Outcome outcome = synth(wrong);
+    EXPECT_EQ(outcome.status, 4);
+    EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1);
+    return outcome.error;
+  };
+  EXPECT_THAT(refused(options("a.xyz")), HasSubstr("no kind of video has this ending"));
+  EXPECT_THAT(refused(options("absent/a.mp4")), HasSubstr("its folder does not exist"));
+  EXPECT_THAT(refused(options("absent/a.csv")), HasSubstr("its folder does not exist"));
+  mkdir(folder_.file("folder.mp4").c_str(), 0777);
+  EXPECT_THAT(refused(options("folder.mp4")), HasSubstr("a folder; name a file in it"));
+  EXPECT_THAT(folder_.names(), ElementsAre("folder.mp4"));
+  rmdir(folder_.file("folder.mp4").c_str());
+
+  for (const char* name : {"a.mp4", "a.y4m", "a.mkv", "a.csv"}) {
+    SCOPED_TRACE(name);
+    const std::string former = folder_.write(name, "kept");
+    SynthOptions large = options(name);
+    large.seconds = 5;
+    const SmallDisk disk(1000);
+    EXPECT_THAT(refused(large), StartsWith("veyla: " + former + ": larger than the system allows"));
+    EXPECT_EQ(contentsOf(former), "kept");
+    EXPECT_THAT(folder_.names(), ElementsAre(name));
+    unlink(former.c_str());
+  }
 }
 
 TEST_F(RecordingCommandsTest, LinksAndDevicesAreWrittenThrough) {

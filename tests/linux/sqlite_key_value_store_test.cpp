@@ -12,6 +12,7 @@
 #include <limits>
 
 #include "platform/linux/data_folder.h"
+#include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/store_error.h"
 #include "tests/linux/scratch.h"
 
@@ -317,6 +318,16 @@ TEST_F(SqliteKeyValueStoreTest, DamagedPagesAreFoundAtOpening) {
   EXPECT_THAT(refusal(), HasSubstr("damaged"));
 }
 
+TEST_F(SqliteKeyValueStoreTest, AFileInPlaceOfTheFolderIsNamed) {
+  writeFile(folder() / "data", "");
+  try {
+    SqliteKeyValueStore store(folder() / "data" / "veyla");
+    FAIL() << "opened";
+  } catch (const StoreError& error) {
+    EXPECT_THAT(error.what(), HasSubstr((folder() / "data").string() + ": a file stands where"));
+  }
+}
+
 TEST_F(SqliteKeyValueStoreTest, AReadOnlyDiskIsNamed) {
   const std::string result = inChild([&]() -> std::string {
     if (!mountDisk(folder(), "size=1m")) return noMounts;
@@ -367,6 +378,15 @@ TEST(DataFolderTest, FollowsTheEnvironment) {
   EXPECT_EQ(defaultDataFolder(), "/home/someone/.local/share/veyla");
   unsetenv("XDG_DATA_HOME");
   EXPECT_EQ(defaultDataFolder(), "/home/someone/.local/share/veyla");
+}
+
+TEST(MemoryKeyValueStoreTest, HoldsWhatItWasGiven) {
+  MemoryKeyValueStore store;
+  append(store, entry(1));
+  append(store, entry(2));
+  EXPECT_EQ(entryCount(store), 2U);
+  store.removeValue("values");
+  EXPECT_EQ(store.value("values"), std::nullopt);
 }
 
 }  // namespace
