@@ -137,18 +137,20 @@ void describeSynth(CLI::App& command, veyla::SynthOptions& options, std::string&
 }
 
 void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::string& only) {
-  addText(command, "FOLDER", options.request.folder, "", "recordings, each with a NAME.reference.csv")
+  addText(command, "FOLDER", options.request.folder, "",
+          "recordings, each with a NAME.reference.csv")
       ->required();
   addNumber(command, "--window", options.request.window, "S",
             "seconds per measurement, countdown included (42)", numberWithin(3, longestSeconds));
-  addNumber(command, "--every", options.request.every, "S", "seconds from one start to the next (20)",
-            numberWithin(0.1, longestSeconds));
+  addNumber(command, "--every", options.request.every, "S",
+            "seconds from one start to the next (20)", numberWithin(0.1, longestSeconds));
   addText(command, "--only", only, "heartrate|spo2|both", "what is measured (heartrate)")
       ->check(oneOf({"heartrate", "spo2", "both"}));
   describeSettings(command, options.request.device, options.settingsFolder);
   addNumber(command, "--jobs", options.request.jobs, "N", "measurements at a time (one per core)",
             numberWithin(1, 1024, true));
   command.add_flag("--json", options.json, "print a JSON list");
+  addText(command, "--windows", options.windowsFile, "FILE", "write a row per window, as CSV");
 }
 
 /// What was wrong with the command line, and where the right form stands.
