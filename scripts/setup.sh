@@ -9,6 +9,8 @@ packages=(
   # the services behind the platform interfaces
   libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
   libsqlite3-dev libkissfft-dev nlohmann-json3-dev libicu-dev uuid-dev libcli11-dev
+  # pictures and their letters
+  libcairo2-dev fonts-inter
 )
 testing=(
   libgtest-dev libgmock-dev libbenchmark-dev
