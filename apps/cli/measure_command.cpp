@@ -168,6 +168,9 @@ void requireSense(const MeasureOptions& options) {
   if (options.json && options.traceFile == "-") {
     throw UsageError("--json and --trace -: both would go to standard output; name a file");
   }
+  if (options.pictures.scale && options.pictures.isEmpty()) {
+    throw UsageError("--scale: nothing is drawn; give --snapshot or --frames as well");
+  }
   const std::string& snapshot = options.pictures.snapshotFile;
   if (snapshot == "-") {
     throw UsageError("--snapshot -: the result goes to standard output; name a file");
@@ -220,7 +223,8 @@ ExitStatus measure(const MeasureOptions& options) {
     trace->write(rows);
     trace->commit();
   });
-  written &= writes([&] { pictures.finish(); });
+  written &= writes([&] { pictures.writeSnapshot(); });
+  written &= writes([&] { pictures.requireFrames(); });
   if (!kept || !logged || !written) return ExitStatus::unwritableData;
   return report.outcome == Outcome::finished ? ExitStatus::done : ExitStatus::incomplete;
 }

@@ -18,8 +18,10 @@ namespace {
 constexpr Size phone{390, 844};
 constexpr SafeArea phoneSafeArea{.top = 47, .bottom = 34};
 
-std::string pictureOf(const ScreenPictures::Screen& screen, double scale) {
-  CairoCanvas canvas(phone, scale);
+constexpr double usualScale = 2;
+
+std::string pictureOf(const ScreenPictures::Screen& screen, std::optional<double> scale) {
+  CairoCanvas canvas(phone, scale.value_or(usualScale));
   drawMeasuringScreen(canvas, MeasuringLayout(phone, phoneSafeArea), screen.controller,
                       screen.views, screen.title);
   return canvas.png();
@@ -70,12 +72,14 @@ void ScreenPictures::keepSnapshot(const Screen& screen) {
   if (snapshot_) snapshotPicture_ = pictureOf(screen, options_.scale);
 }
 
-void ScreenPictures::finish() {
-  if (snapshot_) {
-    snapshot_->write(snapshotPicture_);
-    snapshot_->commit();
-  }
-  if (failedFrame_) throw *failedFrame_;
+void ScreenPictures::writeSnapshot() {
+  if (!snapshot_) return;
+  snapshot_->write(snapshotPicture_);
+  snapshot_->commit();
+}
+
+void ScreenPictures::requireFrames() const {
+  if (failedFrame_) throw OutputError(*failedFrame_);
 }
 
 }  // namespace veyla

@@ -15,8 +15,8 @@ struct PictureOptions {
   std::string snapshotFile;
   /// A folder of PNGs, one for each second since START; empty for none.
   std::string framesFolder;
-  /// Pixels per point.
-  double scale = 2;
+  /// Pixels per point; 2 unless one is given.
+  std::optional<double> scale;
 
   bool isEmpty() const { return snapshotFile.empty() && framesFolder.empty(); }
 };
@@ -40,9 +40,10 @@ class ScreenPictures {
   void addFrame(int second, const Screen& screen);
   /// Draws the screen as it ended.
   void keepSnapshot(const Screen& screen);
-  /// Writes the snapshot in place of a file of its name. Throws `OutputError`, for a frame that
-  /// could not be written as well.
-  void finish();
+  /// Writes the snapshot in place of a file of its name. Throws `OutputError`.
+  void writeSnapshot();
+  /// Throws the `OutputError` of the first frame that could not be written; none was after it.
+  void requireFrames() const;
 
  private:
   PictureOptions options_;

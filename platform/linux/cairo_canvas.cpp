@@ -119,9 +119,11 @@ void CairoCanvas::drawText(const std::string& text, Point at, TextAlign align, c
                                                      : width;
   cairo_path_t* path = cairo_copy_path(context_.get());
   setSource(color);
-  cairo_move_to(context_.get(), at.x - before, at.y);
-  cairo_show_text(context_.get(), text.c_str());
   cairo_new_path(context_.get());
+  cairo_move_to(context_.get(), at.x - before, at.y);
+  // As outlines: shown as letters they would be moved to whole pixels, each its own way.
+  cairo_text_path(context_.get(), text.c_str());
+  cairo_fill(context_.get());
   cairo_append_path(context_.get(), path);
   cairo_path_destroy(path);
 }
