@@ -23,4 +23,28 @@ std::int32_t ChartFourierView::maxData() const {
   return data_.empty() ? 0 : *std::max_element(data_.begin(), data_.end());
 }
 
+void ChartFourierView::drawRect(Canvas& canvas, Size bounds) const {
+  constexpr Stroke stroke{
+      .color = {252.0 / 255, 61.0 / 255, 57.0 / 255, 1}, .width = 2, .join = LineJoin::round};
+  constexpr std::int64_t margin = 10;
+  // The first point stands lower than the scale that all others share.
+  constexpr float firstPointDrop = 5;
+
+  if (data_.size() < fewestDrawn) return;
+  const std::int64_t least = minData();
+  const std::int64_t range = maxData() - least;
+  if (range < 1) return;
+  const auto height = static_cast<float>(static_cast<std::int64_t>(bounds.height) - margin);
+  const auto rise = [&](std::int64_t value) {
+    return height * static_cast<float>(value - least) / static_cast<float>(range);
+  };
+
+  canvas.beginPath();
+  canvas.moveTo(0, static_cast<double>(height + firstPointDrop - rise(data_.front())));
+  for (std::size_t i = 1; i < data_.size(); ++i) {
+    canvas.lineTo(static_cast<double>(spacing * i), static_cast<double>(height - rise(data_[i])));
+  }
+  canvas.stroke(stroke);
+}
+
 }  // namespace veyla

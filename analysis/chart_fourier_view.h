@@ -5,12 +5,19 @@
 #include <deque>
 #include <functional>
 
+#include "platform/canvas.h"
+
 namespace veyla {
 
-/// The live pulse curve: the last 90 values of the pulse signal as whole numbers, oldest first.
+/// The live pulse curve: the last 90 values of the pulse signal as whole numbers, oldest first,
+/// drawn between their own least and greatest.
 class ChartFourierView {
  public:
   static constexpr std::size_t capacity = 90;
+  /// Fewer points are not drawn.
+  static constexpr std::size_t fewestDrawn = 10;
+  /// From one point to the next, in points of the drawing.
+  static constexpr int spacing = 3;
 
   /// Called when the drawing is out of date; may be empty.
   std::function<void()> needsDisplay;
@@ -32,6 +39,10 @@ class ChartFourierView {
   std::int32_t maxData() const;
 
   const std::deque<std::int32_t>& data() const { return data_; }
+
+  /// Draws the curve from the left edge on, whatever the width; larger values higher, the largest
+  /// at the top. Nothing for a flat one.
+  void drawRect(Canvas& canvas, Size bounds) const;
 
  private:
   std::deque<std::int32_t> data_;

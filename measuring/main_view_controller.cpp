@@ -605,6 +605,13 @@ void MainViewController::zeroGaugesAndRings(bool animated) {
   circleprogressSpo2_.setProgress(0, animated);
 }
 
+void MainViewController::finishAnimations() {
+  gaugeHR_.finishAnimation();
+  gaugeSpo2_.finishAnimation();
+  circleprogressHeartrate_.finishAnimation();
+  circleprogressSpo2_.finishAnimation();
+}
+
 void MainViewController::stopShimmering() {
   display().setShimmering(labelMeasuringHeartrate, false);
   display().setShimmering(labelMeasuringSpo2, false);

@@ -85,6 +85,9 @@ class MainViewController : public VideoDelegate {
   void showStateAfterLowSig();
   void showStateTappedStop();
 
+  /// Ends the animations of gauges and rings where they were going.
+  void finishAnimations();
+
   // State of the measurement.
 
   /// The user wants this value.

@@ -3,24 +3,34 @@
 #include <functional>
 #include <string>
 
+#include "measuring/repeating_timer.h"
+#include "platform/canvas.h"
 #include "platform/color.h"
-#include "platform/display.h"
+#include "platform/date.h"
 
 namespace veyla {
 
 /// A dial gauge with a needle. Lengths and font sizes are fractions of the gauge's side, angles are
 /// degrees; a style is one of the widget's two, 0 or 1.
+///
+/// The scale's angles count clockwise from the bottom: 70 and 290 leave a gap of 140 degrees there.
+/// Everything that turns is drawn pointing up and turned by its angle plus half a turn.
 class WMGaugeView {
  public:
+  /// How long an animated needle is on its way, in seconds.
+  static constexpr double animationDuration = 0.8;
+
   float minValue = 0;
   float maxValue = 0;
   float scaleDivisions = 10;
   float scaleSubdivisions = 10;
   float scaleStartAngle = 30;
   float scaleEndAngle = 330;
+  /// A face behind the scale: 0 domed, 1 flat.
   int innerBackgroundStyle = 0;
   bool showScaleShadow = true;
   Font scaleFont;
+  /// Minor ticks begin where the major ones do, at the rim (0), or stand at their middle (1).
   int scalesubdivisionsAligment = 0;
   float scaleSubdivisionsWidth = 0;
   float scaleSubdivisionsLength = 0;
@@ -28,9 +38,12 @@ class WMGaugeView {
   float scaleDivisionsLength = 0;
   Font unitOfMeasurementFont;
   Color unitOfMeasurementColor;
+  /// 0 flat, 1 with a lit and a shaded side.
   int needleStyle = 0;
   float needleWidth = 0;
+  /// From the tip to the end of the tail behind the screw.
   float needleHeight = 0;
+  /// 0 flat, 1 domed.
   int needleScrewStyle = 0;
   float needleScrewRadius = 0;
   bool showUnitOfMeasurement = true;
@@ -47,13 +60,50 @@ class WMGaugeView {
   /// Whether the last change moves the needle rather than putting it there.
   bool animated() const { return animated_; }
 
+  /// Puts the needle where it is going, without waiting.
+  void finishAnimation();
+
+  // The scale, in the gauge's present settings.
+
+  /// From one major tick to the next, and from one tick to the next.
+  float divisionValue() const { return (maxValue - minValue) / scaleDivisions; }
+  float subdivisionValue() const { return divisionValue() / scaleSubdivisions; }
+  /// In degrees, from one tick to the next.
+  float subdivisionAngle() const {
+    return (scaleEndAngle - scaleStartAngle) / (scaleDivisions * scaleSubdivisions);
+  }
+  /// In degrees, of the first tick.
+  int scaleRotation() const { return (static_cast<int>(scaleStartAngle) + 180) % 360; }
+  /// What is printed at a tick; the first is tick 0.
+  float valueAtTick(int tick) const {
+    return static_cast<float>(tick) * subdivisionValue() + minValue;
+  }
+  /// In radians, clockwise from pointing up; not a number where the range is empty.
+  double needleAngleFor(float value) const;
+  /// Where the needle stands now; during an animation on its way.
+  double needleAngle() const;
+
+  /// Draws the gauge, a square, in the middle of an area with its corner at the origin.
+  void drawRect(Canvas& canvas, Size bounds) const;
+
   const std::string& unitOfMeasurement() const { return unitOfMeasurement_; }
   void setUnitOfMeasurement(const std::string& text);
 
  private:
+  void moveOn();
+  void drawFace(Canvas& canvas, double side) const;
+  void drawRim(Canvas& canvas, double side) const;
+  void drawScale(Canvas& canvas, double side) const;
+  void drawTick(Canvas& canvas, double side, int tick, double lower) const;
+  void drawUnitOfMeasurement(Canvas& canvas, double side) const;
+  void drawNeedle(Canvas& canvas, double side) const;
+
   float value_ = 0;
   bool animated_ = false;
   std::string unitOfMeasurement_;
+  RepeatingTimer timer_;
+  double angleBefore_ = 0;
+  Date movesSince_;
 };
 
 }  // namespace veyla

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/font.h"
+
 namespace veyla {
 
 /// A named part of a screen: a label, a button, a panel, a widget.
@@ -11,14 +13,6 @@ struct Element {
   std::string_view name;
 
   bool operator==(const Element&) const = default;
-};
-
-struct Font {
-  std::string_view name;
-  /// In points.
-  float size = 0;
-
-  bool operator==(const Font&) const = default;
 };
 
 /// The views of one screen, as the core drives them. With no views attached nothing happens, and

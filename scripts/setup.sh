@@ -10,6 +10,8 @@ packages=(
   libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
   gnuplot-nox fonts-inter
   libsqlite3-dev libkissfft-dev nlohmann-json3-dev libicu-dev uuid-dev libcli11-dev
+  # pictures and their letters
+  libcairo2-dev fonts-inter
 )
 testing=(
   libgtest-dev libgmock-dev libbenchmark-dev

@@ -9,7 +9,8 @@
 namespace veyla {
 
 /// A program has no other screens to go to and no bars to colour; only the introduction, which
-/// leads to the intended use and to the question about health records, has a form here.
+/// leads to the intended use and to the question about health records, has a form here. The title
+/// is remembered for pictures.
 class CliScreens : public Screens {
  public:
   /// Called where the phone would show its introduction; may be empty.
@@ -22,11 +23,16 @@ class CliScreens : public Screens {
   void showFaq() override {}
   void showRemoteReleaseNotes() override {}
   void showRatingPrompt() override {}
-  void setTitle(std::string_view /*title*/) override {}
+  void setTitle(std::string_view title) override { title_ = title; }
   void setBackSwipeEnabled(bool /*enabled*/) override {}
   void setIdleTimerDisabled(bool /*disabled*/) override {}
   void setAppearance(const Appearance& /*appearance*/) override {}
   void setNavigationBarTint(std::optional<Color> /*tint*/) override {}
+
+  const std::string& title() const { return title_; }
+
+ private:
+  std::string title_;
 };
 
 /// Prints notices and closes them; remembers any other alert that waits for an answer, which ends

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "apps/cli/screen_state.h"
 #include "apps/cli/terminal.h"
 #include "measuring/main_view_controller.h"
+#include "shell/screen_state.h"
 
 namespace veyla {
 

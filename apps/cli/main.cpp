@@ -69,6 +69,9 @@ CLI::Validator something() {
 }
 
 constexpr double longestSeconds = 1000000;
+/// From a thumbnail to a poster.
+constexpr double smallestScale = 0.25;
+constexpr double largestScale = 8;
 
 /// `value` is how the help names what the option takes.
 CLI::Option* addText(CLI::App& command, const char* name, std::string& text, const char* value,
@@ -110,6 +113,13 @@ void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::str
   addText(command, "--trace", options.traceFile, "FILE", "write one row per estimate, as CSV");
   addText(command, "--log", options.logFile, "FILE",
           "write the diagnostic log (-: standard error)");
+  addText(command, "--snapshot", options.pictures.snapshotFile, "FILE.png",
+          "draw the measuring screen as it ended");
+  addText(command, "--frames", options.pictures.framesFolder, "DIR",
+          "draw it each second since START: 0000.png, 0001.png, ...");
+  addNumber(command, "--scale", options.pictures.scale, "N",
+            "pixels per point of the pictures, which are 390 x 844 points (2)",
+            numberWithin(smallestScale, largestScale));
   command.add_flag("--realtime", options.realtime, "measure at the recording's own pace");
 }
 
@@ -229,6 +239,7 @@ int main(int argc, char** argv) {
     status = veyla::exitStatusOf([&] {
       veyla::requireApart("--trace", measureOptions.traceFile, measureOptions.input);
       veyla::requireApart("--log", measureOptions.logFile, measureOptions.input);
+      veyla::requireApart("--snapshot", measureOptions.pictures.snapshotFile, measureOptions.input);
       return veyla::runMeasure(measureOptions);
     });
   });

@@ -115,6 +115,18 @@ class Logging {
   std::optional<FileLog> file_;
 };
 
+/// Whether `work` could write what it had to; tells on standard error what it could not, so that
+/// the other files are written all the same.
+bool writes(const std::function<void()>& work) {
+  try {
+    work();
+    return true;
+  } catch (const OutputError& error) {
+    complain(error.what());
+    return false;
+  }
+}
+
 /// For terminals and readers whose locale knows no other letters.
 std::string asAscii(std::string text) {
   constexpr std::string_view half = "½";
@@ -129,18 +141,47 @@ MeasurementReport runInView(MeasurementRun& run, bool quiet) {
   const Terminal terminal = terminalBehind(STDOUT_FILENO);
   if (quiet || !terminal.interactive) return run.run();
   LiveView view(terminal, run.screenState());
+  const auto endedBefore = run.ended;
   run.screenChanged = [&](const MainViewController& screen) { view.update(screen); };
   run.ended = [&](const MainViewController& screen) {
+    if (endedBefore) endedBefore(screen);
     view.draw(screen);
     std::cout << '\n';
   };
   return run.run();
 }
 
-ExitStatus measure(const MeasureOptions& options) {
+/// Has the pictures drawn while the measurement runs.
+void drawPictures(MeasurementRun& run, ScreenPictures& pictures) {
+  const auto shown = [&run](const MainViewController& screen) {
+    return ScreenPictures::Screen{screen, run.screenState(), run.title()};
+  };
+  run.secondPassed = [&pictures, shown](int second, const MainViewController& screen) {
+    pictures.addFrame(second, shown(screen));
+  };
+  run.ended = [&pictures, shown](const MainViewController& screen) {
+    pictures.keepSnapshot(shown(screen));
+  };
+}
+
+void requireSense(const MeasureOptions& options) {
   if (options.json && options.traceFile == "-") {
     throw UsageError("--json and --trace -: both would go to standard output; name a file");
   }
+  if (options.pictures.scale && options.pictures.isEmpty()) {
+    throw UsageError("--scale: nothing is drawn; give --snapshot or --frames as well");
+  }
+  const std::string& snapshot = options.pictures.snapshotFile;
+  if (snapshot == "-") {
+    throw UsageError("--snapshot -: the result goes to standard output; name a file");
+  }
+  if (!snapshot.empty() && snapshot == options.traceFile) {
+    throw UsageError("--snapshot and --trace: both would go to " + snapshot + "; name two files");
+  }
+}
+
+ExitStatus measure(const MeasureOptions& options) {
+  requireSense(options);
   std::unique_ptr<RecordingSource> source =
       options.input.empty()
           ? std::make_unique<SyntheticSource>(FingerOptions{}, builtInSeconds, builtInRate)
@@ -151,6 +192,7 @@ ExitStatus measure(const MeasureOptions& options) {
   Logging logging(options.logFile, queue);
   std::unique_ptr<OutputFile> trace;
   if (!options.traceFile.empty()) trace = std::make_unique<OutputFile>(options.traceFile);
+  ScreenPictures pictures(options.pictures);
 
   MeasurementRun run(options.request, std::move(source),
                      {.queue = queue,
@@ -164,6 +206,7 @@ ExitStatus measure(const MeasureOptions& options) {
   if (trace) {
     run.trace = [&](const MeasurementTally::Estimate& estimate) { rows += traceRow(estimate); };
   }
+  if (!options.pictures.isEmpty()) drawPictures(run, pictures);
   const MeasurementReport report = runInView(run, options.json);
 
   if (!report.remark.empty()) complain(report.remark);
@@ -174,12 +217,15 @@ ExitStatus measure(const MeasureOptions& options) {
   if (report.outcome == Outcome::finished && options.save && kept && !options.json) {
     text += "Saved in " + keeping.folder().string() + ".\n";
   }
-  printOut(text);
-  if (trace) {
+  bool written = writes([&] { printOut(text); });
+  written &= writes([&] {
+    if (!trace) return;
     trace->write(rows);
     trace->commit();
-  }
-  if (!kept || !logged) return ExitStatus::unwritableData;
+  });
+  written &= writes([&] { pictures.writeSnapshot(); });
+  written &= writes([&] { pictures.requireFrames(); });
+  if (!kept || !logged || !written) return ExitStatus::unwritableData;
   return report.outcome == Outcome::finished ? ExitStatus::done : ExitStatus::incomplete;
 }
 

@@ -5,6 +5,7 @@
 
 #include "apps/cli/exit_status.h"
 #include "apps/cli/measurement_run.h"
+#include "apps/cli/screen_pictures.h"
 
 namespace veyla {
 
@@ -21,6 +22,7 @@ struct MeasureOptions {
   /// Files; empty for none.
   std::string traceFile;
   std::string logFile;
+  PictureOptions pictures;
   bool realtime = false;
 };
 

@@ -5,6 +5,7 @@
 
 #include "acquisition/settings.h"
 #include "measuring/app_delegate.h"
+#include "measuring/repeating_timer.h"
 #include "platform/linux/icu_text.h"
 #include "platform/linux/json.h"
 #include "platform/linux/kiss_real_fft.h"
@@ -109,8 +110,15 @@ MeasurementReport MeasurementRun::run() {
   if (!request_.heartrate) screen.buttonCheckboxHeartrateTapped();
   if (!request_.spo2) screen.buttonCheckboxSpo2Tapped();
   screen.beginButtonPush();
+  RepeatingTimer seconds;
+  int second = 0;
+  if (secondPassed) {
+    secondPassed(second, screen);
+    seconds.start(1, [&] { secondPassed(++second, screen); });
+  }
   queue.run();
   screenState_.changed = nullptr;
+  screen.finishAnimations();
   if (ended) ended(screen);
 
   MeasurementReport report;

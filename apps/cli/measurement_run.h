@@ -7,7 +7,6 @@
 
 #include "apps/cli/cli_screens.h"
 #include "apps/cli/measurement_tally.h"
-#include "apps/cli/screen_state.h"
 #include "measuring/main_view_controller.h"
 #include "platform/health_store.h"
 #include "platform/key_value_store.h"
@@ -15,6 +14,7 @@
 #include "platform/linux/timed_queue.h"
 #include "platform/log.h"
 #include "platform/resources.h"
+#include "shell/screen_state.h"
 
 namespace veyla {
 
@@ -81,13 +81,18 @@ class MeasurementRun {
   std::function<void(const MeasurementTally::Estimate&)> trace;
   /// Called when anything on the screen has changed; may be empty.
   std::function<void(const MainViewController&)> screenChanged;
-  /// Called at the end, with the screen as it ended; may be empty.
+  /// Called when START is tapped and each second of the recording's time after that, with the
+  /// seconds since; may be empty.
+  std::function<void(int second, const MainViewController&)> secondPassed;
+  /// Called at the end, with the screen as it ended, its gauges and rings at rest; may be empty.
   std::function<void(const MainViewController&)> ended;
   /// Whether somebody is there to be shown the intended use and asked about health records, which
   /// happens once.
   bool showsIntro = false;
 
   const ScreenState& screenState() const { return screenState_; }
+  /// Of the screen that is shown.
+  const std::string& title() const { return screens_.title(); }
 
   /// To be called once. Throws `InputError` when the recording cannot be read on.
   MeasurementReport run();

@@ -239,6 +239,7 @@ TEST_F(MainViewControllerTest, AnAcceptedHeartrateIsShownAsTheMedianOfTheLastEle
   EXPECT_EQ(screen_.gaugeHR().value(), 52.734375F);
   EXPECT_TRUE(screen_.gaugeHR().animated());
   EXPECT_EQ(screen_.gaugeHR().unitOfMeasurement(), "53 BPM");
+  screen_.finishAnimations();
   EXPECT_EQ(screen_.circleprogressHeartrate().progress(), 0.5F);
   EXPECT_EQ(logged("hr: 88"), 11);
   EXPECT_EQ(platform_.log.lines.back(), "spo2 97.00, counter: 46");
@@ -293,6 +294,7 @@ TEST_F(MainViewControllerTest, AnSpo2OfNinetyThreeIsAcceptedAndAnythingBelowIsLo
   EXPECT_EQ(screen_.framesWhereLowSig(), 0U);
   EXPECT_THAT(*screen_.data()->spo2Values(), ElementsAre(93));
   EXPECT_EQ(spo2Text(), "93");
+  screen_.finishAnimations();
   EXPECT_EQ(screen_.circleprogressSpo2().progress(), 1.0F / 3.0F);
   EXPECT_TRUE(screen_.gaugeSpo2().animated());
 }

@@ -9,8 +9,8 @@
 
 namespace veyla {
 
-/// The measuring screen as a program without windows shows it: remembers what every element shows.
-/// Animations are over at once; what they leave behind, an element faded in or out, is kept.
+/// A screen without views: remembers what every element shows. Animations are over at once; what
+/// they leave behind, an element that can be seen or not, is kept.
 class ScreenState : public Display {
  public:
   /// Called when anything to see has changed; may be empty.
@@ -28,9 +28,14 @@ class ScreenState : public Display {
 
   struct View {
     std::string text;
+    /// Of size 0 until one is set.
+    Font font;
+    std::string image;
     double opacity = 1;
     bool hidden = false;
     bool shimmering = false;
+
+    bool isVisible() const { return !hidden && opacity > 0; }
   };
 
   /// The text of an element that can be seen; empty for one that cannot.

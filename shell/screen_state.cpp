@@ -1,4 +1,6 @@
-#include "apps/cli/screen_state.h"
+#include "shell/screen_state.h"
+
+#include "shell/view_animation.h"
 
 namespace veyla {
 
@@ -7,9 +9,15 @@ void ScreenState::setText(Element element, const std::string& text) {
   notify();
 }
 
-// A terminal has one font and no pictures.
-void ScreenState::setFont(Element /*element*/, Font /*font*/) {}
-void ScreenState::setImage(Element /*element*/, std::string_view /*image*/) {}
+void ScreenState::setFont(Element element, Font font) {
+  at(element).font = font;
+  notify();
+}
+
+void ScreenState::setImage(Element element, std::string_view image) {
+  at(element).image = image;
+  notify();
+}
 
 void ScreenState::setOpacity(Element element, double opacity) {
   at(element).opacity = opacity;
@@ -28,8 +36,10 @@ void ScreenState::setShimmering(Element element, bool shimmering) {
 
 void ScreenState::animate(Element element, std::string_view animation,
                           std::function<void()> completion) {
-  if (animation == "fadeOut") at(element).opacity = 0;
-  if (animation == "fadeIn") at(element).opacity = 1;
+  if (const auto played = viewAnimation(animation)) {
+    View& shown = at(element);
+    shown.opacity = played->endsVisible(shown.opacity > 0) ? 1 : 0;
+  }
   notify();
   if (completion) completion();
 }
@@ -38,7 +48,7 @@ void ScreenState::setNeedsDisplay(Element /*element*/) { notify(); }
 
 std::string ScreenState::visibleText(Element element) const {
   const View& shown = view(element);
-  return shown.hidden || shown.opacity <= 0 ? std::string() : shown.text;
+  return shown.isVisible() ? shown.text : std::string();
 }
 
 const ScreenState::View& ScreenState::view(Element element) const {
