@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/cli/complain.h"
+#include "apps/cli/evaluation_plots.h"
 #include "apps/cli/settings_source.h"
 #include "apps/cli/terminal.h"
 #include "platform/format.h"
@@ -136,6 +137,8 @@ ExitStatus evaluate(const EvaluateOptions& options) {
   // Before the work, so that a file that cannot be written is told at once.
   std::optional<OutputFile> windowsFile;
   if (!options.windowsFile.empty()) windowsFile.emplace(options.windowsFile);
+  std::optional<EvaluationPlots> plots;
+  if (!options.plotsFolder.empty()) plots.emplace(options.plotsFolder);
   ProgressBar bar("Measuring");
   const Evaluation evaluation =
       evaluateFolder(options.request, settings.resources(),
@@ -145,6 +148,7 @@ ExitStatus evaluate(const EvaluateOptions& options) {
     writeWindows(*windowsFile, evaluation);
     windowsFile->commit();
   }
+  if (plots) plots->draw(evaluation);
   const auto summaries = summariesOf(evaluation);
   printOut(options.json ? asJson(summaries) : asTable(summaries, options.request));
   return ExitStatus::done;

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "apps/cli/cli_screens.h"
-#include "apps/cli/screen_state.h"
+#include "shell/screen_state.h"
 #include "platform/key_value_store.h"
 #include "platform/linux/icu_text.h"
 #include "platform/linux/json.h"

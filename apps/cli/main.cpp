@@ -163,6 +163,7 @@ void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::s
             numberWithin(1, 1024, true));
   command.add_flag("--json", options.json, "print a JSON list");
   addText(command, "--windows", options.windowsFile, "FILE", "write a row per window, as CSV");
+  addText(command, "--plots", options.plotsFolder, "DIR", "draw what was found as two pictures");
 }
 
 void describeChart(CLI::App& command, veyla::ChartOptions& options) {
