@@ -1,5 +1,6 @@
 #include "history/history_entry.h"
 
+#include <cmath>
 #include <utility>
 
 namespace veyla {
@@ -32,19 +33,25 @@ Value valueOf(const HistoryEntry& entry) {
 
 HistoryEntry historyEntryOf(const Value& stored) {
   HistoryEntry entry;
-  const Value& hr = stored["hr"];
-  const Value& spo2 = stored["spo2"];
-  const Date* date = stored["date"].date();
-  const auto labels = labelsOf(stored["labels"]);
-  if (!hr.isNumber() || !spo2.isNumber() || !date || !labels) {
+  if (!faultOf(stored).empty()) {
     entry.damaged = stored;
     return entry;
   }
-  entry.hr = hr.doubleValue();
-  entry.spo2 = spo2.doubleValue();
-  entry.date = *date;
-  entry.labels = *labels;
+  entry.hr = stored["hr"].doubleValue();
+  entry.spo2 = stored["spo2"].doubleValue();
+  entry.date = *stored["date"].date();
+  entry.labels = *labelsOf(stored["labels"]);
   return entry;
+}
+
+std::string faultOf(const Value& stored) {
+  if (!stored.dictionary()) return "it is no dictionary";
+  if (!stored["hr"].isNumber()) return "its \"hr\" is no number";
+  if (!stored["spo2"].isNumber()) return "its \"spo2\" is no number";
+  const Date* date = stored["date"].date();
+  if (!date || !std::isfinite(date->secondsSince1970)) return "its \"date\" is no date";
+  if (!labelsOf(stored["labels"])) return "its \"labels\" are not seven flags";
+  return {};
 }
 
 Value valueOf(const OldHistoryEntry& entry) {

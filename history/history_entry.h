@@ -39,6 +39,10 @@ struct HistoryEntry {
 Value valueOf(const HistoryEntry& entry);
 HistoryEntry historyEntryOf(const Value& stored);
 
+/// What keeps a stored element from being an entry, such as "its \"hr\" is no number"; empty when
+/// nothing does.
+std::string faultOf(const Value& stored);
+
 /// An entry of the layout before the current one: everything a text but the labels, which the
 /// oldest entries lack.
 struct OldHistoryEntry {

@@ -121,6 +121,12 @@ std::optional<std::vector<OldHistoryEntry>> getValuesOLD() {
   return entries;
 }
 
+void setValuesOLD(const std::vector<OldHistoryEntry>& values) {
+  Value::Array elements;
+  for (const OldHistoryEntry& entry : values) elements.push_back(valueOf(entry));
+  storeAndFlush(oldValuesKey, elements);
+}
+
 OldHistoryEntry saveHeartrateOLD(float heartrate, float spo2, Date date,
                                  const std::optional<Labels>& labels) {
   OldHistoryEntry entry{

@@ -15,6 +15,7 @@
 #include "platform/real_fft.h"
 #include "platform/resources.h"
 #include "platform/screens.h"
+#include "platform/sharing.h"
 #include "platform/text_services.h"
 
 namespace veyla {
@@ -33,10 +34,12 @@ struct Services {
   const DeviceInfo& device;
   const DateFormatting& dates;
   const RegularExpressions& regularExpressions;
+  const Characters& characters;
   UuidGenerator& uuids;
   Display& measuringDisplay;
   AlertView& alertView;
   Screens& screens;
+  Sharing& sharing;
 };
 
 /// The services in force and the shared instances that live on them: the core's only global.

@@ -9,9 +9,10 @@
 
 namespace veyla {
 
-/// Dates read "at 1000", for the seconds since 1970; patterns are the real ones.
+/// Dates read "at 1000", for the seconds since 1970; the rest is real, in UTC.
 class ScriptedTextServices : public DateFormatting,
                              public RegularExpressions,
+                             public Characters,
                              public UuidGenerator {
  public:
   std::string mediumDateShortTime(Date date) const override {
@@ -21,11 +22,23 @@ class ScriptedTextServices : public DateFormatting,
     if (!text.starts_with("at ")) return std::nullopt;
     return Date{std::strtod(std::string(text.substr(3)).c_str(), nullptr)};
   }
+  LocalTime localTime(Date date) const override { return icu().localTime(date); }
   bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const override {
-    static const IcuText icu("en_US", "UTC");
-    return icu.matchesWholeIgnoringCase(pattern, text);
+    return icu().matchesWholeIgnoringCase(pattern, text);
   }
+  bool findsIgnoringCase(std::string_view pattern, std::string_view text,
+                         std::size_t length) const override {
+    return icu().findsIgnoringCase(pattern, text, length);
+  }
+  std::size_t count(std::string_view text) const override { return icu().count(text); }
+  std::string lowerCased(std::string_view text) const override { return icu().lowerCased(text); }
   std::string randomUuid() override { return "1B4E28BA-2FA1-11D2-883F-B9A761BDE3FB"; }
+
+ private:
+  static const IcuText& icu() {
+    static const IcuText icu("en_US", "UTC");
+    return icu;
+  }
 };
 
 }  // namespace veyla
