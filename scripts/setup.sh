@@ -9,6 +9,7 @@ packages=(
   # the services behind the platform interfaces
   libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
   libsqlite3-dev libkissfft-dev nlohmann-json3-dev libicu-dev uuid-dev libcli11-dev
+  libgmime-3.0-dev
 )
 testing=(
   libgtest-dev libgmock-dev libbenchmark-dev
