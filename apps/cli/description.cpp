@@ -242,8 +242,10 @@ constexpr const char* completionHead = R"bash(# bash completion for veyla
 _veyla_words() {
   local word
   for word in "$@"; do
-    # Quoted as far as the shell needs it; what was typed may be quoted or not.
-    if [[ $word == "$typed"* ]]; then COMPREPLY+=("$(printf '%q' "$word")"); fi
+    [[ $word == "$typed"* ]] || continue
+    # Within quotes that were opened the shell takes it as it is.
+    [[ $current == [\'\"]* ]] || word=$(printf '%q' "$word")
+    COMPREPLY+=("$word")
   done
 }
 

@@ -66,14 +66,15 @@ class History {
 
   /// Throws `InputError` when what is stored is no history.
   void load() {
-    const auto values = store().value("values");
+    screen_.viewDidLoad();
     throwFailure();
+    // Looked at again only where there is little to read.
+    const auto values = entries().empty() ? store().value("values") : std::nullopt;
     if (values && !values->array()) {
       throw InputError(file() +
                        ": its history, \"values\", is no list; move the file away to start a new "
                        "one, or restore a copy of it");
     }
-    screen_.viewDidLoad();
   }
 
   /// Loads the history and changes it while no other program can.
@@ -162,37 +163,33 @@ class History {
   ResultsViewController screen_{view_, {}};
 };
 
-std::string padded(const std::string& text, std::size_t columns) {
-  const std::size_t taken = columnsOf(text);
-  return text + std::string(columns > taken ? columns - taken : 0, ' ');
-}
-
-std::string rightAligned(const std::string& text, std::size_t columns) {
-  const std::size_t taken = columnsOf(text);
-  return std::string(columns > taken ? columns - taken : 0, ' ') + text;
-}
-
 /// The rows as the list shows them, numbered, in columns.
 std::string table(const ResultsViewController& screen, const std::vector<std::size_t>& rows) {
   std::vector<HistoryTableViewCell> cells;
-  std::size_t dateColumns = 0;
-  std::size_t heartrateColumns = 0;
-  std::size_t spo2Columns = 0;
+  std::vector<std::size_t> dateColumns;
+  std::size_t widestDate = 0;
+  std::size_t widestHeartrate = 0;
+  std::size_t widestSpo2 = 0;
   for (const std::size_t row : rows) {
-    cells.push_back(screen.listCell(row));
-    dateColumns = std::max(dateColumns, columnsOf(cells.back().dateLabel));
-    heartrateColumns = std::max(heartrateColumns, cells.back().heartrateLabel.size());
-    spo2Columns = std::max(spo2Columns, cells.back().spo2Label.size());
+    const HistoryTableViewCell& cell = cells.emplace_back(screen.listCell(row));
+    dateColumns.push_back(columnsOf(cell.dateLabel));
+    widestDate = std::max(widestDate, dateColumns.back());
+    widestHeartrate = std::max(widestHeartrate, cell.heartrateLabel.size());
+    widestSpo2 = std::max(widestSpo2, cell.spo2Label.size());
   }
-  const std::size_t numberColumns = rows.empty() ? 0 : std::to_string(rows.back() + 1).size();
+  const std::size_t widestNumber = rows.empty() ? 0 : std::to_string(rows.back() + 1).size();
   std::string text;
+  const auto appendRight = [&](const std::string& value, std::size_t columns) {
+    text.append(columns - value.size(), ' ').append(value);
+  };
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const HistoryTableViewCell& cell = cells[i];
-    text += rightAligned(std::to_string(rows[i] + 1), numberColumns) + "  ";
-    text += padded(cell.dateLabel, dateColumns) + "  ";
-    text += rightAligned(cell.heartrateLabel, heartrateColumns) + "  ";
-    text += rightAligned(cell.spo2Label, spo2Columns);
-    if (!cell.labelNames.empty()) text += "  " + cell.labelNames;
+    appendRight(std::to_string(rows[i] + 1), widestNumber);
+    text.append("  ").append(cell.dateLabel).append(widestDate - dateColumns[i] + 2, ' ');
+    appendRight(cell.heartrateLabel, widestHeartrate);
+    text += "  ";
+    appendRight(cell.spo2Label, widestSpo2);
+    if (!cell.labelNames.empty()) text.append("  ").append(cell.labelNames);
     text += '\n';
   }
   return terminalBehind(STDOUT_FILENO).unicode ? text : withAsciiSpaces(text);

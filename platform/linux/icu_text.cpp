@@ -88,6 +88,7 @@ struct IcuText::Formats {
     }
     read->setDateFormatSymbols(symbols);
     read->setLenient(false);
+    ownCalendar.reset(write->getCalendar()->clone());
     UErrorCode status = U_ZERO_ERROR;
     calendar = std::make_unique<icu::GregorianCalendar>(zone, icu::Locale::getRoot(), status);
   }
@@ -113,6 +114,8 @@ struct IcuText::Formats {
 
   std::unique_ptr<icu::SimpleDateFormat> write;
   std::unique_ptr<icu::SimpleDateFormat> read;
+  /// The locale's calendar. A formatter that is given none copies its own for every date.
+  std::unique_ptr<icu::Calendar> ownCalendar;
   std::unique_ptr<icu::GregorianCalendar> calendar;
 };
 
@@ -137,8 +140,11 @@ LocalTime IcuText::localTime(Date date) const {
 }
 
 std::string IcuText::mediumDateShortTime(Date date) const {
+  UErrorCode status = U_ZERO_ERROR;
+  formats_->ownCalendar->setTime(date.secondsSince1970 * millisecondsPerSecond, status);
   UnicodeString text;
-  formats_->write->format(date.secondsSince1970 * millisecondsPerSecond, text);
+  icu::FieldPosition anyField(icu::FieldPosition::DONT_CARE);
+  formats_->write->format(*formats_->ownCalendar, text, anyField);
   std::string utf8;
   return text.toUTF8String(utf8);
 }

@@ -24,10 +24,18 @@ icu::UnicodeString fromUtf8(std::string_view text) {
 }  // namespace
 
 std::size_t columnsOf(std::string_view text) {
-  const icu::UnicodeString characters = fromUtf8(text);
   std::size_t columns = 0;
-  for (std::int32_t i = 0; i < characters.length(); i = characters.moveIndex32(i, 1)) {
-    columns += columnsOfCharacter(characters.char32At(i));
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t ascii = i;
+    while (i < text.size() && text[i] >= ' ' && text[i] <= '~') ++i;
+    columns += i - ascii;
+    const std::size_t other = i;
+    while (i < text.size() && !(text[i] >= ' ' && text[i] <= '~')) ++i;
+    if (i == other) continue;
+    const icu::UnicodeString characters = fromUtf8(text.substr(other, i - other));
+    for (std::int32_t at = 0; at < characters.length(); at = characters.moveIndex32(at, 1)) {
+      columns += columnsOfCharacter(characters.char32At(at));
+    }
   }
   return columns;
 }

@@ -58,6 +58,9 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
               ElementsAre("Training\\ \\(Before\\)", "Training\\ \\(After\\)"));
   EXPECT_THAT(completed({"veyla", "history", "label", "1", "Training\\\\ \\\\(A"}),
               ElementsAre("Training\\ \\(After\\)"));
+  EXPECT_THAT(completed({"veyla", "history", "label", "1", "'Sleep (A"}),
+              ElementsAre("Sleep (After)"))
+      << "the quote stays";
   EXPECT_THAT(completed({"veyla", "history", "label", ""}), IsEmpty()) << "a number";
   write("my film.mp4", "");
   std::filesystem::create_directory(file("my data"));
