@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <ctime>
@@ -195,6 +196,21 @@ void FhirHealthStore::allow(HealthSampleType type, bool allowed) {
     permissions_.setValue(permissionsKey, kept);
     permissions_.synchronize();
   });
+}
+
+std::optional<std::string> FhirHealthStore::contents() const {
+  const Descriptor file(open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+  if (file.number() < 0 && errno == ENOENT) return std::nullopt;
+  check(file.number() >= 0, file_);
+  check(flock(file.number(), LOCK_SH) == 0, file_);
+  std::string text;
+  std::array<char, 65536> block;
+  ssize_t n = 0;
+  while ((n = read(file.number(), block.data(), block.size())) > 0) {
+    text.append(block.data(), static_cast<std::size_t>(n));
+  }
+  check(n == 0, file_);
+  return text;
 }
 
 void FhirHealthStore::save(const HealthSample& sample,
