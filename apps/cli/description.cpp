@@ -195,6 +195,15 @@ std::string offer(const CLI::Option& option) {
   return ":";
 }
 
+/// A branch of a case statement.
+std::string branch(const std::string& pattern, const std::string& action) {
+  return "    " + pattern + ") " + action + " ;;\n";
+}
+
+std::string spaced(const std::string& first, const std::string& second) {
+  return first + " " + second;
+}
+
 /// Collects the branches of the script's case statements over all commands.
 struct Branches {
   std::string commands;
@@ -207,33 +216,32 @@ struct Branches {
     std::string words = "_veyla_words";
     for (const CLI::Option* option : optionsOf(command)) {
       for (const std::string& name : namesOf(*option)) {
-        words += " " + quoted(name);
+        words.append(" ").append(quoted(name));
         if (!takesValue(*option)) continue;
-        valued += "      " + quoted(path + " " + name) + ") i=$((i + 1)) ;;\n";
-        values += "    " + quoted(path + " " + name) + ") " + offer(*option) + "; return ;;\n";
+        const std::string typed = quoted(spaced(path, name));
+        valued += branch(typed, "i=$((i + 1))");
+        values += branch(typed, offer(*option) + "; return");
       }
     }
-    options += "    " + quoted(path) + ") " + words + " ;;\n";
+    options += branch(quoted(path), words);
 
     int number = 0;
     for (const CLI::Option* positional : positionalsOf(command)) {
       // One that repeats takes all that follow.
       const bool repeats = positional->get_items_expected_max() > 1;
-      const std::string place = quoted(path + " ") + (repeats ? "*" : std::to_string(number));
-      positionals += "    " + place + ") " + offer(*positional) + " ;;\n";
+      positionals += branch(quoted(spaced(path, "")) + (repeats ? "*" : std::to_string(number)),
+                            offer(*positional));
       ++number;
     }
     std::string inner = "_veyla_words";
     for (const CLI::App* each : commandsOf(command)) {
-      const std::string name = each->get_name();
-      inner += " " + quoted(name);
-      commands += "      " + quoted(path + " " + name) + ") path+=" + quoted(" " + name) +
-                  "; positional=0 ;;\n";
-      add(path + " " + name, *each);
+      const std::string& name = each->get_name();
+      const std::string longer = spaced(path, name);
+      inner.append(" ").append(quoted(name));
+      commands += branch(quoted(longer), "path=" + quoted(longer) + "; positional=0");
+      add(longer, *each);
     }
-    if (inner != "_veyla_words") {
-      positionals += "    " + quoted(path + " 0") + ") " + inner + " ;;\n";
-    }
+    if (inner != "_veyla_words") positionals += branch(quoted(spaced(path, "0")), inner);
   }
 };
 
@@ -266,7 +274,7 @@ _veyla() {
 }  // namespace
 
 std::string manualPage(const CLI::App& program) {
-  const std::string name = program.get_name();
+  const std::string& name = program.get_name();
   std::string text = ".TH VEYLA 1 \"\" \"veyla " VEYLA_VERSION
                      "\" \"User Commands\"\n.nh\n.ad l\n.SH NAME\n" +
                      roff(name) +

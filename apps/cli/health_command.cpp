@@ -39,7 +39,7 @@ ExitStatus tellStatus(const HealthOptions& options) {
   HealthSharing heartrate = HealthSharing::notDetermined;
   HealthSharing spo2 = HealthSharing::notDetermined;
   // Asking is no reason to make a folder.
-  if (std::filesystem::exists(folder / SqliteKeyValueStore::fileName)) {
+  if (mayExist(folder / SqliteKeyValueStore::fileName)) {
     SqliteKeyValueStore store(folder);
     LibUuid uuids;
     const FhirHealthStore health(folder, store, uuids, {});
@@ -66,7 +66,7 @@ ExitStatus allow(const HealthOptions& options, bool allowed) {
 ExitStatus exportRecords(const HealthOptions& options) {
   const std::filesystem::path folder = folderOf(options);
   const std::filesystem::path file = folder / FhirHealthStore::fileName;
-  if (!std::filesystem::exists(file)) {
+  if (!mayExist(file)) {
     throw InputError(file.string() +
                      ": no such file, no health record has been kept; allow them with veyla health "
                      "allow and measure");

@@ -56,7 +56,7 @@ class History {
  public:
   explicit History(const HistoryOptions& options)
       : folder_(folderOf(options)),
-        stored_(std::filesystem::exists(folder_ / SqliteKeyValueStore::fileName)
+        stored_(mayExist(folder_ / SqliteKeyValueStore::fileName)
                     ? std::make_unique<SqliteKeyValueStore>(folder_)
                     : nullptr) {}
 

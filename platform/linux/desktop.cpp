@@ -36,6 +36,7 @@ bool runProgram(const std::vector<std::string>& words, std::string* output = nul
 
   std::vector<std::string> copies = words;
   std::vector<char*> arguments;
+  arguments.reserve(copies.size() + 1);
   for (std::string& word : copies) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   pid_t child = 0;
