@@ -7,8 +7,9 @@
 namespace veyla {
 
 void ChartFourierView::addDataPoint(float value) {
-  if (data_.size() == capacity) data_.pop_front();
-  data_.push_back(Value(value).intValue());
+  if (!data_) return;
+  if (data_->size() == capacity) data_->pop_front();
+  data_->push_back(Value(value).intValue());
 }
 
 void ChartFourierView::updateChart() {
@@ -16,11 +17,11 @@ void ChartFourierView::updateChart() {
 }
 
 std::int32_t ChartFourierView::minData() const {
-  return data_.empty() ? 0 : *std::min_element(data_.begin(), data_.end());
+  return data().empty() ? 0 : *std::min_element(data().begin(), data().end());
 }
 
 std::int32_t ChartFourierView::maxData() const {
-  return data_.empty() ? 0 : *std::max_element(data_.begin(), data_.end());
+  return data().empty() ? 0 : *std::max_element(data().begin(), data().end());
 }
 
 void ChartFourierView::drawRect(Canvas& canvas, Size bounds) const {
@@ -30,7 +31,8 @@ void ChartFourierView::drawRect(Canvas& canvas, Size bounds) const {
   // The first point stands lower than the scale that all others share.
   constexpr float firstPointDrop = 5;
 
-  if (data_.size() < fewestDrawn) return;
+  const Points& points = data();
+  if (points.size() < fewestDrawn) return;
   const std::int64_t least = minData();
   const std::int64_t range = maxData() - least;
   if (range < 1) return;
@@ -40,9 +42,9 @@ void ChartFourierView::drawRect(Canvas& canvas, Size bounds) const {
   };
 
   canvas.beginPath();
-  canvas.moveTo(0, static_cast<double>(height + firstPointDrop - rise(data_.front())));
-  for (std::size_t i = 1; i < data_.size(); ++i) {
-    canvas.lineTo(static_cast<double>(spacing * i), static_cast<double>(height - rise(data_[i])));
+  canvas.moveTo(0, static_cast<double>(height + firstPointDrop - rise(points.front())));
+  for (std::size_t i = 1; i < points.size(); ++i) {
+    canvas.lineTo(static_cast<double>(spacing * i), static_cast<double>(height - rise(points[i])));
   }
   canvas.stroke(stroke);
 }

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <any>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <optional>
+#include <utility>
 
 #include "platform/canvas.h"
 
@@ -19,6 +22,21 @@ class ChartFourierView {
   /// From one point to the next, in points of the drawing.
   static constexpr int spacing = 3;
 
+  /// How a view comes about: from the interface's description, as on the measuring screen, or with
+  /// a frame alone. The latter has no list of points: it takes them silently and draws nothing.
+  enum class Creation { description, frame };
+
+  explicit ChartFourierView(Creation creation = Creation::description) {
+    if (creation == Creation::description) data_.emplace();
+  }
+
+  // Free for callers: the drawing finds its own bounds.
+  std::int32_t dataMin = 0;
+  std::int32_t dataMax = 0;
+  std::int32_t dataDiffMinMax = 0;
+  /// Cleared by `reset` and not otherwise used.
+  std::any fobj;
+
   /// Called when the drawing is out of date; may be empty.
   std::function<void()> needsDisplay;
 
@@ -32,20 +50,30 @@ class ChartFourierView {
   void update(float /*value*/) {}
 
   /// Removes all points.
-  void reset() { data_.clear(); }
+  void reset() {
+    fobj.reset();
+    if (data_) data_->clear();
+  }
 
   /// The smallest and the largest point; 0 without points.
   std::int32_t minData() const;
   std::int32_t maxData() const;
 
-  const std::deque<std::int32_t>& data() const { return data_; }
+  using Points = std::deque<std::int32_t>;
+
+  /// Oldest first; empty for a view without a list.
+  const Points& data() const {
+    static const Points none;
+    return data_ ? *data_ : none;
+  }
+  void setData(Points data) { data_ = std::move(data); }
 
   /// Draws the curve from the left edge on, whatever the width; larger values higher, the largest
   /// at the top. Nothing for a flat one.
   void drawRect(Canvas& canvas, Size bounds) const;
 
  private:
-  std::deque<std::int32_t> data_;
+  std::optional<Points> data_;
 };
 
 }  // namespace veyla

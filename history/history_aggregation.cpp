@@ -106,7 +106,7 @@ std::vector<DailyAverage> averagesOf(std::span<const HistoryEntry> entries) {
   return averages;
 }
 
-Date startOf(std::span<const HistoryEntry> values, std::int32_t daysAgo) {
+Date startOf(std::span<const HistoryEntry> values, std::int32_t daysAgo, Date moment) {
   if (daysAgo < 0) {
     logLine("DICT=%s", described(valueOf(values.front())).c_str());
     return values.front().date;
@@ -115,7 +115,7 @@ Date startOf(std::span<const HistoryEntry> values, std::int32_t daysAgo) {
   const auto offset =
       static_cast<std::int32_t>(secondsPerDay - static_cast<std::uint32_t>(daysAgo) *
                                                     static_cast<std::uint32_t>(secondsPerDay));
-  return {now().secondsSince1970 + offset};
+  return {moment.secondsSince1970 + offset};
 }
 
 /// Walks the days from `start` and puts the averages, in their order, on the days that have them.
@@ -183,14 +183,16 @@ DailyAverage getAvgValueFromArray(std::span<const HistoryEntry> entries,
 
 ChartSeries makeChartDataSets2(std::vector<HistoryEntry>& values, std::int32_t daysAgo) {
   ChartSeries series;
-  series.minTimestamp = now().secondsSince1970;
+  // Read once: a clock that runs must not put today's point beyond the end.
+  const Date moment = now();
+  series.minTimestamp = moment.secondsSince1970;
   if (daysAgo < 0 && values.empty()) return series;
 
-  const Date start = startOf(values, daysAgo);
+  const Date start = startOf(values, daysAgo, moment);
   const std::int32_t daysFrom = Utils::daysAgo(start);
   if (services().log.enabled()) {
     logLine("fromDate=%s, toDate=%s, daysFrom=%lu, daysTo=%lu", momentOf(start).c_str(),
-            momentOf(now()).c_str(), static_cast<unsigned long>(daysFrom), 0UL);
+            momentOf(moment).c_str(), static_cast<unsigned long>(daysFrom), 0UL);
   }
   for (HistoryEntry& entry : values) entry.ddmm = dayKeyOf(entry.date);
   placeOnDays(averagesOf(values), start, daysFrom, series);

@@ -37,7 +37,8 @@ void CircleProgressBar::setProgress(float progress, bool animated) {
 
 void CircleProgressBar::step(float difference) {
   const float next = progress_ + difference;
-  const bool arrived = difference > 0 ? next >= target_ : next <= target_;
+  // A step too small for the fraction to move would never arrive.
+  const bool arrived = next == progress_ || (difference > 0 ? next >= target_ : next <= target_);
   if (arrived) timer_.stop();
   show(arrived ? target_ : next);
 }

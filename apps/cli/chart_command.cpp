@@ -76,18 +76,20 @@ class OptionSheet : public ActionSheetView {
   std::string_view title_;
 };
 
-/// Tells of stored elements that the charts have to leave out.
-void tellDamage(const std::filesystem::path& file) {
+/// Tells of stored elements that the charts have to leave out, by their numbers in the list.
+ExitStatus tellDamage(const std::filesystem::path& file) {
   const auto entries = Utils::getValues().value_or(std::vector<HistoryEntry>());
   const auto isDamaged = [](const HistoryEntry& entry) { return entry.damaged.has_value(); };
-  const auto first = std::find_if(entries.begin(), entries.end(), isDamaged);
-  if (first == entries.end()) return;
-  std::string line = file.string() + ": entry " + std::to_string(first - entries.begin() + 1) +
-                     " of the history is left out: " + faultOf(*first->damaged);
-  if (const auto more = std::count_if(first + 1, entries.end(), isDamaged); more > 0) {
+  const auto newest = std::find_if(entries.rbegin(), entries.rend(), isDamaged);
+  if (newest == entries.rend()) return ExitStatus::done;
+  const std::string number = std::to_string(newest - entries.rbegin() + 1);
+  std::string line = file.string() + ": entry " + number +
+                     " of the history is left out: " + faultOf(*newest->damaged);
+  if (const auto more = std::count_if(newest + 1, entries.rend(), isDamaged); more > 0) {
     line += " (and " + std::to_string(more) + " more entries)";
   }
-  complain(line + "; the store keeps it, mend it with the sqlite3 program");
+  complain(line + "; delete it with veyla history delete " + number);
+  return ExitStatus::unreadableInput;
 }
 
 std::string headingOf(const ChartResultsViewController& screen, const char* dash) {
@@ -204,11 +206,11 @@ ExitStatus chart(const ChartOptions& options) {
   screen.tapSegmentPeriod(static_cast<std::int32_t>(period));
   if (!label.empty()) screen.tapButtonLabels();
   if (store && store->failure()) throw StoreError(*store->failure());
-  tellDamage(file);
+  const ExitStatus status = tellDamage(file);
 
   output.write(format ? drawnAsPicture(charts, screen, *format) : drawnInTerminal(charts, screen));
   output.commit();
-  return ExitStatus::done;
+  return status;
 }
 
 }  // namespace

@@ -50,9 +50,11 @@ constexpr std::array<std::pair<const char*, const char*>, 5> exitStatuses{
      {"1", "the measurement ended without every requested value"},
      {"2", "wrong usage"},
      {"3",
-      "an input cannot be read: a recording, a reference, a settings file, a damaged entry of the "
-      "history; whatever else could be read was used"},
-     {"4", "the data cannot be stored: history, health records, an output file"}}};
+      "an input cannot be read: a recording, a reference, a settings file, or, while the rest was "
+      "used, a damaged entry or health record"},
+     {"4",
+      "the data cannot be stored: history, health records, an output file; or the store is "
+      "damaged"}}};
 
 constexpr std::array<std::pair<const char*, const char*>, 3> files{
     {{"~/.local/share/veyla/veyla.db", "the history and small state, an SQLite file"},

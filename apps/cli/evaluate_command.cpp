@@ -4,10 +4,12 @@
 
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "apps/cli/complain.h"
 #include "apps/cli/evaluation_plots.h"
+#include "apps/cli/output_apart.h"
 #include "apps/cli/settings_source.h"
 #include "apps/cli/terminal.h"
 #include "platform/format.h"
@@ -136,7 +138,13 @@ ExitStatus evaluate(const EvaluateOptions& options) {
   const SettingsSource settings(options.settingsFolder, options.request.device);
   // Before the work, so that a file that cannot be written is told at once.
   std::optional<OutputFile> windowsFile;
-  if (!options.windowsFile.empty()) windowsFile.emplace(options.windowsFile);
+  std::error_code ignored;
+  if (!options.windowsFile.empty()) {
+    for (const auto& entry : std::filesystem::directory_iterator(options.request.folder, ignored)) {
+      requireApart("--windows", options.windowsFile, entry.path());
+    }
+    windowsFile.emplace(options.windowsFile);
+  }
   std::optional<EvaluationPlots> plots;
   if (!options.plotsFolder.empty()) plots.emplace(options.plotsFolder);
   ProgressBar bar("Measuring");

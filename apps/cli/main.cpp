@@ -335,6 +335,7 @@ int main(int argc, char** argv) {
     status = veyla::exitStatusOf([&] {
       veyla::requireApart("--trace", measureOptions.traceFile, measureOptions.input);
       veyla::requireApart("--log", measureOptions.logFile, measureOptions.input);
+      veyla::requireNoKeptData(measureOptions.logFile);
       veyla::requireApart("--snapshot", measureOptions.pictures.snapshotFile, measureOptions.input);
       return veyla::runMeasure(measureOptions);
     });

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <utility>
 
 #include "platform/linux/file_problem.h"
@@ -92,7 +93,21 @@ bool isFolder(const std::string& path) {
 
 }  // namespace
 
+void requireNoKeptData(const std::string& path) {
+  constexpr std::string_view storeHead = "SQLite format 3";
+  std::array<char, storeHead.size()> head{};
+  if (isRegularOrAbsent(path)) std::ifstream(path, std::ios::binary).read(head.data(), head.size());
+  const std::filesystem::path file(path);
+  std::error_code error;
+  const bool isRecords = file.filename() == "Observations.ndjson" &&
+                         std::filesystem::exists(file.parent_path() / "veyla.db", error);
+  if (std::string_view(head.data(), head.size()) == storeHead || isRecords) {
+    throw OutputError(path + ": holds what Veyla keeps, which would be lost; name another file");
+  }
+}
+
 PendingFile::PendingFile(const std::string& target) : target_(target), place_(target) {
+  requireNoKeptData(target);
   if (isFolder(target)) refuse(EISDIR);
   if (!isRegularOrAbsent(target)) {
     throw OutputError(target + ": not a regular file; name one that is or a new one");

@@ -14,6 +14,10 @@ class OutputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Throws `OutputError` when `path` is a file that holds what the program keeps: an SQLite store,
+/// or the health records beside one. Nothing that is written elsewhere may take its place.
+void requireNoKeptData(const std::string& path);
+
 /// A name beside a target under which a file is written until it is whole, so that the target is
 /// either what it was or complete. What was not committed is removed with the object.
 class PendingFile {

@@ -23,6 +23,17 @@ TEST(ChartFourierViewTest, KeepsTheLastNinetyPointsAsWholeNumbers) {
   EXPECT_TRUE(chart.data().empty());
 }
 
+TEST(ChartFourierViewTest, AViewMadeWithAFrameTakesPointsSilentlyAndDrawsNothing) {
+  ChartFourierView chart(ChartFourierView::Creation::frame);
+  for (int i = 0; i < 20; ++i) chart.addDataPoint(static_cast<float>(i));
+  RecorderCanvas canvas;
+  chart.drawRect(canvas, {.width = 270, .height = 100});
+  EXPECT_TRUE(canvas.shapes.empty());
+  EXPECT_EQ(chart.maxData(), 0);
+  chart.reset();
+  EXPECT_TRUE(chart.data().empty());
+}
+
 /// What a chart of these points draws at this height.
 std::vector<RecorderCanvas::Shape> drawn(const std::vector<float>& points, double height) {
   ChartFourierView chart;

@@ -110,6 +110,37 @@ TEST_F(BadInputTest, RowsThatAreNoColoursAreNamed) {
             "endOfInput");
 }
 
+TEST_F(BadInputTest, NothingThatIsKeptIsOverwritten) {
+  const std::string data = file("data");
+  ASSERT_EQ(run({"health", "allow", "heartrate", "--data", data}).status, 0);
+  ASSERT_EQ(run({"measure", "--only", "heartrate", "--data", data}).status, 0);
+  ASSERT_EQ(run({"synth", file("s.csv"), "--seconds", "63"}).status, 0);
+  write("s.reference.csv", "time,heartrate,spo2\n10,72,97\n");
+  const std::string store = file("data/veyla.db");
+  const std::string records = file("data/Observations.ndjson");
+  const std::string keptStore = contentsOf(store);
+  const std::string keptRecords = contentsOf(records);
+  ASSERT_FALSE(keptRecords.empty());
+  for (const std::string& kept : {store, records}) {
+    for (const Arguments& command : {Arguments{"history", "export", "--data", data, "-o", kept},
+                                     Arguments{"history", "mail", "--data", data, "-o", kept},
+                                     Arguments{"series", file("s.csv"), "-o", kept},
+                                     Arguments{"measure", "--no-save", "--trace", kept},
+                                     Arguments{"measure", "--no-save", "--log", kept},
+                                     Arguments{"measure", "--no-save", "--snapshot", kept},
+                                     Arguments{"evaluate", folder(), "--windows", kept}}) {
+      expectRefused(run(command), 4, {kept, "holds what Veyla keeps"});
+    }
+  }
+  expectRefused(run({"health", "export", "--data", data, "-o", store}), 4,
+                {"holds what Veyla keeps"});
+  EXPECT_EQ(contentsOf(store), keptStore);
+  EXPECT_EQ(contentsOf(records), keptRecords);
+  for (const char* input : {"s.csv", "s.reference.csv"}) {
+    expectRefused(run({"evaluate", folder(), "--windows", file(input)}), 2, {"--windows: ", input});
+  }
+}
+
 TEST_F(BadInputTest, SettingsThatCannotBeMeasuredWithAreNamed) {
   const std::string original = VEYLA_SETTINGS_FOLDER;
   const auto refused = [&](const std::string& name, const auto& change,

@@ -222,6 +222,20 @@ TEST_F(WidgetsTest, AnAnimatedRingGoesByHundredthsOfASecondAndEndsExactly) {
   platform_.time.run();
   EXPECT_EQ(ring_.progress(), 0.75F);
   EXPECT_EQ(redraws_, 0);
+
+  // Set again a rounding short of its end, it still ends, by itself.
+  for (int hundredth = 1; hundredth < 100; ++hundredth) {
+    const float target = static_cast<float>(hundredth) / 100;
+    ring_.setProgress(0, false);
+    ring_.setProgress(target, true);
+    platform_.time.runFor(0.2001);
+    ring_.setProgress(target, true);
+    platform_.time.runFor(1);
+    EXPECT_EQ(ring_.progress(), target);
+    redraws_ = 0;
+    platform_.time.runFor(1);
+    EXPECT_EQ(redraws_, 0) << target;
+  }
 }
 
 TEST_F(WidgetsTest, AWidgetThatIsGoneIsNotMoved) {

@@ -59,7 +59,15 @@ TEST_F(IntroViewControllerTest, TheLightMayShineFromTheSideOnFourProfilesOnly) {
 
 TEST_F(IntroViewControllerTest, TheFirstSkipShowsTheIntendedUseAndThenAsksForHealthRecords) {
   intro_.buttonSkipTapped();
-  ASSERT_EQ(platform_.alerts.shown.back().title, "INTENDED USE");
+  const Alert& notice = platform_.alerts.shown.back();
+  ASSERT_EQ(notice.title, "INTENDED USE");
+  EXPECT_EQ(notice.subtitle,
+            "The Veyla app is for use by sports users who are interested in knowing their blood "
+            "oxygenation level (SpO2) and Heart Rate. The Veyla app is NOT INTENDED FOR MEDICAL "
+            "USE. The Veyla app can be used in a wide range of settings, including between "
+            "exercises, running, hiking, and in relaxation management.");
+  EXPECT_EQ(notice.closeButton, "Done");
+  EXPECT_EQ(notice.style, (AlertStyle{.showAnimation = 2, .hideAnimation = 1, .background = 1}));
   EXPECT_FALSE(Utils::hasFirstTimeNotePopup());
   EXPECT_EQ(dismissals_, 0) << "the introduction stays open behind the notice";
 
