@@ -1,0 +1,211 @@
+// The built page in a real browser at a phone's size, with a recording as its camera.
+import { mkdirSync } from "node:fs";
+import { fileURLToPath } from "node:url";
+
+import { type Browser, type BrowserContext, chromium, type Page } from "playwright-core";
+import { preview, type PreviewServer } from "vite";
+
+const root = fileURLToPath(new URL("..", import.meta.url));
+const build = fileURLToPath(new URL("../../../build/", import.meta.url));
+
+/** A recording of a generated finger, made before the tests. */
+export function recording(name: "72" | "96" | "low"): string {
+  return `${build}web-recordings/${name}.y4m`;
+}
+
+/** Where pictures of the screens are kept to be looked at. */
+export const pictures = `${build}web-pictures/`;
+mkdirSync(pictures, { recursive: true });
+
+interface CameraSetup {
+  /** A recording, no camera at all, or a camera that the user refuses. */
+  readonly camera: string | "none" | "refused";
+}
+
+/** How one visitor comes. */
+export interface Visitor {
+  readonly torch?: boolean;
+  readonly stored?: Readonly<Record<string, string>>;
+  readonly colorScheme?: "light" | "dark";
+  readonly viewport?: { readonly width: number; readonly height: number };
+  readonly reducedMotion?: "reduce" | "no-preference";
+  readonly locale?: string;
+  readonly timezoneId?: string;
+  readonly query?: string;
+}
+
+/** Somebody who has seen the introduction and answered about health records. */
+export const acquainted: Readonly<Record<string, string>> = {
+  "veyla/pleaseNoteShown": "true",
+  "veyla/healthPermissions": '{"heartRate":true,"oxygenSaturation":true}',
+};
+
+export class Visit {
+  readonly log: string[] = [];
+  readonly problems: string[] = [];
+
+  constructor(
+    readonly page: Page,
+    readonly context: BrowserContext,
+    private readonly origin: string,
+  ) {
+    context.on("request", (request) => {
+      const url = new URL(request.url());
+      const isOwn = url.origin === this.origin || ["data:", "blob:"].includes(url.protocol);
+      if (!isOwn) this.problems.push(`a request beyond the origin: ${request.url()}`);
+    });
+    page.on("pageerror", (error) => this.problems.push(`an error in the page: ${error.message}`));
+    page.on("console", (message) => {
+      if (message.type() === "info") this.log.push(message.text());
+      if (message.type() === "error") this.problems.push(`the console: ${message.text()}`);
+    });
+  }
+
+  element(name: string): ReturnType<Page["locator"]> {
+    return this.page.locator(`[data-element="${name}"]`);
+  }
+
+  alert(title: string): ReturnType<Page["locator"]> {
+    return this.page.getByRole("alertdialog", { name: title, exact: true });
+  }
+
+  async start(): Promise<void> {
+    await this.page.getByRole("button", { name: "START" }).tap();
+  }
+
+  async stop(): Promise<void> {
+    await this.page.getByRole("button", { name: "STOP" }).tap();
+  }
+
+  /** What the core has stored under a key, as text. */
+  stored(key: string): Promise<string | null> {
+    return this.page.evaluate((item) => localStorage.getItem(item), `veyla/${key}`);
+  }
+
+  /** The constraints that the torch was given, in their order. */
+  torch(): Promise<boolean[]> {
+    return this.page.evaluate(() => (window as unknown as { torchSet: boolean[] }).torchSet);
+  }
+
+  /** The page goes to the background or comes back, as a phone's switch between programs does it. */
+  async setInFront(inFront: boolean): Promise<void> {
+    await this.page.evaluate((visible) => {
+      const state = visible ? "visible" : "hidden";
+      Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
+      Object.defineProperty(document, "hidden", { value: !visible, configurable: true });
+      document.dispatchEvent(new Event("visibilitychange"));
+    }, inFront);
+  }
+
+  /** A finger's swipe over the middle of the screen. */
+  async swipe(direction: "left" | "right"): Promise<void> {
+    const { width, height } = this.page.viewportSize() ?? { width: 0, height: 0 };
+    const [from, to] = direction === "left" ? [0.75, 0.25] : [0.25, 0.75];
+    const session = await this.context.newCDPSession(this.page);
+    const y = height / 2;
+    const touch = (type: "touchStart" | "touchMove" | "touchEnd", x?: number): Promise<unknown> =>
+      session.send("Input.dispatchTouchEvent", {
+        type,
+        touchPoints: x === undefined ? [] : [{ x, y }],
+      });
+    await touch("touchStart", width * from);
+    for (let step = 1; step <= 5; ++step) {
+      await touch("touchMove", width * (from + ((to - from) * step) / 5));
+    }
+    await touch("touchEnd");
+    await session.detach();
+  }
+
+  async picture(name: string): Promise<void> {
+    await this.page.screenshot({ path: `${pictures}${name}.png` });
+  }
+}
+
+/** Stands in for the one thing that no generated camera has, at the edge of the track. */
+function addTorch(): void {
+  const tracks = MediaStreamTrack.prototype;
+  const torchSet: boolean[] = [];
+  Object.assign(window, { torchSet });
+  const capabilities = tracks.getCapabilities;
+  tracks.getCapabilities = function (this: MediaStreamTrack): MediaTrackCapabilities {
+    return { ...capabilities.call(this), torch: true } as MediaTrackCapabilities;
+  };
+  const apply = tracks.applyConstraints;
+  tracks.applyConstraints = function (
+    this: MediaStreamTrack,
+    constraints?: MediaTrackConstraints,
+  ): Promise<void> {
+    const advanced = (constraints?.advanced ?? []) as Record<string, unknown>[];
+    for (const { torch } of advanced) if (typeof torch === "boolean") torchSet.push(torch);
+    const others = advanced.filter((each) => !("torch" in each));
+    return apply.call(this, { ...constraints, advanced: others } as MediaTrackConstraints);
+  };
+}
+
+export class PhoneBrowser {
+  private constructor(
+    private readonly browser: Browser,
+    private readonly server: PreviewServer,
+    private readonly setup: CameraSetup,
+  ) {}
+
+  static async open(setup: CameraSetup): Promise<PhoneBrowser> {
+    const args = [
+      "--no-sandbox",
+      "--disable-gpu",
+      "--disable-quic",
+      "--disable-background-networking",
+      "--disable-component-update",
+      "--disable-sync",
+    ];
+    if (setup.camera === "refused") args.push("--use-fake-device-for-media-stream");
+    else args.push("--use-fake-ui-for-media-stream");
+    if (setup.camera !== "none" && setup.camera !== "refused") {
+      args.push("--use-fake-device-for-media-stream");
+      args.push(`--use-file-for-fake-video-capture=${setup.camera}`);
+    }
+    const [browser, server] = await Promise.all([
+      chromium.launch({ executablePath: process.env["CHROMIUM"] ?? "/usr/bin/chromium", args }),
+      preview({
+        root,
+        configFile: `${root}vite.config.ts`,
+        preview: { host: "127.0.0.1", port: 0 },
+        logLevel: "warn",
+      }),
+    ]);
+    return new PhoneBrowser(browser, server, setup);
+  }
+
+  get url(): string {
+    return this.server.resolvedUrls?.local[0] ?? "";
+  }
+
+  async visit(visitor: Visitor = {}): Promise<Visit> {
+    const context = await this.browser.newContext({
+      viewport: visitor.viewport ?? { width: 390, height: 844 },
+      deviceScaleFactor: 2,
+      hasTouch: true,
+      isMobile: true,
+      colorScheme: visitor.colorScheme ?? "light",
+      reducedMotion: visitor.reducedMotion ?? "no-preference",
+      locale: visitor.locale ?? "en-US",
+      timezoneId: visitor.timezoneId ?? "UTC",
+      permissions: this.setup.camera === "refused" ? [] : ["camera"],
+    });
+    if (visitor.torch ?? true) await context.addInitScript(addTorch);
+    await context.addInitScript((stored) => {
+      // Once, so that a reloaded page finds what it stored itself.
+      if (localStorage.length > 0) return;
+      for (const [key, text] of Object.entries(stored)) localStorage.setItem(key, text);
+    }, visitor.stored ?? {});
+    const visit = new Visit(await context.newPage(), context, new URL(this.url).origin);
+    await visit.page.goto(`${this.url}${visitor.query ?? "?log"}`);
+    await visit.page.locator(".measuring-grid").waitFor();
+    return visit;
+  }
+
+  async close(): Promise<void> {
+    await this.browser.close();
+    await this.server.close();
+  }
+}

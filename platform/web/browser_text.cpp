@@ -1,0 +1,30 @@
+#include "platform/web/browser_text.h"
+
+namespace veyla {
+
+using emscripten::val;
+
+namespace {
+
+std::optional<Date> dateFrom(const val& seconds) {
+  if (seconds.isNull()) return std::nullopt;
+  return Date{seconds.as<double>()};
+}
+
+}  // namespace
+
+std::string BrowserText::mediumDateShortTime(Date date) const {
+  return page_.call<std::string>("mediumDateShortTime", date.secondsSince1970);
+}
+
+std::optional<Date> BrowserText::parseMediumDateShortTime(std::string_view text) const {
+  return dateFrom(page_.call<val>("parseMediumDateShortTime", std::string(text)));
+}
+
+bool BrowserText::matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const {
+  return page_.call<bool>("matchesWholeIgnoringCase", std::string(pattern), std::string(text));
+}
+
+std::string BrowserText::randomUuid() { return page_.call<std::string>("randomUuid"); }
+
+}  // namespace veyla

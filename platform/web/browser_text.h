@@ -1,0 +1,32 @@
+#pragma once
+
+#include <emscripten/val.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/text_services.h"
+
+namespace veyla {
+
+/// Dates by `Intl`, regular expressions by `RegExp` and random identifiers by `crypto`, in the
+/// browser's locale and time zone.
+class BrowserText : public DateFormatting, public RegularExpressions, public UuidGenerator {
+ public:
+  /// `page` answers the operations by their names.
+  explicit BrowserText(emscripten::val page) : page_(std::move(page)) {}
+
+  std::string mediumDateShortTime(Date date) const override;
+  std::optional<Date> parseMediumDateShortTime(std::string_view text) const override;
+
+  bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const override;
+
+  std::string randomUuid() override;
+
+ private:
+  emscripten::val page_;
+};
+
+}  // namespace veyla
