@@ -12,7 +12,7 @@ cmake --build --preset web
 cd apps/web
 # The packages, at the versions of the lock file, unless they are there.
 if ! cmp -s package-lock.json node_modules/.installed-lock.json; then
-  npm ci --no-progress
+  npm ci --ignore-scripts --no-progress
   cp package-lock.json node_modules/.installed-lock.json
 fi
 npm run --silent build

@@ -4,6 +4,7 @@ import { fileURLToPath } from "node:url";
 
 import { type Browser, type BrowserContext, chromium, type Page } from "playwright-core";
 import { preview, type PreviewServer } from "vite";
+import { expect } from "vitest";
 
 const root = fileURLToPath(new URL("..", import.meta.url));
 const build = fileURLToPath(new URL("../../../build/", import.meta.url));
@@ -71,6 +72,22 @@ export class Visit {
 
   async start(): Promise<void> {
     await this.page.getByRole("button", { name: "START" }).tap();
+  }
+
+  /** Through the countdown: what the status line says may still stand from the time before. */
+  async startMeasuring(): Promise<void> {
+    await this.start();
+    await this.page.getByText("Will begin in a couple of seconds ...").waitFor();
+    await this.page.getByText("Analyzing - hold steady ...").waitFor();
+  }
+
+  /** The report that the end of a recording logs. */
+  async report(): Promise<{ frames: number; framedrops: number; fps: number }> {
+    const pattern = /^seconds: [\d.]+, frames ([1-9]\d*), framedrops (\d+), fps: ([\d.]+)$/;
+    await expect.poll(() => this.log.some((line) => pattern.test(line))).toBe(true);
+    const found = this.log.map((line) => pattern.exec(line)).findLast((match) => match !== null);
+    const [frames = 0, framedrops = 0, fps = 0] = (found ?? []).slice(1).map(Number);
+    return { frames, framedrops, fps };
   }
 
   async stop(): Promise<void> {

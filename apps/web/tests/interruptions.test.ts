@@ -42,9 +42,7 @@ describe("with a camera and a torch", () => {
   it("STOP while measuring ends it, and the next START begins anew", async () => {
     const visit = await phone.visit({ stored: acquainted });
     for (let round = 0; round < 2; ++round) {
-      await visit.start();
-      await visit.page.getByText("Analyzing - hold steady ...").waitFor();
-      await visit.page.waitForTimeout(500);
+      await visit.startMeasuring();
       expect(await holdsCamera(visit)).toBe(true);
       await visit.stop();
       await expectIdle(visit);
@@ -56,8 +54,7 @@ describe("with a camera and a torch", () => {
 
   it("a page that goes to the background stops, and comes back as it began", async () => {
     const visit = await phone.visit({ stored: acquainted });
-    await visit.start();
-    await visit.page.getByText("Analyzing - hold steady ...").waitFor();
+    await visit.startMeasuring();
     await visit.setInFront(false);
     expect(await holdsCamera(visit)).toBe(false);
     expect(visit.log.slice(-4)).toContain("AppDelegate didEnterBackground");
@@ -107,11 +104,10 @@ describe("with a camera and a torch", () => {
 
   it("swipes lead to the other screens, which end the measurement", async () => {
     const visit = await phone.visit({ stored: acquainted });
-    await visit.start();
-    await visit.page.getByText("Analyzing - hold steady ...").waitFor();
+    await visit.startMeasuring();
     await visit.swipe("right");
     await visit.page.getByRole("button", { name: "Back" }).last().waitFor();
-    expect(await holdsCamera(visit)).toBe(false);
+    await expect.poll(() => holdsCamera(visit)).toBe(false);
     await visit.page.getByRole("button", { name: "Back" }).last().tap();
     await expectIdle(visit);
     expect(visit.problems).toEqual([]);
