@@ -2,22 +2,14 @@
 
 #include <string>
 
+#include "apps/cli/evaluation.h"
 #include "apps/cli/exit_status.h"
-#include "apps/cli/measurement_run.h"
 
 namespace veyla {
 
 struct EvaluateOptions {
-  /// Holds recordings with a `NAME.reference.csv` each.
-  std::string folder;
-  /// Seconds of recording per measurement, the countdown included, and from one start to the next.
-  double window = 42;
-  double every = 20;
-  bool heartrate = true;
-  bool spo2 = false;
-  std::string device = defaultDevice;
+  EvaluationRequest request;
   std::string settingsFolder;
-  int jobs = 0;
   bool json = false;
 };
 

@@ -147,16 +147,16 @@ void describeSynth(CLI::App& command, veyla::SynthOptions& options, std::string&
 }
 
 void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::string& only) {
-  addText(command, "FOLDER", options.folder, "", "recordings, each with a NAME.reference.csv")
+  addText(command, "FOLDER", options.request.folder, "", "recordings, each with a NAME.reference.csv")
       ->required();
-  addNumber(command, "--window", options.window, "S",
+  addNumber(command, "--window", options.request.window, "S",
             "seconds per measurement, countdown included (42)", numberWithin(3, longestSeconds));
-  addNumber(command, "--every", options.every, "S", "seconds from one start to the next (20)",
+  addNumber(command, "--every", options.request.every, "S", "seconds from one start to the next (20)",
             numberWithin(0.1, longestSeconds));
   addText(command, "--only", only, "heartrate|spo2|both", "what is measured (heartrate)")
       ->check(oneOf({"heartrate", "spo2", "both"}));
-  describeSettings(command, options.device, options.settingsFolder);
-  addNumber(command, "--jobs", options.jobs, "N", "measurements at a time (one per core)",
+  describeSettings(command, options.request.device, options.settingsFolder);
+  addNumber(command, "--jobs", options.request.jobs, "N", "measurements at a time (one per core)",
             numberWithin(1, 1024, true));
   command.add_flag("--json", options.json, "print a JSON list");
 }
@@ -254,8 +254,8 @@ int main(int argc, char** argv) {
       "evaluate", "measure a folder of recordings and compare with their references");
   describeEvaluate(evaluate, evaluateOptions, evaluated);
   evaluate.callback([&] {
-    evaluateOptions.heartrate = evaluated != "spo2";
-    evaluateOptions.spo2 = evaluated != "heartrate";
+    evaluateOptions.request.heartrate = evaluated != "spo2";
+    evaluateOptions.request.spo2 = evaluated != "heartrate";
     status = veyla::runEvaluate(evaluateOptions);
   });
 

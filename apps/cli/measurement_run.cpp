@@ -123,6 +123,8 @@ MeasurementReport MeasurementRun::run() {
   if (screen.isHeartrateDone()) report.heartrate = screen.finalHeartrate();
   if (screen.isSpo2Done()) report.spo2 = screen.finalSpo2();
   report.seconds = tally.seconds();
+  report.heartrateSeconds = tally.heartrateSeconds();
+  report.spo2Seconds = tally.spo2Seconds();
   report.frames = screen.videoProcessing()->counter();
   report.framedrops = screen.videoProcessing()->framedrops();
   report.heartrateEstimates = tally.heartrateEstimates();

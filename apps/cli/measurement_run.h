@@ -31,6 +31,9 @@ struct MeasurementReport {
   std::optional<float> spo2;
   /// From the first stored frame to the last, in the recording's time.
   double seconds = 0;
+  /// The same up to the last accepted estimate of each value: when a final one became final.
+  double heartrateSeconds = 0;
+  double spo2Seconds = 0;
   int frames = 0;
   int framedrops = 0;
   EstimateCounts heartrateEstimates;

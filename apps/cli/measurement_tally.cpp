@@ -10,6 +10,7 @@ void MeasurementTally::frameStored(std::int32_t /*counter*/) {
 void MeasurementTally::heartrateEstimated(std::int32_t counter, const HeartrateResult& result,
                                           EstimateVerdict verdict) {
   count(heartrateEstimates_, verdict);
+  if (verdict == EstimateVerdict::accepted) heartrateSeconds_ = seconds();
   if (trace) {
     trace({.seconds = seconds(), .counter = counter, .verdict = verdict, .heartrate = &result});
   }
@@ -18,6 +19,7 @@ void MeasurementTally::heartrateEstimated(std::int32_t counter, const HeartrateR
 void MeasurementTally::spo2Estimated(std::int32_t counter, float spo2, const Spo2Figures& figures,
                                      EstimateVerdict verdict) {
   count(spo2Estimates_, verdict);
+  if (verdict == EstimateVerdict::accepted) spo2Seconds_ = seconds();
   if (trace) {
     trace({.seconds = seconds(),
            .counter = counter,

@@ -51,6 +51,9 @@ class MeasurementTally : public MeasurementObserver {
   const EstimateCounts& spo2Estimates() const { return spo2Estimates_; }
   /// From the first stored frame to the last, in the recording's time.
   double seconds() const { return firstFrame_ ? lastFrame_ - *firstFrame_ : 0; }
+  /// From the first stored frame to the newest accepted estimate of each value.
+  double heartrateSeconds() const { return heartrateSeconds_; }
+  double spo2Seconds() const { return spo2Seconds_; }
   /// Nothing while the measurement has not ended by itself.
   std::optional<MeasurementEnd> end() const { return end_; }
 
@@ -62,6 +65,8 @@ class MeasurementTally : public MeasurementObserver {
   EstimateCounts spo2Estimates_;
   std::optional<double> firstFrame_;
   double lastFrame_ = 0;
+  double heartrateSeconds_ = 0;
+  double spo2Seconds_ = 0;
   std::optional<MeasurementEnd> end_;
 };
 

@@ -76,20 +76,25 @@ Reference::Reference(const std::string& path) {
 }
 
 std::optional<double> Reference::heartrate(double from, double to) const {
-  return mean(heartrates_, from, to);
+  return mean(heartrates_, from, to, Weight::row);
+}
+
+std::optional<double> Reference::heartratePerTime(double from, double to) const {
+  return mean(heartrates_, from, to, Weight::time);
 }
 
 std::optional<double> Reference::spo2(double from, double to) const {
-  return mean(spo2s_, from, to);
+  return mean(spo2s_, from, to, Weight::row);
 }
 
-std::optional<double> Reference::mean(const Rows& rows, double from, double to) {
+std::optional<double> Reference::mean(const Rows& rows, double from, double to, Weight by) {
   double sum = 0;
   double weight = 0;
   for (const Row& row : rows) {
     if (row.time < from || row.time > to) continue;
-    sum += row.value * row.since;
-    weight += row.since;
+    const double share = by == Weight::time ? row.since : 1;
+    sum += row.value * share;
+    weight += share;
   }
   if (weight <= 0) return std::nullopt;
   return sum / weight;

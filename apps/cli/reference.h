@@ -14,10 +14,12 @@ class Reference {
   /// Throws `InputError`.
   explicit Reference(const std::string& path);
 
-  /// The means from `from` to `to` seconds, each row weighted by the time since the row before, so
-  /// that a row per beat gives beats per time; nothing without a row there.
+  /// The mean of the rows from `from` to `to` seconds; nothing without a row there.
   std::optional<double> heartrate(double from, double to) const;
   std::optional<double> spo2(double from, double to) const;
+  /// The same with each row weighted by the time since the row before. With a row per beat, that is
+  /// the number of beats per time, where the plain mean counts quick beats for too much.
+  std::optional<double> heartratePerTime(double from, double to) const;
 
  private:
   struct Row {
@@ -28,7 +30,8 @@ class Reference {
   };
   using Rows = std::vector<Row>;
 
-  static std::optional<double> mean(const Rows& rows, double from, double to);
+  enum class Weight { row, time };
+  static std::optional<double> mean(const Rows& rows, double from, double to, Weight by);
 
   Rows heartrates_;
   Rows spo2s_;

@@ -54,29 +54,18 @@ bool isSeries(const std::string& path) {
   return ending == ".csv";
 }
 
-/// Noise of a frame's mean. Pixels' own noise would average out to nothing; what is left in
-/// recordings is common to all of them, such as the light's.
-double frameNoise(const SynthOptions& options, std::int64_t frame, std::uint64_t channel) {
-  constexpr double partOfPixelNoise = 0.03;
-  constexpr std::uint64_t channels = 3;
-  return partOfPixelNoise * options.noise *
-         gaussianAt(options.seed + 3, channels * static_cast<std::uint64_t>(frame) + channel);
-}
-
 void writeSeries(const SynthOptions& options, const ColourAt& colourAt, std::int64_t frames) {
   const auto rounded = [](double value) { return std::round(value * 1000) / 1000; };
   OutputFile output(options.output);
   output.write("time,R,G,B\n");
   for (std::int64_t frame = 0; frame < frames; ++frame) {
     const double time = static_cast<double>(frame) / options.fps;
-    const ChannelMeans colour = colourAt(time);
+    const ChannelMeans means = seriesMeans(colourAt(time), options.noise, options.seed, frame);
     std::string row;
     appendDecimal(row, rounded(1000 * time));
-    std::uint64_t channel = 0;
-    for (const double value : {colour.red, colour.green, colour.blue}) {
-      const double noisy = value + frameNoise(options, frame, channel++);
+    for (const double value : {means.red, means.green, means.blue}) {
       row += ',';
-      appendDecimal(row, rounded(std::clamp(noisy, 0.0, 255.0)));
+      appendDecimal(row, value);
     }
     output.write(row += '\n');
   }

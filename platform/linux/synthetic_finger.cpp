@@ -301,4 +301,49 @@ void SyntheticSource::deliver(SampleBufferDelegate& delegate) {
   delegate.captureOutput(frame_);
 }
 
+ChannelMeans seriesMeans(const ChannelMeans& colour, double noise, std::uint64_t seed,
+                         std::int64_t frame) {
+  constexpr double partOfPixelNoise = 0.03;
+  constexpr std::uint64_t channels = 3;
+  std::uint64_t position = channels * static_cast<std::uint64_t>(frame);
+  const auto noisy = [&](double mean) {
+    const double value = mean + partOfPixelNoise * noise * gaussianAt(seed + 3, position++);
+    return std::round(std::clamp(value, 0.0, 255.0) * 1000) / 1000;
+  };
+  ChannelMeans means;
+  means.red = noisy(colour.red);
+  means.green = noisy(colour.green);
+  means.blue = noisy(colour.blue);
+  return means;
+}
+
+SyntheticSeries::SyntheticSeries(const FingerOptions& options, double seconds,
+                                 double framesPerSecond)
+    : finger_(options),
+      options_(options),
+      framesPerSecond_(framesPerSecond),
+      frameCount_(framesIn(seconds, framesPerSecond)) {}
+
+bool SyntheticSeries::advance() {
+  if (index_ + 1 >= frameCount_) return false;
+  ++index_;
+  return true;
+}
+
+std::optional<double> SyntheticSeries::nextTime() const {
+  if (index_ + 1 >= frameCount_) return std::nullopt;
+  return timeOf(index_ + 1);
+}
+
+void SyntheticSeries::deliver(SampleBufferDelegate& delegate) {
+  const ChannelMeans means =
+      seriesMeans(finger_.at(time()), options_.noise, options_.seed, index_);
+  FrameSample sample;
+  sample.red = static_cast<float>(means.red);
+  sample.green = static_cast<float>(means.green);
+  sample.blue = static_cast<float>(means.blue);
+  sample.hr = sample.red;
+  delegate.captureOutput(sample);
+}
+
 }  // namespace veyla

@@ -131,6 +131,33 @@ class SyntheticSource : public RecordingSource {
   BgraFrame frame_{lowPresetWidth, lowPresetHeight};
 };
 
+/// The generated fingertip as a colour series, without pixels: `SyntheticFinger`'s means with the
+/// noise of a frame's mean, to three decimals, as the program writes them into a file.
+class SyntheticSeries : public RecordingSource {
+ public:
+  SyntheticSeries(const FingerOptions& options, double seconds, double framesPerSecond);
+
+  bool advance() override;
+  double time() const override { return timeOf(index_); }
+  std::optional<double> nextTime() const override;
+  void deliver(SampleBufferDelegate& delegate) override;
+
+ private:
+  double timeOf(std::int64_t index) const { return static_cast<double>(index) / framesPerSecond_; }
+
+  SyntheticFinger finger_;
+  FingerOptions options_;
+  double framesPerSecond_;
+  std::int64_t frameCount_;
+  std::int64_t index_ = -1;
+};
+
+/// The means that a series holds of a frame of this colour: with noise, within 0 to 255, to three
+/// decimals. Pixels' own noise would average out to nothing; what is left in recordings is common
+/// to all of them, such as the light's.
+ChannelMeans seriesMeans(const ChannelMeans& colour, double noise, std::uint64_t seed,
+                         std::int64_t frame);
+
 /// How many frames fall into `seconds`, the one at 0 included and at least one.
 std::int64_t framesIn(double seconds, double framesPerSecond);
 

@@ -1,5 +1,7 @@
 #include "platform/linux/cairo_canvas.h"
 
+#include <fontconfig/fontconfig.h>
+
 #include <functional>
 #include <numbers>
 
@@ -18,6 +20,17 @@ constexpr Color red{1, 0, 0, 1};
 constexpr Pixel whitePixel{255, 255, 255, 255};
 constexpr Pixel redPixel{0, 0, 255, 255};
 constexpr double quarter = std::numbers::pi / 2;
+
+/// Cairo and its fonts keep what they may need again to the end, where it passes for lost.
+class EmptiesCaches : public testing::Environment {
+ public:
+  void TearDown() override {
+    cairo_debug_reset_static_data();
+    FcFini();
+  }
+};
+[[maybe_unused]] const auto* const emptiesCaches =
+    testing::AddGlobalTestEnvironment(new EmptiesCaches);
 
 void addSquare(Canvas& canvas, double x, double y, double side) {
   canvas.beginPath();

@@ -176,6 +176,11 @@ TEST_F(WidgetsTest, TheRingIsABandFromTheTopAroundADisc) {
   EXPECT_EQ(canvas.shapes[2].arcs[0].radius, 24);
   EXPECT_EQ(canvas.shapes[2].color(), colors[0]);
   EXPECT_TRUE(canvas.texts.empty());
+  ring_.hintTextGenerationBlock = [](float progress) {
+    return std::to_string(progress).substr(0, 4);
+  };
+  ASSERT_NE(drawnRing().find("0.25"), nullptr);
+  EXPECT_EQ(drawnRing().find("0.25")->at.x, 30);
   EXPECT_EQ(drawnRing({8, 8}).shapes.size(), 2U) << "no room for a disc";
 }
 

@@ -1,0 +1,249 @@
+#include "apps/cli/evaluation.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <mutex>
+#include <numeric>
+
+#include "apps/cli/complain.h"
+#include "apps/cli/parallel.h"
+#include "platform/format.h"
+#include "platform/linux/log_file.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/no_health_store.h"
+#include "platform/linux/recording_source.h"
+
+namespace veyla {
+
+namespace {
+
+constexpr std::string_view referenceEnding = ".reference.csv";
+constexpr double countdownSeconds = 2;
+
+double lengthOf(const std::filesystem::path& path) {
+  const auto source = openRecording(path);
+  double seconds = 0;
+  while (source->advance()) seconds = source->time();
+  if (const std::string remark = source->remark(); !remark.empty()) complain(remark);
+  return seconds;
+}
+
+/// The recording that a reference belongs to: the file of its name with another ending.
+std::filesystem::path recordingOf(const std::filesystem::path& reference) {
+  const std::string file = reference.filename();
+  const std::string stem = file.substr(0, file.size() - referenceEnding.size());
+  std::filesystem::path found;
+  for (const auto& entry : std::filesystem::directory_iterator(reference.parent_path())) {
+    if (entry.path().stem() != stem) continue;
+    if (!found.empty()) {
+      throw InputError(reference.string() + ": both " + found.filename().string() + " and " +
+                       entry.path().filename().string() + " lie beside it; leave one there");
+    }
+    found = entry.path();
+  }
+  if (found.empty()) {
+    throw InputError(reference.string() + ": there is no recording " + stem +
+                     ".* beside it; put both into the folder");
+  }
+  return found;
+}
+
+std::optional<Comparison> compared(std::optional<float> measured, std::optional<double> reference) {
+  if (!measured || !reference) return std::nullopt;
+  return Comparison{static_cast<double>(*measured), *reference};
+}
+
+void measure(EvaluatedWindow& window, const ReferencedRecording& recording, const EvaluationRequest& request,
+             const Resources& resources) {
+  TimedQueue queue{Date{}};
+  MemoryKeyValueStore store;
+  NoHealthStore healthStore;
+  NoLog log;
+  MeasurementRun run({.heartrate = request.heartrate,
+                      .spo2 = request.spo2,
+                      .device = request.device,
+                      .start = window.start,
+                      .duration = request.window},
+                     openRecording(recording.path),
+                     {.queue = queue,
+                      .store = store,
+                      .healthStore = healthStore,
+                      .resources = resources,
+                      .log = log});
+  window.report = run.run();
+
+  const MeasurementReport& report = window.report;
+  const Reference& reference = recording.reference;
+  const double from = window.start + countdownSeconds;
+  const double to = from + report.heartrateSeconds;
+  window.heartrate = compared(report.heartrate, reference.heartrate(from, to));
+  window.heartratePerTime = compared(report.heartrate, reference.heartratePerTime(from, to));
+  for (std::size_t n = 0; n <= latestLag; ++n) {
+    const auto lag = static_cast<double>(n);
+    window.heartrateAtLag.push_back(
+        compared(report.heartrate, reference.heartrate(from + lag, to + lag)));
+  }
+  window.spo2 = compared(report.spo2, reference.spo2(from, from + report.spo2Seconds));
+}
+
+constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+
+double meanOf(const std::vector<double>& values) {
+  if (values.empty()) return unknown;
+  return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
+}
+
+/// The value that `share` of the values do not exceed, on a line between the two nearest.
+double quantileOf(std::vector<double> values, double share) {
+  if (values.empty()) return unknown;
+  std::sort(values.begin(), values.end());
+  const double position = share * static_cast<double>(values.size() - 1);
+  const auto below = static_cast<std::size_t>(position);
+  const std::size_t above = std::min(below + 1, values.size() - 1);
+  return std::lerp(values[below], values[above], position - static_cast<double>(below));
+}
+
+double shareOver(const std::vector<double>& values, double limit) {
+  if (values.empty()) return unknown;
+  const auto over =
+      std::count_if(values.begin(), values.end(), [=](double value) { return value > limit; });
+  return 100 * static_cast<double>(over) / static_cast<double>(values.size());
+}
+
+using Selection = std::vector<const EvaluatedWindow*>;
+
+/// `value` of every comparison that `which` finds in a window.
+template <class Which, class ValueOf>
+std::vector<double> valuesOf(const Selection& windows, const Which& which, const ValueOf& value) {
+  std::vector<double> values;
+  for (const EvaluatedWindow* window : windows) {
+    if (const std::optional<Comparison>& found = which(*window)) values.push_back(value(*found));
+  }
+  return values;
+}
+
+double absoluteError(const Comparison& of) { return std::abs(of.error()); }
+
+EvaluationSummary summaryOf(const std::string& name, const Selection& windows) {
+  using Window = EvaluatedWindow;
+  const auto heartrate = [](const Window& window) -> auto& { return window.heartrate; };
+  const auto perTime = [](const Window& window) -> auto& { return window.heartratePerTime; };
+  const auto spo2 = [](const Window& window) -> auto& { return window.spo2; };
+
+  EvaluationSummary summary;
+  summary.name = name;
+  summary.windows = windows.size();
+  std::vector<double> seconds;
+  for (const Window* window : windows) {
+    if (window->report.outcome == Outcome::finished) seconds.push_back(window->report.seconds);
+  }
+  summary.finished = seconds.size();
+  summary.unfinished = 100 * static_cast<double>(summary.windows - summary.finished) /
+                       static_cast<double>(summary.windows);
+  summary.medianSeconds = quantileOf(seconds, 0.5);
+  summary.ninetiethSeconds = quantileOf(seconds, 0.9);
+
+  const std::vector<double> errors = valuesOf(windows, heartrate, absoluteError);
+  summary.meanError = meanOf(errors);
+  summary.medianError = quantileOf(errors, 0.5);
+  summary.shareOver5 = shareOver(errors, 5);
+  summary.shareOver10 = shareOver(errors, 10);
+  summary.meanErrorPerTime = meanOf(valuesOf(windows, perTime, absoluteError));
+  summary.bias = meanOf(valuesOf(windows, heartrate, [](auto& of) { return of.error(); }));
+  summary.meanPercentageError = meanOf(valuesOf(
+      windows, heartrate, [](auto& of) { return 100 * absoluteError(of) / of.reference; }));
+  summary.spo2RootMeanSquare =
+      std::sqrt(meanOf(valuesOf(windows, spo2, [](auto& of) { return of.error() * of.error(); })));
+
+  summary.lag = unknown;
+  summary.meanErrorAtLag = std::numeric_limits<double>::infinity();
+  for (std::size_t lag = 0; lag <= latestLag; ++lag) {
+    const auto atLag = [=](const Window& window) -> auto& { return window.heartrateAtLag[lag]; };
+    const double error = meanOf(valuesOf(windows, atLag, absoluteError));
+    if (error < summary.meanErrorAtLag) {
+      summary.meanErrorAtLag = error;
+      summary.lag = static_cast<double>(lag);
+    }
+  }
+  return summary;
+}
+
+}  // namespace
+
+std::vector<ReferencedRecording> recordingsIn(const std::string& folder) {
+  std::error_code error;
+  std::vector<std::filesystem::path> references;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    if (entry.path().string().ends_with(referenceEnding)) references.push_back(entry.path());
+  }
+  if (error) throw InputError(folder + ": " + error.message() + "; give a folder of recordings");
+  if (references.empty()) {
+    throw InputError(folder + ": holds no NAME.reference.csv; put one beside each recording");
+  }
+  std::sort(references.begin(), references.end());
+  std::vector<ReferencedRecording> recordings;
+  for (const auto& reference : references) {
+    const std::filesystem::path path = recordingOf(reference);
+    recordings.push_back({path.stem(), path, Reference(reference), lengthOf(path)});
+  }
+  return recordings;
+}
+
+Evaluation evaluateFolder(const EvaluationRequest& request, const Resources& resources,
+                          const std::function<void(std::size_t done, std::size_t all)>& progress) {
+  const std::vector<ReferencedRecording> recordings = recordingsIn(request.folder);
+  Evaluation evaluation;
+  for (std::size_t i = 0; i < recordings.size(); ++i) {
+    evaluation.recordings.push_back(recordings[i].name);
+    for (int n = 0; n * request.every + request.window <= recordings[i].seconds; ++n) {
+      evaluation.windows.emplace_back();
+      evaluation.windows.back().recording = i;
+      evaluation.windows.back().start = n * request.every;
+    }
+  }
+  if (evaluation.windows.empty()) {
+    throw InputError(formatText(
+        "%s: no recording is as long as a window of %g s; give a shorter --window",
+        request.folder.c_str(), request.window));
+  }
+  std::mutex progressMutex;
+  std::size_t done = 0;
+  inParallel(evaluation.windows.size(), request.jobs, [&](std::size_t number) {
+    EvaluatedWindow& window = evaluation.windows[number];
+    measure(window, recordings[window.recording], request, resources);
+    const std::lock_guard lock(progressMutex);
+    if (progress) progress(++done, evaluation.windows.size());
+  });
+  return evaluation;
+}
+
+std::vector<EvaluationSummary> summariesOf(const Evaluation& evaluation) {
+  const auto select = [&](const auto& matches) {
+    Selection selected;
+    for (const EvaluatedWindow& window : evaluation.windows) {
+      if (matches(evaluation.recordings[window.recording])) selected.push_back(&window);
+    }
+    return selected;
+  };
+  std::vector<EvaluationSummary> summaries;
+  std::vector<std::string> sets;
+  for (const std::string& recording : evaluation.recordings) {
+    summaries.push_back(
+        summaryOf(recording, select([&](const std::string& name) { return name == recording; })));
+    const std::string set = setOf(recording);
+    if (std::find(sets.begin(), sets.end(), set) == sets.end()) sets.push_back(set);
+  }
+  for (const std::string& set : sets) {
+    summaries.push_back(summaryOf(
+        "all " + set, select([&](const std::string& name) { return setOf(name) == set; })));
+  }
+  summaries.push_back(summaryOf("all", select([](const std::string&) { return true; })));
+  return summaries;
+}
+
+std::string setOf(const std::string& recording) {
+  return recording.substr(0, recording.find_first_of("-0123456789"));
+}
+
+}  // namespace veyla
