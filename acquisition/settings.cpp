@@ -36,32 +36,6 @@ bool answerOnce(std::optional<bool> DeviceAnswers::*question, std::string_view p
   return *answer;
 }
 
-/// A log text of a settings entry: its keys and values in their order.
-std::string described(const Value& value) {
-  if (const auto* entries = value.dictionary()) {
-    std::string text = "{";
-    for (const auto& [key, entry] : *entries) {
-      if (text.size() > 1) text += ", ";
-      text += key + " = " + described(entry);
-    }
-    return text + "}";
-  }
-  if (const auto* elements = value.array()) {
-    std::string text = "(";
-    for (const Value& element : *elements) {
-      if (text.size() > 1) text += ", ";
-      text += described(element);
-    }
-    return text + ")";
-  }
-  if (const auto* text = value.text()) return *text;
-  if (value.isNull()) return "null";
-  std::string number = std::to_string(value.doubleValue());
-  number.erase(number.find_last_not_of('0') + 1);
-  if (number.back() == '.') number.pop_back();
-  return number;
-}
-
 }  // namespace
 
 std::optional<Value> loadDefaultSettings(std::string_view resourceName) {

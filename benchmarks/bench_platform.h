@@ -18,7 +18,7 @@ class BenchPlatform {
  public:
   explicit BenchPlatform(KeyValueStore& store)
       : platform_({log_, scripted_.time, scripted_.time, scripted_.camera, fft, store, healthStore_,
-                   resources_, json_, scripted_.device, text_, text_, uuids_, scripted_.display,
+                   resources_, json_, jsonWriter_, scripted_.device, text_, text_, text_, uuids_, scripted_.display,
                    scripted_.alerts, scripted_.screens}) {}
 
   KissRealFft fft;
@@ -29,6 +29,7 @@ class BenchPlatform {
   NoHealthStore healthStore_;
   EmbeddedResources resources_;
   NlohmannJsonParser json_;
+  NlohmannJsonWriter jsonWriter_;
   IcuText text_;
   LibUuid uuids_;
   Platform platform_;

@@ -1,5 +1,6 @@
 #include "history/history_entry.h"
 
+#include <cmath>
 #include <utility>
 
 namespace veyla {
@@ -32,19 +33,25 @@ Value valueOf(const HistoryEntry& entry) {
 
 HistoryEntry historyEntryOf(const Value& stored) {
   HistoryEntry entry;
-  const Value& hr = stored["hr"];
-  const Value& spo2 = stored["spo2"];
-  const Date* date = stored["date"].date();
-  const auto labels = labelsOf(stored["labels"]);
-  if (!hr.isNumber() || !spo2.isNumber() || !date || !labels) {
+  if (damageOf(stored)) {
     entry.damaged = stored;
     return entry;
   }
-  entry.hr = hr.doubleValue();
-  entry.spo2 = spo2.doubleValue();
-  entry.date = *date;
-  entry.labels = *labels;
+  entry.hr = stored["hr"].doubleValue();
+  entry.spo2 = stored["spo2"].doubleValue();
+  entry.date = *stored["date"].date();
+  entry.labels = *labelsOf(stored["labels"]);
   return entry;
+}
+
+std::optional<std::string> damageOf(const Value& stored) {
+  for (const char* key : {"hr", "spo2"}) {
+    if (!stored[key].isNumber()) return "its \"" + std::string(key) + "\" is no number";
+  }
+  const Date* date = stored["date"].date();
+  if (!date || !std::isfinite(date->secondsSince1970)) return "its \"date\" is no date";
+  if (!labelsOf(stored["labels"])) return "its \"labels\" are no seven flags";
+  return std::nullopt;
 }
 
 Value valueOf(const OldHistoryEntry& entry) {

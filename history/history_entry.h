@@ -31,6 +31,8 @@ struct HistoryEntry {
   /// A stored element that is no entry, as something else left it in the store: kept as it is and
   /// written back as it is. The other fields then mean nothing.
   std::optional<Value> damaged;
+  /// The key of its day while charts are made; never stored.
+  std::string ddmm = {};
 
   bool operator==(const HistoryEntry&) const = default;
 };
@@ -38,6 +40,9 @@ struct HistoryEntry {
 /// The stored form, a dictionary with exactly the keys "hr", "spo2", "date" and "labels", and back.
 Value valueOf(const HistoryEntry& entry);
 HistoryEntry historyEntryOf(const Value& stored);
+/// What keeps a stored element from being an entry, such as "its \"date\" is no date"; nothing
+/// where it is one.
+std::optional<std::string> damageOf(const Value& stored);
 
 /// An entry of the layout before the current one: everything a text but the labels, which the
 /// oldest entries lack.

@@ -82,11 +82,12 @@ void migrate(const OldHistoryEntry& old, Date date) {
 }  // namespace
 
 std::optional<std::vector<HistoryEntry>> getValues() {
-  const auto stored = arrayUnder(valuesKey);
-  if (!stored) return std::nullopt;
+  const auto stored = store().value(valuesKey);
+  const auto* elements = stored ? stored->array() : nullptr;
+  if (!elements) return std::nullopt;
   std::vector<HistoryEntry> entries;
-  entries.reserve(stored->size());
-  for (const Value& element : *stored) entries.push_back(historyEntryOf(element));
+  entries.reserve(elements->size());
+  for (const Value& element : *elements) entries.push_back(historyEntryOf(element));
   return entries;
 }
 

@@ -30,8 +30,10 @@ struct Services {
   HealthStore& healthStore;
   const Resources& resources;
   const JsonParser& json;
+  const JsonWriter& jsonWriter;
   const DeviceInfo& device;
   const DateFormatting& dates;
+  const NumberFormatting& numbers;
   const RegularExpressions& regularExpressions;
   UuidGenerator& uuids;
   Display& measuringDisplay;

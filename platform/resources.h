@@ -25,4 +25,13 @@ class JsonParser {
   virtual std::optional<Value> parse(std::string_view text) const = 0;
 };
 
+class JsonWriter {
+ public:
+  virtual ~JsonWriter() = default;
+
+  /// Indented JSON, the entries of dictionaries in their order. Nothing when the value holds what
+  /// JSON has no form for: a number that is not finite, a date, a text that is not UTF-8.
+  virtual std::optional<std::string> prettyPrinted(const Value& value) const = 0;
+};
+
 }  // namespace veyla

@@ -17,6 +17,23 @@ class DateFormatting {
   virtual std::string mediumDateShortTime(Date date) const = 0;
   /// Reads such a text back; nothing when it is in another form.
   virtual std::optional<Date> parseMediumDateShortTime(std::string_view text) const = 0;
+
+  /// The date in a pattern of Unicode's date fields, such as "dd/MM" or "dd MMM"; digits, names and
+  /// calendar are the locale's.
+  virtual std::string formatted(Date date, std::string_view pattern) const = 0;
+  /// Reads such a text back. A field that the pattern lacks is its smallest, and a time that a
+  /// change of the clocks leaves out is the moment of the change. Nothing when the text is in
+  /// another form.
+  virtual std::optional<Date> parse(std::string_view text, std::string_view pattern) const = 0;
+};
+
+/// Numbers as texts, in the device's locale.
+class NumberFormatting {
+ public:
+  virtual ~NumberFormatting() = default;
+
+  /// In decimal style with at most so many fraction digits, such as "97.3" or "1,250".
+  virtual std::string decimal(double value, int maximumFractionDigits) const = 0;
 };
 
 class RegularExpressions {

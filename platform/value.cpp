@@ -59,4 +59,30 @@ const Value& Value::operator[](std::string_view key) const {
   return none;
 }
 
+std::string described(const Value& value) {
+  if (const auto* entries = value.dictionary()) {
+    std::string text = "{";
+    for (const auto& [key, entry] : *entries) {
+      if (text.size() > 1) text += ", ";
+      text += key + " = " + described(entry);
+    }
+    return text + "}";
+  }
+  if (const auto* elements = value.array()) {
+    std::string text = "(";
+    for (const Value& element : *elements) {
+      if (text.size() > 1) text += ", ";
+      text += described(element);
+    }
+    return text + ")";
+  }
+  if (const auto* text = value.text()) return *text;
+  if (value.isNull()) return "null";
+  std::string number =
+      std::to_string(value.date() ? value.date()->secondsSince1970 : value.doubleValue());
+  number.erase(number.find_last_not_of('0') + 1);
+  if (number.back() == '.') number.pop_back();
+  return number;
+}
+
 }  // namespace veyla

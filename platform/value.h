@@ -68,4 +68,7 @@ class Value {
       held_;
 };
 
+/// A log text of the value: keys and values in their order, dates in seconds since 1970.
+std::string described(const Value& value);
+
 }  // namespace veyla

@@ -8,6 +8,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   # the services behind the platform interfaces
   libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
+  gnuplot-nox fonts-inter
   libsqlite3-dev libkissfft-dev nlohmann-json3-dev libicu-dev uuid-dev libcli11-dev
   # pictures and their letters
   libcairo2-dev fonts-inter

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/cli/complain.h"
+#include "apps/cli/evaluation_plots.h"
 #include "apps/cli/settings_source.h"
 #include "apps/cli/terminal.h"
 #include "platform/format.h"
@@ -54,26 +55,25 @@ class ProgressBar {
 
 /// A number with a unit, in a column of its width; "--" for one that is not known.
 std::string cell(int width, int decimals, double value, const char* unit = "") {
-  return formatText("%*s", width,
-                    std::isfinite(value) ? formatText("%.*f%s", decimals, value, unit).c_str()
-                                         : "--");
+  return formatText(
+      "%*s", width,
+      std::isfinite(value) ? formatText("%.*f%s", decimals, value, unit).c_str() : "--");
 }
 
 std::string heartrateRow(const EvaluationSummary& of) {
   return cell(7, 2, of.meanError) + cell(7, 2, of.medianError) +
          cell(7, 1, of.meanPercentageError, "%") + cell(7, 1, of.shareOver5, "%") +
-         cell(7, 1, of.shareOver10, "%") + cell(7, 2, of.bias) +
-         cell(9, 2, of.meanErrorPerTime) + cell(6, 0, of.lag, " s") +
-         cell(7, 2, of.meanErrorAtLag);
+         cell(7, 1, of.shareOver10, "%") + cell(7, 2, of.bias) + cell(9, 2, of.meanErrorPerTime) +
+         cell(6, 0, of.lag, " s") + cell(7, 2, of.meanErrorAtLag);
 }
 
 std::string asTable(const std::vector<EvaluationSummary>& summaries,
                     const EvaluationRequest& request) {
-  std::string table = formatText("%-18s%8s%9s%8s%8s", "recording", "windows", "finished", "time",
-                                 "90th");
+  std::string table =
+      formatText("%-18s%8s%9s%8s%8s", "recording", "windows", "finished", "time", "90th");
   if (request.heartrate) {
-    table += formatText("%7s%7s%7s%7s%7s%7s%9s%6s%7s", "MAE", "median", "MAPE", ">5", ">10",
-                        "bias", "per time", "lag", "MAE");
+    table += formatText("%7s%7s%7s%7s%7s%7s%9s%6s%7s", "MAE", "median", "MAPE", ">5", ">10", "bias",
+                        "per time", "lag", "MAE");
   }
   table += request.spo2 ? formatText("%11s\n", "SpO2 RMSE") : "\n";
   for (const EvaluationSummary& of : summaries) {
@@ -111,13 +111,44 @@ std::string asJson(const std::vector<EvaluationSummary>& summaries) {
   return list.dump(2) + '\n';
 }
 
+/// One row per window: what was measured and what the reference says. Empty fields are not known.
+void writeWindows(OutputFile& output, const Evaluation& evaluation) {
+  const auto field = [](const auto& value) {
+    return value ? formatText(",%.3f", static_cast<double>(*value)) : std::string(",");
+  };
+  const auto reference = [](const std::optional<Comparison>& comparison) {
+    return comparison ? formatText(",%.3f", comparison->reference) : std::string(",");
+  };
+  output.write(
+      "recording,start,outcome,seconds,heartrate,referenceHeartrate,referencePerTime,spo2,"
+      "referenceSpo2\n");
+  for (const EvaluatedWindow& window : evaluation.windows) {
+    const MeasurementReport& report = window.report;
+    output.write(formatText("%s,%g,%s,%.3f", evaluation.recordings[window.recording].c_str(),
+                            window.start, nameOf(report.outcome), report.seconds) +
+                 field(report.heartrate) + reference(window.heartrate) +
+                 reference(window.heartratePerTime) + field(report.spo2) + reference(window.spo2) +
+                 '\n');
+  }
+}
+
 ExitStatus evaluate(const EvaluateOptions& options) {
   const SettingsSource settings(options.settingsFolder, options.request.device);
+  // Before the work, so that a file that cannot be written is told at once.
+  std::optional<OutputFile> windowsFile;
+  if (!options.windowsFile.empty()) windowsFile.emplace(options.windowsFile);
+  std::optional<EvaluationPlots> plots;
+  if (!options.plotsFolder.empty()) plots.emplace(options.plotsFolder);
   ProgressBar bar("Measuring");
   const Evaluation evaluation =
       evaluateFolder(options.request, settings.resources(),
                      [&](std::size_t done, std::size_t all) { bar.show(done, all); });
   bar.clear();
+  if (windowsFile) {
+    writeWindows(*windowsFile, evaluation);
+    windowsFile->commit();
+  }
+  if (plots) plots->draw(evaluation);
   const auto summaries = summariesOf(evaluation);
   printOut(options.json ? asJson(summaries) : asTable(summaries, options.request));
   return ExitStatus::done;

@@ -54,8 +54,8 @@ std::optional<Comparison> compared(std::optional<float> measured, std::optional<
   return Comparison{static_cast<double>(*measured), *reference};
 }
 
-void measure(EvaluatedWindow& window, const ReferencedRecording& recording, const EvaluationRequest& request,
-             const Resources& resources) {
+void measure(EvaluatedWindow& window, const ReferencedRecording& recording,
+             const EvaluationRequest& request, const Resources& resources) {
   TimedQueue queue{Date{}};
   MemoryKeyValueStore store;
   NoHealthStore healthStore;
@@ -203,9 +203,9 @@ Evaluation evaluateFolder(const EvaluationRequest& request, const Resources& res
     }
   }
   if (evaluation.windows.empty()) {
-    throw InputError(formatText(
-        "%s: no recording is as long as a window of %g s; give a shorter --window",
-        request.folder.c_str(), request.window));
+    throw InputError(
+        formatText("%s: no recording is as long as a window of %g s; give a shorter --window",
+                   request.folder.c_str(), request.window));
   }
   std::mutex progressMutex;
   std::size_t done = 0;

@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "apps/cli/chart_command.h"
 #include "apps/cli/complain.h"
 #include "apps/cli/decimal.h"
+#include "apps/cli/demo_history_command.h"
 #include "apps/cli/evaluate_command.h"
 #include "apps/cli/exit_status.h"
 #include "apps/cli/measure_command.h"
@@ -147,18 +149,36 @@ void describeSynth(CLI::App& command, veyla::SynthOptions& options, std::string&
 }
 
 void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::string& only) {
-  addText(command, "FOLDER", options.request.folder, "", "recordings, each with a NAME.reference.csv")
+  addText(command, "FOLDER", options.request.folder, "",
+          "recordings, each with a NAME.reference.csv")
       ->required();
   addNumber(command, "--window", options.request.window, "S",
             "seconds per measurement, countdown included (42)", numberWithin(3, longestSeconds));
-  addNumber(command, "--every", options.request.every, "S", "seconds from one start to the next (20)",
-            numberWithin(0.1, longestSeconds));
+  addNumber(command, "--every", options.request.every, "S",
+            "seconds from one start to the next (20)", numberWithin(0.1, longestSeconds));
   addText(command, "--only", only, "heartrate|spo2|both", "what is measured (heartrate)")
       ->check(oneOf({"heartrate", "spo2", "both"}));
   describeSettings(command, options.request.device, options.settingsFolder);
   addNumber(command, "--jobs", options.request.jobs, "N", "measurements at a time (one per core)",
             numberWithin(1, 1024, true));
   command.add_flag("--json", options.json, "print a JSON list");
+  addText(command, "--windows", options.windowsFile, "FILE", "write a row per window, as CSV");
+  addText(command, "--plots", options.plotsFolder, "DIR", "draw what was found as two pictures");
+}
+
+void describeChart(CLI::App& command, veyla::ChartOptions& options) {
+  addText(command, "--period", options.period, "week|month|3months|all", "days up to today (week)");
+  addText(command, "--label", options.label, "NAME",
+          "only entries with this label, such as Resting or \"Training (After)\"");
+  addText(command, "-o", options.output, "FILE", "write a picture by its ending, .png or .svg");
+  addText(command, "--data", options.dataFolder, "DIR",
+          "folder of the history (~/.local/share/veyla)");
+}
+
+void describeDemoHistory(CLI::App& command, veyla::DemoHistoryOptions& options) {
+  addNumber(command, "--days", options.days, "N", "days up to today (90)",
+            numberWithin(1, veyla::DemoHistoryOptions::mostDays, true));
+  addText(command, "--data", options.dataFolder, "DIR", "folder without a history")->required();
 }
 
 /// What was wrong with the command line, and where the right form stands.
@@ -258,6 +278,17 @@ int main(int argc, char** argv) {
     evaluateOptions.request.spo2 = evaluated != "heartrate";
     status = veyla::runEvaluate(evaluateOptions);
   });
+
+  veyla::ChartOptions chartOptions;
+  CLI::App& chart = *program.add_subcommand("chart", "chart the history's daily means");
+  describeChart(chart, chartOptions);
+  chart.callback([&] { status = veyla::runChart(chartOptions); });
+
+  veyla::DemoHistoryOptions demoHistoryOptions;
+  CLI::App& demoHistory =
+      *program.add_subcommand("demo-history", "make a history of random entries, to try charts on");
+  describeDemoHistory(demoHistory, demoHistoryOptions);
+  demoHistory.callback([&] { status = veyla::runDemoHistory(demoHistoryOptions); });
 
   try {
     program.parse(argc, argv);

@@ -62,6 +62,7 @@ MeasurementReport MeasurementRun::run() {
                          {.start = request_.start, .duration = request_.duration});
   KissRealFft realFft;
   NlohmannJsonParser json;
+  NlohmannJsonWriter jsonWriter;
   CommandDevice device(request_.device);
   IcuText text;
   LibUuid uuids;
@@ -74,8 +75,10 @@ MeasurementReport MeasurementRun::run() {
                      .healthStore = services_.healthStore,
                      .resources = services_.resources,
                      .json = json,
+                     .jsonWriter = jsonWriter,
                      .device = device,
                      .dates = text,
+                     .numbers = text,
                      .regularExpressions = text,
                      .uuids = uuids,
                      .measuringDisplay = screenState_,

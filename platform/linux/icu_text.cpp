@@ -1,12 +1,14 @@
 #include "platform/linux/icu_text.h"
 
 #include <unicode/dtfmtsym.h>
+#include <unicode/numberformatter.h>
 #include <unicode/regex.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
 
 #include <cstdlib>
+#include <map>
 #include <stdexcept>
 #include <vector>
 
@@ -61,9 +63,10 @@ UnicodeString withPlainSpaces(const UnicodeString& text) {
 }  // namespace
 
 struct IcuText::Formats {
-  Formats(const icu::Locale& locale, const icu::TimeZone& zone) {
-    write = simpleFormat(locale, zone);
-    read = simpleFormat(locale, zone);
+  Formats(const icu::Locale& ofLocale, const icu::TimeZone& ofZone)
+      : locale(ofLocale), zone(ofZone.clone()) {
+    write = simpleFormat(locale, *zone);
+    read = simpleFormat(locale, *zone);
     // Reading compares plain spaces with plain spaces, in the pattern and in its words.
     UnicodeString pattern;
     read->applyPattern(withPlainSpaces(read->toPattern(pattern)));
@@ -100,8 +103,24 @@ struct IcuText::Formats {
         static_cast<icu::SimpleDateFormat*>(format.release()));
   }
 
+  /// Made once for each pattern: making one takes a thousand times as long as using it.
+  const icu::SimpleDateFormat& of(std::string_view pattern) {
+    const auto made = patterns.find(pattern);
+    if (made != patterns.end()) return *made->second;
+    UErrorCode status = U_ZERO_ERROR;
+    auto format = std::make_unique<icu::SimpleDateFormat>(fromUtf8(pattern), locale, status);
+    if (U_FAILURE(status)) {
+      throw std::runtime_error("the data of ICU cannot be found; install libicu again");
+    }
+    format->setTimeZone(*zone);
+    return *patterns.emplace(pattern, std::move(format)).first->second;
+  }
+
+  icu::Locale locale;
+  std::unique_ptr<icu::TimeZone> zone;
   std::unique_ptr<icu::SimpleDateFormat> write;
   std::unique_ptr<icu::SimpleDateFormat> read;
+  std::map<std::string, std::unique_ptr<icu::SimpleDateFormat>, std::less<>> patterns;
 };
 
 IcuText::IcuText() {
@@ -129,6 +148,33 @@ std::optional<Date> IcuText::parseMediumDateShortTime(std::string_view text) con
     return std::nullopt;
   }
   return Date{milliseconds / millisecondsPerSecond};
+}
+
+std::string IcuText::formatted(Date date, std::string_view pattern) const {
+  UnicodeString text;
+  formats_->of(pattern).format(date.secondsSince1970 * millisecondsPerSecond, text);
+  std::string utf8;
+  return text.toUTF8String(utf8);
+}
+
+std::optional<Date> IcuText::parse(std::string_view text, std::string_view pattern) const {
+  const UnicodeString whole = fromUtf8(text);
+  icu::ParsePosition position(0);
+  const UDate milliseconds = formats_->of(pattern).parse(whole, position);
+  if (position.getErrorIndex() >= 0 || position.getIndex() != whole.length() || whole.isEmpty()) {
+    return std::nullopt;
+  }
+  return Date{milliseconds / millisecondsPerSecond};
+}
+
+std::string IcuText::decimal(double value, int maximumFractionDigits) const {
+  UErrorCode status = U_ZERO_ERROR;
+  std::string utf8;
+  return icu::number::NumberFormatter::withLocale(formats_->locale)
+      .precision(icu::number::Precision::maxFraction(maximumFractionDigits))
+      .formatDouble(value, status)
+      .toString(status)
+      .toUTF8String(utf8);
 }
 
 bool IcuText::matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const {

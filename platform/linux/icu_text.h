@@ -9,8 +9,8 @@
 
 namespace veyla {
 
-/// Dates and regular expressions by ICU. For one thread.
-class IcuText : public DateFormatting, public RegularExpressions {
+/// Dates, numbers and regular expressions by ICU. For one thread.
+class IcuText : public DateFormatting, public NumberFormatting, public RegularExpressions {
  public:
   /// In the locale of LC_ALL, LC_TIME or LANG, the first that is set, and in the time zone of TZ,
   /// else of the machine. "C" and "POSIX" are American English.
@@ -24,6 +24,11 @@ class IcuText : public DateFormatting, public RegularExpressions {
   std::string mediumDateShortTime(Date date) const override;
   /// The whole text must be such a date; any space may stand for any other.
   std::optional<Date> parseMediumDateShortTime(std::string_view text) const override;
+
+  std::string formatted(Date date, std::string_view pattern) const override;
+  std::optional<Date> parse(std::string_view text, std::string_view pattern) const override;
+
+  std::string decimal(double value, int maximumFractionDigits) const override;
 
   /// Also false when the search takes too much time or memory: a pattern meets hostile texts.
   bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const override;

@@ -55,6 +55,26 @@ extern "C" void removePendingFilesAndEnd(int signal) {
   ::raise(signal);
 }
 
+constexpr std::array interruptions{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+
+/// Holds interruptions back while it lives: a file that one would remove is made and noted as one
+/// step.
+class InterruptionsHeldBack {
+ public:
+  InterruptionsHeldBack() {
+    sigset_t held;
+    sigemptyset(&held);
+    for (const int signal : interruptions) sigaddset(&held, signal);
+    pthread_sigmask(SIG_BLOCK, &held, &former_);
+  }
+  ~InterruptionsHeldBack() { pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+  InterruptionsHeldBack(const InterruptionsHeldBack&) = delete;
+  InterruptionsHeldBack& operator=(const InterruptionsHeldBack&) = delete;
+
+ private:
+  sigset_t former_{};
+};
+
 bool isRegularOrAbsent(const std::string& path) {
   struct stat status {};
   return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
@@ -85,6 +105,7 @@ PendingFile::PendingFile(const std::string& target) : target_(target), place_(ta
   constexpr int attempts = 100;
   for (int attempt = 0; attempt < attempts; ++attempt) {
     path_ = place_ + ".part" + std::to_string(getpid()) + (attempt ? std::to_string(-attempt) : "");
+    const InterruptionsHeldBack heldBack;
     const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file >= 0) {
       close(file);
@@ -111,7 +132,7 @@ void PendingFile::commit() {
 }
 
 void removePendingFilesWhenInterrupted() {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+  for (const int signal : interruptions) {
     if (::signal(signal, removePendingFilesAndEnd) == SIG_IGN) ::signal(signal, SIG_IGN);
   }
 }

@@ -336,8 +336,7 @@ std::optional<double> SyntheticSeries::nextTime() const {
 }
 
 void SyntheticSeries::deliver(SampleBufferDelegate& delegate) {
-  const ChannelMeans means =
-      seriesMeans(finger_.at(time()), options_.noise, options_.seed, index_);
+  const ChannelMeans means = seriesMeans(finger_.at(time()), options_.noise, options_.seed, index_);
   FrameSample sample;
   sample.red = static_cast<float>(means.red);
   sample.green = static_cast<float>(means.green);

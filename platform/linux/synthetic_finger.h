@@ -36,7 +36,7 @@ struct FingerOptions {
   /// Swing of the instantaneous rate with the breath, as a part of the rate. Over whole breaths it
   /// averages out; the beats never stray from an even rhythm by more than this part of two thirds
   /// of a second.
-  double rateVariation = 0.02;
+  double rateVariation = 0.01;
   /// The same seed gives the same fingertip at every run.
   std::uint64_t seed = 1;
 };

@@ -335,7 +335,53 @@ class Writer {
   std::size_t depth_ = 0;
 };
 
+/// The value in the library's form; throws `Unwritable` where JSON has none.
+class PlainJson {
+ public:
+  using Ordered = nlohmann::ordered_json;
+  struct Unwritable {};
+
+  static Ordered of(const Value& value) {
+    return value.visit([](const auto& held) { return of(held); });
+  }
+
+ private:
+  static Ordered of(std::monostate) { return nullptr; }
+  static Ordered of(bool value) { return value; }
+  static Ordered of(std::int64_t value) { return value; }
+  // The double beside the single's shortest text is written as that text.
+  static Ordered of(float value) { return of(std::strtod(numberText(value).c_str(), nullptr)); }
+  static Ordered of(double value) {
+    if (!std::isfinite(value)) throw Unwritable();
+    return value;
+  }
+  static Ordered of(Date) { throw Unwritable(); }
+  static Ordered of(const std::string& value) {
+    if (!isUtf8(value)) throw Unwritable();
+    return value;
+  }
+  static Ordered of(const Value::Array& elements) {
+    Ordered array = Ordered::array();
+    for (const Value& element : elements) array.push_back(of(element));
+    return array;
+  }
+  static Ordered of(const Value::Dictionary& entries) {
+    Ordered object = Ordered::object();
+    for (const auto& [key, value] : entries) object[key] = of(value);
+    return object;
+  }
+};
+
 }  // namespace
+
+std::optional<std::string> NlohmannJsonWriter::prettyPrinted(const Value& value) const {
+  constexpr int indentation = 2;
+  try {
+    return PlainJson::of(value).dump(indentation);
+  } catch (const PlainJson::Unwritable&) {
+    return std::nullopt;
+  }
+}
 
 std::optional<Value> NlohmannJsonParser::parse(std::string_view text) const {
   return valueFromText(text, ValueBuilder::Tags::none);

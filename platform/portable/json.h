@@ -20,6 +20,13 @@ class NlohmannJsonParser : public JsonParser {
   std::optional<Value> parse(std::string_view text) const override;
 };
 
+/// Indents by two blanks a level. A number is the shortest text that reads back as the same, in the
+/// precision that it has.
+class NlohmannJsonWriter : public JsonWriter {
+ public:
+  std::optional<std::string> prettyPrinted(const Value& value) const override;
+};
+
 /// Writes a value as JSON from which `readJson` makes the same value, bit for bit. What JSON cannot
 /// tell apart is an object with one key that begins with "$":
 ///

@@ -43,6 +43,44 @@ TEST_F(EvaluateTest, ErrorsAreThoseAgainstTheReference) {
   EXPECT_EQ(json({"evaluate", folder(), "--jobs", "1"}), list);
 }
 
+TEST_F(EvaluateTest, BothMeansTheLagAndEveryWindowAreTold) {
+  // A row per second at 60, then two a second at 66.
+  ASSERT_EQ(run({"synth", file("a.csv"), "--bpm", "60", "--seconds", "63"}).status, 0);
+  std::string rows = "time,heartrate,spo2\n";
+  for (int half = 0; half < 126; ++half) {
+    const bool quick = half >= 20;
+    if (!quick && half % 2 == 1) continue;
+    rows += std::to_string(half / 2.0) + (quick ? ",66,\n" : ",60,\n");
+  }
+  write("a.reference.csv", rows);
+  const Json row =
+      rowOf(json({"evaluate", folder(), "--every", "60", "--windows", file("w.csv")}), "a");
+  ASSERT_EQ(row["windows"], 1);
+  const std::string windows = contentsOf(file("w.csv"));
+  EXPECT_EQ(windows.substr(0, windows.find('\n')),
+            "recording,start,outcome,seconds,heartrate,referenceHeartrate,referencePerTime,spo2,"
+            "referenceSpo2");
+  double seconds = 0;
+  double heartrate = 0;
+  double reference = 0;
+  double perTime = 0;
+  ASSERT_EQ(std::sscanf(windows.c_str() + windows.find('\n') + 1, "a,0,finished,%lf,%lf,%lf,%lf,,",
+                        &seconds, &heartrate, &reference, &perTime),
+            4);
+  // From 2 s to the finish there are 8 rows of 60 and two rows of 66 a second after them.
+  const double quick = std::floor((2 + seconds - 10) * 2) + 1;
+  EXPECT_NEAR(reference, (8 * 60 + quick * 66) / (8 + quick), 0.001);
+  EXPECT_NEAR(perTime, (8 * 60 + quick * 66 / 2) / (8 + quick / 2), 0.5);
+  EXPECT_LT(perTime, reference - 0.5);
+  EXPECT_NEAR(row["meanAbsoluteError"].get<double>(), std::abs(heartrate - reference), 0.001);
+  EXPECT_NEAR(row["meanAbsoluteErrorPerTime"].get<double>(), std::abs(heartrate - perTime), 0.001);
+  EXPECT_NEAR(row["bias"].get<double>(), heartrate - reference, 0.001);
+  // No later row is nearer to what was measured.
+  EXPECT_EQ(row["lagSeconds"], 0);
+  expectRefused(run({"evaluate", folder(), "--windows", file("absent/w.csv")}), 4,
+                {"absent/w.csv"});
+}
+
 TEST_F(EvaluateTest, WhatIsMissingOrBrokenIsNamed) {
   expectRefused(run({"evaluate", file("absent")}), 3, {"absent"});
   expectRefused(run({"evaluate", folder()}), 3, {"holds no NAME.reference.csv"});

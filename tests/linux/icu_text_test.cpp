@@ -58,6 +58,25 @@ TEST(IcuTextTest, TheEnvironmentChoosesLocaleAndTimeZone) {
   EXPECT_EQ(plainSpaced(IcuText().mediumDateShortTime(afternoon)), "Mar 5, 2024, 11:07 PM");
 }
 
+TEST(IcuTextTest, PatternsWriteAndReadTheLocalesDigitsNamesAndCalendar) {
+  EXPECT_EQ(IcuText("en_US", "UTC").formatted(afternoon, "dd MMM"), "05 Mar");
+  EXPECT_EQ(IcuText("th_TH", "Asia/Bangkok").formatted(afternoon, "dd/MM/yyyy"), "05/03/2567");
+  for (const char* locale : {"en_US", "ar_EG", "fa_IR", "th_TH", "ja_JP"}) {
+    const IcuText text(locale, "Pacific/Kiritimati");
+    const std::string day = text.formatted(afternoon, "yyyy-MM-dd");
+    // 2024-03-06 00:00, fourteen hours ahead.
+    EXPECT_EQ(text.parse(day, "yyyy-MM-dd"), Date{1709632800}) << day;
+    EXPECT_EQ(text.parse(day + "x", "yyyy-MM-dd"), std::nullopt);
+  }
+  EXPECT_EQ(IcuText("en_US", "UTC").parse("", "yyyy"), std::nullopt);
+}
+
+TEST(IcuTextTest, DecimalNumbersAreShortAndTheLocales) {
+  EXPECT_EQ(IcuText("en_US", "UTC").decimal(1250, 1), "1,250");
+  EXPECT_EQ(IcuText("de_DE", "UTC").decimal(97.34, 1), "97,3");
+  EXPECT_EQ(IcuText("ar_EG", "UTC").decimal(90, 1), "٩٠");
+}
+
 TEST(RegularExpressionsTest, TheWholeTextMustMatchInAnyCase) {
   const IcuText text("en_US", "UTC");
   EXPECT_TRUE(text.matchesWholeIgnoringCase("[a-z]+@x", "Someone@X"));

@@ -48,6 +48,16 @@ TEST(JsonParserTest, DeepNestingEndsTheReadingAndNotTheProgram) {
   EXPECT_FALSE(parsed(std::string(5'000'000, '[')));
 }
 
+TEST(JsonWriterTest, WritesPlainJsonIndentedInItsOrder) {
+  const NlohmannJsonWriter writer;
+  EXPECT_EQ(writer.prettyPrinted(Dictionary{{"b", 97.1F}, {"a", Array{1, true, Value()}}}),
+            "{\n  \"b\": 97.1,\n  \"a\": [\n    1,\n    true,\n    null\n  ]\n}");
+  for (const Value& unwritable :
+       {Value(std::numeric_limits<double>::infinity()), Value(Date{1}), Value("\xff")}) {
+    EXPECT_EQ(writer.prettyPrinted(Array{unwritable}), std::nullopt);
+  }
+}
+
 void expectRoundTrip(const Value& value) {
   const auto text = writeJson(value);
   ASSERT_TRUE(text);

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/json.h"
 #include "platform/linux/timed_queue.h"
 #include "platform/platform.h"
 #include "tests/support/journal.h"
@@ -46,6 +47,12 @@ class TestPlatform {
 
   static constexpr Date start{1'700'000'000};
 
+  /// Moves the clock on to a moment that is not before now.
+  void moveTo(Date moment) {
+    time.after(moment.secondsSince1970 - time.now().secondsSince1970, [] {});
+    time.run();
+  }
+
   Journal journal;
   RecorderLog log;
   TimedQueue time{start};
@@ -54,6 +61,7 @@ class TestPlatform {
   MemoryStore store{journal};
   ScriptedHealthStore health{journal};
   ScriptedResources resources;
+  NlohmannJsonWriter jsonWriter;
   ScriptedDeviceInfo device;
   ScriptedTextServices text;
   RecorderDisplay display{journal};
@@ -61,8 +69,8 @@ class TestPlatform {
   RecorderScreens screens{journal};
 
  private:
-  Platform platform_{{log, time, time, camera, fft, store, health, resources, resources, device,
-                      text, text, text, display, alerts, screens}};
+  Platform platform_{{log, time, time, camera, fft, store, health, resources, resources, jsonWriter,
+                      device, text, text, text, text, display, alerts, screens}};
 };
 
 }  // namespace veyla

@@ -1,0 +1,218 @@
+#include "apps/cli/chart_command.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <regex>
+#include <span>
+#include <sstream>
+#include <string_view>
+#include <vector>
+
+#include "apps/cli/complain.h"
+#include "apps/cli/history_platform.h"
+#include "apps/cli/output_apart.h"
+#include "apps/cli/terminal.h"
+#include "history/chart_results_view_controller.h"
+#include "history/history_store.h"
+#include "platform/action_sheet.h"
+#include "platform/linux/data_folder.h"
+#include "platform/linux/gnuplot_chart.h"
+#include "platform/linux/gnuplot_program.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/output_file.h"
+#include "platform/linux/sqlite_key_value_store.h"
+
+namespace veyla {
+
+namespace {
+
+constexpr std::array<std::string_view, 4> periodNames{"week", "month", "3months", "all"};
+
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return lower;
+}
+
+template <class Names>
+std::size_t indexIn(const Names& names, const std::string& option, const std::string& text) {
+  std::string all;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (lowerCase(names[i]) == lowerCase(text)) return i;
+    all += (i > 0 ? ", " : "") + std::string(names[i]);
+  }
+  throw UsageError(option + ": \"" + text + "\" is none of " + all);
+}
+
+std::optional<PictureFormat> pictureFormat(const std::string& output) {
+  if (output.empty()) return std::nullopt;
+  const std::string ending = lowerCase(std::filesystem::path(output).extension().string());
+  if (ending == ".png") return PictureFormat::png;
+  if (ending == ".svg") return PictureFormat::svg;
+  throw UsageError("-o: " + output + " does not end in .png or .svg; name a picture of these");
+}
+
+/// Taps the action of a sheet that a command's option names.
+class OptionSheet : public ActionSheetView {
+ public:
+  explicit OptionSheet(std::string_view title) : title_(title) {}
+
+  void present(const ActionSheet& sheet) override {
+    for (const SheetAction& action : sheet.actions) {
+      if (action.title == title_) action.action();
+    }
+  }
+  void dismiss() override {}
+
+ private:
+  std::string_view title_;
+};
+
+/// Tells of stored elements that the charts have to leave out.
+void tellDamage(const std::filesystem::path& file) {
+  const auto entries = Utils::getValues().value_or(std::vector<HistoryEntry>());
+  const auto isDamaged = [](const HistoryEntry& entry) { return entry.damaged.has_value(); };
+  const auto first = std::find_if(entries.begin(), entries.end(), isDamaged);
+  if (first == entries.end()) return;
+  std::string line = file.string() + ": entry " + std::to_string(first - entries.begin() + 1) +
+                     " of the history is left out: " + damageOf(*first->damaged).value_or("");
+  if (const auto more = std::count_if(first + 1, entries.end(), isDamaged); more > 0) {
+    line += " (and " + std::to_string(more) + " more entries)";
+  }
+  complain(line + "; the store keeps it, mend it with the sqlite3 program");
+}
+
+std::string headingOf(const ChartResultsViewController& screen, const char* dash) {
+  std::string heading(ChartResultsViewController::periodTitles.at(
+      static_cast<std::size_t>(screen.selectedPeriod())));
+  if (screen.selectedLabel() >= 0) {
+    heading += std::string(" ") + dash + " ";
+    heading += labelNames.at(static_cast<std::size_t>(screen.selectedLabel()));
+  }
+  return heading;
+}
+
+/// The terminal's legend of a chart.
+std::string legendOf(const LineDataSet& data, const TextChartStyle& style) {
+  const std::string mark = style.unicode ? "─●─ " : "-o- ";
+  if (!style.color) return mark + data.label;
+  const bool isRed = data.color.red > data.color.blue;
+  return (isRed ? "\x1b[1;31m" : "\x1b[1;34m") + mark + "\x1b[0m" + data.label;
+}
+
+/// Without the changes of colour.
+std::string plain(const std::string& line) {
+  static const std::regex change("\x1b\\[[0-9;]*m");
+  return std::regex_replace(line, change, "");
+}
+
+/// Without the page feed, the blanks at the ends of lines and the empty lines around the drawing.
+std::string trimmed(const std::string& drawing) {
+  std::vector<std::string> lines;
+  std::istringstream rest(drawing);
+  for (std::string line; std::getline(rest, line);) {
+    std::erase(line, '\f');
+    line.erase(line.find_last_not_of(' ') + 1);
+    const bool isEmpty = plain(line).find_first_not_of(' ') == std::string::npos;
+    if (!lines.empty() || !isEmpty) lines.push_back(isEmpty ? "" : line);
+  }
+  while (!lines.empty() && lines.back().empty()) lines.pop_back();
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  return text;
+}
+
+std::string drawnInTerminal(std::span<const GnuplotChart> charts,
+                            const ChartResultsViewController& screen) {
+  constexpr std::size_t fewestColumns = 40;
+  constexpr std::size_t mostColumns = 120;
+  const Terminal terminal = terminalBehind(STDOUT_FILENO);
+  const TextChartStyle style{.columns = std::clamp(terminal.columns, fewestColumns, mostColumns),
+                             .color = terminal.color,
+                             .unicode = terminal.unicode};
+  std::string text = headingOf(screen, terminal.unicode ? "–" : "-") + "\n";
+  for (const GnuplotChart& chart : charts) {
+    text += "\n";
+    if (!chart.data()) {
+      text += chart.settings().noDataText + "\n";
+      continue;
+    }
+    text += legendOf(*chart.data(), style) + "\n";
+    text += trimmed(runGnuplot(textScript(charts, chart, style)));
+  }
+  return text;
+}
+
+/// Whether gnuplot wrote its last bytes.
+bool isWhole(const std::string& picture, PictureFormat format) {
+  const std::string_view end = format == PictureFormat::png ? "IEND" : "</svg>";
+  constexpr std::size_t furthestFromEnd = 32;
+  return picture.size() > furthestFromEnd &&
+         picture.find(end, picture.size() - furthestFromEnd) != std::string::npos;
+}
+
+std::string drawnAsPicture(std::span<const GnuplotChart> charts,
+                           const ChartResultsViewController& screen, PictureFormat format) {
+  const std::string heading = headingOf(screen, "–");
+  const std::string picture = runGnuplot(pictureScript(charts, heading, format));
+  if (!isWhole(picture, format)) {
+    throw OutputError(
+        "gnuplot: its picture is not whole; install it again: apt-get install gnuplot-nox");
+  }
+  return format == PictureFormat::svg ? polishedSvg(picture, heading) : picture;
+}
+
+/// The store in the folder; null before the first measurement, since looking makes no store.
+std::unique_ptr<SqliteKeyValueStore> openStore(const ChartOptions& options,
+                                               const std::filesystem::path& folder,
+                                               const std::filesystem::path& file) {
+  if (std::filesystem::exists(file)) return std::make_unique<SqliteKeyValueStore>(folder);
+  if (options.dataFolder.empty()) return nullptr;
+  throw InputError(file.string() +
+                   ": no such file; name the folder that the measurements were kept in");
+}
+
+ExitStatus chart(const ChartOptions& options) {
+  const std::size_t period = indexIn(periodNames, "--period", options.period);
+  const std::string_view label =
+      options.label.empty() ? "" : labelNames[indexIn(labelNames, "--label", options.label)];
+  const auto format = pictureFormat(options.output);
+  const auto folder =
+      options.dataFolder.empty() ? defaultDataFolder() : std::filesystem::path(options.dataFolder);
+  const auto file = folder / SqliteKeyValueStore::fileName;
+  if (format) requireApart("-o", options.output, file);
+
+  MemoryKeyValueStore none;
+  const auto store = openStore(options, folder, file);
+  OutputFile output(format ? options.output : "-");
+  HistoryPlatform platform(store ? static_cast<KeyValueStore&>(*store) : none);
+
+  std::array<GnuplotChart, 2> charts;
+  OptionSheet sheet(label);
+  ChartResultsViewController screen(platform.display(), sheet, charts[0], charts[1]);
+  screen.viewDidLoad();
+  screen.viewWillAppear();
+  screen.tapSegmentPeriod(static_cast<std::int32_t>(period));
+  if (!label.empty()) screen.tapButtonLabels();
+  if (store && store->failure()) throw StoreError(*store->failure());
+  tellDamage(file);
+
+  output.write(format ? drawnAsPicture(charts, screen, *format) : drawnInTerminal(charts, screen));
+  output.commit();
+  return ExitStatus::done;
+}
+
+}  // namespace
+
+ExitStatus runChart(const ChartOptions& options) {
+  return exitStatusOf([&] { return chart(options); });
+}
+
+}  // namespace veyla

@@ -1,0 +1,155 @@
+#include "apps/cli/evaluation_plots.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+#include "apps/cli/complain.h"
+#include "platform/format.h"
+#include "platform/linux/file_problem.h"
+#include "platform/linux/gnuplot_program.h"
+
+namespace veyla {
+
+namespace {
+
+struct Point {
+  double x;
+  double y;
+};
+
+struct Set {
+  std::string name;
+  std::vector<Comparison> comparisons;
+};
+
+std::vector<Set> setsOf(const Evaluation& evaluation) {
+  std::vector<Set> sets;
+  for (const EvaluatedWindow& window : evaluation.windows) {
+    if (!window.heartrate) continue;
+    const std::string name = setOf(evaluation.recordings[window.recording]);
+    auto found =
+        std::find_if(sets.begin(), sets.end(), [&](const Set& set) { return set.name == name; });
+    if (found == sets.end()) found = sets.insert(sets.end(), {name, {}});
+    found->comparisons.push_back(*window.heartrate);
+  }
+  return sets;
+}
+
+/// A title between quotes that gnuplot takes to the letter.
+std::string quoted(std::string text) {
+  std::replace(text.begin(), text.end(), '\'', ' ');
+  return "'" + printable(text) + "'";
+}
+
+std::string head(const std::string& title, const std::string& xLabel, const std::string& yLabel) {
+  return "set terminal pngcairo size 1400,900 font 'Inter,20' linewidth 2 background '#ffffff'\n"
+         "set encoding utf8\n"
+         "set border 3 linecolor rgb '#8a8a90'\n"
+         "set tics nomirror textcolor rgb '#3c3c40'\n"
+         "set grid linecolor rgb '#c8c8d0' linewidth 0.6\n"
+         "set key outside top center horizontal textcolor rgb '#3c3c40'\n"
+         "set lmargin 9\nset rmargin 4\n"
+         "set title " +
+         quoted(title) + " font 'Inter Medium,24'\nset xlabel " + quoted(xLabel) + "\nset ylabel " +
+         quoted(yLabel) + "\n";
+}
+
+/// The sets' points as data blocks, and the part of a plot command that draws them.
+std::string points(const std::vector<Set>& sets,
+                   const std::function<Point(const Comparison&)>& pointOf, std::string& blocks) {
+  constexpr std::array colors{"#1d6fd8", "#d8382a", "#2a9d5c", "#8a5cc8", "#c88a1e"};
+  std::string plot;
+  for (std::size_t i = 0; i < sets.size(); ++i) {
+    blocks += formatText("$set%zu << EOD\n", i);
+    for (const Comparison& comparison : sets[i].comparisons) {
+      const Point point = pointOf(comparison);
+      blocks += formatText("%.4f %.4f\n", point.x, point.y);
+    }
+    blocks += "EOD\n";
+    plot += formatText(", $set%zu with points pointtype 7 pointsize 1.1 linecolor rgb '#a0%s' ", i,
+                       colors[i % colors.size()] + 1) +
+            "title " + quoted(sets[i].name);
+  }
+  return plot;
+}
+
+std::string blandAltmanScript(const std::vector<Set>& sets) {
+  double count = 0;
+  double sum = 0;
+  double squares = 0;
+  for (const Set& set : sets) {
+    for (const Comparison& comparison : set.comparisons) {
+      ++count;
+      sum += comparison.error();
+      squares += comparison.error() * comparison.error();
+    }
+  }
+  const double bias = sum / count;
+  const double deviation = std::sqrt(std::max(0.0, (squares - count * bias * bias) / (count - 1)));
+  const double limit = count > 1 ? 1.96 * deviation : 0;
+  std::string blocks;
+  const std::string plot = points(
+      sets,
+      [](const Comparison& of) {
+        return Point{(of.measured + of.reference) / 2, of.error()};
+      },
+      blocks);
+  const auto line = [](double at, const char* dash, const std::string& title) {
+    return formatText("%.4f with lines linecolor rgb '#3c3c40' linewidth 0.8 dashtype %s ", at,
+                      dash) +
+           "title " + quoted(title);
+  };
+  return head("Measured against the reference", "mean of measured and reference, beats per minute",
+              "measured minus reference, beats per minute") +
+         blocks + "plot " + line(bias, "1", formatText("bias %+.2f", bias)) + ", " +
+         line(bias + limit, "2", formatText("95%% limits of agreement, ±%.1f", limit)) + ", " +
+         formatText("%.4f with lines linecolor rgb '#3c3c40' linewidth 0.8 dashtype 2 notitle",
+                    bias - limit) +
+         plot + "\n";
+}
+
+std::string errorOverRateScript(const std::vector<Set>& sets) {
+  std::string blocks;
+  const std::string plot = points(
+      sets,
+      [](const Comparison& of) {
+        return Point{of.reference, std::abs(of.error())};
+      },
+      blocks);
+  return head("Error over the rate", "reference, beats per minute",
+              "absolute error, beats per minute") +
+         blocks + "set yrange [0:*]\n" +
+         "plot 0.1 * x with lines linecolor rgb '#3c3c40' linewidth 0.8 dashtype 2 " +
+         "title 'a tenth of the rate'" + plot + "\n";
+}
+
+std::unique_ptr<OutputFile> pictureIn(const std::string& folder, const char* name) {
+  return std::make_unique<OutputFile>(std::filesystem::path(folder) / name);
+}
+
+}  // namespace
+
+EvaluationPlots::EvaluationPlots(const std::string& folder) {
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  if (error) throw OutputError(fileProblem(folder, error.value(), FilePlace::outputFile));
+  blandAltman_ = pictureIn(folder, "bland-altman.png");
+  errorOverRate_ = pictureIn(folder, "error-over-rate.png");
+}
+
+void EvaluationPlots::draw(const Evaluation& evaluation) {
+  const std::vector<Set> sets = setsOf(evaluation);
+  if (sets.empty()) {
+    throw OutputError("--plots: no window has both a heart rate and a reference; nothing to plot");
+  }
+  blandAltman_->write(runGnuplot(blandAltmanScript(sets)));
+  errorOverRate_->write(runGnuplot(errorOverRateScript(sets)));
+  blandAltman_->commit();
+  errorOverRate_->commit();
+}
+
+}  // namespace veyla

@@ -1,0 +1,199 @@
+#include "benchmarks/tuning/search.h"
+
+#include <algorithm>
+#include <cmath>
+#include <mutex>
+#include <random>
+
+#include "analysis/heartrate_processing.h"
+#include "apps/cli/parallel.h"
+#include "platform/format.h"
+
+namespace veyla::tuning {
+
+namespace {
+
+/// How much one of a thousand generated fingers costs that is wrong.
+constexpr double costOfWrongFinger = 0.02;
+/// Candidates of each size that generated fingers are tried on.
+constexpr std::size_t finalists = 250;
+
+Limits limitsOf(const std::string& set) {
+  Limits limits;
+  // Long recordings of still hands: nobody should have to wait there as long as on some phones.
+  if (set == "hypoxia") limits.ninetieth = 24;
+  return limits;
+}
+
+/// What windows of each recording came to, of both kinds of windows.
+struct Tallies {
+  std::vector<Tally> declared;
+  std::vector<Tally> all;
+};
+
+template <class Includes>
+FiguresOfSets figuresOf(const Material& material, const std::vector<Tally>& tallies,
+                        const Includes& includes) {
+  std::vector<Tally> sums(material.sets.size());
+  for (std::size_t i = 0; i < tallies.size(); ++i) {
+    if (includes(material.recordings[i])) sums[material.recordings[i].set].add(tallies[i]);
+  }
+  FiguresOfSets figures;
+  for (const Tally& sum : sums) figures.push_back(sum.figures());
+  return figures;
+}
+
+double costOf(const Material& material, const FiguresOfSets& figures) {
+  double cost = 0;
+  for (std::size_t set = 0; set < figures.size(); ++set) {
+    cost += costOf(figures[set], limitsOf(material.sets[set]));
+  }
+  return cost;
+}
+
+Candidate candidateOf(const Material& material, const Settings& settings, const Tallies& tallies) {
+  const auto everything = [](const Recording&) { return true; };
+  Candidate candidate;
+  candidate.settings = settings;
+  candidate.declared = figuresOf(material, tallies.declared, everything);
+  candidate.all = figuresOf(material, tallies.all, everything);
+  candidate.cost = (costOf(material, candidate.declared) + costOf(material, candidate.all)) / 2;
+  for (std::size_t fold = 0; fold < foldCount; ++fold) {
+    const auto outside = [&](const Recording& recording) { return recording.fold != fold; };
+    const auto inside = [&](const Recording& recording) { return recording.fold == fold; };
+    candidate.folds[fold].costOutside =
+        (costOf(material, figuresOf(material, tallies.declared, outside)) +
+         costOf(material, figuresOf(material, tallies.all, outside))) /
+        2;
+    candidate.folds[fold].inside = figuresOf(material, tallies.all, inside);
+  }
+  return candidate;
+}
+
+/// All candidates with these thresholds.
+void tryThresholds(const Material& material, const SearchSpace& space, int rawDataSize,
+                   const Thresholds& thresholds, std::vector<Candidate>& candidates) {
+  std::vector<std::vector<std::int16_t>> bins;
+  for (const Recording& recording : material.recordings) {
+    bins.push_back(judge(recording.estimates, thresholds));
+  }
+  std::vector<std::optional<Finish>> finishes;
+  for (const int skip : space.skips) {
+    const std::vector<Tally> none(material.recordings.size());
+    std::vector<Tallies> tallies(space.needed.size(), Tallies{none, none});
+    for (const Window& window : material.windows) {
+      replay(material.recordings[window.recording].estimates, bins[window.recording],
+             window.startFrame, windowFrames, skip, space.needed, finishes);
+      for (std::size_t n = 0; n < finishes.size(); ++n) {
+        tallies[n].all[window.recording].add(window, finishes[n]);
+        if (window.declared) tallies[n].declared[window.recording].add(window, finishes[n]);
+      }
+    }
+    for (std::size_t n = 0; n < tallies.size(); ++n) {
+      const Settings settings{rawDataSize, skip, space.needed[n], thresholds};
+      candidates.push_back(candidateOf(material, settings, tallies[n]));
+    }
+  }
+}
+
+FingerFigures tryFingers(const Material& material, const Settings& settings) {
+  constexpr int highestInBin = 160;
+  const double bin = static_cast<double>(HeartrateProcessing::calcBPM(1));
+  const std::array needed{settings.needed};
+  FingerFigures figures;
+  double percentages = 0;
+  std::size_t finished = 0;
+  std::vector<std::optional<Finish>> finishes;
+  for (const Finger& finger : material.fingers) {
+    const auto bins = judge(finger.estimates, settings.thresholds);
+    replay(finger.estimates, bins, 0, fingerSeconds * framesPerSecond, settings.skip, needed,
+           finishes);
+    const double error =
+        finishes[0] ? std::abs(static_cast<double>(finishes[0]->heartrate) - finger.bpm) : 0;
+    if (finger.bpm <= highestInBin && (!finishes[0] || error > bin + 0.0015)) ++figures.wrong;
+    if (!finishes[0]) continue;
+    percentages += 100 * error / finger.bpm;
+    ++finished;
+  }
+  figures.meanPercentageError =
+      percentages / static_cast<double>(std::max<std::size_t>(finished, 1));
+  return figures;
+}
+
+/// Keeps the candidates that are cheapest by some measure.
+void keepFinalists(std::vector<Candidate>& candidates) {
+  std::vector<Candidate> kept;
+  const auto keepBy = [&](const auto& cost, std::size_t count) {
+    count = std::min(count, candidates.size());
+    std::partial_sort(candidates.begin(), candidates.begin() + static_cast<std::ptrdiff_t>(count),
+                      candidates.end(),
+                      [&](const Candidate& a, const Candidate& b) { return cost(a) < cost(b); });
+    for (std::size_t i = 0; i < count; ++i) {
+      const auto same = [&](const Candidate& other) {
+        return other.settings == candidates[i].settings;
+      };
+      if (std::none_of(kept.begin(), kept.end(), same)) kept.push_back(candidates[i]);
+    }
+  };
+  keepBy([](const Candidate& of) { return of.cost; }, finalists);
+  for (std::size_t fold = 0; fold < foldCount; ++fold) {
+    keepBy([=](const Candidate& of) { return of.folds[fold].costOutside; }, finalists / 4);
+  }
+  candidates = std::move(kept);
+}
+
+std::vector<Thresholds> thresholdsOf(const SearchSpace& space, int rawDataSize) {
+  std::vector<Thresholds> thresholds;
+  for (int bpm = space.minimumBpm[0]; bpm <= space.minimumBpm[1]; ++bpm) {
+    for (int percent = space.validPercent[0]; percent <= space.validPercent[1]; ++percent) {
+      for (int distance = space.maxDistance[0]; distance <= space.maxDistance[1]; ++distance) {
+        thresholds.push_back({bpm, percent, distance});
+      }
+    }
+  }
+  // A shuffle of our own: the library's differs from one library to the next.
+  std::mt19937 random(space.seed * 1000 + static_cast<unsigned>(rawDataSize));
+  for (std::size_t i = thresholds.size() - 1; i > 0; --i) {
+    std::swap(thresholds[i], thresholds[random() % (i + 1)]);
+  }
+  thresholds.resize(std::min(thresholds.size(), space.samples));
+  return thresholds;
+}
+
+std::vector<Candidate> searchSize(Material& material, const SearchSpace& space, int rawDataSize) {
+  gather(material, rawDataSize);
+  const std::vector<Thresholds> thresholds = thresholdsOf(space, rawDataSize);
+  std::vector<std::vector<Candidate>> found(thresholds.size());
+  inParallel(thresholds.size(), 0, [&](std::size_t i) {
+    tryThresholds(material, space, rawDataSize, thresholds[i], found[i]);
+  });
+  std::vector<Candidate> candidates;
+  for (const auto& part : found) candidates.insert(candidates.end(), part.begin(), part.end());
+  keepFinalists(candidates);
+  inParallel(candidates.size(), 0, [&](std::size_t i) {
+    Candidate& candidate = candidates[i];
+    candidate.fingers = tryFingers(material, candidate.settings);
+    const double cost = costOfWrongFinger * 1000 * candidate.fingers.wrong /
+                        static_cast<double>(material.fingers.size());
+    candidate.cost += cost;
+    for (Candidate::Fold& fold : candidate.folds) fold.costOutside += cost;
+  });
+  return candidates;
+}
+
+}  // namespace
+
+std::vector<Candidate> search(Material& material, const SearchSpace& space,
+                              const std::function<void(const std::string&)>& progress) {
+  std::vector<Candidate> candidates;
+  for (const int rawDataSize : space.rawDataSizes) {
+    progress(formatText("searching with %d frames per estimate", rawDataSize));
+    const auto found = searchSize(material, space, rawDataSize);
+    candidates.insert(candidates.end(), found.begin(), found.end());
+  }
+  std::stable_sort(candidates.begin(), candidates.end(),
+                   [](const Candidate& a, const Candidate& b) { return a.cost < b.cost; });
+  return candidates;
+}
+
+}  // namespace veyla::tuning

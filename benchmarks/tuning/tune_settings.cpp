@@ -1,0 +1,159 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include "benchmarks/tuning/search.h"
+#include "platform/format.h"
+
+// Searches the heart-rate settings over recordings with references and prints the best ones, what
+// they are worth on recordings that had no part in the choice, and what each number does.
+
+namespace veyla::tuning {
+
+namespace {
+
+std::string rowOf(const Figures& of) {
+  return formatText(" | %5.2f %5.2f %5.1f %5.1f %5.1f %5.1f %5.1f", of.meanError,
+                    of.meanErrorPerTime, of.over5, of.over10, of.unfinished, of.median,
+                    of.ninetieth);
+}
+
+std::string rowOf(const Settings& of) {
+  return formatText("%4d %4d %6d %5d %7d %8d", of.rawDataSize, of.skip, of.needed,
+                    of.thresholds.validPercent, of.thresholds.minimumBpm,
+                    of.thresholds.maxDistance);
+}
+
+std::string rowOf(const Candidate& of, const FiguresOfSets& figures) {
+  std::string row = rowOf(of.settings);
+  for (const Figures& set : figures) row += rowOf(set);
+  return row;
+}
+
+std::string rowOf(const Candidate& of) {
+  return rowOf(of, of.declared) +
+         formatText(" | %5d %5.2f", of.fingers.wrong, of.fingers.meanPercentageError);
+}
+
+void printHead(const Material& material, bool fingers) {
+  std::string sets = std::string(39, ' ');
+  std::string head = "size skip needed valid minimum distance";
+  for (const std::string& set : material.sets) {
+    sets += formatText(" | %-41s", set.c_str());
+    head += " |   MAE  time    >5   >10 unfin median  90th";
+  }
+  std::printf("%s%s\n%s%s\n", sets.c_str(), fingers ? " | fingers" : "", head.c_str(),
+              fingers ? " | wrong  MAPE" : "");
+}
+
+/// The candidates that differ from `best` in one number at most, by that number.
+void printAround(const Material& material, SearchSpace space, const Settings& best) {
+  Material around = material;
+  const auto only = [&](int rawDataSize) {
+    space.rawDataSizes = {rawDataSize};
+    space.samples = 1U << 30U;
+    space.minimumBpm = {best.thresholds.minimumBpm, best.thresholds.minimumBpm};
+    space.validPercent = {best.thresholds.validPercent, best.thresholds.validPercent};
+    space.maxDistance = {best.thresholds.maxDistance, best.thresholds.maxDistance};
+    space.skips = {best.skip};
+    space.needed = {best.needed};
+  };
+  const auto print = [&](const char* what) {
+    auto found = search(around, space, [](const std::string&) {});
+    std::sort(found.begin(), found.end(), [](const Candidate& a, const Candidate& b) {
+      return rowOf(a.settings) < rowOf(b.settings);
+    });
+    std::printf("\n%s\n", what);
+    printHead(material, true);
+    for (const Candidate& candidate : found) std::printf("%s\n", rowOf(candidate).c_str());
+  };
+
+  only(best.rawDataSize);
+  space.rawDataSizes.clear();
+  for (int size = 120; size <= 240; size += 10) space.rawDataSizes.push_back(size);
+  print("Frames per estimate: what waiting is worth");
+  only(best.rawDataSize);
+  space.minimumBpm = {lowestMinimumBpm + 1, 50};
+  print("The lowest rate that is looked for");
+  only(best.rawDataSize);
+  space.skips = {1, 2, 3, 4, 5, 6};
+  print("Frames from one estimate to the next");
+  only(best.rawDataSize);
+  space.needed = {10, 15, 20, 25, 30, 35, 40, 50, 60};
+  print("Accepted estimates that finish a measurement");
+  only(best.rawDataSize);
+  space.validPercent = {best.thresholds.validPercent - 6, best.thresholds.validPercent + 6};
+  print("How clear an accepted estimate is");
+  only(best.rawDataSize);
+  space.maxDistance = {1, 8};
+  print("How far a rival may lie and belong to the same peak");
+}
+
+struct Options {
+  std::string folder;
+  SearchSpace space;
+  std::array<int, 2> sizes{160, 170};
+  std::size_t shown = 12;
+  std::vector<int> around;
+};
+
+void tune(Options options) {
+  Material material = materialIn(options.folder);
+  for (int size = options.sizes[0]; size <= options.sizes[1]; ++size) {
+    options.space.rawDataSizes.push_back(size);
+  }
+  for (int needed = 5; needed <= 60; ++needed) options.space.needed.push_back(needed);
+  if (!options.around.empty()) {
+    const auto& given = options.around;
+    printAround(material, options.space,
+                {given[0], given[1], given[2], {given[4], given[3], given[5]}});
+    return;
+  }
+  const auto candidates = search(material, options.space, [](const std::string& line) {
+    std::fprintf(stderr, "%s\n", line.c_str());
+  });
+
+  std::printf("Best on everything, on the windows of veyla evaluate\n");
+  printHead(material, true);
+  for (std::size_t i = 0; i < std::min(options.shown, candidates.size()); ++i) {
+    std::printf("%s\n", rowOf(candidates[i]).c_str());
+  }
+  std::printf("\nChosen without a third of the recordings, measured on that third\n");
+  printHead(material, false);
+  for (std::size_t fold = 0; fold < foldCount; ++fold) {
+    const auto chosen = std::min_element(
+        candidates.begin(), candidates.end(), [=](const Candidate& a, const Candidate& b) {
+          return a.folds[fold].costOutside < b.folds[fold].costOutside;
+        });
+    std::printf("%s\n", rowOf(*chosen, chosen->folds[fold].inside).c_str());
+  }
+  printAround(material, options.space, candidates.front().settings);
+}
+
+}  // namespace
+
+}  // namespace veyla::tuning
+
+int main(int argc, char** argv) {
+  veyla::tuning::Options options;
+  CLI::App program("Searches the heart-rate settings over recordings with references.");
+  program.add_option("FOLDER", options.folder, "recordings, each with a NAME.reference.csv")
+      ->required();
+  program.add_option("--sizes", options.sizes, "fewest and most frames per estimate (160 170)");
+  program.add_option("--samples", options.space.samples, "thresholds tried with each size (120)");
+  program.add_option("--seed", options.space.seed, "which thresholds those are (1)");
+  program.add_option("--shown", options.shown, "candidates printed (12)");
+  program
+      .add_option("--around", options.around,
+                  "no search, but what each number does: size skip needed valid minimum distance")
+      ->expected(6);
+  CLI11_PARSE(program, argc, argv);
+  try {
+    veyla::tuning::tune(options);
+  } catch (const veyla::InputError& error) {
+    std::fprintf(stderr, "tune_settings: %s\n", error.what());
+    return 3;
+  }
+  return 0;
+}

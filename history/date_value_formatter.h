@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/line_chart.h"
+
+namespace veyla {
+
+/// Writes a moment at a chart's horizontal axis, in seconds since 1970-01-01 00:00 UTC, as its day
+/// and short month, such as "14 Nov".
+class DateValueFormatter : public AxisValueFormatter {
+ public:
+  std::string stringForValue(double value, const ChartAxis& axis) const override;
+};
+
+}  // namespace veyla

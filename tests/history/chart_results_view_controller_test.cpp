@@ -1,0 +1,181 @@
+#include "history/chart_results_view_controller.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+#include "history/history_store.h"
+#include "tests/support/recorder_action_sheet.h"
+#include "tests/support/recorder_line_chart.h"
+#include "tests/support/test_platform.h"
+
+namespace veyla {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr double day = 86400;
+
+class ChartResultsViewControllerTest : public testing::Test {
+ protected:
+  void SetUp() override { screen_.viewDidLoad(); }
+
+  static void saveDaysAgo(double days, double heartrate = 70, double spo2 = 97,
+                          const std::optional<Labels>& labels = std::nullopt) {
+    const double now = services().clock.now().secondsSince1970;
+    Utils::saveHeartrate(heartrate, spo2, Date{now - days * day}, labels);
+  }
+  std::string title(const Element& element) { return platform_.display.texts[element.name]; }
+
+  TestPlatform platform_;
+  RecorderActionSheet sheet_;
+  RecorderLineChart heartrate_;
+  RecorderLineChart spo2_;
+  ChartResultsViewController screen_{platform_.display, sheet_, heartrate_, spo2_};
+};
+
+TEST_F(ChartResultsViewControllerTest, BothChartsAreSetUpAnewAndFilledWheneverTheScreenAppears) {
+  EXPECT_THAT(platform_.log.lines, ElementsAre("hertil"));
+  screen_.viewWillAppear();
+  EXPECT_THAT(heartrate_.data.entries, IsEmpty());
+  saveDaysAgo(0, 70, 0);
+  screen_.viewWillAppear();
+  EXPECT_THAT(heartrate_.calls, ElementsAre("configure", "clear", "granularity", "data",
+                                            "configure", "clear", "granularity", "data"));
+  EXPECT_EQ(heartrate_.calls, spo2_.calls);
+  EXPECT_THAT(heartrate_.data.entries, SizeIs(1));
+  EXPECT_THAT(spo2_.data.entries, IsEmpty()) << "each chart decides for itself";
+  EXPECT_THAT(screen_.data(), SizeIs(1));
+}
+
+TEST_F(ChartResultsViewControllerTest, TheChartsShowAFixedRangeOnTheRightAndDaysBelow) {
+  screen_.viewWillAppear();
+  EXPECT_EQ(heartrate_.settings.noDataText, "Not enough heartrate data");
+  EXPECT_EQ(spo2_.settings.noDataText, "Not enough SpO2 data");
+  EXPECT_EQ(heartrate_.settings.rightAxis.minimum, 50);
+  EXPECT_EQ(heartrate_.settings.leftAxis.maximum, 150);
+  EXPECT_EQ(spo2_.settings.leftAxis.minimum, 90);
+  EXPECT_EQ(spo2_.settings.rightAxis.maximum, 100);
+
+  const LineChartSettings& chart = spo2_.settings;
+  EXPECT_EQ(chart.delegate, &screen_);
+  EXPECT_TRUE(chart.scaleEnabled && chart.dragEnabled && !chart.pinchZoomEnabled);
+  EXPECT_EQ(chart.viewPortOffsets, (ChartInsets{15, 10, 35, 35}));
+  EXPECT_TRUE(chart.drawsGridBackground && chart.legendEnabled && chart.rightAxis.enabled);
+  EXPECT_EQ(chart.gridBackgroundColor, white);
+  EXPECT_EQ(chart.legendForm, LegendForm::line);
+  EXPECT_FALSE(chart.leftAxis.drawsLabels || chart.leftAxis.drawsGridLines ||
+               chart.leftAxis.drawsAxisLine);
+  EXPECT_EQ(chart.leftAxis.labelFont, (Font{"HelveticaNeue-Light", 11}));
+  EXPECT_TRUE(chart.rightAxis.drawsGridLines && chart.rightAxis.drawsTopLabel &&
+              !chart.rightAxis.drawsAxisLine);
+  EXPECT_EQ(chart.rightAxis.gridLineDash, (DashPattern{5, 2}));
+  EXPECT_TRUE(chart.xAxis.centersLabels && chart.xAxis.labelsBelow &&
+              chart.xAxis.keepsEndLabelsInside && chart.xAxis.hasGranularity &&
+              !chart.xAxis.drawsGridLines);
+
+  const auto written = [&](const ChartAxis& axis, double value, const char* locale) {
+    platform_.text.setLocaleAndZone(locale, "UTC");
+    return axis.valueFormatter->stringForValue(value, axis);
+  };
+  EXPECT_EQ(written(chart.rightAxis, 97.25, "de_DE"), "97,2");
+  EXPECT_EQ(written(chart.leftAxis, 100, "en_US"), "100");
+  EXPECT_EQ(written(chart.rightAxis, 97.5, "ar_EG"), "٩٧٫٥");
+  EXPECT_EQ(written(chart.xAxis, 1'700'000'000, "en_US"), "14 Nov");
+}
+
+TEST_F(ChartResultsViewControllerTest, TheLinesAreThinWithRingsAndAnInvisibleArea) {
+  saveDaysAgo(0, 160, 85);
+  screen_.viewWillAppear();
+  const LineDataSet& line = spo2_.data;
+  EXPECT_EQ(line.label, "spo2 (data points are averaged for each day)");
+  EXPECT_EQ(heartrate_.data.label, "heartrate (data points are averaged for each day)");
+  EXPECT_EQ(line.color, (Color{0, 0, 1, 1}));
+  EXPECT_EQ(heartrate_.data.circleColor, (Color{1, 0, 0, 1}));
+  EXPECT_EQ(line.circleHoleColor, white);
+  EXPECT_EQ(line.lineWidth, 1);
+  EXPECT_EQ(line.circleRadius, 5);
+  EXPECT_TRUE(line.drawsCircles && line.drawsCircleHoles && line.drawsFilled);
+  EXPECT_FALSE(line.drawsValues || line.cubic);
+  EXPECT_EQ(line.valueFont, (Font{"DroidSans", 9}));
+  EXPECT_EQ(line.fillColor.alpha, 0);
+  EXPECT_DOUBLE_EQ(line.fillAlpha, 65.0 / 255);
+  EXPECT_EQ(line.axisDependency, AxisDependency::right);
+  EXPECT_EQ(line.entries.front().y, 85) << "also outside the range";
+}
+
+TEST_F(ChartResultsViewControllerTest, EveryPeriodReadsTheStoreAnew) {
+  for (const double days : {200.0, 60.0, 20.0, 3.0}) saveDaysAgo(days);
+  std::vector<std::size_t> points;
+  for (const std::int32_t period : {1, 2, 3, 0}) {
+    screen_.tapSegmentPeriod(period);
+    EXPECT_EQ(screen_.selectedPeriod(), period);
+    points.push_back(heartrate_.data.entries.size());
+  }
+  EXPECT_THAT(points, ElementsAre(2, 3, 4, 1));
+  saveDaysAgo(1);
+  screen_.tapSegmentPeriod(0);
+  EXPECT_THAT(spo2_.data.entries, SizeIs(2));
+
+  screen_.setSelectedPeriod(4);
+  EXPECT_FALSE(screen_.filterData());
+  screen_.showChartData();
+  EXPECT_THAT(spo2_.data.entries, IsEmpty());
+}
+
+TEST_F(ChartResultsViewControllerTest, ALabelIsChosenFromASheetAndNamesTheButton) {
+  Labels afterTraining{};
+  afterTraining[4] = true;
+  saveDaysAgo(0, 90, 97, afterTraining);
+  saveDaysAgo(1);
+  screen_.viewWillAppear();
+  EXPECT_THAT(heartrate_.data.entries, SizeIs(2));
+
+  screen_.tapButtonLabels();
+  ASSERT_TRUE(sheet_.open);
+  EXPECT_EQ(sheet_.open->title, "Choose label");
+  EXPECT_EQ(sheet_.open->tint, (Color{1, 0, 0, 1}));
+  EXPECT_THAT(sheet_.titles(),
+              ElementsAre("Resting", "Active", "Working", "Training (Before)", "Training (After)",
+                          "Sleep (Before)", "Sleep (After)", "None"));
+  sheet_.tap(4);
+  EXPECT_FALSE(sheet_.open);
+  EXPECT_EQ(screen_.selectedLabel(), 4);
+  EXPECT_EQ(title(ChartsScreen::buttonLabels), "Training (After)");
+  EXPECT_EQ(title(ChartsScreen::buttonLabelsHighlighted), "Training (After)");
+  EXPECT_THAT(heartrate_.data.entries, SizeIs(1));
+
+  screen_.tapButtonLabels();
+  sheet_.tap(7);
+  EXPECT_EQ(screen_.selectedLabel(), -1);
+  EXPECT_EQ(title(ChartsScreen::buttonLabels), "Choose Label");
+  EXPECT_EQ(title(ChartsScreen::buttonLabelsHighlighted), "Choose label");
+  EXPECT_THAT(heartrate_.data.entries, SizeIs(2));
+}
+
+TEST_F(ChartResultsViewControllerTest, TheGranularitySplitsTheSpanIntoItsDaysAndOneUpToSix) {
+  const auto granularityFor = [&](const std::vector<double>& daysAgo) {
+    Utils::clearValues();
+    for (const double days : daysAgo) saveDaysAgo(days);
+    screen_.tapSegmentPeriod(3);
+    EXPECT_EQ(heartrate_.granularity, spo2_.granularity);
+    return spo2_.granularity;
+  };
+  EXPECT_EQ(granularityFor({2, 1, 0}), 57600);
+  EXPECT_EQ(granularityFor({4, 0}), 4 * day / 5);
+  EXPECT_EQ(granularityFor({5, 0}), 5 * day / 6);
+  EXPECT_EQ(granularityFor({30, 12, 0}), 432000);
+  EXPECT_EQ(granularityFor({0}), 0);
+  EXPECT_TRUE(std::isfinite(granularityFor({})));
+  // Of different charts, too.
+  Utils::clearValues();
+  saveDaysAgo(2, 70, 0);
+  saveDaysAgo(0, 0, 97);
+  screen_.tapSegmentPeriod(0);
+  EXPECT_EQ(heartrate_.granularity, 57600);
+}
+
+}  // namespace
+}  // namespace veyla
