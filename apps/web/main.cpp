@@ -32,6 +32,13 @@ EMSCRIPTEN_BINDINGS(veyla) {
       .function("introSwipeLeft", &WebApp::introSwipeLeft)
       .function("introSwipeRight", &WebApp::introSwipeRight)
       .function("introSkip", &WebApp::introSkip)
+      .function("chooseSheetAction", &WebApp::chooseSheetAction)
+      .function("chartsDidLoad", &WebApp::chartsDidLoad)
+      .function("chartsWillAppear", &WebApp::chartsWillAppear)
+      .function("chartPeriodTitles", &WebApp::chartPeriodTitles)
+      .function("tapSegmentPeriod", &WebApp::tapSegmentPeriod)
+      .function("tapButtonLabels", &WebApp::tapButtonLabels)
+      .function("chartAxisText", &WebApp::chartAxisText)
       .function("faqs", &WebApp::faqs)
       .function("rawStoredText", &WebApp::rawStoredText)
       .function("setStoredTextAside", &WebApp::setStoredTextAside);

@@ -32,7 +32,11 @@ WebApp::WebApp(val page)
       introDisplay_(page_["intro"], loop_),
       alerts_(page_["alerts"]),
       screens_(page_["screens"]),
-      canvas_(page_["canvas"]) {
+      canvas_(page_["canvas"]),
+      actionSheet_(page_["actionSheet"]),
+      chartsDisplay_(page_["chartsDisplay"], loop_),
+      chartHeartrate_(page_["charts"], "heartrate"),
+      chartSpo2_(page_["charts"], "spo2") {
   store_.failed = [storage = page_["storage"]](const std::string& damagedKey,
                                                const std::string& line) {
     storage.call<void>("failed", damagedKey, line);
@@ -46,8 +50,10 @@ WebApp::WebApp(val page)
                                                   .healthStore = healthStore_,
                                                   .resources = resources,
                                                   .json = json_,
+                                                  .jsonWriter = jsonWriter_,
                                                   .device = device_,
                                                   .dates = text_,
+                                                  .numbers = text_,
                                                   .regularExpressions = text_,
                                                   .uuids = text_,
                                                   .measuringDisplay = measuringDisplay_,
@@ -143,6 +149,25 @@ val WebApp::introPosition() const {
   position.set("indicatedPage", intro_->indicatedPage());
   position.set("currentDotColor", cssColor(intro_->currentDotColor()));
   return position;
+}
+
+void WebApp::chartsDidLoad() {
+  charts_ = std::make_unique<ChartResultsViewController>(chartsDisplay_, actionSheet_,
+                                                         chartHeartrate_, chartSpo2_);
+  charts_->viewDidLoad();
+}
+
+val WebApp::chartPeriodTitles() const {
+  val titles = val::array();
+  for (const std::string_view title : ChartResultsViewController::periodTitles) {
+    titles.call<void>("push", std::string(title));
+  }
+  return titles;
+}
+
+std::string WebApp::chartAxisText(const std::string& chart, const std::string& axis,
+                                  double value) const {
+  return (chart == "spo2" ? chartSpo2_ : chartHeartrate_).axisText(axis, value);
 }
 
 val WebApp::faqs() const {

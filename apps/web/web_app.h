@@ -5,8 +5,10 @@
 #include <memory>
 #include <string>
 
+#include "apps/web/page_chart.h"
 #include "apps/web/page_display.h"
 #include "apps/web/page_shell.h"
+#include "history/chart_results_view_controller.h"
 #include "platform/platform.h"
 #include "platform/portable/json.h"
 #include "platform/portable/kiss_real_fft.h"
@@ -25,7 +27,8 @@ namespace veyla {
 class WebApp {
  public:
   /// `page` has an object for each service, as the bindings describe them: `log`, `device`,
-  /// `storage`, `text`, `health`, `camera`, `canvas`, `screens`, `alerts`, `measuring`, `intro`.
+  /// `storage`, `text`, `health`, `camera`, `canvas`, `screens`, `alerts`, `measuring`, `intro`,
+  /// `actionSheet`, `chartsDisplay`, `charts`.
   explicit WebApp(emscripten::val page);
   ~WebApp();
   WebApp(const WebApp&) = delete;
@@ -78,6 +81,19 @@ class WebApp {
   void introSwipeRight() { intro_->swiperight(); }
   void introSkip() { intro_->buttonSkipTapped(); }
 
+  // Sheets of actions.
+
+  void chooseSheetAction(int action) { actionSheet_.choose(static_cast<std::size_t>(action)); }
+
+  // The charts, "heartrate" and "spo2". The screen begins anew each time it is loaded.
+
+  void chartsDidLoad();
+  void chartsWillAppear() { charts_->viewWillAppear(); }
+  emscripten::val chartPeriodTitles() const;
+  void tapSegmentPeriod(int index) { charts_->tapSegmentPeriod(index); }
+  void tapButtonLabels() { charts_->tapButtonLabels(); }
+  std::string chartAxisText(const std::string& chart, const std::string& axis, double value) const;
+
   // The other screens.
 
   /// Objects with `question` and `answer`.
@@ -100,6 +116,7 @@ class WebApp {
   TrackCamera camera_;
   KissRealFft realFft_;
   NlohmannJsonParser json_;
+  NlohmannJsonWriter jsonWriter_;
   PageDisplay measuringDisplay_;
   PageDisplay introDisplay_;
   PageAlerts alerts_;
@@ -107,6 +124,12 @@ class WebApp {
   CommandCanvas canvas_;
   std::unique_ptr<Platform> platform_;
   std::unique_ptr<IntroViewController> intro_;
+
+  PageActionSheet actionSheet_;
+  PageDisplay chartsDisplay_;
+  PageChart chartHeartrate_;
+  PageChart chartSpo2_;
+  std::unique_ptr<ChartResultsViewController> charts_;
 };
 
 }  // namespace veyla

@@ -335,52 +335,55 @@ class Writer {
   std::size_t depth_ = 0;
 };
 
-/// The value in the library's form; throws `Unwritable` where JSON has none.
+/// The value in the library's form, as far as JSON has one.
 class PlainJson {
  public:
   using Ordered = nlohmann::ordered_json;
-  struct Unwritable {};
 
-  static Ordered of(const Value& value) {
-    return value.visit([](const auto& held) { return of(held); });
+  Ordered of(const Value& value) {
+    return value.visit([this](const auto& held) { return of(held); });
   }
+  /// Whether something had none, in whose place null stands.
+  bool lacksSomething() const { return lacksSomething_; }
 
  private:
-  static Ordered of(std::monostate) { return nullptr; }
-  static Ordered of(bool value) { return value; }
-  static Ordered of(std::int64_t value) { return value; }
+  Ordered nothing() {
+    lacksSomething_ = true;
+    return nullptr;
+  }
+  Ordered of(std::monostate) { return nullptr; }
+  Ordered of(bool value) { return value; }
+  Ordered of(std::int64_t value) { return value; }
   // The double beside the single's shortest text is written as that text.
-  static Ordered of(float value) { return of(std::strtod(numberText(value).c_str(), nullptr)); }
-  static Ordered of(double value) {
-    if (!std::isfinite(value)) throw Unwritable();
-    return value;
-  }
-  static Ordered of(Date) { throw Unwritable(); }
-  static Ordered of(const std::string& value) {
-    if (!isUtf8(value)) throw Unwritable();
-    return value;
-  }
-  static Ordered of(const Value::Array& elements) {
+  Ordered of(float value) { return of(std::strtod(numberText(value).c_str(), nullptr)); }
+  Ordered of(double value) { return std::isfinite(value) ? Ordered(value) : nothing(); }
+  Ordered of(Date) { return nothing(); }
+  Ordered of(const std::string& value) { return isUtf8(value) ? Ordered(value) : nothing(); }
+  Ordered of(const Value::Array& elements) {
     Ordered array = Ordered::array();
     for (const Value& element : elements) array.push_back(of(element));
     return array;
   }
-  static Ordered of(const Value::Dictionary& entries) {
+  Ordered of(const Value::Dictionary& entries) {
     Ordered object = Ordered::object();
-    for (const auto& [key, value] : entries) object[key] = of(value);
+    for (const auto& [key, value] : entries) {
+      if (!isUtf8(key)) return nothing();
+      object[key] = of(value);
+    }
     return object;
   }
+
+  bool lacksSomething_ = false;
 };
 
 }  // namespace
 
 std::optional<std::string> NlohmannJsonWriter::prettyPrinted(const Value& value) const {
   constexpr int indentation = 2;
-  try {
-    return PlainJson::of(value).dump(indentation);
-  } catch (const PlainJson::Unwritable&) {
-    return std::nullopt;
-  }
+  PlainJson plain;
+  const auto json = plain.of(value);
+  if (plain.lacksSomething()) return std::nullopt;
+  return json.dump(indentation);
 }
 
 std::optional<Value> NlohmannJsonParser::parse(std::string_view text) const {

@@ -21,6 +21,18 @@ std::optional<Date> BrowserText::parseMediumDateShortTime(std::string_view text)
   return dateFrom(page_.call<val>("parseMediumDateShortTime", std::string(text)));
 }
 
+std::string BrowserText::formatted(Date date, std::string_view pattern) const {
+  return page_.call<std::string>("formatted", date.secondsSince1970, std::string(pattern));
+}
+
+std::optional<Date> BrowserText::parse(std::string_view text, std::string_view pattern) const {
+  return dateFrom(page_.call<val>("parse", std::string(text), std::string(pattern)));
+}
+
+std::string BrowserText::decimal(double value, int maximumFractionDigits) const {
+  return page_.call<std::string>("decimal", value, maximumFractionDigits);
+}
+
 bool BrowserText::matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const {
   return page_.call<bool>("matchesWholeIgnoringCase", std::string(pattern), std::string(text));
 }

@@ -11,15 +11,23 @@
 
 namespace veyla {
 
-/// Dates by `Intl`, regular expressions by `RegExp` and random identifiers by `crypto`, in the
-/// browser's locale and time zone.
-class BrowserText : public DateFormatting, public RegularExpressions, public UuidGenerator {
+/// Dates and numbers by `Intl`, regular expressions by `RegExp` and random identifiers by `crypto`,
+/// in the browser's locale and time zone.
+class BrowserText : public DateFormatting,
+                    public NumberFormatting,
+                    public RegularExpressions,
+                    public UuidGenerator {
  public:
   /// `page` answers the operations by their names.
   explicit BrowserText(emscripten::val page) : page_(std::move(page)) {}
 
   std::string mediumDateShortTime(Date date) const override;
   std::optional<Date> parseMediumDateShortTime(std::string_view text) const override;
+
+  std::string formatted(Date date, std::string_view pattern) const override;
+  std::optional<Date> parse(std::string_view text, std::string_view pattern) const override;
+
+  std::string decimal(double value, int maximumFractionDigits) const override;
 
   bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const override;
 

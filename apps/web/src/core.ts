@@ -3,7 +3,7 @@
 import createVeyla from "veyla-core";
 
 import type { Drawing } from "../../../platform/web/canvas";
-import type { Page } from "./page";
+import type { ChartName, Page } from "./page";
 
 export interface IntroPage {
   readonly title: string;
@@ -46,6 +46,15 @@ export interface WebApp {
   introSwipeLeft(): void;
   introSwipeRight(): void;
   introSkip(): void;
+
+  chooseSheetAction(action: number): void;
+
+  chartsDidLoad(): void;
+  chartsWillAppear(): void;
+  chartPeriodTitles(): string[];
+  tapSegmentPeriod(index: number): void;
+  tapButtonLabels(): void;
+  chartAxisText(chart: ChartName, axis: "x" | "right", value: number): string;
 
   faqs(): FaqEntry[];
 

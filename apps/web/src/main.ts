@@ -12,9 +12,12 @@ import { healthFile } from "../../../platform/web/health_file";
 import { followLife, ScreenWaker } from "../../../platform/web/page_life";
 import { LocalStorage } from "../../../platform/web/storage";
 import { browserText } from "../../../platform/web/text";
+import { ActionSheets } from "./action_sheet";
 import { AlertDialogs } from "./alerts";
+import type { ChartsScreen } from "./charts";
 import { defineComponents } from "./components";
 import { loadCore, type WebApp } from "./core";
+import { ElementViews } from "./element_views";
 import { askForHealthRecords } from "./health_sheet";
 import { IntroScreen } from "./intro";
 import { MeasuringScreen } from "./measuring";
@@ -94,9 +97,29 @@ async function start(): Promise<void> {
     core().measuringWillDisappear();
   });
 
+  // Screens that are opened later find their views in the page when they are there.
+  const opened: { charts?: ChartsScreen } = {};
+  const chartsElements = new Map<string, HTMLElement>();
+  const actionSheets = new ActionSheets((action) => {
+    core().chooseSheetAction(action);
+  });
+  const openCharts = async (): Promise<void> => {
+    const { ChartsScreen } = await import("./charts");
+    opened.charts = new ChartsScreen(core(), chartsElements);
+    core().chartsDidLoad();
+    navigator.push(opened.charts.page);
+  };
+  const transitions: Readonly<Record<string, () => void>> = {
+    chart() {
+      void openCharts();
+    },
+  };
+
   const screens: ScreenViews = {
     performTransition(name) {
-      navigator.push(subPage(name));
+      const open = transitions[name];
+      if (open) open();
+      else navigator.push(subPage(name));
     },
     showIntro() {
       if (intro.isOpen) return;
@@ -163,6 +186,22 @@ async function start(): Promise<void> {
     alerts,
     measuring: measuring.views,
     intro: intro.views,
+    actionSheet: actionSheets,
+    chartsDisplay: new ElementViews(chartsElements),
+    charts: {
+      configure(name, settings) {
+        opened.charts?.view(name).configure(settings);
+      },
+      clear(name) {
+        opened.charts?.view(name).clear();
+      },
+      setData(name, data) {
+        opened.charts?.view(name).setData(data);
+      },
+      setGranularity(name, seconds) {
+        opened.charts?.view(name).setGranularity(seconds);
+      },
+    },
   };
 
   const [loaded] = await Promise.all([loadCore(page), camera.prepare()]);

@@ -70,6 +70,72 @@ export interface CameraViews {
   pause(): void;
 }
 
+export interface SheetShown {
+  readonly title: string;
+  readonly tint: string | null;
+  readonly actions: readonly { readonly title: string; readonly isCancel: boolean }[];
+}
+
+export interface ChartAxisSettings {
+  readonly enabled: boolean;
+  readonly minimum: number | null;
+  readonly maximum: number | null;
+  readonly drawsGridLines: boolean;
+  /** Points drawn and left out; empty for a whole line. */
+  readonly gridLineDash: readonly number[];
+  readonly drawsAxisLine: boolean;
+  readonly drawsLabels: boolean;
+  readonly drawsTopLabel: boolean;
+  readonly keepsEndLabelsInside: boolean;
+  /** Null for the chart's own. */
+  readonly gridColor: string | null;
+  readonly axisLineColor: string | null;
+  readonly labelColor: string | null;
+}
+
+export interface ChartSettings {
+  readonly descriptionText: string;
+  readonly noDataText: string;
+  readonly scaleEnabled: boolean;
+  readonly dragEnabled: boolean;
+  readonly pinchZoomEnabled: boolean;
+  readonly viewPortOffsets: {
+    readonly left: number;
+    readonly top: number;
+    readonly right: number;
+    readonly bottom: number;
+  };
+  readonly drawsGridBackground: boolean;
+  readonly gridBackgroundColor: string;
+  readonly legendEnabled: boolean;
+  readonly leftAxis: ChartAxisSettings;
+  readonly rightAxis: ChartAxisSettings;
+  readonly xAxis: ChartAxisSettings;
+}
+
+export interface LineData {
+  /** Seconds since 1970, ascending. */
+  readonly x: Float64Array;
+  readonly y: Float64Array;
+  readonly label: string;
+  readonly color: string;
+  readonly lineWidth: number;
+  readonly drawsCircles: boolean;
+  readonly circleRadius: number;
+  readonly circleColor: string;
+  readonly circleHoleColor: string;
+  readonly fillColor: string;
+}
+
+export type ChartName = "heartrate" | "spo2";
+
+export interface ChartViews {
+  configure(name: ChartName, settings: ChartSettings): void;
+  clear(name: ChartName): void;
+  setData(name: ChartName, data: LineData): void;
+  setGranularity(name: ChartName, seconds: number): void;
+}
+
 export interface Page {
   readonly log: { readonly enabled: boolean; line(text: string): void };
   readonly device: { readonly hardwareModel: string; readonly systemVersion: string };
@@ -89,4 +155,7 @@ export interface Page {
   readonly alerts: { show(alert: AlertShown): void; hide(id: number): void };
   readonly measuring: DisplayViews;
   readonly intro: DisplayViews;
+  readonly actionSheet: { present(sheet: SheetShown): void; dismiss(): void };
+  readonly chartsDisplay: DisplayViews;
+  readonly charts: ChartViews;
 }

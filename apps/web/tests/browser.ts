@@ -10,8 +10,8 @@ const root = fileURLToPath(new URL("..", import.meta.url));
 const build = fileURLToPath(new URL("../../../build/", import.meta.url));
 
 /** A recording of a generated finger, made before the tests. */
-export function recording(name: "72" | "96" | "low"): string {
-  return `${build}web-recordings/${name}.y4m`;
+export function recording(name: "72" | "96" | "low"): { readonly shows: string } {
+  return { shows: `${build}web-recordings/${name}.y4m` };
 }
 
 /** Where pictures of the screens are kept to be looked at. */
@@ -19,8 +19,8 @@ export const pictures = `${build}web-pictures/`;
 mkdirSync(pictures, { recursive: true });
 
 interface CameraSetup {
-  /** A recording, no camera at all, or a camera that the user refuses. */
-  readonly camera: string | "none" | "refused";
+  /** The recording in front of the camera, no camera at all, or one that the user refuses. */
+  readonly camera: { readonly shows: string } | "none" | "refused";
 }
 
 /** How one visitor comes. */
@@ -143,11 +143,13 @@ function addTorch(): void {
   const tracks = MediaStreamTrack.prototype;
   const torchSet: boolean[] = [];
   Object.assign(window, { torchSet });
-  const capabilities = tracks.getCapabilities;
+  const { getCapabilities: capabilities, applyConstraints: apply } = tracks as {
+    getCapabilities: (this: MediaStreamTrack) => MediaTrackCapabilities;
+    applyConstraints: (this: MediaStreamTrack, constraints: MediaTrackConstraints) => Promise<void>;
+  };
   tracks.getCapabilities = function (this: MediaStreamTrack): MediaTrackCapabilities {
     return { ...capabilities.call(this), torch: true } as MediaTrackCapabilities;
   };
-  const apply = tracks.applyConstraints;
   tracks.applyConstraints = function (
     this: MediaStreamTrack,
     constraints?: MediaTrackConstraints,
@@ -155,7 +157,7 @@ function addTorch(): void {
     const advanced = (constraints?.advanced ?? []) as Record<string, unknown>[];
     for (const { torch } of advanced) if (typeof torch === "boolean") torchSet.push(torch);
     const others = advanced.filter((each) => !("torch" in each));
-    return apply.call(this, { ...constraints, advanced: others } as MediaTrackConstraints);
+    return apply.call(this, { ...constraints, advanced: others });
   };
 }
 
@@ -179,7 +181,7 @@ export class PhoneBrowser {
     else args.push("--use-fake-ui-for-media-stream");
     if (setup.camera !== "none" && setup.camera !== "refused") {
       args.push("--use-fake-device-for-media-stream");
-      args.push(`--use-file-for-fake-video-capture=${setup.camera}`);
+      args.push(`--use-file-for-fake-video-capture=${setup.camera.shows}`);
     }
     const [browser, server] = await Promise.all([
       chromium.launch({ executablePath: process.env["CHROMIUM"] ?? "/usr/bin/chromium", args }),
