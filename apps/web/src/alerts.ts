@@ -1,15 +1,24 @@
 // The core's alerts as modal dialogs. They forward every tap; what it does is the core's to say.
-import { alertCircle, closeCircle, informationCircle, megaphone, warning } from "ionicons/icons";
+import {
+  alertCircle,
+  closeCircle,
+  informationCircle,
+  mail,
+  megaphone,
+  warning,
+} from "ionicons/icons";
 
 import type { WebApp } from "./core";
 import { make, makeCustom } from "./dom";
-import type { AlertShown } from "./page";
+import type { AlertField, AlertShown } from "./page";
 
 const icons: Readonly<Record<AlertShown["kind"], string>> = {
   plain: informationCircle,
+  mail,
   warning,
   error: closeCircle,
   waiting: alertCircle,
+  edit: mail,
   notice: megaphone,
 };
 
@@ -43,6 +52,7 @@ export class AlertDialogs {
     }
     const card = make("div.alert-card", { tabindex: "-1" }, this.badge(alert), title);
     if (alert.subtitle) card.append(subtitle);
+    if (alert.textField) card.append(this.field(id, alert.textField));
     card.append(...buttons);
     dialog.append(card);
     dialog.addEventListener("click", (event) => {
@@ -73,6 +83,33 @@ export class AlertDialogs {
     setTimeout(() => {
       dialog.remove();
     }, 300);
+  }
+
+  setFieldText(id: number, text: string): void {
+    const field = this.open.get(id)?.querySelector("input");
+    if (field) field.value = text;
+  }
+
+  focusField(id: number): void {
+    this.open.get(id)?.querySelector("input")?.focus();
+  }
+
+  private field(id: number, { placeholder, text, ...field }: AlertField): HTMLInputElement {
+    const input = make("input", {
+      type: field.isEmail ? "email" : "text",
+      inputmode: field.isEmail ? "email" : "text",
+      autocomplete: field.isEmail ? "email" : "off",
+      autocapitalize: field.autocapitalizes ? "sentences" : "none",
+      autocorrect: field.autocorrects ? "on" : "off",
+      spellcheck: String(field.autocorrects),
+      placeholder,
+      "aria-label": placeholder,
+    });
+    input.value = text;
+    input.addEventListener("input", () => {
+      this.core().typeInAlert(id, input.value);
+    });
+    return input;
   }
 
   private badge(alert: AlertShown): HTMLElement {

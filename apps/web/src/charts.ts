@@ -5,20 +5,22 @@ import { defineCustomElement as segmentButton } from "@ionic/core/components/ion
 
 import type { WebApp } from "./core";
 import { make, makeCustom } from "./dom";
+import { ElementViews } from "./element_views";
 import { LineChartView } from "./line_chart";
 import type { ChartName } from "./page";
 import { subPage } from "./text_pages";
 
 export class ChartsScreen {
   readonly page: HTMLElement;
-  private readonly charts: Readonly<Record<ChartName, LineChartView>>;
 
-  /** Puts the elements that the core drives among `elements`. */
-  constructor(core: WebApp, elements: Map<string, HTMLElement>) {
+  constructor(core: WebApp) {
     for (const define of [label, segment, segmentButton]) define();
     const lineChart = (name: ChartName): LineChartView =>
       new LineChartView((axis, value) => core.chartAxisText(name, axis, value));
-    this.charts = { heartrate: lineChart("heartrate"), spo2: lineChart("spo2") };
+    const charts: Readonly<Record<ChartName, LineChartView>> = {
+      heartrate: lineChart("heartrate"),
+      spo2: lineChart("spo2"),
+    };
 
     const periods = makeCustom("ion-segment", { value: "0", "aria-label": "Period" });
     core.chartPeriodTitles().forEach((title, index) => {
@@ -30,8 +32,10 @@ export class ChartsScreen {
     });
     const normal = make("span.normal", {}, "Choose Label");
     const highlighted = make("span.highlighted", { "aria-hidden": "true" }, "Choose label");
-    elements.set("buttonLabels", normal);
-    elements.set("buttonLabelsHighlighted", highlighted);
+    const elements = new Map<string, HTMLElement>([
+      ["buttonLabels", normal],
+      ["buttonLabelsHighlighted", highlighted],
+    ]);
     const labels = make("button.choose-label", { type: "button" }, normal, highlighted);
     labels.addEventListener("click", () => {
       core.tapButtonLabels();
@@ -42,16 +46,29 @@ export class ChartsScreen {
         "div.charts",
         {},
         make("div.chart-choices", {}, periods, labels),
-        this.charts.heartrate.element,
-        this.charts.spo2.element,
+        charts.heartrate.element,
+        charts.spo2.element,
       ),
     );
     this.page.addEventListener("ionViewWillEnter", () => {
       core.chartsWillAppear();
     });
-  }
-
-  view(name: ChartName): LineChartView {
-    return this.charts[name];
+    core.chartsDidLoad(
+      {
+        configure(name, settings) {
+          charts[name].configure(settings);
+        },
+        clear(name) {
+          charts[name].clear();
+        },
+        setData(name, data) {
+          charts[name].setData(data);
+        },
+        setGranularity(name, seconds) {
+          charts[name].setGranularity(seconds);
+        },
+      },
+      new ElementViews(elements),
+    );
   }
 }

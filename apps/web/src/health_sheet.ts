@@ -1,7 +1,8 @@
 // Asks which health records may be kept, as a system's own sheet would.
 import { make, makeCustom } from "./dom";
 
-const texts: Readonly<Record<string, string>> = {
+/** The kinds of records, under the names that the core knows them by. */
+export const healthRecordTexts: Readonly<Record<string, string>> = {
   heartRate: "Heart rate",
   oxygenSaturation: "Oxygen saturation",
 };
@@ -10,7 +11,11 @@ const texts: Readonly<Record<string, string>> = {
 export function askForHealthRecords(names: readonly string[]): Promise<number> {
   return new Promise((resolve) => {
     const toggles = names.map((name) => {
-      const toggle = makeCustom("ion-toggle", { justify: "space-between" }, texts[name] ?? name);
+      const toggle = makeCustom(
+        "ion-toggle",
+        { justify: "space-between" },
+        healthRecordTexts[name] ?? name,
+      );
       Object.assign(toggle, { checked: true });
       return toggle as HTMLElement & { checked: boolean };
     });

@@ -10,22 +10,23 @@ import { type CameraListener, TrackCamera } from "../../../platform/web/camera";
 import { measureText } from "../../../platform/web/canvas";
 import { healthFile } from "../../../platform/web/health_file";
 import { followLife, ScreenWaker } from "../../../platform/web/page_life";
+import { openAddress } from "../../../platform/web/sharing";
 import { LocalStorage } from "../../../platform/web/storage";
 import { browserText } from "../../../platform/web/text";
 import { ActionSheets } from "./action_sheet";
 import { AlertDialogs } from "./alerts";
-import type { ChartsScreen } from "./charts";
 import { defineComponents } from "./components";
 import { loadCore, type WebApp } from "./core";
-import { ElementViews } from "./element_views";
 import { askForHealthRecords } from "./health_sheet";
 import { IntroScreen } from "./intro";
+import { MailComposer } from "./mail_composer";
 import { MeasuringScreen } from "./measuring";
 import { Navigator } from "./navigator";
 import type { Page, ScreenViews } from "./page";
 import { startServiceWorker } from "./service_worker";
 import { showStorageProblem } from "./storage_notice";
-import { faqPage, subPage } from "./text_pages";
+import { showRatingPrompt } from "./rating_prompt";
+import { faqPage } from "./text_pages";
 import { FrameTimes } from "./timing";
 
 /** `?log` shows the core's diagnostic lines in the browser's console, `?timing` keeps times. */
@@ -97,29 +98,39 @@ async function start(): Promise<void> {
     core().measuringWillDisappear();
   });
 
-  // Screens that are opened later find their views in the page when they are there.
-  const opened: { charts?: ChartsScreen } = {};
-  const chartsElements = new Map<string, HTMLElement>();
   const actionSheets = new ActionSheets((action) => {
     core().chooseSheetAction(action);
   });
-  const openCharts = async (): Promise<void> => {
-    const { ChartsScreen } = await import("./charts");
-    opened.charts = new ChartsScreen(core(), chartsElements);
-    core().chartsDidLoad();
-    navigator.push(opened.charts.page);
-  };
-  const transitions: Readonly<Record<string, () => void>> = {
-    chart() {
-      void openCharts();
+  const composer = new MailComposer((pending, answer) => {
+    core().settle(pending, answer);
+  });
+  // Screens that are loaded when they are first opened.
+  const transitions: Readonly<Record<string, () => Promise<HTMLElement>>> = {
+    async results() {
+      const { ResultsScreen } = await import("./results");
+      return new ResultsScreen(core()).page;
+    },
+    async chart() {
+      const { ChartsScreen } = await import("./charts");
+      return new ChartsScreen(core()).page;
+    },
+    async settings() {
+      const { OptionsScreen } = await import("./options");
+      const { healthControls } = await import("./health_controls");
+      const open = (page: HTMLElement): void => {
+        navigator.push(page);
+      };
+      return new OptionsScreen(core(), open, () => healthControls(core())).page;
     },
   };
 
   const screens: ScreenViews = {
     performTransition(name) {
-      const open = transitions[name];
-      if (open) open();
-      else navigator.push(subPage(name));
+      const load = transitions[name];
+      if (load) navigator.pushLoaded(load);
+    },
+    dismissScreen() {
+      navigator.pop();
     },
     showIntro() {
       if (intro.isOpen) return;
@@ -135,11 +146,10 @@ async function start(): Promise<void> {
     showFaq() {
       navigator.push(faqPage(core()));
     },
-    showRemoteReleaseNotes() {
-      navigator.push(subPage("Release notes"));
-    },
     showRatingPrompt() {
-      return undefined;
+      showRatingPrompt(() => {
+        core().rateMyApp();
+      });
     },
     setTitle(title) {
       document.title = title;
@@ -187,20 +197,17 @@ async function start(): Promise<void> {
     measuring: measuring.views,
     intro: intro.views,
     actionSheet: actionSheets,
-    chartsDisplay: new ElementViews(chartsElements),
-    charts: {
-      configure(name, settings) {
-        opened.charts?.view(name).configure(settings);
+    sharing: {
+      composeMail(mail, pending) {
+        composer.composeMail(mail, pending);
       },
-      clear(name) {
-        opened.charts?.view(name).clear();
+      dismissMail() {
+        composer.dismissMail();
       },
-      setData(name, data) {
-        opened.charts?.view(name).setData(data);
+      composeMessage(body, pending) {
+        composer.composeMessage(body, pending);
       },
-      setGranularity(name, seconds) {
-        opened.charts?.view(name).setGranularity(seconds);
-      },
+      open: openAddress,
     },
   };
 

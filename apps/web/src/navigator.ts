@@ -5,8 +5,6 @@ interface NavElement extends HTMLElement {
   swipeGesture?: boolean;
   setRoot(page: HTMLElement): Promise<boolean>;
   push(page: HTMLElement): Promise<boolean>;
-  popToRoot(): Promise<boolean>;
-  canGoBack(): Promise<boolean>;
   pop(): Promise<boolean>;
 }
 
@@ -23,6 +21,11 @@ export class Navigator {
   /** One after the other: a second tap must not open a page twice at once. */
   push(page: HTMLElement): void {
     this.pushing = this.pushing.then(() => this.nav.push(page));
+  }
+
+  /** The same with a page that must be loaded first. */
+  pushLoaded(load: () => Promise<HTMLElement>): void {
+    this.pushing = this.pushing.then(async () => this.nav.push(await load()));
   }
 
   pop(): void {

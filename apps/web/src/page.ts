@@ -1,6 +1,7 @@
 // What the core finds in the page: an object for each service, its operations under the names that
 // the bindings in platform/web call.
 import type { measureText } from "../../../platform/web/canvas";
+import type { SharedMail } from "../../../platform/web/sharing";
 import type { StoredChange } from "../../../platform/web/storage";
 import type { browserText } from "../../../platform/web/text";
 
@@ -22,14 +23,23 @@ export interface DisplayViews {
   setNeedsDisplay(element: string): void;
 }
 
+export interface AlertField {
+  readonly placeholder: string;
+  readonly text: string;
+  readonly isEmail: boolean;
+  readonly autocapitalizes: boolean;
+  readonly autocorrects: boolean;
+}
+
 export interface AlertShown {
   readonly id: number;
-  readonly kind: "plain" | "warning" | "error" | "waiting" | "notice";
+  readonly kind: "plain" | "warning" | "error" | "waiting" | "notice" | "edit";
   readonly title: string;
   readonly subtitle: string;
   readonly buttons: readonly string[];
   readonly closeButton: string | null;
   readonly duration: number | null;
+  readonly textField: AlertField | null;
   readonly color: string;
   readonly iconTint: string;
 }
@@ -48,7 +58,8 @@ export interface ScreenViews {
   showIntro(): void;
   dismissIntro(pending: number): void;
   showFaq(): void;
-  showRemoteReleaseNotes(): void;
+  /** Takes the screen in front away. */
+  dismissScreen(): void;
   showRatingPrompt(): void;
   setTitle(title: string): void;
   setBackSwipeEnabled(enabled: boolean): void;
@@ -136,6 +147,38 @@ export interface ChartViews {
   setGranularity(name: ChartName, seconds: number): void;
 }
 
+export interface ResultsViews {
+  setLeftButton(title: string): void;
+  setRightButtons(titles: readonly string[]): void;
+  listHeight(): number;
+  setEditing(editing: boolean, animated: boolean): void;
+  setSelected(row: number, selected: boolean): void;
+  deleteRows(rows: readonly number[], fade: boolean): void;
+  reloadChooser(): void;
+  setCheckMark(chooserRow: number, shown: boolean): void;
+  setOpacity(element: string, opacity: number, seconds: number): void;
+  slideToolbar(upward: number, seconds: number): void;
+}
+
+export interface OptionsViews {
+  setText(element: string, text: string): void;
+  setAccessoryButton(cell: string, title: string): void;
+}
+
+export interface SharingViews {
+  composeMail(mail: SharedMail, pending: number): void;
+  dismissMail(): void;
+  composeMessage(body: string, pending: number): void;
+  open(address: string): void;
+}
+
+export interface AlertViews {
+  show(alert: AlertShown): void;
+  hide(id: number): void;
+  setFieldText(id: number, text: string): void;
+  focusField(id: number): void;
+}
+
 export interface Page {
   readonly log: { readonly enabled: boolean; line(text: string): void };
   readonly device: { readonly hardwareModel: string; readonly systemVersion: string };
@@ -152,10 +195,9 @@ export interface Page {
   readonly camera: CameraViews;
   readonly canvas: { readonly measureText: typeof measureText };
   readonly screens: ScreenViews;
-  readonly alerts: { show(alert: AlertShown): void; hide(id: number): void };
+  readonly alerts: AlertViews;
   readonly measuring: DisplayViews;
   readonly intro: DisplayViews;
   readonly actionSheet: { present(sheet: SheetShown): void; dismiss(): void };
-  readonly chartsDisplay: DisplayViews;
-  readonly charts: ChartViews;
+  readonly sharing: SharingViews;
 }

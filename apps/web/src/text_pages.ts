@@ -1,5 +1,5 @@
 // Screens that are texts: a page with a bar that leads back, and what stands on it.
-import type { WebApp } from "./core";
+import type { TextPage, WebApp } from "./core";
 import { make, makeCustom } from "./dom";
 
 /** A page to be pushed onto the measuring screen. */
@@ -22,6 +22,14 @@ export function subPage(title: string, ...content: readonly HTMLElement[]): HTML
     ),
     holder,
   );
+}
+
+/** A page to read, with what belongs below it. */
+export function textPage(text: TextPage, ...below: readonly HTMLElement[]): HTMLElement {
+  const sections = text.sections.map(({ heading, text: paragraph }) =>
+    make("section", {}, make("h2", {}, heading), make("p", {}, paragraph)),
+  );
+  return subPage(text.title, make("article.text", {}, ...sections), ...below);
 }
 
 export function faqPage(core: WebApp): HTMLElement {
