@@ -14,7 +14,6 @@ import type { AlertField, AlertShown } from "./page";
 
 const icons: Readonly<Record<AlertShown["kind"], string>> = {
   plain: informationCircle,
-  mail,
   warning,
   error: closeCircle,
   waiting: alertCircle,

@@ -72,7 +72,7 @@ export class MeasuringScreen {
     const content = makeCustom("ion-content", { "scroll-y": "true", fullscreen: "false" });
     content.append(
       make(
-        "main.measuring-grid",
+        "div.measuring-grid",
         {},
         make("div.dials", {}, this.valueHalf(heartrate), this.valueHalf(spo2)),
         this.center(),
@@ -193,7 +193,12 @@ export class MeasuringScreen {
     );
     const chart = this.named(
       "chartFourierView",
-      make("div.pulse", {}, make("h2.heading", {}, "Pulse"), this.widget("chartFourierView", 2)),
+      make(
+        "div.pulse",
+        {},
+        make("h2.heading", {}, "Pulse"),
+        make("div.curve", {}, this.widget("chartFourierView", 2)),
+      ),
     );
     return this.named("viewCenter", make("section.center", {}, last, chart));
   }

@@ -28,7 +28,7 @@ export class OptionsScreen implements OptionsViews {
         ),
       );
     const content = makeCustom("ion-content", { class: "grouped" });
-    content.append(make("main", {}, ...lists));
+    content.append(make("div", {}, ...lists));
     this.page = make(
       "div.ion-page.options",
       {},

@@ -73,7 +73,7 @@ export class ResultsScreen implements ResultsViews {
     this.setOpacity("dimView", 0, 0);
     this.setOpacity("resultsTableViewForLabels", 0, 0);
 
-    this.content.append(make("main", {}, this.empty, this.list, this.more));
+    this.content.append(make("div", {}, this.empty, this.list, this.more));
     this.page = make(
       "div.ion-page.results",
       {},

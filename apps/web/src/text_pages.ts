@@ -6,7 +6,7 @@ import { make, makeCustom } from "./dom";
 export function subPage(title: string, ...content: readonly HTMLElement[]): HTMLElement {
   const back = makeCustom("ion-back-button", { "default-href": "#", text: "Back" });
   const holder = makeCustom("ion-content");
-  holder.append(make("main", {}, ...content));
+  holder.append(make("div", {}, ...content));
   return make(
     "div.ion-page",
     {},
