@@ -125,9 +125,11 @@ void ChartResultsViewController::tapSegmentPeriod(std::int32_t selectedSegmentIn
 }
 
 void ChartResultsViewController::tapButtonLabels() {
-  ActionSheet sheet{.title = "Choose label", .tint = red, .actions = {}};
+  ActionSheet sheet{.title = "Choose label", .message = {}, .actions = {}, .tint = red};
   const auto add = [&](std::string_view title, std::int32_t label) {
-    sheet.actions.push_back({std::string(title), [this, label] { chooseLabel(label); }});
+    sheet.actions.push_back({.title = std::string(title),
+                             .style = ActionStyle::standard,
+                             .action = [this, label] { chooseLabel(label); }});
   };
   for (std::size_t i = 0; i < labels_.size(); ++i) add(labels_[i], static_cast<std::int32_t>(i));
   add("None", noLabel);

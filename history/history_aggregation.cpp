@@ -99,9 +99,10 @@ std::vector<DailyAverage> averagesOf(std::span<const HistoryEntry> entries) {
     DailyAverage average = sums.average(std::string(dayKey));
     if (average.date) averages.push_back(std::move(average));
   }
-  std::sort(
-      averages.begin(), averages.end(),
-      [](const DailyAverage& left, const DailyAverage& right) { return left.date < right.date; });
+  std::sort(averages.begin(), averages.end(),
+            [](const DailyAverage& left, const DailyAverage& right) {
+              return left.date->secondsSince1970 < right.date->secondsSince1970;
+            });
   return averages;
 }
 

@@ -33,7 +33,7 @@ Value valueOf(const HistoryEntry& entry) {
 
 HistoryEntry historyEntryOf(const Value& stored) {
   HistoryEntry entry;
-  if (damageOf(stored)) {
+  if (!faultOf(stored).empty()) {
     entry.damaged = stored;
     return entry;
   }
@@ -44,14 +44,14 @@ HistoryEntry historyEntryOf(const Value& stored) {
   return entry;
 }
 
-std::optional<std::string> damageOf(const Value& stored) {
-  for (const char* key : {"hr", "spo2"}) {
-    if (!stored[key].isNumber()) return "its \"" + std::string(key) + "\" is no number";
-  }
+std::string faultOf(const Value& stored) {
+  if (!stored.dictionary()) return "it is no dictionary";
+  if (!stored["hr"].isNumber()) return "its \"hr\" is no number";
+  if (!stored["spo2"].isNumber()) return "its \"spo2\" is no number";
   const Date* date = stored["date"].date();
   if (!date || !std::isfinite(date->secondsSince1970)) return "its \"date\" is no date";
-  if (!labelsOf(stored["labels"])) return "its \"labels\" are no seven flags";
-  return std::nullopt;
+  if (!labelsOf(stored["labels"])) return "its \"labels\" are not seven flags";
+  return {};
 }
 
 Value valueOf(const OldHistoryEntry& entry) {

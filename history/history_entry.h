@@ -40,9 +40,10 @@ struct HistoryEntry {
 /// The stored form, a dictionary with exactly the keys "hr", "spo2", "date" and "labels", and back.
 Value valueOf(const HistoryEntry& entry);
 HistoryEntry historyEntryOf(const Value& stored);
-/// What keeps a stored element from being an entry, such as "its \"date\" is no date"; nothing
-/// where it is one.
-std::optional<std::string> damageOf(const Value& stored);
+
+/// What keeps a stored element from being an entry, such as "its \"hr\" is no number"; empty when
+/// nothing does.
+std::string faultOf(const Value& stored);
 
 /// An entry of the layout before the current one: everything a text but the labels, which the
 /// oldest entries lack.

@@ -9,19 +9,21 @@
 
 namespace veyla {
 
+enum class ActionStyle { standard, cancel };
+
 struct SheetAction {
   std::string title;
-  /// May be empty.
+  ActionStyle style = ActionStyle::standard;
   std::function<void()> action;
 };
 
-/// A choice of actions that slides over the screen.
+/// A choice that slides in from below.
 struct ActionSheet {
-  /// Empty for none.
-  std::string title;
-  /// Of the actions' titles; without it the system's own.
-  std::optional<Color> tint;
+  std::optional<std::string> title;
+  std::optional<std::string> message;
   std::vector<SheetAction> actions;
+  /// Of the actions' titles; without it the system's own.
+  std::optional<Color> tint = {};
 };
 
 /// Shows one sheet at a time and calls the action that the user taps.

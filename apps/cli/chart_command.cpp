@@ -82,7 +82,7 @@ void tellDamage(const std::filesystem::path& file) {
   const auto first = std::find_if(entries.begin(), entries.end(), isDamaged);
   if (first == entries.end()) return;
   std::string line = file.string() + ": entry " + std::to_string(first - entries.begin() + 1) +
-                     " of the history is left out: " + damageOf(*first->damaged).value_or("");
+                     " of the history is left out: " + faultOf(*first->damaged);
   if (const auto more = std::count_if(first + 1, entries.end(), isDamaged); more > 0) {
     line += " (and " + std::to_string(more) + " more entries)";
   }

@@ -128,7 +128,6 @@ void tune(Options options) {
         });
     std::printf("%s\n", rowOf(*chosen, chosen->folds[fold].inside).c_str());
   }
-  printAround(material, options.space, candidates.front().settings);
 }
 
 }  // namespace
@@ -141,6 +140,9 @@ int main(int argc, char** argv) {
   program.add_option("FOLDER", options.folder, "recordings, each with a NAME.reference.csv")
       ->required();
   program.add_option("--sizes", options.sizes, "fewest and most frames per estimate (160 170)");
+  program.add_option("--valid", options.space.validPercent, "range of TTValidPercent (40 56)");
+  program.add_option("--distance", options.space.maxDistance, "range of TTMaxDistance (1 7)");
+  program.add_option("--minimum", options.space.minimumBpm, "range of minimumBpm (41 46)");
   program.add_option("--samples", options.space.samples, "thresholds tried with each size (120)");
   program.add_option("--seed", options.space.seed, "which thresholds those are (1)");
   program.add_option("--shown", options.shown, "candidates printed (12)");

@@ -122,7 +122,9 @@ std::vector<Label> timeLabels(const GnuplotChart& chart, Range times, double mos
   const double step =
       std::max(std::ceil(granularity / secondsPerDay - tolerance), 1.0) * secondsPerDay;
   std::vector<Label> labels;
-  for (double at = times.from; at <= times.to + tolerance * step; at += step) {
+  const auto steps = static_cast<int>(times.length() / step + tolerance);
+  for (int i = 0; i <= steps; ++i) {
+    const double at = times.from + i * step;
     labels.push_back({at, labelOf(axis, at)});
   }
   return labels;
@@ -144,9 +146,8 @@ std::vector<double> roundValues(double least, double most) {
   }
   std::vector<double> values;
   constexpr double tolerance = 1e-9;
-  for (double value = least; value <= most + tolerance * span; value += step) {
-    values.push_back(value);
-  }
+  const auto steps = static_cast<int>(span / step + tolerance);
+  for (int i = 0; i <= steps; ++i) values.push_back(least + i * step);
   return values;
 }
 

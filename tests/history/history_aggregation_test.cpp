@@ -80,7 +80,8 @@ TEST_F(HistoryAggregationTest, ALabelKeepsTheEntriesThatCarryIt) {
   }();
   EXPECT_THAT(Utils::getLastMonthForLabel(3), SizeIs(1));
   EXPECT_THAT(Utils::getLastMonthForLabel(2), IsEmpty());
-  EXPECT_THAT(Utils::getLast3MonthsForLabel(-1), SizeIs(2)) << "or what is no entry counted";
+  EXPECT_THAT(Utils::getLast3MonthsForLabel(-1), SizeIs(2));
+  EXPECT_THAT(Utils::getAllForLabel(-1), SizeIs(2)) << "or what is no entry counted";
   EXPECT_THAT(Utils::getAllForLabel(7), IsEmpty());
 }
 
