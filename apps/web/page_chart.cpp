@@ -100,11 +100,12 @@ void PageActionSheet::present(const ActionSheet& sheet) {
   for (const SheetAction& action : sheet.actions) {
     val each = val::object();
     each.set("title", action.title);
-    each.set("isCancel", false);
+    each.set("isCancel", action.style == ActionStyle::cancel);
     titles.call<void>("push", each);
   }
   val object = val::object();
-  object.set("title", sheet.title);
+  object.set("title", sheet.title.value_or(""));
+  object.set("message", sheet.message.value_or(""));
   object.set("tint", sheet.tint ? val(cssColor(*sheet.tint)) : val::null());
   object.set("actions", titles);
   page_.call<void>("present", object);

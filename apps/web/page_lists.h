@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/action_sheet.h"
 #include "platform/options_view.h"
 #include "platform/results_view.h"
 
@@ -16,7 +17,8 @@ namespace veyla {
 /// the sheets, which `sheets` shows.
 class PageResults : public ResultsView {
  public:
-  explicit PageResults(emscripten::val page) : page_(std::move(page)) {}
+  PageResults(emscripten::val page, ActionSheetView& sheets)
+      : page_(std::move(page)), sheets_(sheets) {}
 
   void setLeftButton(std::string_view title) override;
   void setRightButtons(const std::vector<std::string_view>& titles) override;
@@ -29,9 +31,12 @@ class PageResults : public ResultsView {
   void setCheckMark(std::size_t chooserRow, bool shown) override;
   void setOpacity(Element element, double opacity, double seconds) override;
   void slideToolbar(std::int32_t upward, std::int32_t listHeight, double seconds) override;
+  void presentSheet(const ActionSheet& sheet) override { sheets_.present(sheet); }
+  void dismissSheet() override { sheets_.dismiss(); }
 
  private:
   emscripten::val page_;
+  ActionSheetView& sheets_;
 };
 
 /// The options screen's views in the page.

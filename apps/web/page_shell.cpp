@@ -1,6 +1,7 @@
 #include "apps/web/page_shell.h"
 
 #include "platform/format.h"
+#include "shell/release_notes.h"
 
 namespace veyla {
 
@@ -18,10 +19,23 @@ const char* nameOf(AlertKind kind) {
       return "error";
     case AlertKind::waiting:
       return "waiting";
+    case AlertKind::edit:
+      return "edit";
     case AlertKind::notice:
       break;
   }
   return "notice";
+}
+
+val fieldOf(const std::optional<AlertTextField>& field) {
+  if (!field) return val::null();
+  val object = val::object();
+  object.set("placeholder", field->placeholder);
+  object.set("text", field->text);
+  object.set("isEmail", field->keyboard == Keyboard::email);
+  object.set("autocapitalizes", field->autocapitalizes);
+  object.set("autocorrects", field->autocorrects);
+  return object;
 }
 
 }  // namespace
@@ -29,6 +43,8 @@ const char* nameOf(AlertKind kind) {
 void PageScreens::performTransition(std::string_view name) {
   page_.call<void>("performTransition", std::string(name));
 }
+
+void PageScreens::showRemoteReleaseNotes() { Utils::showReleaseNotesPopup(); }
 
 void PageScreens::setTitle(std::string_view title) {
   page_.call<void>("setTitle", std::string(title));
@@ -64,12 +80,19 @@ void PageAlerts::show(int id, const Alert& alert) {
   shown.set("buttons", titles);
   shown.set("closeButton", alert.closeButton ? val(*alert.closeButton) : val::null());
   shown.set("duration", alert.duration ? val(*alert.duration) : val::null());
+  shown.set("textField", fieldOf(alert.textField));
   shown.set("color", cssColor(alert.color));
   shown.set("iconTint", cssColor(alert.iconTint));
   page_.call<void>("show", shown);
 }
 
 void PageAlerts::hide(int id) { page_.call<void>("hide", id); }
+
+void PageAlerts::setFieldText(int id, const std::string& text) {
+  page_.call<void>("setFieldText", id, text);
+}
+
+void PageAlerts::focusField(int id) { page_.call<void>("focusField", id); }
 
 void PageLog::line(std::string_view text) { page_.call<void>("line", std::string(text)); }
 

@@ -19,7 +19,8 @@ class PageScreens : public Screens {
   void performTransition(std::string_view name) override;
   void showIntro() override { page_.call<void>("showIntro"); }
   void showFaq() override { page_.call<void>("showFaq"); }
-  void showRemoteReleaseNotes() override { page_.call<void>("showRemoteReleaseNotes"); }
+  /// They are part of the application.
+  void showRemoteReleaseNotes() override;
   void showRatingPrompt() override { page_.call<void>("showRatingPrompt"); }
   void setTitle(std::string_view title) override;
   void setBackSwipeEnabled(bool enabled) override;
@@ -30,6 +31,8 @@ class PageScreens : public Screens {
 
   /// Takes the introduction away and answers when it is gone.
   void dismissIntro(int pending) { page_.call<void>("dismissIntro", pending); }
+  /// Takes the screen in front away.
+  void dismissScreen() { page_.call<void>("dismissScreen"); }
 
  private:
   emscripten::val page_;
@@ -43,6 +46,8 @@ class PageAlerts : public AlertView {
 
   void show(int id, const Alert& alert) override;
   void hide(int id) override;
+  void setFieldText(int id, const std::string& text) override;
+  void focusField(int id) override;
 
  private:
   emscripten::val page_;

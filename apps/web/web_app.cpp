@@ -1,12 +1,15 @@
 #include "apps/web/web_app.h"
 
+#include <array>
 #include <cstddef>
+#include <utility>
 
 #include "measuring/app_delegate.h"
 #include "measuring/measuring_screen.h"
 #include "platform/portable/embedded_resources.h"
 #include "shell/alerts.h"
 #include "shell/faq.h"
+#include "shell/pages.h"
 
 namespace veyla {
 
@@ -15,6 +18,9 @@ using emscripten::val;
 namespace {
 
 const EmbeddedResources resources;
+
+constexpr std::array<HealthSampleType, 2> healthSampleTypes{HealthSampleType::heartRate,
+                                                            HealthSampleType::oxygenSaturation};
 
 MainViewController& screen() { return MainViewController::instance(); }
 
@@ -32,11 +38,9 @@ WebApp::WebApp(val page)
       introDisplay_(page_["intro"], loop_),
       alerts_(page_["alerts"]),
       screens_(page_["screens"]),
-      canvas_(page_["canvas"]),
       actionSheet_(page_["actionSheet"]),
-      chartsDisplay_(page_["chartsDisplay"], loop_),
-      chartHeartrate_(page_["charts"], "heartrate"),
-      chartSpo2_(page_["charts"], "spo2") {
+      sharing_(page_["sharing"], pending_),
+      canvas_(page_["canvas"]) {
   store_.failed = [storage = page_["storage"]](const std::string& damagedKey,
                                                const std::string& line) {
     storage.call<void>("failed", damagedKey, line);
@@ -55,10 +59,12 @@ WebApp::WebApp(val page)
                                                   .dates = text_,
                                                   .numbers = text_,
                                                   .regularExpressions = text_,
+                                                  .characters = text_,
                                                   .uuids = text_,
                                                   .measuringDisplay = measuringDisplay_,
                                                   .alertView = alerts_,
-                                                  .screens = screens_});
+                                                  .screens = screens_,
+                                                  .sharing = sharing_});
   intro_ = std::make_unique<IntroViewController>(
       introDisplay_, [this](const std::function<void()>& then) {
         screens_.dismissIntro(pending_.keep([then](int) { then(); }));
@@ -93,6 +99,10 @@ void WebApp::tapAlertButton(int id, int button) {
 
 void WebApp::tapAlertClose(int id) { Alerts::instance().tapClose(id); }
 void WebApp::tapAlertOutside(int id) { Alerts::instance().tapOutside(id); }
+
+void WebApp::typeInAlert(int id, const std::string& text) {
+  Alerts::instance().typeInField(id, text);
+}
 
 void WebApp::measuringWillAppear() { screen().viewWillAppear(); }
 void WebApp::measuringDidAppear() { screen().viewDidAppear(); }
@@ -151,10 +161,9 @@ val WebApp::introPosition() const {
   return position;
 }
 
-void WebApp::chartsDidLoad() {
-  charts_ = std::make_unique<ChartResultsViewController>(chartsDisplay_, actionSheet_,
-                                                         chartHeartrate_, chartSpo2_);
-  charts_->viewDidLoad();
+void WebApp::chartsDidLoad(val charts, val display) {
+  charts_ = std::make_unique<Charts>(*this, charts, std::move(display));
+  charts_->screen.viewDidLoad();
 }
 
 val WebApp::chartPeriodTitles() const {
@@ -167,7 +176,109 @@ val WebApp::chartPeriodTitles() const {
 
 std::string WebApp::chartAxisText(const std::string& chart, const std::string& axis,
                                   double value) const {
-  return (chart == "spo2" ? chartSpo2_ : chartHeartrate_).axisText(axis, value);
+  return (chart == "spo2" ? charts_->spo2 : charts_->heartrate).axisText(axis, value);
+}
+
+void WebApp::resultsDidLoad(val views) {
+  results_ = std::make_unique<Results>(*this, std::move(views));
+  results().viewDidLoad();
+}
+
+val WebApp::resultsCell(int row) {
+  const HistoryTableViewCell cell = results().listCell(index(row));
+  val object = val::object();
+  object.set("date", cell.dateLabel);
+  object.set("heartrate", cell.heartrateLabel);
+  object.set("spo2", cell.spo2Label);
+  object.set("labels", cell.labelNames);
+  return object;
+}
+
+val WebApp::resultsSwipeAction() {
+  const SwipeAction action = results().swipeAction();
+  val object = val::object();
+  object.set("title", std::string(action.title));
+  object.set("background", cssColor(action.background));
+  return object;
+}
+
+void WebApp::selectResult(int row) {
+  results().didSelectRow(index(row), ResultsViewController::listTag);
+}
+
+int WebApp::chooserRowCount() {
+  return static_cast<int>(results().numberOfRows(ResultsViewController::chooserTag));
+}
+
+val WebApp::chooserCell(int row) {
+  const TableCell cell = results().chooserCell(index(row));
+  val object = val::object();
+  object.set("labelName", cell.labelName);
+  object.set("isChecked", cell.isChecked);
+  object.set("isControls", cell.reuseIdentifier == "labelsButtons");
+  return object;
+}
+
+void WebApp::tapLabel(int row) {
+  results().didSelectRow(index(row), ResultsViewController::chooserTag);
+}
+
+void WebApp::optionsDidLoad(val views) {
+  options_ = std::make_unique<Options>(*this, std::move(views));
+  options_->screen.viewDidLoad();
+}
+
+val WebApp::optionsRows() const {
+  val sections = val::array();
+  for (const auto& rows : Utils::optionsRows()) {
+    val section = val::array();
+    for (const OptionsRow& row : rows) {
+      val object = val::object();
+      object.set("title", row.title);
+      object.set("subTitle", row.subTitle);
+      object.set("page", row.page);
+      object.set("isEmail", row.isEmail);
+      section.call<void>("push", object);
+    }
+    sections.call<void>("push", section);
+  }
+  return sections;
+}
+
+void WebApp::rateMyApp() {
+  OptionsView noViews;
+  TableViewController(noViews, {}).rateMyApp();
+}
+
+val WebApp::textPage(const std::string& name) const {
+  const auto page = Utils::page(name);
+  if (!page) return val::null();
+  val sections = val::array();
+  for (const auto& [heading, text] : page->sections) {
+    val section = val::object();
+    section.set("heading", heading);
+    section.set("text", text);
+    sections.call<void>("push", section);
+  }
+  val object = val::object();
+  object.set("title", page->title);
+  object.set("sections", sections);
+  return object;
+}
+
+bool WebApp::isHealthRecordAllowed(const std::string& name) const {
+  for (const HealthSampleType type : healthSampleTypes) {
+    if (name == HealthPermissions::nameOf(type)) {
+      return healthStore_.authorizationStatus(type) == HealthSharing::authorized;
+    }
+  }
+  return false;
+}
+
+void WebApp::allowHealthRecord(const std::string& name, bool allowed) {
+  for (const HealthSampleType type : healthSampleTypes) {
+    if (name == HealthPermissions::nameOf(type)) healthStore_.allow(type, allowed);
+  }
 }
 
 val WebApp::faqs() const {

@@ -1,5 +1,7 @@
 #include "platform/web/browser_text.h"
 
+#include <cstdint>
+
 namespace veyla {
 
 using emscripten::val;
@@ -12,6 +14,12 @@ std::optional<Date> dateFrom(const val& seconds) {
 }
 
 }  // namespace
+
+LocalTime BrowserText::localTime(Date date) const {
+  const val time = page_.call<val>("localTime", date.secondsSince1970);
+  const auto part = [&](int index) { return time[index].as<std::int32_t>(); };
+  return {part(0), part(1), part(2), part(3), part(4), part(5)};
+}
 
 std::string BrowserText::mediumDateShortTime(Date date) const {
   return page_.call<std::string>("mediumDateShortTime", date.secondsSince1970);
@@ -35,6 +43,20 @@ std::string BrowserText::decimal(double value, int maximumFractionDigits) const 
 
 bool BrowserText::matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const {
   return page_.call<bool>("matchesWholeIgnoringCase", std::string(pattern), std::string(text));
+}
+
+bool BrowserText::findsIgnoringCase(std::string_view pattern, std::string_view text,
+                                    std::size_t length) const {
+  return page_.call<bool>("findsIgnoringCase", std::string(pattern), std::string(text),
+                          static_cast<double>(length));
+}
+
+std::size_t BrowserText::count(std::string_view text) const {
+  return static_cast<std::size_t>(page_.call<int>("count", std::string(text)));
+}
+
+std::string BrowserText::lowerCased(std::string_view text) const {
+  return page_.call<std::string>("lowerCased", std::string(text));
 }
 
 std::string BrowserText::randomUuid() { return page_.call<std::string>("randomUuid"); }

@@ -2,6 +2,7 @@
 
 #include <emscripten/val.h>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,16 +12,18 @@
 
 namespace veyla {
 
-/// Dates and numbers by `Intl`, regular expressions by `RegExp` and random identifiers by `crypto`,
-/// in the browser's locale and time zone.
+/// Dates and numbers by `Intl`, regular expressions by `RegExp`, characters by `Intl.Segmenter` and
+/// random identifiers by `crypto`, in the browser's locale and time zone.
 class BrowserText : public DateFormatting,
                     public NumberFormatting,
                     public RegularExpressions,
+                    public Characters,
                     public UuidGenerator {
  public:
   /// `page` answers the operations by their names.
   explicit BrowserText(emscripten::val page) : page_(std::move(page)) {}
 
+  LocalTime localTime(Date date) const override;
   std::string mediumDateShortTime(Date date) const override;
   std::optional<Date> parseMediumDateShortTime(std::string_view text) const override;
 
@@ -30,6 +33,12 @@ class BrowserText : public DateFormatting,
   std::string decimal(double value, int maximumFractionDigits) const override;
 
   bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const override;
+
+  bool findsIgnoringCase(std::string_view pattern, std::string_view text,
+                         std::size_t length) const override;
+
+  std::size_t count(std::string_view text) const override;
+  std::string lowerCased(std::string_view text) const override;
 
   std::string randomUuid() override;
 

@@ -17,8 +17,7 @@ class PageSharing : public Sharing {
   /// `page` answers `composeMail(mail, pending)`, `dismissMail()`, `composeMessage(body, pending)`,
   /// `dismissMessage()` and `open(address)`. The answers are the results in the order of their
   /// enumerations.
-  PageSharing(emscripten::val page, Pending& pending)
-      : page_(std::move(page)), pending_(pending) {}
+  PageSharing(emscripten::val page, Pending& pending) : page_(std::move(page)), pending_(pending) {}
 
   bool canSendMail() const override { return true; }
   void composeMail(const Mail& mail, MailFinished finished) override;

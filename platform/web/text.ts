@@ -138,6 +138,13 @@ const decimalFormats = new Map<number, Intl.NumberFormat>();
 
 /** The operations of the core's text services. Dates are seconds since 1970; null for none. */
 export const browserText = {
+  /** Year, month, day, hour, minute and second. */
+  localTime(seconds: number): number[] {
+    const date = new Date(Math.floor(seconds) * millisecondsPerSecond);
+    const day = [date.getFullYear(), date.getMonth() + 1, date.getDate()];
+    return [...day, date.getHours(), date.getMinutes(), date.getSeconds()];
+  },
+
   mediumDateShortTime(seconds: number): string {
     return mediumDateShortTimeFormat.format(seconds * millisecondsPerSecond);
   },

@@ -12,7 +12,9 @@ export class ActionSheets {
     this.dismiss();
     const dialog = make("dialog.sheet.actions", { "aria-label": sheet.title || "Actions" });
     const card = make("div.sheet-card");
-    if (sheet.title) card.append(make("p.sheet-title", {}, sheet.title));
+    for (const text of [sheet.title, sheet.message]) {
+      if (text) card.append(make("p.sheet-title", {}, text));
+    }
     const cancel = make("div.sheet-card.cancel");
     sheet.actions.forEach(({ title, isCancel }, index) => {
       const button = make("button", { type: "button" }, title);

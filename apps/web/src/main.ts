@@ -218,6 +218,10 @@ async function start(): Promise<void> {
   const root = document.querySelector<HTMLElement>("ion-app");
   if (root) await navigator.start(measuring.page, root);
   startServiceWorker();
+  if (!storage.lasts) {
+    const line = "This browser keeps nothing for this page. Results are gone when it is closed.";
+    showStorageProblem(core, "", line);
+  }
 }
 
 void start();

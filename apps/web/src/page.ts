@@ -82,7 +82,9 @@ export interface CameraViews {
 }
 
 export interface SheetShown {
+  /** Empty for none, as the message. */
   readonly title: string;
+  readonly message: string;
   readonly tint: string | null;
   readonly actions: readonly { readonly title: string; readonly isCancel: boolean }[];
 }

@@ -5,7 +5,13 @@ import { saveAsFile } from "./files";
 
 /** `damagedKey` names an item that cannot be read; it is empty for anything else. */
 export function showStorageProblem(core: () => WebApp, damagedKey: string, line: string): void {
-  const dialog = make("dialog.sheet", { role: "alertdialog", "aria-labelledby": "storage-title" });
+  // Several changes that fail together have one reason.
+  const shown = [...document.querySelectorAll("dialog.storage p")];
+  if (shown.some(({ textContent }) => textContent === line)) return;
+  const dialog = make("dialog.sheet.storage", {
+    role: "alertdialog",
+    "aria-labelledby": "storage-title",
+  });
   const close = (): void => {
     dialog.close();
     dialog.remove();

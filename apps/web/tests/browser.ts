@@ -33,6 +33,8 @@ export interface Visitor {
   readonly locale?: string;
   readonly timezoneId?: string;
   readonly query?: string;
+  /** The browser gives the page no storage, as some do in private windows. */
+  readonly storageBlocked?: boolean;
 }
 
 /** Somebody who has seen the introduction and answered about health records. */
@@ -40,6 +42,11 @@ export const acquainted: Readonly<Record<string, string>> = {
   "veyla/pleaseNoteShown": "true",
   "veyla/healthPermissions": '{"heartRate":true,"oxygenSaturation":true}',
 };
+
+export interface Place {
+  readonly x: number;
+  readonly y: number;
+}
 
 export class Visit {
   readonly log: string[] = [];
@@ -104,6 +111,11 @@ export class Visit {
     return this.page.evaluate(() => (window as unknown as { torchSet: boolean[] }).torchSet);
   }
 
+  /** The addresses that the page handed on to the phone, in their order. */
+  addresses(): Promise<string[]> {
+    return this.page.evaluate(() => (window as unknown as { addresses: string[] }).addresses);
+  }
+
   /** The page goes to the background or comes back, as a phone's switch between programs does it. */
   async setInFront(inFront: boolean): Promise<void> {
     await this.page.evaluate((visible) => {
@@ -118,17 +130,39 @@ export class Visit {
   async swipe(direction: "left" | "right"): Promise<void> {
     const { width, height } = this.page.viewportSize() ?? { width: 0, height: 0 };
     const [from, to] = direction === "left" ? [0.75, 0.25] : [0.25, 0.75];
+    await this.drag({ x: width * from, y: height / 2 }, { x: width * to, y: height / 2 });
+  }
+
+  /** A finger's way from one place to another. */
+  drag(from: Place, to: Place): Promise<void> {
+    return this.moveFingers([from], [to]);
+  }
+
+  /** Two fingers' ways at once. */
+  pinch(from: readonly [Place, Place], to: readonly [Place, Place]): Promise<void> {
+    return this.moveFingers(from, to);
+  }
+
+  private async moveFingers(from: readonly Place[], to: readonly Place[]): Promise<void> {
     const session = await this.context.newCDPSession(this.page);
-    const y = height / 2;
-    const touch = (type: "touchStart" | "touchMove" | "touchEnd", x?: number): Promise<unknown> =>
+    const touch = (
+      type: "touchStart" | "touchMove" | "touchEnd",
+      part?: number,
+    ): Promise<unknown> =>
       session.send("Input.dispatchTouchEvent", {
         type,
-        touchPoints: x === undefined ? [] : [{ x, y }],
+        touchPoints:
+          part === undefined
+            ? []
+            : from.map((start, id) => ({
+                id,
+                x: start.x + ((to[id]?.x ?? start.x) - start.x) * part,
+                y: start.y + ((to[id]?.y ?? start.y) - start.y) * part,
+              })),
       });
-    await touch("touchStart", width * from);
-    for (let step = 1; step <= 5; ++step) {
-      await touch("touchMove", width * (from + ((to - from) * step) / 5));
-    }
+    const steps = 8;
+    await touch("touchStart", 0);
+    for (let step = 1; step <= steps; ++step) await touch("touchMove", step / steps);
     await touch("touchEnd");
     await session.detach();
   }
@@ -136,6 +170,17 @@ export class Visit {
   async picture(name: string): Promise<void> {
     await this.page.screenshot({ path: `${pictures}${name}.png` });
   }
+}
+
+/** Keeps addresses that belong to other programs and pages, which no test browser has. */
+function keepAddresses(): void {
+  const addresses: string[] = [];
+  Object.assign(window, { addresses });
+  const { click } = HTMLAnchorElement.prototype as { click: (this: HTMLAnchorElement) => void };
+  HTMLAnchorElement.prototype.click = function (this: HTMLAnchorElement): void {
+    if (this.protocol === "blob:") click.call(this);
+    else addresses.push(this.href);
+  };
 }
 
 /** Stands in for the one thing that no generated camera has, at the edge of the track. */
@@ -211,12 +256,25 @@ export class PhoneBrowser {
       timezoneId: visitor.timezoneId ?? "UTC",
       permissions: this.setup.camera === "refused" ? [] : ["camera"],
     });
+    await context.addInitScript(keepAddresses);
     if (visitor.torch ?? true) await context.addInitScript(addTorch);
-    await context.addInitScript((stored) => {
-      // Once, so that a reloaded page finds what it stored itself.
-      if (localStorage.length > 0) return;
-      for (const [key, text] of Object.entries(stored)) localStorage.setItem(key, text);
-    }, visitor.stored ?? {});
+    if (visitor.storageBlocked) {
+      await context.addInitScript(() => {
+        Object.defineProperty(window, "localStorage", {
+          get() {
+            throw new DOMException("blocked", "SecurityError");
+          },
+        });
+      });
+    }
+    await context.addInitScript(
+      (stored) => {
+        // Once, so that a reloaded page finds what it stored itself.
+        if (Object.keys(stored).length === 0 || localStorage.length > 0) return;
+        for (const [key, text] of Object.entries(stored)) localStorage.setItem(key, text);
+      },
+      visitor.storageBlocked ? {} : (visitor.stored ?? {}),
+    );
     const visit = new Visit(await context.newPage(), context, new URL(this.url).origin);
     await visit.page.goto(`${this.url}${visitor.query ?? "?log"}`);
     await visit.page.locator(".measuring-grid").waitFor();
