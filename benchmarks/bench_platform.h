@@ -17,9 +17,26 @@ namespace veyla {
 class BenchPlatform {
  public:
   explicit BenchPlatform(KeyValueStore& store)
-      : platform_({log_, scripted_.time, scripted_.time, scripted_.camera, fft, store, healthStore_,
-                   resources_, json_, jsonWriter_, scripted_.device, text_, text_, text_, uuids_,
-                   scripted_.display, scripted_.alerts, scripted_.screens}) {}
+      : platform_({log_,
+                   scripted_.time,
+                   scripted_.time,
+                   scripted_.camera,
+                   fft,
+                   store,
+                   healthStore_,
+                   resources_,
+                   json_,
+                   jsonWriter_,
+                   scripted_.device,
+                   text_,
+                   text_,
+                   text_,
+                   text_,
+                   uuids_,
+                   scripted_.display,
+                   scripted_.alerts,
+                   scripted_.screens,
+                   scripted_.sharing}) {}
 
   KissRealFft fft;
 

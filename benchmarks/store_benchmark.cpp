@@ -2,32 +2,15 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <filesystem>
 #include <string>
 
 #include "benchmarks/bench_platform.h"
+#include "benchmarks/temporary_folder.h"
 #include "history/history_store.h"
 #include "platform/linux/sqlite_key_value_store.h"
 
 namespace veyla {
 namespace {
-
-/// A folder of its own, gone with the object.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string name = std::filesystem::temp_directory_path() / "veyla-bench-XXXXXX";
-    path_ = ::mkdtemp(name.data());
-  }
-  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 void sizes(benchmark::internal::Benchmark* of) {
   of->Arg(10)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond)->UseRealTime();

@@ -83,7 +83,8 @@ void migrate(const OldHistoryEntry& old, Date date) {
 
 std::optional<std::vector<HistoryEntry>> getValues() {
   const auto stored = store().value(valuesKey);
-  const auto* elements = stored ? stored->array() : nullptr;
+  // Not copied: a history may be long.
+  const Value::Array* elements = stored ? stored->array() : nullptr;
   if (!elements) return std::nullopt;
   std::vector<HistoryEntry> entries;
   entries.reserve(elements->size());
@@ -120,6 +121,12 @@ std::optional<std::vector<OldHistoryEntry>> getValuesOLD() {
     if (auto entry = oldHistoryEntryOf(element)) entries.push_back(std::move(*entry));
   }
   return entries;
+}
+
+void setValuesOLD(const std::vector<OldHistoryEntry>& values) {
+  Value::Array elements;
+  for (const OldHistoryEntry& entry : values) elements.push_back(valueOf(entry));
+  storeAndFlush(oldValuesKey, elements);
 }
 
 OldHistoryEntry saveHeartrateOLD(float heartrate, float spo2, Date date,

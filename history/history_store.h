@@ -26,6 +26,7 @@ void clearValues();
 // The layout before the current one, newest entry first.
 
 std::optional<std::vector<OldHistoryEntry>> getValuesOLD();
+void setValuesOLD(const std::vector<OldHistoryEntry>& values);
 OldHistoryEntry saveHeartrateOLD(float heartrate, float spo2, Date date,
                                  const std::optional<Labels>& labels);
 void clearValuesOLD();

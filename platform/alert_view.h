@@ -9,11 +9,33 @@
 
 namespace veyla {
 
-enum class AlertKind { plain, warning, error, waiting, notice };
+enum class AlertKind { plain, warning, error, waiting, notice, edit };
 
 struct AlertButton {
   std::string title;
   std::function<void()> action;
+  /// Asked first: on false the alert stays and nothing else happens. Empty for always.
+  std::function<bool()> validation = {};
+};
+
+enum class Keyboard { standard, email };
+
+/// A line that the user types in an alert.
+struct AlertTextField {
+  std::string placeholder;
+  std::string text;
+  Keyboard keyboard = Keyboard::standard;
+  bool autocapitalizes = true;
+  bool autocorrects = true;
+};
+
+/// How an alert comes, goes and covers what is behind it, by the numbers of the view's styles.
+struct AlertStyle {
+  int showAnimation = 0;
+  int hideAnimation = 0;
+  int background = 0;
+
+  bool operator==(const AlertStyle&) const = default;
 };
 
 /// A modal message box.
@@ -21,6 +43,7 @@ struct Alert {
   AlertKind kind = AlertKind::plain;
   std::string title;
   std::string subtitle;
+  std::optional<AlertTextField> textField;
   /// Buttons above the close button.
   std::vector<AlertButton> buttons;
   /// Without a title there is no close button.
@@ -30,6 +53,7 @@ struct Alert {
   bool closesOnOutsideTap = false;
   Color color = accentRed;
   Color iconTint{1, 1, 1, 1};
+  AlertStyle style;
   /// Called once, when the alert has gone away by whatever means; may be empty.
   std::function<void()> onDismiss;
 };
@@ -42,6 +66,10 @@ class AlertView {
   /// `id` names this showing in later calls.
   virtual void show(int id, const Alert& alert) = 0;
   virtual void hide(int id) = 0;
+
+  /// Of an alert with a text field.
+  virtual void setFieldText(int /*id*/, const std::string& /*text*/) {}
+  virtual void focusField(int /*id*/) {}
 };
 
 }  // namespace veyla

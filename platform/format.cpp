@@ -1,5 +1,6 @@
 #include "platform/format.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdio>
 
@@ -16,12 +17,19 @@ std::string formatText(const char* format, ...) {
 std::string formatArguments(const char* format, std::va_list arguments) {
   std::va_list again;
   va_copy(again, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  // Most texts are short: those are formatted once.
+  std::array<char, 128> buffer;
+  const int length = std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
   std::string text;
   if (length > 0) {
-    // The terminating zero goes into the place that a string keeps for it.
-    text.resize(static_cast<std::size_t>(length));
-    std::vsnprintf(text.data(), text.size() + 1, format, again);
+    const auto size = static_cast<std::size_t>(length);
+    if (size < buffer.size()) {
+      text.assign(buffer.data(), size);
+    } else {
+      // The terminating zero goes into the place that a string keeps for it.
+      text.resize(size);
+      std::vsnprintf(text.data(), size + 1, format, again);
+    }
   }
   va_end(again);
   return text;

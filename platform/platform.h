@@ -15,6 +15,7 @@
 #include "platform/real_fft.h"
 #include "platform/resources.h"
 #include "platform/screens.h"
+#include "platform/sharing.h"
 #include "platform/text_services.h"
 
 namespace veyla {
@@ -35,10 +36,12 @@ struct Services {
   const DateFormatting& dates;
   const NumberFormatting& numbers;
   const RegularExpressions& regularExpressions;
+  const Characters& characters;
   UuidGenerator& uuids;
   Display& measuringDisplay;
   AlertView& alertView;
   Screens& screens;
+  Sharing& sharing;
 };
 
 /// The services in force and the shared instances that live on them: the core's only global.

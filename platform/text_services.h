@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -8,11 +10,27 @@
 
 namespace veyla {
 
+/// A moment as the device's time zone tells it, in the Gregorian calendar of every locale.
+struct LocalTime {
+  std::int32_t year = 1970;
+  /// 1 to 12.
+  std::int32_t month = 1;
+  /// 1 to 31.
+  std::int32_t day = 1;
+  std::int32_t hour = 0;
+  std::int32_t minute = 0;
+  std::int32_t second = 0;
+
+  bool operator==(const LocalTime&) const = default;
+};
+
 /// Dates as texts, in the device's locale and time zone.
 class DateFormatting {
  public:
   virtual ~DateFormatting() = default;
 
+  /// For texts that programs read; seconds are rounded down.
+  virtual LocalTime localTime(Date date) const = 0;
   /// The localized date in medium style and time in short style, such as "Mar 5, 2024, 2:07 PM".
   virtual std::string mediumDateShortTime(Date date) const = 0;
   /// Reads such a text back; nothing when it is in another form.
@@ -43,6 +61,23 @@ class RegularExpressions {
   /// Whether the whole of `text` matches `pattern` regardless of case; false for a pattern that
   /// cannot be compiled.
   virtual bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const = 0;
+
+  /// Whether `pattern` is found, regardless of case, in the first `length` UTF-16 code units of
+  /// `text`, whose ends then are the text's for "^" and "$"; false for a pattern that cannot be
+  /// compiled.
+  virtual bool findsIgnoringCase(std::string_view pattern, std::string_view text,
+                                 std::size_t length) const = 0;
+};
+
+/// Texts as a reader sees them.
+class Characters {
+ public:
+  virtual ~Characters() = default;
+
+  /// How many user-perceived characters (extended grapheme clusters) the text has.
+  virtual std::size_t count(std::string_view text) const = 0;
+  /// The same in every locale.
+  virtual std::string lowerCased(std::string_view text) const = 0;
 };
 
 class UuidGenerator {

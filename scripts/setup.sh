@@ -12,6 +12,7 @@ packages=(
   libsqlite3-dev libkissfft-dev nlohmann-json3-dev libicu-dev uuid-dev libcli11-dev
   # pictures and their letters
   libcairo2-dev fonts-inter
+  libgmime-3.0-dev
 )
 testing=(
   libgtest-dev libgmock-dev libbenchmark-dev

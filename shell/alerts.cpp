@@ -20,9 +20,14 @@ int Alerts::show(Alert alert) {
 void Alerts::tapButton(int id, std::size_t button) {
   const auto found = showing_.find(id);
   if (found == showing_.end() || button >= found->second.buttons.size()) return;
-  const auto action = found->second.buttons[button].action;
+  // A copy: what it does may end the alert that holds it.
+  const AlertButton tapped = found->second.buttons[button];
+  // What was typed is there for the action only as long as the alert is.
+  const bool takesText = found->second.textField.has_value();
+  if (tapped.validation && !tapped.validation()) return;
+  if (takesText && tapped.action) tapped.action();
   dismiss(id);
-  if (action) action();
+  if (!takesText && tapped.action) tapped.action();
 }
 
 void Alerts::tapClose(int id) {
@@ -35,6 +40,27 @@ void Alerts::tapOutside(int id) {
   if (found != showing_.end() && found->second.closesOnOutsideTap) dismiss(id);
 }
 
+void Alerts::typeInField(int id, const std::string& text) {
+  const auto found = showing_.find(id);
+  if (found != showing_.end() && found->second.textField) found->second.textField->text = text;
+}
+
+std::string Alerts::fieldText(int id) const {
+  const auto found = showing_.find(id);
+  if (found == showing_.end() || !found->second.textField) return {};
+  return found->second.textField->text;
+}
+
+void Alerts::setFieldText(int id, const std::string& text) {
+  if (!isShowing(id)) return;
+  typeInField(id, text);
+  services().alertView.setFieldText(id, text);
+}
+
+void Alerts::focusField(int id) {
+  if (isShowing(id)) services().alertView.focusField(id);
+}
+
 void Alerts::dismiss(int id) {
   const auto found = showing_.find(id);
   if (found == showing_.end()) return;
@@ -44,10 +70,28 @@ void Alerts::dismiss(int id) {
   if (onDismiss) onDismiss();
 }
 
+namespace {
+
+AlertKind kindOf(const std::string& type) {
+  if (type == "error") return AlertKind::error;
+  if (type == "warning") return AlertKind::warning;
+  if (type == "waiting") return AlertKind::waiting;
+  if (type == "notice") return AlertKind::notice;
+  return AlertKind::plain;
+}
+
+}  // namespace
+
 void Utils::showOkAlert(const std::string& text, const std::string& andTitle) {
+  showAlertWithTitle(andTitle, text, "");
+}
+
+void Utils::showAlertWithTitle(const std::string& title, const std::string& andText,
+                               const std::string& andType) {
   Alert alert;
-  alert.title = andTitle;
-  alert.subtitle = text;
+  alert.kind = kindOf(andType);
+  alert.title = title;
+  alert.subtitle = andText;
   alert.closeButton = "OK";
   Alerts::instance().show(std::move(alert));
 }

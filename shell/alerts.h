@@ -22,6 +22,15 @@ class Alerts {
   void tapClose(int id);
   void tapOutside(int id);
 
+  /// Tells what stands in the text field now.
+  void typeInField(int id, const std::string& text);
+
+  // The text field of an alert that has one; empty for any other.
+
+  std::string fieldText(int id) const;
+  void setFieldText(int id, const std::string& text);
+  void focusField(int id);
+
   bool isShowing(int id) const { return showing_.contains(id); }
 
  private:
@@ -35,6 +44,11 @@ namespace Utils {
 
 /// A plain message with a close button "OK".
 void showOkAlert(const std::string& text, const std::string& andTitle);
+
+/// The same in the style of the type's name: "error", "warning", "waiting", "notice"; plain for any
+/// other.
+void showAlertWithTitle(const std::string& title, const std::string& andText,
+                        const std::string& andType);
 
 }  // namespace Utils
 

@@ -1,6 +1,6 @@
 #include "shell/faq.h"
 
-#include "platform/platform.h"
+#include "shell/json_resource.h"
 
 namespace veyla::Utils {
 
@@ -17,9 +17,8 @@ LoadedFaqs& loaded() { return Platform::current().shared<LoadedFaqs>(); }
 void loadLocalFaqs() {
   auto& entries = loaded().entries;
   entries.clear();
-  const auto text = services().resources.read("Faq", "json");
-  const auto json = text ? services().json.parse(*text) : std::nullopt;
-  const auto* results = json ? (*json)["results"].array() : nullptr;
+  const Value json = jsonResource("Faq");
+  const auto* results = json["results"].array();
   if (!results) return;
   for (const Value& entry : *results) {
     const auto* question = entry["question"].text();

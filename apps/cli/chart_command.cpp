@@ -25,6 +25,7 @@
 #include "platform/linux/gnuplot_chart.h"
 #include "platform/linux/gnuplot_program.h"
 #include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/no_sharing.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/sqlite_key_value_store.h"
 
@@ -192,7 +193,8 @@ ExitStatus chart(const ChartOptions& options) {
   MemoryKeyValueStore none;
   const auto store = openStore(options, folder, file);
   OutputFile output(format ? options.output : "-");
-  HistoryPlatform platform(store ? static_cast<KeyValueStore&>(*store) : none);
+  NoSharing sharing;
+  HistoryPlatform platform(store ? static_cast<KeyValueStore&>(*store) : none, sharing);
 
   std::array<GnuplotChart, 2> charts;
   OptionSheet sheet(label);

@@ -17,6 +17,7 @@ void CliAlerts::show(int id, const Alert& alert) {
     case AlertKind::plain:
     case AlertKind::warning:
     case AlertKind::error:
+    case AlertKind::edit:
       title_ = alert.title;
       subtitle_ = alert.subtitle;
       if (waitsForAnswer) waitsForAnswer();

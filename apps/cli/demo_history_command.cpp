@@ -5,6 +5,7 @@
 #include "apps/cli/history_platform.h"
 #include "history/history_store.h"
 #include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/no_sharing.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/sqlite_key_value_store.h"
 
@@ -15,7 +16,8 @@ namespace {
 /// Most days with one entry, some with two or none, a few of the values not measured.
 std::vector<HistoryEntry> randomEntries(std::int32_t days) {
   MemoryKeyValueStore store;
-  const HistoryPlatform platform(store);
+  NoSharing sharing;
+  const HistoryPlatform platform(store, sharing);
   std::vector<HistoryEntry> entries;
   for (std::int32_t daysAgo = days - 1; daysAgo >= 0; --daysAgo) {
     for (const double probability : {0.85, 0.4}) {
@@ -35,7 +37,8 @@ ExitStatus demoHistory(const DemoHistoryOptions& options) {
   SqliteKeyValueStore store(options.dataFolder);
   const std::string file = options.dataFolder + "/" + std::string(SqliteKeyValueStore::fileName);
   const auto entries = randomEntries(options.days);
-  const HistoryPlatform platform(store);
+  NoSharing sharing;
+  const HistoryPlatform platform(store, sharing);
   bool isEmpty = false;
   store.exclusively([&] {
     isEmpty = !store.value("values");

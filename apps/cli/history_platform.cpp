@@ -2,7 +2,7 @@
 
 namespace veyla {
 
-HistoryPlatform::HistoryPlatform(KeyValueStore& store)
+HistoryPlatform::HistoryPlatform(KeyValueStore& store, Sharing& sharing)
     : platform_({.log = log_,
                  .mainQueue = queue_,
                  .clock = queue_,
@@ -17,9 +17,11 @@ HistoryPlatform::HistoryPlatform(KeyValueStore& store)
                  .dates = text_,
                  .numbers = text_,
                  .regularExpressions = text_,
+                 .characters = text_,
                  .uuids = uuids_,
                  .measuringDisplay = display_,
                  .alertView = alerts_,
-                 .screens = screens_}) {}
+                 .screens = screens_,
+                 .sharing = sharing}) {}
 
 }  // namespace veyla

@@ -4,11 +4,9 @@
 #include <string>
 
 #include "apps/cli/cli_screens.h"
-#include "shell/screen_state.h"
+#include "apps/cli/measurement_run.h"
 #include "platform/key_value_store.h"
 #include "platform/linux/icu_text.h"
-#include "platform/linux/json.h"
-#include "platform/linux/kiss_real_fft.h"
 #include "platform/linux/log_file.h"
 #include "platform/linux/no_camera.h"
 #include "platform/linux/no_health_store.h"
@@ -16,6 +14,9 @@
 #include "platform/linux/timed_queue.h"
 #include "platform/linux/uuid.h"
 #include "platform/platform.h"
+#include "platform/portable/json.h"
+#include "platform/portable/kiss_real_fft.h"
+#include "shell/screen_state.h"
 
 namespace veyla {
 
@@ -23,14 +24,15 @@ namespace veyla {
 /// life.
 class HistoryPlatform {
  public:
-  explicit HistoryPlatform(KeyValueStore& store);
+  /// Both must outlive it.
+  HistoryPlatform(KeyValueStore& store, Sharing& sharing);
 
   ScreenState& display() { return display_; }
 
  private:
   class Machine : public DeviceInfo {
    public:
-    std::string hardwareModel() const override { return ""; }
+    std::string hardwareModel() const override { return defaultDevice; }
     std::string systemVersion() const override { return "Linux"; }
     std::string bundleVersion() const override { return VEYLA_VERSION; }
   };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,11 @@
 #include "apps/cli/complain.h"
 #include "apps/cli/decimal.h"
 #include "apps/cli/demo_history_command.h"
+#include "apps/cli/description.h"
 #include "apps/cli/evaluate_command.h"
 #include "apps/cli/exit_status.h"
+#include "apps/cli/health_command.h"
+#include "apps/cli/history_command.h"
 #include "apps/cli/measure_command.h"
 #include "apps/cli/output_apart.h"
 #include "apps/cli/series_command.h"
@@ -181,11 +185,102 @@ void describeDemoHistory(CLI::App& command, veyla::DemoHistoryOptions& options) 
   addText(command, "--data", options.dataFolder, "DIR", "folder without a history")->required();
 }
 
+CLI::Option* addData(CLI::App& command, std::string& folder, const char* description) {
+  return addText(command, "--data", folder, "DIR", description);
+}
+
+/// `numbers` is one number or a list.
+template <class Numbers>
+CLI::Option* addEntries(CLI::App& command, Numbers& numbers, const char* description) {
+  constexpr double mostEntries = 1e9;
+  return command.add_option("N", numbers, description)
+      ->type_name("")
+      ->check(numberWithin(1, mostEntries, true));
+}
+
+/// `run` gets each command's turn.
+void describeHistory(CLI::App& history, veyla::HistoryOptions& options,
+                     const std::function<void(ExitStatus (*)(const veyla::HistoryOptions&))>& run) {
+  constexpr const char* data = "folder of the history (~/.local/share/veyla)";
+  const auto add = [&](const char* name, const char* description,
+                       ExitStatus (*command)(const veyla::HistoryOptions&)) -> CLI::App& {
+    CLI::App& added = *history.add_subcommand(name, description);
+    addData(added, options.dataFolder, data);
+    added.callback([command, &run] { run(command); });
+    return added;
+  };
+  history.require_subcommand(0, 1);
+  addData(history, options.dataFolder, data);
+  history.add_flag("--json", options.json, "print a JSON list");
+  history.callback([&history, &run] {
+    if (history.get_subcommands().empty()) run(veyla::runHistoryList);
+  });
+
+  CLI::App& label = add("label", "put a label on an entry, or take it off", veyla::runHistoryLabel);
+  addEntries(label, options.number, "the entry's number in the list")->required();
+  label.add_option("NAME", options.label, "the label; none takes all off")
+      ->type_name(CLI::detail::join(veyla::labelChoices(), "|"))
+      ->check(something())
+      ->required();
+  label.add_flag("--off", options.off, "take the label off");
+
+  CLI::App& remove = add("delete", "delete entries", veyla::runHistoryDelete);
+  addEntries(remove, options.numbers, "the entries' numbers in the list")->required();
+
+  CLI::App& csv = add("export", "write entries as CSV", veyla::runHistoryExport);
+  addEntries(csv, options.numbers, "the entries' numbers in the list (all)");
+  addText(csv, "-o", options.output, "FILE.csv", "file to write (-: standard output)")->required();
+
+  CLI::App& mail = add("mail",
+                       "open a mail with entries as an attached CSV file in the mail "
+                       "program",
+                       veyla::runHistoryMail);
+  addEntries(mail, options.numbers, "the entries' numbers in the list (all)");
+  mail.add_flag("--text", options.text, "put the lines into the mail itself");
+  addText(mail, "-o", options.output, "FILE.eml",
+          "write the mail's draft to this file instead (-: standard output)");
+}
+
+void describeHealth(CLI::App& health, veyla::HealthOptions& options, ExitStatus& status) {
+  constexpr const char* data = "folder of the health records (~/.local/share/veyla)";
+  health.require_subcommand(0, 1);
+  addData(health, options.dataFolder, data);
+  health.callback([&] {
+    if (health.get_subcommands().empty()) status = veyla::runHealthStatus(options);
+  });
+
+  CLI::App& records =
+      *health.add_subcommand("export", "write all records, one FHIR R4 Observation a line");
+  addText(records, "-o", options.output, "FILE.ndjson", "file to write (-: standard output)")
+      ->required();
+  records.callback([&] { status = veyla::runHealthExport(options); });
+
+  for (const bool allowed : {true, false}) {
+    CLI::App& answer =
+        allowed ? *health.add_subcommand("allow", "keep a record of each final value from now on")
+                : *health.add_subcommand("deny", "keep no more records of final values");
+    addText(answer, "VALUE", options.type, "heartrate|spo2", "which value")
+        ->check(oneOf({"heartrate", "spo2"}))
+        ->required();
+    answer.callback([&, allowed] { status = veyla::runHealthAllow(options, allowed); });
+  }
+  for (CLI::App* command : health.get_subcommands({})) addData(*command, options.dataFolder, data);
+}
+
+/// The commands that were chosen, the innermost last, as they are typed.
+std::string chosenCommands(const CLI::App& program) {
+  std::string names;
+  for (auto chosen = program.get_subcommands(); !chosen.empty();
+       chosen = chosen.front()->get_subcommands()) {
+    names += chosen.front()->get_name() + " ";
+  }
+  return names;
+}
+
 /// What was wrong with the command line, and where the right form stands.
 std::string explained(const CLI::ParseError& error, const CLI::App& program) {
   const auto chosen = program.get_subcommands();
-  const std::string help =
-      "; see veyla " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help";
+  const std::string help = "; see veyla " + chosenCommands(program) + "--help";
   const std::string text = error.what();
   if (chosen.empty()) {
     const auto given = program.remaining();
@@ -289,6 +384,24 @@ int main(int argc, char** argv) {
       *program.add_subcommand("demo-history", "make a history of random entries, to try charts on");
   describeDemoHistory(demoHistory, demoHistoryOptions);
   demoHistory.callback([&] { status = veyla::runDemoHistory(demoHistoryOptions); });
+  veyla::HistoryOptions historyOptions;
+  CLI::App& history =
+      *program.add_subcommand("history", "list, label, delete and share what was measured");
+  const auto runHistory = [&](ExitStatus (*command)(const veyla::HistoryOptions&)) {
+    status = command(historyOptions);
+  };
+  const std::function<void(ExitStatus(*)(const veyla::HistoryOptions&))> runOnHistory = runHistory;
+  describeHistory(history, historyOptions, runOnHistory);
+
+  veyla::HealthOptions healthOptions;
+  CLI::App& health =
+      *program.add_subcommand("health", "allow and export health records of final values");
+  describeHealth(health, healthOptions, status);
+
+  // For the build: what is installed beside the program is made of the program's own options.
+  if (argc == 3 && std::string(argv[1]) == "--describe") {
+    return static_cast<int>(veyla::describe(program, argv[2]));
+  }
 
   try {
     program.parse(argc, argv);

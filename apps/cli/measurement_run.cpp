@@ -7,6 +7,7 @@
 #include "measuring/app_delegate.h"
 #include "measuring/repeating_timer.h"
 #include "platform/linux/icu_text.h"
+#include "platform/linux/no_sharing.h"
 #include "platform/linux/recording_camera.h"
 #include "platform/linux/uuid.h"
 #include "platform/platform.h"
@@ -66,6 +67,7 @@ MeasurementReport MeasurementRun::run() {
   CommandDevice device(request_.device);
   IcuText text;
   LibUuid uuids;
+  NoSharing sharing;
   Platform platform({.log = services_.log,
                      .mainQueue = queue,
                      .clock = queue,
@@ -80,10 +82,12 @@ MeasurementReport MeasurementRun::run() {
                      .dates = text,
                      .numbers = text,
                      .regularExpressions = text,
+                     .characters = text,
                      .uuids = uuids,
                      .measuringDisplay = screenState_,
                      .alertView = alerts_,
-                     .screens = screens_});
+                     .screens = screens_,
+                     .sharing = sharing});
 
   MeasurementTally tally(queue);
   tally.trace = trace;

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <system_error>
 
 #include "platform/linux/file_problem.h"
 #include "platform/linux/store_error.h"
@@ -51,6 +52,11 @@ void makeDataFolder(const std::filesystem::path& folder) {
   if (faccessat(AT_FDCWD, folder.c_str(), R_OK | W_OK | X_OK, AT_EACCESS) != 0) {
     throw StoreError(dataProblem(folder, errno));
   }
+}
+
+bool mayExist(const std::filesystem::path& path) {
+  std::error_code unknown;
+  return std::filesystem::exists(path, unknown) || unknown;
 }
 
 std::string dataProblem(const std::filesystem::path& path, int error) {

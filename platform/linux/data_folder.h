@@ -14,6 +14,10 @@ std::filesystem::path defaultDataFolder();
 /// can be written in it.
 void makeDataFolder(const std::filesystem::path& folder);
 
+/// Whether something is at `path`; also true where that cannot be told, so that opening it tells
+/// why.
+bool mayExist(const std::filesystem::path& path);
+
 /// `fileProblem` for a file or folder in the data folder.
 std::string dataProblem(const std::filesystem::path& path, int error);
 

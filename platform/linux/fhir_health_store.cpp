@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <utility>
 
@@ -100,6 +101,21 @@ void FhirHealthStore::requestAuthorization(const std::vector<HealthSampleType>& 
     }
   }
   if (completion) completion(determined);
+}
+
+std::optional<std::string> FhirHealthStore::contents() const {
+  const Descriptor file(open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+  if (file.number() < 0 && errno == ENOENT) return std::nullopt;
+  check(file.number() >= 0, file_);
+  check(flock(file.number(), LOCK_SH) == 0, file_);
+  std::string text;
+  std::array<char, 65536> block;
+  ssize_t n = 0;
+  while ((n = read(file.number(), block.data(), block.size())) > 0) {
+    text.append(block.data(), static_cast<std::size_t>(n));
+  }
+  check(n == 0, file_);
+  return text;
 }
 
 void FhirHealthStore::save(const HealthSample& sample,

@@ -50,6 +50,10 @@ class FhirHealthStore : public HealthStore {
   /// Sets a type's permission without asking.
   void allow(HealthSampleType type, bool allowed) { permissions_.allow(type, allowed); }
 
+  /// The whole file, as no other program is writing it; nothing when no record was ever kept.
+  /// Throws `StoreError`.
+  std::optional<std::string> contents() const;
+
   /// The first thing that went wrong in use, as one line.
   const std::optional<std::string>& failure() const { return failure_; }
   /// What opening mended, as one line.

@@ -1,12 +1,15 @@
 #include "platform/linux/icu_text.h"
 
+#include <unicode/brkiter.h>
 #include <unicode/dtfmtsym.h>
+#include <unicode/gregocal.h>
 #include <unicode/numberformatter.h>
 #include <unicode/regex.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <stdexcept>
@@ -50,6 +53,12 @@ std::unique_ptr<icu::TimeZone> namedTimeZone(const std::string& name) {
   return zone;
 }
 
+/// A pattern meets hostile texts.
+void limit(icu::RegexMatcher& matcher, UErrorCode& status) {
+  matcher.setTimeLimit(matchingSteps, status);
+  matcher.setStackLimit(matchingStack, status);
+}
+
 /// Every kind of space as the ordinary one.
 UnicodeString withPlainSpaces(const UnicodeString& text) {
   UnicodeString plain;
@@ -82,6 +91,9 @@ struct IcuText::Formats {
     }
     read->setDateFormatSymbols(symbols);
     read->setLenient(false);
+    ownCalendar.reset(write->getCalendar()->clone());
+    UErrorCode status = U_ZERO_ERROR;
+    calendar = std::make_unique<icu::GregorianCalendar>(*zone, icu::Locale::getRoot(), status);
   }
 
   static std::vector<UnicodeString> plainSpaced(const UnicodeString* words, std::int32_t count) {
@@ -121,6 +133,9 @@ struct IcuText::Formats {
   std::unique_ptr<icu::SimpleDateFormat> write;
   std::unique_ptr<icu::SimpleDateFormat> read;
   std::map<std::string, std::unique_ptr<icu::SimpleDateFormat>, std::less<>> patterns;
+  /// The locale's calendar. A formatter that is given none copies its own for every date.
+  std::unique_ptr<icu::Calendar> ownCalendar;
+  std::unique_ptr<icu::GregorianCalendar> calendar;
 };
 
 IcuText::IcuText() {
@@ -133,9 +148,22 @@ IcuText::IcuText(const std::string& locale, const std::string& timeZone)
 
 IcuText::~IcuText() = default;
 
+LocalTime IcuText::localTime(Date date) const {
+  UErrorCode status = U_ZERO_ERROR;
+  icu::GregorianCalendar& calendar = *formats_->calendar;
+  calendar.setTime(date.secondsSince1970 * millisecondsPerSecond, status);
+  const auto field = [&](UCalendarDateFields name) { return calendar.get(name, status); };
+  const LocalTime time{field(UCAL_YEAR),        field(UCAL_MONTH) + 1, field(UCAL_DATE),
+                       field(UCAL_HOUR_OF_DAY), field(UCAL_MINUTE),    field(UCAL_SECOND)};
+  return U_SUCCESS(status) ? time : LocalTime();
+}
+
 std::string IcuText::mediumDateShortTime(Date date) const {
+  UErrorCode status = U_ZERO_ERROR;
+  formats_->ownCalendar->setTime(date.secondsSince1970 * millisecondsPerSecond, status);
   UnicodeString text;
-  formats_->write->format(date.secondsSince1970 * millisecondsPerSecond, text);
+  icu::FieldPosition anyField(icu::FieldPosition::DONT_CARE);
+  formats_->write->format(*formats_->ownCalendar, text, anyField);
   std::string utf8;
   return text.toUTF8String(utf8);
 }
@@ -181,10 +209,38 @@ bool IcuText::matchesWholeIgnoringCase(std::string_view pattern, std::string_vie
   UErrorCode status = U_ZERO_ERROR;
   const UnicodeString subject = fromUtf8(text);
   icu::RegexMatcher matcher(fromUtf8(pattern), subject, UREGEX_CASE_INSENSITIVE, status);
-  matcher.setTimeLimit(matchingSteps, status);
-  matcher.setStackLimit(matchingStack, status);
+  limit(matcher, status);
   const bool matches = matcher.matches(status);
   return U_SUCCESS(status) && matches;
+}
+
+bool IcuText::findsIgnoringCase(std::string_view pattern, std::string_view text,
+                                std::size_t length) const {
+  UErrorCode status = U_ZERO_ERROR;
+  const UnicodeString subject = fromUtf8(text);
+  icu::RegexMatcher matcher(fromUtf8(pattern), subject, UREGEX_CASE_INSENSITIVE, status);
+  limit(matcher, status);
+  const auto units = static_cast<std::size_t>(subject.length());
+  matcher.region(0, static_cast<std::int64_t>(std::min(length, units)), status);
+  const bool found = matcher.find(status);
+  return U_SUCCESS(status) && found;
+}
+
+std::size_t IcuText::count(std::string_view text) const {
+  UErrorCode status = U_ZERO_ERROR;
+  const std::unique_ptr<icu::BreakIterator> boundaries(
+      icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+  if (U_FAILURE(status)) return 0;
+  const UnicodeString characters = fromUtf8(text);
+  boundaries->setText(characters);
+  std::size_t count = 0;
+  while (boundaries->next() != icu::BreakIterator::DONE) ++count;
+  return count;
+}
+
+std::string IcuText::lowerCased(std::string_view text) const {
+  std::string utf8;
+  return fromUtf8(text).toLower(icu::Locale::getRoot()).toUTF8String(utf8);
 }
 
 }  // namespace veyla

@@ -9,8 +9,11 @@
 
 namespace veyla {
 
-/// Dates, numbers and regular expressions by ICU. For one thread.
-class IcuText : public DateFormatting, public NumberFormatting, public RegularExpressions {
+/// Dates, numbers, regular expressions and characters by ICU. For one thread.
+class IcuText : public DateFormatting,
+                public NumberFormatting,
+                public RegularExpressions,
+                public Characters {
  public:
   /// In the locale of LC_ALL, LC_TIME or LANG, the first that is set, and in the time zone of TZ,
   /// else of the machine. "C" and "POSIX" are American English.
@@ -20,6 +23,7 @@ class IcuText : public DateFormatting, public NumberFormatting, public RegularEx
   IcuText(const std::string& locale, const std::string& timeZone);
   ~IcuText() override;
 
+  LocalTime localTime(Date date) const override;
   /// With the spaces of the locale, among them narrow and unbreakable ones.
   std::string mediumDateShortTime(Date date) const override;
   /// The whole text must be such a date; any space may stand for any other.
@@ -32,6 +36,11 @@ class IcuText : public DateFormatting, public NumberFormatting, public RegularEx
 
   /// Also false when the search takes too much time or memory: a pattern meets hostile texts.
   bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const override;
+  bool findsIgnoringCase(std::string_view pattern, std::string_view text,
+                         std::size_t length) const override;
+
+  std::size_t count(std::string_view text) const override;
+  std::string lowerCased(std::string_view text) const override;
 
  private:
   struct Formats;

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "platform/linux/text_columns.h"
+
 namespace veyla {
 namespace {
 
@@ -87,8 +89,36 @@ TEST(RegularExpressionsTest, TheWholeTextMustMatchInAnyCase) {
   EXPECT_FALSE(text.matchesWholeIgnoringCase("[a-z", "a"));
 }
 
+TEST(RegularExpressionsTest, ASearchEndsWhereItIsTold) {
+  const IcuText text("en_US", "UTC");
+  EXPECT_TRUE(text.findsIgnoringCase("b+$", "aBBc", 3));
+  EXPECT_FALSE(text.findsIgnoringCase("c", "aBBc", 3));
+  EXPECT_FALSE(text.findsIgnoringCase("a", "a", 0));
+  EXPECT_TRUE(text.findsIgnoringCase("^a$", "a", 100)) << "beyond the text's end";
+  EXPECT_FALSE(text.findsIgnoringCase("[a", "a", 1));
+}
+
+TEST(CharactersTest, AreCountedAsTheyAreSeen) {
+  const IcuText text("en_US", "UTC");
+  EXPECT_EQ(text.count(""), 0U);
+  EXPECT_EQ(text.count("e\u0301a"), 2U);
+  EXPECT_EQ(text.count("\r\n"), 1U);
+  EXPECT_EQ(text.count("\U0001F468\u200D\U0001F469\u200D\U0001F467"), 1U) << "a family";
+  EXPECT_EQ(text.count("\U0001F1E9\U0001F1EA\U0001F1EF\U0001F1F5"), 2U) << "two flags";
+  EXPECT_EQ(IcuText("tr_TR", "UTC").lowerCased("I\u00c4"), "i\u00e4");
+}
+
+TEST(TextColumnsTest, FollowWhatATerminalShows) {
+  EXPECT_EQ(columnsOf("Mar 5"), 5U);
+  EXPECT_EQ(columnsOf("\u6e2c\u5b9a"), 4U);
+  EXPECT_EQ(columnsOf("\u0661\u0661\u200f/e\u0301"), 4U);
+  EXPECT_EQ(columnsOf("\xff"), 1U);
+  EXPECT_EQ(withAsciiSpaces("2:07\u202fPM\u00a0\u3000\n"), "2:07 PM  \n");
+}
+
 TEST(RegularExpressionsTest, AHostileTextEndsTheSearch) {
   const IcuText text("en_US", "UTC");
+  EXPECT_FALSE(text.findsIgnoringCase("(a+)+b", std::string(40, 'a'), 40));
   EXPECT_FALSE(text.matchesWholeIgnoringCase("(a+)+b", std::string(40, 'a')));
   EXPECT_FALSE(text.matchesWholeIgnoringCase("(?:a|b)*c", std::string(5'000'000, 'a')));
 }

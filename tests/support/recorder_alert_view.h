@@ -18,6 +18,8 @@ class RecorderAlertView : public AlertView {
   int lastId = 0;
   /// What a view does that answers at once; may be empty.
   std::function<void(int id)> answer;
+  /// What became of text fields: "text 1 contents", "focus 1".
+  std::vector<std::string> fields;
 
   void show(int id, const Alert& alert) override {
     shown.push_back(alert);
@@ -25,6 +27,10 @@ class RecorderAlertView : public AlertView {
     journal_.add("alert show " + alert.title);
     if (answer) answer(id);
   }
+  void setFieldText(int id, const std::string& text) override {
+    fields.push_back("text " + std::to_string(id) + ' ' + text);
+  }
+  void focusField(int id) override { fields.push_back("focus " + std::to_string(id)); }
   void hide(int id) override { journal_.add("alert hide " + std::to_string(id)); }
 
  private:

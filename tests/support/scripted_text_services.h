@@ -15,6 +15,7 @@ namespace veyla {
 class ScriptedTextServices : public DateFormatting,
                              public NumberFormatting,
                              public RegularExpressions,
+                             public Characters,
                              public UuidGenerator {
  public:
   std::string mediumDateShortTime(Date date) const override {
@@ -33,9 +34,16 @@ class ScriptedTextServices : public DateFormatting,
   std::string decimal(double value, int maximumFractionDigits) const override {
     return icu_->decimal(value, maximumFractionDigits);
   }
+  LocalTime localTime(Date date) const override { return icu_->localTime(date); }
   bool matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const override {
     return icu_->matchesWholeIgnoringCase(pattern, text);
   }
+  bool findsIgnoringCase(std::string_view pattern, std::string_view text,
+                         std::size_t length) const override {
+    return icu_->findsIgnoringCase(pattern, text, length);
+  }
+  std::size_t count(std::string_view text) const override { return icu_->count(text); }
+  std::string lowerCased(std::string_view text) const override { return icu_->lowerCased(text); }
   std::string randomUuid() override { return "1B4E28BA-2FA1-11D2-883F-B9A761BDE3FB"; }
 
   void setLocaleAndZone(const std::string& locale, const std::string& timeZone) {

@@ -3,14 +3,15 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/json.h"
 #include "platform/linux/timed_queue.h"
 #include "platform/platform.h"
+#include "platform/portable/json.h"
 #include "tests/support/journal.h"
 #include "tests/support/memory_store.h"
 #include "tests/support/recorder_alert_view.h"
 #include "tests/support/recorder_display.h"
 #include "tests/support/recorder_screens.h"
+#include "tests/support/recorder_sharing.h"
 #include "tests/support/scripted_camera.h"
 #include "tests/support/scripted_health_store.h"
 #include "tests/support/scripted_resources.h"
@@ -32,10 +33,12 @@ class ScriptedDeviceInfo : public DeviceInfo {
  public:
   std::string model = "iPhone8,1";
   std::string version = "1.0.0";
+  std::string shortVersion = "1.0";
 
   std::string hardwareModel() const override { return model; }
   std::string systemVersion() const override { return "10.3.1"; }
   std::string bundleVersion() const override { return version; }
+  std::string bundleShortVersion() const override { return shortVersion; }
 };
 
 /// A whole machine in memory, whose time a test moves on. It is in force for its own life, so a
@@ -67,10 +70,12 @@ class TestPlatform {
   RecorderDisplay display{journal};
   RecorderAlertView alerts{journal};
   RecorderScreens screens{journal};
+  RecorderSharing sharing{journal};
 
  private:
-  Platform platform_{{log, time, time, camera, fft, store, health, resources, resources, jsonWriter,
-                      device, text, text, text, text, display, alerts, screens}};
+  Platform platform_{{log,       time,      time,       camera, fft,     store,  health,
+                      resources, resources, jsonWriter, device, text,    text,   text,
+                      text,      text,      display,    alerts, screens, sharing}};
 };
 
 }  // namespace veyla

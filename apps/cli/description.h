@@ -1,0 +1,20 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "apps/cli/exit_status.h"
+
+namespace veyla {
+
+/// The manual page of the program, made of its own commands and options, in the form of man(7).
+std::string manualPage(const CLI::App& program);
+
+/// A script by which bash completes the program's commands, options and values: one of the texts
+/// that the name of an option's value joins with "|", or a file or folder where it says so.
+std::string bashCompletion(const CLI::App& program);
+
+/// Prints the one that `form` names, "man" or "bash".
+ExitStatus describe(const CLI::App& program, const std::string& form);
+
+}  // namespace veyla

@@ -1,0 +1,118 @@
+#include "apps/cli/health_command.h"
+
+#include <filesystem>
+
+#include "apps/cli/complain.h"
+#include "apps/cli/output_apart.h"
+#include "platform/format.h"
+#include "platform/linux/data_folder.h"
+#include "platform/linux/fhir_health_store.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/output_file.h"
+#include "platform/linux/sqlite_key_value_store.h"
+#include "platform/linux/uuid.h"
+#include "platform/portable/json.h"
+
+namespace veyla {
+
+namespace {
+
+std::filesystem::path folderOf(const HealthOptions& options) {
+  return options.dataFolder.empty() ? defaultDataFolder()
+                                    : std::filesystem::path(options.dataFolder);
+}
+
+const char* nameOf(HealthSharing sharing) {
+  switch (sharing) {
+    case HealthSharing::authorized:
+      return "allowed";
+    case HealthSharing::denied:
+      return "denied";
+    case HealthSharing::notDetermined:
+      break;
+  }
+  return "not decided yet";
+}
+
+ExitStatus tellStatus(const HealthOptions& options) {
+  const std::filesystem::path folder = folderOf(options);
+  HealthSharing heartrate = HealthSharing::notDetermined;
+  HealthSharing spo2 = HealthSharing::notDetermined;
+  // Asking is no reason to make a folder.
+  if (mayExist(folder / SqliteKeyValueStore::fileName)) {
+    SqliteKeyValueStore store(folder);
+    LibUuid uuids;
+    const FhirHealthStore health(folder, store, uuids, {});
+    heartrate = health.authorizationStatus(HealthSampleType::heartRate);
+    spo2 = health.authorizationStatus(HealthSampleType::oxygenSaturation);
+    if (store.failure()) throw StoreError(*store.failure());
+  }
+  printOut(formatText("heartrate  %s\nspo2       %s\n", nameOf(heartrate), nameOf(spo2)));
+  return ExitStatus::done;
+}
+
+ExitStatus allow(const HealthOptions& options, bool allowed) {
+  const std::filesystem::path folder = folderOf(options);
+  SqliteKeyValueStore store(folder);
+  LibUuid uuids;
+  FhirHealthStore health(folder, store, uuids, {});
+  health.allow(options.type == "heartrate" ? HealthSampleType::heartRate
+                                           : HealthSampleType::oxygenSaturation,
+               allowed);
+  if (store.failure()) throw StoreError(*store.failure());
+  return tellStatus(options);
+}
+
+ExitStatus exportRecords(const HealthOptions& options) {
+  const std::filesystem::path folder = folderOf(options);
+  const std::filesystem::path file = folder / FhirHealthStore::fileName;
+  if (!mayExist(file)) {
+    throw InputError(file.string() +
+                     ": no such file, no health record has been kept; allow them with veyla health "
+                     "allow and measure");
+  }
+  requireApart("-o", options.output, file);
+  MemoryKeyValueStore permissions;
+  LibUuid uuids;
+  const FhirHealthStore health(folder, permissions, uuids, {});
+  if (health.repair()) complain(*health.repair());
+  const std::string records = health.contents().value_or("");
+
+  OutputFile output(options.output);
+  const NlohmannJsonParser json;
+  std::size_t damaged = 0;
+  std::size_t firstDamaged = 0;
+  std::size_t number = 0;
+  for (std::size_t start = 0; start < records.size();) {
+    const std::size_t end = std::min(records.find('\n', start), records.size() - 1) + 1;
+    const std::string_view line = std::string_view(records).substr(start, end - start);
+    start = end;
+    ++number;
+    const auto record = json.parse(line);
+    if (record && record->dictionary()) {
+      output.write(line);
+    } else if (damaged++ == 0) {
+      firstDamaged = number;
+    }
+  }
+  output.commit();
+  if (damaged == 0) return ExitStatus::done;
+  complain(formatText("%s: line %zu%s is no record and is left out; mend or remove it in the file",
+                      file.c_str(), firstDamaged,
+                      damaged > 1 ? formatText(" (and %zu more)", damaged - 1).c_str() : ""));
+  return ExitStatus::unreadableInput;
+}
+
+}  // namespace
+
+ExitStatus runHealthStatus(const HealthOptions& options) {
+  return exitStatusOf([&] { return tellStatus(options); });
+}
+ExitStatus runHealthExport(const HealthOptions& options) {
+  return exitStatusOf([&] { return exportRecords(options); });
+}
+ExitStatus runHealthAllow(const HealthOptions& options, bool allowed) {
+  return exitStatusOf([&] { return allow(options, allowed); });
+}
+
+}  // namespace veyla
