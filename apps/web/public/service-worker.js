@@ -23,12 +23,12 @@ self.addEventListener("activate", (event) => {
 self.addEventListener("fetch", (event) => {
   const request = event.request;
   if (request.method !== "GET" || new URL(request.url).origin !== self.location.origin) return;
+  const wanted = request.mode === "navigate" ? "./" : request;
   event.respondWith(
     caches
       .open(cacheName)
-      .then((cache) =>
-        cache.match(request.mode === "navigate" ? "./" : request, { ignoreSearch: true }),
-      )
+      // What a file is does not depend on who asks for it.
+      .then((cache) => cache.match(wanted, { ignoreSearch: true, ignoreVary: true }))
       .then((kept) => kept ?? fetch(request)),
   );
 });

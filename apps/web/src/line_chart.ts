@@ -26,7 +26,9 @@ const rightSide: uPlot.Axis.Side = 1;
 /** The closest look, as a part of the whole. */
 const closest = 1 / 40;
 /** Labels of the time axis are at least this far apart, in points. */
-const labelWidth = 56;
+const labelWidth = 48;
+/** Seven days stand side by side on a phone. */
+const timeFontSize = 10;
 const secondsPerHalfDay = 43_200;
 /** Of what the core leaves to the chart. */
 const ownColor = "rgb(96 96 102 / 1)";
@@ -175,8 +177,8 @@ export class LineChartView {
           ...axisOf(rightAxis),
           side: rightSide,
           size: viewPortOffsets.right,
-          gap: 4,
-          space: 28,
+          gap: 8,
+          splits: () => this.valuesAtAxis(),
           values: (_plot, values) => values.map((value) => this.axisText("right", value)),
         },
       ],
@@ -217,6 +219,20 @@ export class LineChartView {
     return [min, max];
   }
 
+  /** From one end of the whole range to the other, and between these where there is room. */
+  private valuesAtAxis(): number[] {
+    const { y: whole } = this.whole();
+    const { y: shown } = this.view ?? this.whole();
+    let step = (whole.max - whole.min) / 5;
+    while ((shown.max - shown.min) / step < 3) step /= 2;
+    const first = Math.ceil((shown.min - whole.min) / step - 1e-9);
+    const last = Math.floor((shown.max - whole.min) / step + 1e-9);
+    return Array.from(
+      { length: last - first + 1 },
+      (_, index) => whole.min + (first + index) * step,
+    );
+  }
+
   /** No closer than the granularity, where it says anything, and than the labels are wide. */
   private timesAtAxis(): number[] {
     const { x: whole } = this.whole();
@@ -238,7 +254,7 @@ export class LineChartView {
     const { ctx, bbox } = plot;
     const density = window.devicePixelRatio;
     ctx.save();
-    ctx.font = font.replace("11px", `${11 * density}px`);
+    ctx.font = font.replace("11px", `${timeFontSize * density}px`);
     ctx.fillStyle = adapted(axis.labelColor);
     ctx.textAlign = "center";
     ctx.textBaseline = "top";
@@ -251,7 +267,7 @@ export class LineChartView {
         x = Math.min(Math.max(x, bbox.left + half), bbox.left + bbox.width - half);
       }
       if (x - half < free) continue;
-      free = x + half + 4 * density;
+      free = x + half + 2 * density;
       ctx.fillText(text, x, bbox.top + bbox.height + 8 * density);
     }
     ctx.restore();

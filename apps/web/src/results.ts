@@ -170,8 +170,8 @@ export class ResultsScreen implements ResultsViews {
     view.style.opacity = String(opacity);
     view.inert = opacity === 0;
     view.style.pointerEvents = opacity === 0 ? "none" : "";
-    // A row that was covered is drawn anew.
-    if (opacity === 0 && this.chosen !== undefined) {
+    // A row that was covered is drawn anew; at once means before it is covered.
+    if (opacity === 0 && seconds > 0 && this.chosen !== undefined) {
       const row = this.rows[this.chosen];
       if (row) this.fill(row, this.core.resultsCell(this.chosen));
       this.chosen = undefined;
@@ -274,9 +274,7 @@ export class ResultsScreen implements ResultsViews {
     row.classList.toggle("checked", checked);
     const circle = row.querySelector<HTMLElement & { icon?: string }>(".circle");
     if (circle) circle.icon = checked ? checkmarkCircle : ellipseOutline;
-    const item = row.querySelector("ion-item");
-    if (this.editing) item?.setAttribute("aria-selected", String(checked));
-    else item?.removeAttribute("aria-selected");
+    circle?.setAttribute("aria-label", checked ? "Selected" : "Not selected");
   }
 
   private fadeOut(row: HTMLElement): void {

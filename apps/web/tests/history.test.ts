@@ -48,6 +48,10 @@ async function openResults(history = entries, visitor: Visitor = {}): Promise<Vi
   return visit;
 }
 
+function chooser(visit: Visit): ReturnType<Visit["page"]["locator"]> {
+  return visit.page.getByRole("dialog", { name: "Labels" });
+}
+
 async function storedEntries(visit: Visit): Promise<{ hr: number; labels: boolean[] }[]> {
   return JSON.parse((await visit.stored("values")) ?? "[]") as { hr: number; labels: boolean[] }[];
 }
@@ -101,7 +105,7 @@ it("keeps labels that exclude each other apart, and stores every tap", async () 
   // The other entries keep theirs.
   expect(await labelsOf(visit, 2)).toEqual([0, 1]);
 
-  await page.getByRole("button", { name: "Close", exact: true }).last().tap();
+  await chooser(visit).getByRole("button", { name: "Close" }).tap();
   await expect
     .poll(async () => (await rowTexts(visit))[1]?.[3])
     .toBe("Resting, Training (Before), Sleep (After)");
@@ -115,7 +119,7 @@ it("deletes from the chooser, by a swipe and by the selection", async () => {
     (await storedEntries(visit)).map(({ hr }) => hr);
 
   await page.locator(".result").nth(0).tap();
-  await page.getByRole("button", { name: "Delete", exact: true }).last().tap();
+  await chooser(visit).getByRole("button", { name: "Delete" }).tap();
   await expect.poll(heartrates).toEqual([61.4, 0]);
   await expect.poll(async () => (await rowTexts(visit)).length).toBe(2);
   await page.waitForTimeout(700);
@@ -231,7 +235,7 @@ it("charts daily means by period and label, to be dragged and zoomed", async () 
   await visit.picture("charts-week");
   const week = (await charts.first().getAttribute("aria-label")) ?? "";
 
-  await page.getByText("3 Months").tap();
+  await page.getByRole("tab", { name: "3 Months" }).tap();
   await page.waitForTimeout(500);
   await visit.picture("charts-3-months");
   await expectAccessible(visit, "charts");
@@ -260,7 +264,7 @@ it("charts daily means by period and label, to be dragged and zoomed", async () 
   await page.getByRole("button", { name: "Training (Before)" }).tap();
   await page.getByRole("button", { name: "None", exact: true }).tap();
   await page.getByRole("button", { name: "Choose Label" }).waitFor();
-  await page.getByText("Week", { exact: true }).tap();
+  await page.getByRole("tab", { name: "Week" }).tap();
   await expect.poll(() => charts.first().getAttribute("aria-label")).toBe(week);
   expect(visit.problems).toEqual([]);
 });

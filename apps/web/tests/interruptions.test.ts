@@ -106,9 +106,9 @@ describe("with a camera and a torch", () => {
     const visit = await phone.visit({ stored: acquainted });
     await visit.startMeasuring();
     await visit.swipe("right");
-    await visit.page.getByRole("button", { name: "Back" }).last().waitFor();
+    await visit.page.getByRole("button", { name: "Edit" }).waitFor();
     await expect.poll(() => holdsCamera(visit)).toBe(false);
-    await visit.page.getByRole("button", { name: "Back" }).last().tap();
+    await visit.page.getByRole("button", { name: "Close" }).tap();
     await expectIdle(visit);
     expect(visit.problems).toEqual([]);
   });
