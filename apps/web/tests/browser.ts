@@ -126,6 +126,16 @@ export class Visit {
     }, inFront);
   }
 
+  /** When one screen has made way for another; taps are lost until then. */
+  async settled(): Promise<void> {
+    await this.page.waitForFunction(
+      () =>
+        document.querySelectorAll("ion-nav > .ion-page:not(.ion-page-hidden, .ion-page-invisible)")
+          .length === 1 &&
+        document.getAnimations().every(({ playState }) => playState !== "running"),
+    );
+  }
+
   /** A finger's swipe over the middle of the screen. */
   async swipe(direction: "left" | "right"): Promise<void> {
     const { width, height } = this.page.viewportSize() ?? { width: 0, height: 0 };

@@ -44,7 +44,7 @@ async function openResults(history = entries, visitor: Visitor = {}): Promise<Vi
   const visit = await phone.visit({ ...visitor, stored: storedHistory(history) });
   await visit.swipe("right");
   await visit.page.getByRole("button", { name: "Edit" }).waitFor();
-  await visit.page.waitForTimeout(600);
+  await visit.settled();
   return visit;
 }
 
@@ -235,7 +235,7 @@ it("charts daily means by period and label, to be dragged and zoomed", async () 
   await visit.picture("charts-week");
   const week = (await charts.first().getAttribute("aria-label")) ?? "";
 
-  await page.getByRole("tab", { name: "3 Months" }).tap();
+  await page.locator("ion-segment-button", { hasText: "3 Months" }).tap();
   await page.waitForTimeout(500);
   await visit.picture("charts-3-months");
   await expectAccessible(visit, "charts");
@@ -255,7 +255,10 @@ it("charts daily means by period and label, to be dragged and zoomed", async () 
   await visit.drag(at(250), at(100));
   expect((await charts.first().screenshot()).equals(close)).toBe(false);
 
+  // A tap that follows a drag too soon belongs to it.
+  await page.waitForTimeout(600);
   await page.getByRole("button", { name: "Choose Label" }).tap();
+  await page.getByRole("dialog", { name: "Choose label" }).waitFor();
   await page.waitForTimeout(400);
   await visit.picture("charts-labels");
   await page.getByRole("button", { name: "Training (Before)" }).tap();
@@ -264,7 +267,7 @@ it("charts daily means by period and label, to be dragged and zoomed", async () 
   await page.getByRole("button", { name: "Training (Before)" }).tap();
   await page.getByRole("button", { name: "None", exact: true }).tap();
   await page.getByRole("button", { name: "Choose Label" }).waitFor();
-  await page.getByRole("tab", { name: "Week" }).tap();
+  await page.locator("ion-segment-button", { hasText: "Week" }).tap();
   await expect.poll(() => charts.first().getAttribute("aria-label")).toBe(week);
   expect(visit.problems).toEqual([]);
 });

@@ -16,7 +16,7 @@ async function openOptions(stored: Readonly<Record<string, string>> = {}): Promi
   const visit = await phone.visit({ stored: { ...acquainted, ...stored } });
   await visit.swipe("left");
   await visit.page.getByText("Send feedback").waitFor();
-  await visit.page.waitForTimeout(600);
+  await visit.settled();
   return visit;
 }
 
