@@ -40,7 +40,7 @@ bench: build ## measure the speed, as ratios to a yardstick of the same run
 
 format: setup-lint ## format the code
 	@git ls-files '*.h' '*.cpp' | xargs clang-format-14 -i
-	@cd apps/web && npm run --silent format
+	@scripts/web_packages.sh && cd apps/web && npm run --silent format
 
 lint: setup-lint ## check the formatting, and with clang-tidy what is not a test
 	@git ls-files '*.h' '*.cpp' | xargs clang-format-14 --dry-run -Werror
@@ -48,7 +48,7 @@ lint: setup-lint ## check the formatting, and with clang-tidy what is not a test
 	@cmake --build --preset release --target veyla_resources
 	@git ls-files '*.cpp' ':!tests' ':!benchmarks' ':!apps/web' ':!platform/web' | \
 	  xargs -P "$$(nproc)" -n 4 clang-tidy-14 -p build/release --quiet
-	@cd apps/web && npm run --silent lint
+	@scripts/web_packages.sh && cd apps/web && npm run --silent lint
 
 clean: ## remove what was built
 	@rm -rf build

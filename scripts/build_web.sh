@@ -9,10 +9,6 @@ export NODE_PATH="${NODE_PATH:-/usr/share/nodejs}"
 emcmake cmake --preset web >/dev/null
 cmake --build --preset web
 
+scripts/web_packages.sh
 cd apps/web
-# The packages, at the versions of the lock file, unless they are there.
-if ! cmp -s package-lock.json node_modules/.installed-lock.json; then
-  npm ci --ignore-scripts --no-progress
-  cp package-lock.json node_modules/.installed-lock.json
-fi
 npm run --silent build

@@ -1,3 +1,5 @@
+import { fileURLToPath } from "node:url";
+
 import { defineConfig } from "eslint/config";
 import tseslint from "typescript-eslint";
 
@@ -7,7 +9,10 @@ export default defineConfig(
     files: ["**/*.ts"],
     extends: [tseslint.configs.strictTypeChecked, tseslint.configs.stylisticTypeChecked],
     languageOptions: {
-      parserOptions: { project: "./tsconfig.json", tsconfigRootDir: import.meta.dirname },
+      parserOptions: {
+        project: "./tsconfig.json",
+        tsconfigRootDir: fileURLToPath(new URL(".", import.meta.url)),
+      },
     },
     rules: {
       "@typescript-eslint/dot-notation": "off",

@@ -78,7 +78,7 @@ export class Visit {
   }
 
   async start(): Promise<void> {
-    await this.page.getByRole("button", { name: "START" }).tap();
+    await this.page.getByRole("button", { name: "START" }).click();
   }
 
   /** Through the countdown: what the status line says may still stand from the time before. */
@@ -98,7 +98,7 @@ export class Visit {
   }
 
   async stop(): Promise<void> {
-    await this.page.getByRole("button", { name: "STOP" }).tap();
+    await this.page.getByRole("button", { name: "STOP" }).click();
   }
 
   /** What the core has stored under a key, as text. */
@@ -126,14 +126,17 @@ export class Visit {
     }, inFront);
   }
 
-  /** When one screen has made way for another; taps are lost until then. */
+  /** When the screen in front has come to rest; taps before that may be lost. */
   async settled(): Promise<void> {
-    await this.page.waitForFunction(
-      () =>
-        document.querySelectorAll("ion-nav > .ion-page:not(.ion-page-hidden, .ion-page-invisible)")
-          .length === 1 &&
-        document.getAnimations().every(({ playState }) => playState !== "running"),
-    );
+    await this.page.waitForFunction(() => {
+      const pages = [...document.querySelectorAll("ion-nav > .ion-page")];
+      const front = pages.pop();
+      return (
+        front?.matches(":not(.ion-page-hidden, .ion-page-invisible)") === true &&
+        pages.every((page) => page.classList.contains("ion-page-hidden")) &&
+        document.getAnimations().every(({ playState }) => playState !== "running")
+      );
+    });
   }
 
   /** A finger's swipe over the middle of the screen. */

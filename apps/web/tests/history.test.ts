@@ -85,27 +85,27 @@ it("keeps labels that exclude each other apart, and stores every tap", async () 
   const { page } = visit;
   const label = (name: string): ReturnType<typeof page.getByRole> =>
     page.getByRole("checkbox", { name, exact: true });
-  await page.locator(".result").nth(1).tap();
+  await page.locator(".result").nth(1).click();
   await label("Training (After)").waitFor();
   await page.waitForTimeout(700);
   expect(await label("Training (Before)").getAttribute("aria-checked")).toBe("true");
   await visit.picture("labels");
   await expectAccessible(visit, "labels");
 
-  await label("Training (After)").tap();
+  await label("Training (After)").click();
   expect(await labelsOf(visit, 1)).toEqual([4]);
   expect(await label("Training (Before)").getAttribute("aria-checked")).toBe("false");
-  await label("Sleep (Before)").tap();
-  await label("Resting").tap();
+  await label("Sleep (Before)").click();
+  await label("Resting").click();
   expect(await labelsOf(visit, 1)).toEqual([0, 4, 5]);
-  await label("Sleep (After)").tap();
+  await label("Sleep (After)").click();
   expect(await labelsOf(visit, 1)).toEqual([0, 4, 6]);
-  await label("Training (Before)").tap();
+  await label("Training (Before)").click();
   expect(await labelsOf(visit, 1)).toEqual([0, 3, 6]);
   // The other entries keep theirs.
   expect(await labelsOf(visit, 2)).toEqual([0, 1]);
 
-  await chooser(visit).getByRole("button", { name: "Close" }).tap();
+  await chooser(visit).getByRole("button", { name: "Close" }).click();
   await expect
     .poll(async () => (await rowTexts(visit))[1]?.[3])
     .toBe("Resting, Training (Before), Sleep (After)");
@@ -118,8 +118,8 @@ it("deletes from the chooser, by a swipe and by the selection", async () => {
   const heartrates = async (): Promise<number[]> =>
     (await storedEntries(visit)).map(({ hr }) => hr);
 
-  await page.locator(".result").nth(0).tap();
-  await chooser(visit).getByRole("button", { name: "Delete" }).tap();
+  await page.locator(".result").nth(0).click();
+  await chooser(visit).getByRole("button", { name: "Delete" }).click();
   await expect.poll(heartrates).toEqual([61.4, 0]);
   await expect.poll(async () => (await rowTexts(visit)).length).toBe(2);
   await page.waitForTimeout(700);
@@ -130,13 +130,13 @@ it("deletes from the chooser, by a swipe and by the selection", async () => {
   await option.waitFor({ state: "visible" });
   await page.waitForTimeout(500);
   await visit.picture("results-swiped");
-  await option.tap();
+  await option.click();
   await expect.poll(heartrates).toEqual([61.4]);
 
   await page.waitForTimeout(500);
-  await page.getByRole("button", { name: "Edit" }).tap();
-  await page.locator(".result").first().tap();
-  await page.getByRole("toolbar").getByRole("button", { name: "Delete" }).tap();
+  await page.getByRole("button", { name: "Edit" }).click();
+  await page.locator(".result").first().click();
+  await page.getByRole("toolbar").getByRole("button", { name: "Delete" }).click();
   await expect.poll(() => visit.stored("values")).toBe("[]");
   await page.getByText("No measurements yet").waitFor();
   // Out of editing again.
@@ -150,42 +150,42 @@ it("selects all and none, and shares the selection as it is asked to", async () 
   const selected = (): Promise<number> => page.locator("ion-item-sliding.checked").count();
   const toolbar = page.locator(".results-toolbar");
 
-  await page.getByRole("button", { name: "Edit" }).tap();
-  await page.getByRole("button", { name: "All", exact: true }).tap();
+  await page.getByRole("button", { name: "Edit" }).click();
+  await page.getByRole("button", { name: "All", exact: true }).click();
   expect(await selected()).toBe(3);
   await page.waitForTimeout(700);
   await visit.picture("results-editing");
   await expectAccessible(visit, "editing");
-  await page.getByRole("button", { name: "None", exact: true }).tap();
+  await page.getByRole("button", { name: "None", exact: true }).click();
   expect(await selected()).toBe(0);
   await expect.poll(() => toolbar.evaluate((bar) => (bar as HTMLElement).inert)).toBe(true);
 
   // The newest and the oldest.
-  await page.locator(".result").nth(2).tap();
-  await page.locator(".result").nth(0).tap();
+  await page.locator(".result").nth(2).click();
+  await page.locator(".result").nth(0).click();
   const lines = "Date,Heart Rate,Saturation\n2024-03-05 14:07:21,72,98\n2024-03-03 14:07:21,61,0";
 
   for (const choice of ["Email (csv)", "Cancel"]) {
-    await page.getByRole("toolbar").getByRole("button", { name: "Share" }).tap();
+    await page.getByRole("toolbar").getByRole("button", { name: "Share" }).click();
     await page.waitForTimeout(500);
     if (choice === "Cancel") await visit.picture("share");
-    await page.getByRole("button", { name: choice, exact: true }).tap();
+    await page.getByRole("button", { name: choice, exact: true }).click();
     const [download] = await Promise.all([
       page.waitForEvent("download"),
-      page.getByRole("button", { name: /^Save veyla-data-/ }).tap(),
+      page.getByRole("button", { name: /^Save veyla-data-/ }).click(),
     ]);
     const today = new Date().toISOString().slice(0, 10).replaceAll("-", "");
     expect(download.suggestedFilename()).toBe(`veyla-data-${today}.csv`);
     expect(readFileSync(await download.path()).toString("latin1")).toBe(lines);
     await visit.picture("mail");
     await expectAccessible(visit, "mail");
-    await page.getByRole("button", { name: "Cancel", exact: true }).tap();
+    await page.getByRole("button", { name: "Cancel", exact: true }).click();
     await page.getByRole("heading", { name: "New mail" }).waitFor({ state: "detached" });
   }
 
-  await page.getByRole("toolbar").getByRole("button", { name: "Share" }).tap();
-  await page.getByRole("button", { name: "Email (text)" }).tap();
-  await page.getByRole("button", { name: "Open mail app" }).tap();
+  await page.getByRole("toolbar").getByRole("button", { name: "Share" }).click();
+  await page.getByRole("button", { name: "Email (text)" }).click();
+  await page.getByRole("button", { name: "Open mail app" }).click();
   const address = (await visit.addresses()).at(-1) ?? "";
   const query = new URL(address).searchParams;
   expect(address).toMatch(/^mailto:\?/);
@@ -228,14 +228,14 @@ it("charts daily means by period and label, to be dragged and zoomed", async () 
   }));
   const visit = await openResults(month);
   const { page } = visit;
-  await page.getByRole("button", { name: "Chart" }).tap();
+  await page.getByRole("button", { name: "Chart" }).click();
   const charts = page.locator(".line-chart .plot");
   await expect.poll(() => charts.first().getAttribute("aria-label")).toContain("heartrate");
-  await page.waitForTimeout(700);
+  await visit.settled();
   await visit.picture("charts-week");
   const week = (await charts.first().getAttribute("aria-label")) ?? "";
 
-  await page.locator("ion-segment-button", { hasText: "3 Months" }).tap();
+  await page.locator("ion-segment-button", { hasText: "3 Months" }).click();
   await page.waitForTimeout(500);
   await visit.picture("charts-3-months");
   await expectAccessible(visit, "charts");
@@ -257,17 +257,17 @@ it("charts daily means by period and label, to be dragged and zoomed", async () 
 
   // A tap that follows a drag too soon belongs to it.
   await page.waitForTimeout(600);
-  await page.getByRole("button", { name: "Choose Label" }).tap();
+  await page.getByRole("button", { name: "Choose Label" }).click();
   await page.getByRole("dialog", { name: "Choose label" }).waitFor();
   await page.waitForTimeout(400);
   await visit.picture("charts-labels");
-  await page.getByRole("button", { name: "Training (Before)" }).tap();
+  await page.getByRole("button", { name: "Training (Before)" }).click();
   await page.getByText("Not enough heartrate data").waitFor();
   await page.getByText("Not enough SpO2 data").waitFor();
-  await page.getByRole("button", { name: "Training (Before)" }).tap();
-  await page.getByRole("button", { name: "None", exact: true }).tap();
+  await page.getByRole("button", { name: "Training (Before)" }).click();
+  await page.getByRole("button", { name: "None", exact: true }).click();
   await page.getByRole("button", { name: "Choose Label" }).waitFor();
-  await page.locator("ion-segment-button", { hasText: "Week" }).tap();
+  await page.locator("ion-segment-button", { hasText: "Week" }).click();
   await expect.poll(() => charts.first().getAttribute("aria-label")).toBe(week);
   expect(visit.problems).toEqual([]);
 });

@@ -73,8 +73,8 @@ describe("with a camera and a torch", () => {
     const visit = await phone.visit({ stored: acquainted });
     const heartrate = visit.page.getByRole("checkbox", { name: "Measure heart rate" });
     const spo2 = visit.page.getByRole("checkbox", { name: "Measure oxygen saturation" });
-    await heartrate.tap();
-    await spo2.tap();
+    await heartrate.click();
+    await spo2.click();
     expect(await heartrate.getAttribute("aria-checked")).toBe("false");
     await visit.start();
     await visit.alert("Nothing to run").waitFor();
@@ -92,10 +92,10 @@ describe("with a camera and a torch", () => {
     await visit.start();
     await visit.alert("Torch not found or not supported by this device.").waitFor();
     await visit.alert("Error").waitFor();
-    await visit.page.getByRole("button", { name: "Done" }).tap();
+    await visit.page.getByRole("button", { name: "Done" }).click();
     await visit.page.waitForTimeout(400);
     await visit.picture("alert-no-torch");
-    await visit.page.getByRole("button", { name: "OK" }).tap();
+    await visit.page.getByRole("button", { name: "OK" }).click();
     expect(await holdsCamera(visit)).toBe(false);
     await visit.stop();
     await expectIdle(visit);
@@ -108,7 +108,8 @@ describe("with a camera and a torch", () => {
     await visit.swipe("right");
     await visit.page.getByRole("button", { name: "Edit" }).waitFor();
     await expect.poll(() => holdsCamera(visit)).toBe(false);
-    await visit.page.getByRole("button", { name: "Close" }).tap();
+    await visit.settled();
+    await visit.page.getByRole("button", { name: "Close" }).click();
     await expectIdle(visit);
     expect(visit.problems).toEqual([]);
   });
@@ -121,7 +122,7 @@ it("a refused camera is told at START", async () => {
   await visit.alert("No Camera Access").waitFor();
   await visit.page.waitForTimeout(400);
   await visit.picture("alert-no-camera-access");
-  await visit.page.getByRole("button", { name: "Done" }).tap();
+  await visit.page.getByRole("button", { name: "Done" }).click();
   await expectIdle(visit);
   expect(visit.problems).toEqual([]);
   await phone.close();
@@ -132,9 +133,9 @@ it("a phone without a camera is told", async () => {
   const visit = await phone.visit({ stored: acquainted });
   await visit.start();
   await visit.alert("Error").waitFor();
-  await visit.page.getByRole("button", { name: "Done" }).tap();
+  await visit.page.getByRole("button", { name: "Done" }).click();
   await visit.alert("Camera not found").waitFor();
-  await visit.page.getByRole("button", { name: "OK" }).tap();
+  await visit.page.getByRole("button", { name: "OK" }).click();
   expect(visit.problems).toEqual([]);
   await phone.close();
 });

@@ -29,18 +29,18 @@ describe("a finger at 72 beats per minute", () => {
       await page.getByRole("heading", { name: title }).waitFor();
       await page.waitForTimeout(700);
       await visit.picture(`intro-${title.slice(5, 6)}`);
-      if (await next.isEnabled()) await next.tap();
+      if (await next.isEnabled()) await next.click();
     }
-    await page.getByRole("button", { name: "Skip" }).tap();
+    await page.getByRole("button", { name: "Skip" }).click();
     await visit.alert("INTENDED USE").waitFor();
     expect(await visit.alert("INTENDED USE").textContent()).toContain(
       "NOT INTENDED FOR MEDICAL USE",
     );
     await visit.picture("notice");
-    await page.getByRole("button", { name: "Done" }).tap();
+    await page.getByRole("button", { name: "Done" }).click();
     await page.getByRole("heading", { name: "Health records" }).waitFor();
     await visit.picture("health");
-    await page.getByRole("button", { name: "Allow", exact: true }).tap();
+    await page.getByRole("button", { name: "Allow", exact: true }).click();
 
     await expect.poll(() => visit.element("labelGrey").textContent()).toContain("Tap START");
     await visit.picture("measuring-initial");
@@ -117,7 +117,7 @@ describe("a finger at 96 beats per minute", () => {
   it("is measured without the saturation where only the heart rate is ticked", async () => {
     const phone = await PhoneBrowser.open({ camera: recording("96") });
     const visit = await phone.visit({ stored: acquainted });
-    await visit.page.getByRole("checkbox", { name: "Measure oxygen saturation" }).tap();
+    await visit.page.getByRole("checkbox", { name: "Measure oxygen saturation" }).click();
     await visit.start();
     await visit.page.getByText("FINISHED").waitFor(finished);
 
@@ -137,7 +137,7 @@ describe("a finger that gives low values", () => {
     await visit.start();
     await visit.alert("Got problems?").waitFor(finished);
     await visit.picture("alert-got-problems");
-    await visit.page.getByRole("button", { name: "Read FAQ" }).tap();
+    await visit.page.getByRole("button", { name: "Read FAQ" }).click();
     await visit.page.locator("ion-accordion").first().waitFor();
     await visit.page.waitForTimeout(800);
     await visit.picture("faq");

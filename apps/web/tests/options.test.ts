@@ -28,30 +28,30 @@ it("takes a valid e-mail address, refuses another, and removes it", async () => 
   const edit = page.getByRole("button", { name: "EDIT" });
   const field = page.getByRole("textbox", { name: "Enter your email" });
 
-  await edit.tap();
+  await edit.click();
   await visit.alert("Email").waitFor();
   expect(await page.getByRole("button", { name: "Remove" }).count()).toBe(0);
   await field.fill("somebody@example.museum");
-  await page.getByRole("button", { name: "Save" }).tap();
+  await page.getByRole("button", { name: "Save" }).click();
   await visit.alert("Whoops!").waitFor();
   await page.waitForTimeout(400);
   await visit.picture("email-refused");
   await expectAccessible(visit, "e-mail dialog");
-  await page.getByRole("button", { name: "OK" }).tap();
+  await page.getByRole("button", { name: "OK" }).click();
   expect(await visit.stored("email")).toBeNull();
 
   await field.fill("  Some.Body@Example.org ");
-  await page.getByRole("button", { name: "Save" }).tap();
+  await page.getByRole("button", { name: "Save" }).click();
   await visit.alert("Email").waitFor({ state: "detached" });
   expect(await visit.stored("email")).toBe('"Some.Body@Example.org"');
   await page.getByText("Change your email").waitFor();
   await page.getByText("Some.Body@Example.org").waitFor();
 
-  await edit.tap();
+  await edit.click();
   expect(await field.inputValue()).toBe("Some.Body@Example.org");
-  await page.getByRole("button", { name: "Remove" }).tap();
+  await page.getByRole("button", { name: "Remove" }).click();
   await visit.alert("Removed!").waitFor();
-  await page.getByRole("button", { name: "OK" }).tap();
+  await page.getByRole("button", { name: "OK" }).click();
   expect(await visit.stored("email")).toBeNull();
   await page.getByText("Please provide us your email").waitFor();
   expect(visit.problems).toEqual([]);
@@ -60,9 +60,9 @@ it("takes a valid e-mail address, refuses another, and removes it", async () => 
 it("sends feedback and invitations, and opens the rating", async () => {
   const visit = await openOptions();
   const { page } = visit;
-  await page.getByText("Send feedback").tap();
+  await page.getByText("Send feedback").click();
   await page.getByRole("heading", { name: "New mail" }).waitFor();
-  await page.getByRole("button", { name: "Open mail app" }).tap();
+  await page.getByRole("button", { name: "Open mail app" }).click();
   const feedback = new URL((await visit.addresses()).at(-1) ?? "");
   expect(feedback.pathname).toBe("support%40veyla.example");
   expect(feedback.searchParams.get("subject")).toBe("Veyla Support");
@@ -70,12 +70,12 @@ it("sends feedback and invitations, and opens the rating", async () => {
     "## Please type your feedback above this line ##",
   );
 
-  await page.getByText("Invite friends").tap();
-  await page.getByRole("button", { name: "Open mail app" }).tap();
+  await page.getByText("Invite friends").click();
+  await page.getByRole("button", { name: "Open mail app" }).click();
   expect(new URL((await visit.addresses()).at(-1) ?? "").searchParams.get("subject")).toBe(
     "Check out Orvane Veyla app",
   );
-  await page.getByText("Rate Veyla").tap();
+  await page.getByText("Rate Veyla").click();
   await expect
     .poll(async () => (await visit.addresses()).at(-1))
     .toMatch(/^itms-apps:.*type=Purple\+Software$/);
@@ -90,25 +90,27 @@ it("leads to every page to read", async () => {
     ["About", "about"],
     ["Questions and answers", "questions"],
   ] as const) {
-    await page.getByText(row, { exact: true }).first().tap();
-    await page.waitForTimeout(900);
+    await page.getByText(row, { exact: true }).first().click();
+    await page.getByRole("button", { name: "Back", exact: true }).last().waitFor();
+    await visit.settled();
     await visit.picture(`page-${title}`);
     await expectAccessible(visit, row);
-    await page.getByRole("button", { name: "Back" }).last().tap();
-    await page.waitForTimeout(800);
+    await page.getByRole("button", { name: "Back", exact: true }).last().click();
+    await page.getByRole("button", { name: "Back", exact: true }).waitFor({ state: "detached" });
+    await visit.settled();
   }
-  await page.getByText("Release notes").tap();
+  await page.getByText("Release notes").click();
   await page.getByRole("alertdialog").waitFor();
   await page.waitForTimeout(400);
   await visit.picture("release-notes");
-  await page.getByRole("button", { name: "Done" }).tap();
+  await page.getByRole("button", { name: "Done" }).click();
 
   // The introduction once more, without the notice.
-  await page.getByText("Introduction").tap();
+  await page.getByText("Introduction").click();
   await page.getByRole("heading", { name: "Step 1: Calibrate" }).waitFor();
-  await page.getByRole("button", { name: "Skip" }).tap();
+  await page.getByRole("button", { name: "Skip" }).click();
   await page.getByRole("heading", { name: "Step 1: Calibrate" }).waitFor({ state: "detached" });
-  await page.getByRole("button", { name: "Close" }).tap();
+  await page.getByRole("button", { name: "Close" }).click();
   await expect.poll(() => visit.element("labelGrey").isVisible()).toBe(true);
   expect(visit.problems).toEqual([]);
 });
@@ -133,17 +135,17 @@ it("keeps the decision about health records, and saves them as a file", async ()
         };
       }),
   );
-  await page.getByText("Health records", { exact: true }).first().tap();
+  await page.getByText("Health records", { exact: true }).first().click();
   await page.getByRole("button", { name: "Save records as a file" }).waitFor();
-  await page.waitForTimeout(800);
+  await visit.settled();
   await visit.picture("page-health");
   await expectAccessible(visit, "health records");
   const [download] = await Promise.all([
     page.waitForEvent("download"),
-    page.getByRole("button", { name: "Save records as a file" }).tap(),
+    page.getByRole("button", { name: "Save records as a file" }).click(),
   ]);
   expect(readFileSync(await download.path(), "utf8")).toBe('{"resourceType":"Observation"}\n');
-  await page.locator("ion-toggle").first().tap();
+  await page.locator("ion-toggle").first().click();
   await expect.poll(() => visit.stored("healthPermissions")).toContain('"heartRate":false');
   expect(visit.problems).toEqual([]);
 });

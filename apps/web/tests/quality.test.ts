@@ -84,7 +84,9 @@ it("works without a network after the first visit", async () => {
   await visit.startMeasuring();
   await visit.stop();
   await visit.swipe("right");
-  await page.getByRole("button", { name: "Chart" }).tap();
+  await page.getByRole("button", { name: "Chart" }).waitFor();
+  await visit.settled();
+  await page.getByRole("button", { name: "Chart" }).click();
   await page.getByText("Not enough SpO2 data").waitFor();
   expect(visit.problems).toEqual([]);
 });
@@ -134,11 +136,11 @@ it("introduction, notice and alerts have names for screen readers", async () => 
   const { page } = visit;
   await page.getByRole("heading", { name: "Step 1: Calibrate" }).waitFor();
   await expectAccessible(visit, "introduction");
-  await page.getByRole("button", { name: "Skip" }).tap();
+  await page.getByRole("button", { name: "Skip" }).click();
   await visit.alert("INTENDED USE").waitFor();
   await page.waitForTimeout(400);
   await expectAccessible(visit, "notice");
-  await page.getByRole("button", { name: "Done" }).tap();
+  await page.getByRole("button", { name: "Done" }).click();
   await page.getByRole("heading", { name: "Health records" }).waitFor();
   await page.waitForTimeout(400);
   await expectAccessible(visit, "health records");

@@ -31,7 +31,7 @@ it("a full store tells what was not saved and loses nothing", async () => {
       }
     }
   });
-  await page.getByRole("checkbox", { name: "Measure oxygen saturation" }).tap();
+  await page.getByRole("checkbox", { name: "Measure oxygen saturation" }).click();
   await visit.start();
   await page.getByRole("heading", { name: "Not saved" }).first().waitFor({ timeout: 60_000 });
   await page.waitForTimeout(500);
@@ -51,16 +51,16 @@ it("a damaged history is told, kept as it is, and can be saved and set aside", a
   const { page } = visit;
   await visit.swipe("right");
   await page.getByRole("heading", { name: "Damaged data" }).waitFor();
-  await page.waitForTimeout(500);
+  await visit.settled();
   await visit.picture("storage-damaged");
   const [download] = await Promise.all([
     page.waitForEvent("download"),
-    page.getByRole("button", { name: "Save a copy" }).tap(),
+    page.getByRole("button", { name: "Save a copy" }).click(),
   ]);
   expect(readFileSync(await download.path(), "utf8")).toBe(damaged);
   expect(await visit.stored("values")).toBe(damaged);
 
-  await page.getByRole("button", { name: "Set it aside" }).tap();
+  await page.getByRole("button", { name: "Set it aside" }).click();
   await expect.poll(() => visit.stored("values")).toBeNull();
   const kept = await page.evaluate(() =>
     Object.entries(localStorage)
