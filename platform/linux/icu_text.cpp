@@ -10,9 +10,13 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstdlib>
 #include <map>
 #include <stdexcept>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace veyla {
@@ -128,6 +132,85 @@ struct IcuText::Formats {
     return *patterns.emplace(pattern, std::move(format)).first->second;
   }
 
+  /// The date with its time. Writing takes ICU a while, and a long list has many entries of a day
+  /// and of a minute of the day: what surrounds the time is kept for each day that has come up,
+  /// the time for each minute.
+  std::string written(Date date) {
+    const double milliseconds = date.secondsSince1970 * millisecondsPerSecond;
+    const std::optional<Moment> moment = momentOf(milliseconds);
+    if (moment) {
+      const auto around = aroundTime.find(moment->day);
+      const std::string& time = times[moment->minute];
+      if (around != aroundTime.end() && !time.empty()) {
+        return around->second.first + time + around->second.second;
+      }
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    ownCalendar->setTime(milliseconds, status);
+    UnicodeString text;
+    icu::FieldPositionIterator fields;
+    write->format(*ownCalendar, text, &fields, status);
+    if (moment) keep(*moment, text, fields);
+    return utf8Of(text);
+  }
+
+  /// A day of the zone, counted from 1970, and a minute of it.
+  struct Moment {
+    std::int64_t day;
+    std::size_t minute;
+  };
+
+  /// Nothing for times that no calendar reaches.
+  std::optional<Moment> momentOf(double milliseconds) const {
+    constexpr double farthest = 1e14;
+    constexpr double minutesPerDay = 1440;
+    if (!(std::abs(milliseconds) < farthest)) return std::nullopt;
+    std::int32_t raw = 0;
+    std::int32_t saving = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    zone->getOffset(milliseconds, false, raw, saving, status);
+    if (U_FAILURE(status)) return std::nullopt;
+    const double minutes = std::floor((milliseconds + raw + saving) / (60 * millisecondsPerSecond));
+    const double day = std::floor(minutes / minutesPerDay);
+    return Moment{static_cast<std::int64_t>(day),
+                  static_cast<std::size_t>(minutes - day * minutesPerDay)};
+  }
+
+  void keep(const Moment& moment, const UnicodeString& text, icu::FieldPositionIterator& fields) {
+    std::int32_t begin = text.length();
+    std::int32_t end = 0;
+    std::vector<std::int32_t> dateFields;
+    for (icu::FieldPosition field; fields.next(field);) {
+      switch (field.getField()) {
+        case UDAT_HOUR0_FIELD:
+        case UDAT_HOUR1_FIELD:
+        case UDAT_HOUR_OF_DAY0_FIELD:
+        case UDAT_HOUR_OF_DAY1_FIELD:
+        case UDAT_MINUTE_FIELD:
+        case UDAT_AM_PM_FIELD:
+        case UDAT_AM_PM_MIDNIGHT_NOON_FIELD:
+        case UDAT_FLEXIBLE_DAY_PERIOD_FIELD:
+          begin = std::min(begin, field.getBeginIndex());
+          end = std::max(end, field.getEndIndex());
+          break;
+        default:
+          dateFields.push_back(field.getBeginIndex());
+      }
+    }
+    // With a part of the date amid the time nothing can be kept apart.
+    const auto amid = [=](std::int32_t at) { return begin < at && at < end; };
+    if (std::any_of(dateFields.begin(), dateFields.end(), amid)) return;
+    if (begin >= end) return;
+    times[moment.minute] = utf8Of(text.tempSubStringBetween(begin, end));
+    aroundTime[moment.day] = {utf8Of(text.tempSubStringBetween(0, begin)),
+                              utf8Of(text.tempSubStringBetween(end))};
+  }
+
+  static std::string utf8Of(const UnicodeString& text) {
+    std::string utf8;
+    return text.toUTF8String(utf8);
+  }
+
   icu::Locale locale;
   std::unique_ptr<icu::TimeZone> zone;
   std::unique_ptr<icu::SimpleDateFormat> write;
@@ -136,6 +219,9 @@ struct IcuText::Formats {
   /// The locale's calendar. A formatter that is given none copies its own for every date.
   std::unique_ptr<icu::Calendar> ownCalendar;
   std::unique_ptr<icu::GregorianCalendar> calendar;
+  std::unordered_map<std::int64_t, std::pair<std::string, std::string>> aroundTime;
+  /// By minute of the day; empty where none has come up.
+  std::array<std::string, 1440> times;
 };
 
 IcuText::IcuText() {
@@ -158,15 +244,7 @@ LocalTime IcuText::localTime(Date date) const {
   return U_SUCCESS(status) ? time : LocalTime();
 }
 
-std::string IcuText::mediumDateShortTime(Date date) const {
-  UErrorCode status = U_ZERO_ERROR;
-  formats_->ownCalendar->setTime(date.secondsSince1970 * millisecondsPerSecond, status);
-  UnicodeString text;
-  icu::FieldPosition anyField(icu::FieldPosition::DONT_CARE);
-  formats_->write->format(*formats_->ownCalendar, text, anyField);
-  std::string utf8;
-  return text.toUTF8String(utf8);
-}
+std::string IcuText::mediumDateShortTime(Date date) const { return formats_->written(date); }
 
 std::optional<Date> IcuText::parseMediumDateShortTime(std::string_view text) const {
   const UnicodeString plain = withPlainSpaces(fromUtf8(text));

@@ -13,9 +13,9 @@ namespace veyla {
 /// The main queue and clock of a program: in a recording's own time, which jumps from one piece of
 /// work to the next, or in the wall's.
 ///
-/// The wall's clock stands still between runs and keeps the wall's time within them. A recording's starts a minute earlier: it runs ahead
-/// while the recording is measured, and what is stored then, seldom after more than a minute of it,
-/// must not be dated in the future.
+/// The wall's clock stands still between runs and keeps the wall's time within them. A recording's
+/// starts a minute earlier: it runs ahead while the recording is measured, and what is stored then,
+/// seldom after more than a minute of it, must not be dated in the future.
 class TimedQueue : public MainQueue, public Clock {
  public:
   enum class Pace { recording, wall };

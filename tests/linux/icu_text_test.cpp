@@ -41,6 +41,25 @@ TEST(IcuTextTest, WhatFormattingMakesReadsBackWithAnySpaces) {
   }
 }
 
+TEST(IcuTextTest, WritingMoreDatesWritesThemAsTheFirst) {
+  for (const char* locale : {"en_US", "de_DE", "ja_JP", "ko_KR", "ar_EG", "fa_IR", "vi_VN", "zh_TW",
+                             "zh_TW@hours=h12", "th_TH", "hi_IN", "bg_BG"}) {
+    for (const char* zone : {"Europe/Berlin", "Asia/Kathmandu", "America/St_Johns"}) {
+      const IcuText one(locale, zone);
+      // Three days around a change of the clocks, in steps that meet each day and minute again.
+      for (int i = 0; i < 120; ++i) {
+        const Date date{1729900000 + 2160.0 * i};
+        EXPECT_EQ(one.mediumDateShortTime(date), IcuText(locale, zone).mediumDateShortTime(date));
+      }
+      for (const double seconds : {-1.0, -62135596800.0, -7e10, 2.5e11, 1e300}) {
+        EXPECT_EQ(one.mediumDateShortTime(Date{seconds}),
+                  IcuText(locale, zone).mediumDateShortTime(Date{seconds}))
+            << seconds;
+      }
+    }
+  }
+}
+
 TEST(IcuTextTest, AnotherFormIsNoDate) {
   const IcuText text("en_US", "UTC");
   for (const char* wrong :
