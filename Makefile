@@ -1,6 +1,6 @@
 # Thin: CMake presets do the building. `make help` lists the commands.
 .DEFAULT_GOAL := help
-.PHONY: help demo test build bench format lint clean setup setup-test setup-lint FORCE
+.PHONY: help demo test test-web build bench web format lint clean setup setup-test setup-lint setup-web FORCE
 
 help: ## this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -11,6 +11,8 @@ setup-test:
 	@scripts/setup.sh test
 setup-lint:
 	@scripts/setup.sh lint
+setup-web:
+	@scripts/setup.sh web
 
 demo: build/veyla ## install what is missing, build, and measure the built-in fingertip
 	@if [ -t 1 ]; then pace=--realtime; fi; \
@@ -27,6 +29,15 @@ build: setup-test ## install what is missing and build the program, its tests an
 test: setup-test ## install what is missing, build, and run every test
 	@scripts/test.sh
 
+test-web: ## install what is missing and test the phone app in a real browser
+	@scripts/setup.sh test-web
+	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
+	@scripts/test_web.sh
+
+web: setup-web ## install what is missing, build the phone app into build/site, and serve it on localhost
+	@scripts/build_web.sh
+	@cd apps/web && npx --no-install vite preview --host 127.0.0.1
+
 bench: build ## measure the speed, as ratios to a yardstick of the same run
 	@build/release/benchmarks/veyla_benchmarks --benchmark_repetitions=5 \
 	  --benchmark_report_aggregates_only=true
@@ -34,13 +45,15 @@ bench: build ## measure the speed, as ratios to a yardstick of the same run
 
 format: setup-lint ## format the code
 	@git ls-files '*.h' '*.cpp' | xargs clang-format-14 -i
+	@scripts/web_packages.sh && cd apps/web && npm run --silent format
 
 lint: setup-lint ## check the formatting, and with clang-tidy what is not a test
 	@git ls-files '*.h' '*.cpp' | xargs clang-format-14 --dry-run -Werror
 	@cmake --preset release -DVEYLA_TESTS=ON >/dev/null
 	@cmake --build --preset release --target veyla_resources
-	@git ls-files '*.cpp' ':!tests' ':!benchmarks' | \
+	@git ls-files '*.cpp' ':!tests' ':!benchmarks' ':!apps/web' ':!platform/web' | \
 	  xargs -P "$$(nproc)" -n 4 clang-tidy-14 -p build/release --quiet
+	@scripts/web_packages.sh && cd apps/web && npm run --silent lint
 
 clean: ## remove what was built
 	@rm -rf build

@@ -1,14 +1,14 @@
 #pragma once
 
 #include "platform/linux/icu_text.h"
-#include "platform/linux/json.h"
-#include "platform/linux/kiss_real_fft.h"
 #include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/no_health_store.h"
 #include "platform/linux/resource_files.h"
 #include "platform/linux/uuid.h"
 #include "platform/platform.h"
+#include "platform/portable/json.h"
+#include "platform/portable/kiss_real_fft.h"
 #include "tests/support/test_platform.h"
 
 namespace veyla {

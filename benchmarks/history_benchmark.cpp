@@ -10,8 +10,8 @@
 #include "benchmarks/bench_platform.h"
 #include "benchmarks/temporary_folder.h"
 #include "history/history_store.h"
-#include "platform/linux/json.h"
 #include "platform/linux/sqlite_key_value_store.h"
+#include "platform/portable/json.h"
 
 namespace veyla {
 namespace {

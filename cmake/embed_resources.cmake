@@ -10,7 +10,7 @@ foreach(file IN LISTS FILES)
   file(SIZE ${file} size)
   string(APPEND entries "${size})},\n")
 endforeach()
-file(WRITE ${OUTPUT} "#include \"platform/linux/embedded_resources.h\"
+file(WRITE ${OUTPUT} "#include \"platform/portable/embedded_resources.h\"
 
 namespace veyla {
 

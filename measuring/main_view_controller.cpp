@@ -165,7 +165,8 @@ void MainViewController::beginButtonPush() {
     isRunning_ = false;
     return;
   }
-  services().mainQueue.after(buttonDelay, [this] { beginMeasurement(); });
+  services().mainQueue.after(buttonDelay,
+                             [this] { services().camera.prepare([this] { beginMeasurement(); }); });
 }
 
 void MainViewController::beginMeasurement() {

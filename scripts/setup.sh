@@ -22,12 +22,16 @@ testing=(
   ffmpeg sqlite3 nodejs
 )
 linting=(clang-format-14 clang-tidy-14)
+# the phone app: the compiler to WebAssembly, the headers it takes in, and what builds the page
+web=(emscripten cmake ninja-build libkissfft-dev nlohmann-json3-dev nodejs)
 
 case "${1:-build}" in
   build) ;;
   test) packages+=("${testing[@]}") ;;
-  lint) packages+=("${testing[@]}" "${linting[@]}") ;;
-  *) echo "usage: scripts/setup.sh [build|test|lint]" >&2; exit 2 ;;
+  test-web) packages+=("${testing[@]}" "${web[@]}" chromium) ;;
+  lint) packages+=("${testing[@]}" "${web[@]}" "${linting[@]}") ;;
+  web) packages=("${web[@]}") ;;
+  *) echo "usage: scripts/setup.sh [build|test|test-web|lint|web]" >&2; exit 2 ;;
 esac
 
 installed() { dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed; }

@@ -8,9 +8,11 @@ namespace veyla::Utils {
 namespace {
 
 OptionsRow rowOf(const Value& entry) {
-  const bool isStored = entry["isEmail"].boolValue() && hasEmail();
-  if (isStored) return {textOf(entry["storedTitle"]), getEmail().value_or(""), {}};
-  return {textOf(entry["title"]), textOf(entry["subTitle"]), textOf(entry["page"])};
+  const bool isEmail = entry["isEmail"].boolValue();
+  if (isEmail && hasEmail()) {
+    return {textOf(entry["storedTitle"]), getEmail().value_or(""), {}, isEmail};
+  }
+  return {textOf(entry["title"]), textOf(entry["subTitle"]), textOf(entry["page"]), isEmail};
 }
 
 }  // namespace

@@ -28,6 +28,8 @@ struct OptionsRow {
   std::string subTitle;
   /// The page that the row leads to; empty where a tap does something else.
   std::string page;
+  /// The row has the user's mail address, with a button to change it.
+  bool isEmail = false;
 
   bool operator==(const OptionsRow&) const = default;
 };

@@ -7,11 +7,11 @@
 #include "platform/format.h"
 #include "platform/linux/data_folder.h"
 #include "platform/linux/fhir_health_store.h"
-#include "platform/linux/json.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/sqlite_key_value_store.h"
 #include "platform/linux/uuid.h"
+#include "platform/portable/json.h"
 
 namespace veyla {
 

@@ -7,8 +7,6 @@
 #include "apps/cli/measurement_run.h"
 #include "platform/key_value_store.h"
 #include "platform/linux/icu_text.h"
-#include "platform/linux/json.h"
-#include "platform/linux/kiss_real_fft.h"
 #include "platform/linux/log_file.h"
 #include "platform/linux/no_camera.h"
 #include "platform/linux/no_health_store.h"
@@ -16,6 +14,8 @@
 #include "platform/linux/timed_queue.h"
 #include "platform/linux/uuid.h"
 #include "platform/platform.h"
+#include "platform/portable/json.h"
+#include "platform/portable/kiss_real_fft.h"
 #include "shell/screen_state.h"
 
 namespace veyla {

@@ -7,12 +7,12 @@
 #include "measuring/app_delegate.h"
 #include "measuring/repeating_timer.h"
 #include "platform/linux/icu_text.h"
-#include "platform/linux/json.h"
-#include "platform/linux/kiss_real_fft.h"
 #include "platform/linux/no_sharing.h"
 #include "platform/linux/recording_camera.h"
 #include "platform/linux/uuid.h"
 #include "platform/platform.h"
+#include "platform/portable/json.h"
+#include "platform/portable/kiss_real_fft.h"
 #include "shell/intro_view_controller.h"
 
 namespace veyla {

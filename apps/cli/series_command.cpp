@@ -8,10 +8,10 @@
 #include "apps/cli/decimal.h"
 #include "apps/cli/exit_status.h"
 #include "apps/cli/measurement_run.h"
-#include "platform/linux/json.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/recording_source.h"
 #include "platform/linux/resource_files.h"
+#include "platform/portable/json.h"
 
 namespace veyla {
 

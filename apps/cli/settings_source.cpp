@@ -4,10 +4,10 @@
 
 #include "acquisition/settings.h"
 #include "apps/cli/complain.h"
-#include "platform/linux/json.h"
 #include "platform/linux/recording_source.h"
 #include "platform/linux/resource_files.h"
 #include "platform/linux/settings_check.h"
+#include "platform/portable/json.h"
 
 namespace veyla {
 

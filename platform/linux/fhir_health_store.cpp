@@ -5,93 +5,19 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cmath>
-#include <ctime>
 #include <utility>
 
-#include "platform/format.h"
 #include "platform/linux/data_folder.h"
-#include "platform/linux/json.h"
 #include "platform/linux/store_error.h"
+#include "platform/portable/fhir_observation.h"
+#include "platform/portable/json.h"
 
 namespace veyla {
 
 namespace {
-
-using Array = Value::Array;
-using Dictionary = Value::Dictionary;
-
-constexpr std::string_view permissionsKey = "healthPermissions";
-
-/// How a type of sample stands in an Observation.
-struct Coding {
-  const char* permission;
-  /// The unit of the samples.
-  const char* sampleUnit;
-  const char* profile;
-  const char* text;
-  /// Codes of LOINC with their names there.
-  std::vector<std::pair<const char*, const char*>> loinc;
-  const char* unit;
-  /// The unit's code in UCUM.
-  const char* ucum;
-  double factor;
-};
-
-const Coding& codingOf(HealthSampleType type) {
-  static const Coding heartRate{"heartRate",
-                                "count/min",
-                                "http://hl7.org/fhir/StructureDefinition/heartrate",
-                                "Heart rate",
-                                {{"8867-4", "Heart rate"}},
-                                "beats/minute",
-                                "/min",
-                                1};
-  static const Coding oxygenSaturation{
-      "oxygenSaturation",
-      "%",
-      "http://hl7.org/fhir/StructureDefinition/oxygensat",
-      "Oxygen saturation",
-      {{"2708-6", "Oxygen saturation in Arterial blood"},
-       {"59408-5", "Oxygen saturation in Arterial blood by Pulse oximetry"}},
-      "%",
-      "%",
-      100};
-  return type == HealthSampleType::heartRate ? heartRate : oxygenSaturation;
-}
-
-/// The local time to the millisecond with its offset from UTC; nothing outside the years 1 to 9999.
-std::optional<std::string> dateTime(Date date) {
-  const double seconds = std::floor(date.secondsSince1970);
-  constexpr double largest = 253402300799;  // the last second of the year 9999
-  if (!(seconds >= -62135596800.0 && seconds <= largest)) return std::nullopt;
-  const auto milliseconds = static_cast<int>((date.secondsSince1970 - seconds) * 1000);
-  auto time = static_cast<std::time_t>(seconds);
-  std::tm local{};
-  if (!localtime_r(&time, &local)) return std::nullopt;
-  // Before zones were agreed upon, offsets had seconds, which the form has no place for.
-  const long offsetMinutes = local.tm_gmtoff / 60;
-  time += offsetMinutes * 60;
-  std::tm shown{};
-  if (!gmtime_r(&time, &shown) || shown.tm_year + 1900 < 1 || shown.tm_year + 1900 > 9999) {
-    return std::nullopt;
-  }
-  const long minutes = std::labs(offsetMinutes);
-  return formatText("%04d-%02d-%02dT%02d:%02d:%02d.%03d%c%02ld:%02ld", shown.tm_year + 1900,
-                    shown.tm_mon + 1, shown.tm_mday, shown.tm_hour, shown.tm_min, shown.tm_sec,
-                    milliseconds, offsetMinutes < 0 ? '-' : '+', minutes / 60, minutes % 60);
-}
-
-/// A decimal without the last digits that binary arithmetic leaves: 0.57 × 100 is 57.
-Value decimal(double value) {
-  const double rounded = std::round(value * 1e6) / 1e6;
-  if (rounded == std::trunc(rounded) && std::abs(rounded) < 1e15) {
-    return static_cast<std::int64_t>(rounded);
-  }
-  return rounded;
-}
 
 /// A file descriptor that closes itself; closing gives a lock on it back.
 class Descriptor {
@@ -169,33 +95,12 @@ void FhirHealthStore::requestAuthorization(const std::vector<HealthSampleType>& 
     if (authorizationStatus(type) != HealthSharing::notDetermined) continue;
     const auto answer = ask_ ? ask_(type) : std::nullopt;
     if (answer) {
-      allow(type, *answer);
+      permissions_.allow(type, *answer);
     } else {
       determined = false;
     }
   }
   if (completion) completion(determined);
-}
-
-HealthSharing FhirHealthStore::authorizationStatus(HealthSampleType type) const {
-  const auto kept = permissions_.value(permissionsKey);
-  if (!kept) return HealthSharing::notDetermined;
-  const Value& allowed = (*kept)[codingOf(type).permission];
-  if (allowed.isNull()) return HealthSharing::notDetermined;
-  return allowed.boolValue() ? HealthSharing::authorized : HealthSharing::denied;
-}
-
-void FhirHealthStore::allow(HealthSampleType type, bool allowed) {
-  permissions_.exclusively([&] {
-    Dictionary kept;
-    const auto stored = permissions_.value(permissionsKey);
-    if (stored && stored->dictionary()) kept = *stored->dictionary();
-    std::erase_if(kept,
-                  [&](const auto& entry) { return entry.first == codingOf(type).permission; });
-    kept.emplace_back(codingOf(type).permission, allowed);
-    permissions_.setValue(permissionsKey, kept);
-    permissions_.synchronize();
-  });
 }
 
 std::optional<std::string> FhirHealthStore::contents() const {
@@ -219,7 +124,7 @@ void FhirHealthStore::save(const HealthSample& sample,
   try {
     if (authorizationStatus(sample.type) != HealthSharing::authorized) {
       throw StoreError(file_.string() + ": there is no permission to write " +
-                       codingOf(sample.type).permission + "; allow it and measure again");
+                       HealthPermissions::nameOf(sample.type) + "; allow it and measure again");
     }
     append(observation(sample));
     saved = true;
@@ -230,45 +135,13 @@ void FhirHealthStore::save(const HealthSample& sample,
 }
 
 std::string FhirHealthStore::observation(const HealthSample& sample) const {
-  const Coding& coding = codingOf(sample.type);
-  const auto start = dateTime(sample.start);
-  const auto end = dateTime(sample.end);
-  if (!start || !end || !std::isfinite(sample.quantity) || sample.unit != coding.sampleUnit) {
-    throw StoreError(file_.string() + ": a sample of " + coding.permission +
+  auto observation = fhirObservation(sample, uuids_.randomUuid());
+  if (!observation) {
+    throw StoreError(file_.string() + ": a sample of " + HealthPermissions::nameOf(sample.type) +
                      " has no possible time, quantity or unit and is not saved; report this to the "
                      "developers");
   }
-
-  Array codes;
-  for (const auto& [code, display] : coding.loinc) {
-    codes.push_back(
-        Dictionary{{"system", "http://loinc.org"}, {"code", code}, {"display", display}});
-  }
-  const Dictionary category{
-      {"system", "http://terminology.hl7.org/CodeSystem/observation-category"},
-      {"code", "vital-signs"},
-      {"display", "Vital Signs"}};
-  Dictionary entries{
-      {"resourceType", "Observation"},
-      {"id", uuids_.randomUuid()},
-      {"meta", Dictionary{{"profile", Array{coding.profile}}}},
-      {"status", "final"},
-      {"category", Array{Dictionary{{"coding", Array{category}}}}},
-      {"code", Dictionary{{"coding", codes}, {"text", coding.text}}},
-      // The person has no record here to refer to.
-      {"subject", Dictionary{{"type", "Patient"}, {"display", "The user of Veyla"}}}};
-  if (std::abs(sample.end.secondsSince1970 - sample.start.secondsSince1970) < 1) {
-    entries.emplace_back("effectiveDateTime", *start);
-  } else {
-    entries.emplace_back("effectivePeriod", Dictionary{{"start", *start}, {"end", *end}});
-  }
-  entries.emplace_back("valueQuantity",
-                       Dictionary{{"value", decimal(sample.quantity * coding.factor)},
-                                  {"unit", coding.unit},
-                                  {"system", "http://unitsofmeasure.org"},
-                                  {"code", coding.ucum}});
-  entries.emplace_back("device", Dictionary{{"display", "Veyla"}});
-  return writeJson(entries).value() + "\n";
+  return *std::move(observation);
 }
 
 void FhirHealthStore::append(const std::string& line) {

@@ -9,6 +9,7 @@
 
 #include "platform/health_store.h"
 #include "platform/key_value_store.h"
+#include "platform/portable/fhir_observation.h"
 #include "platform/text_services.h"
 
 namespace veyla {
@@ -39,13 +40,15 @@ class FhirHealthStore : public HealthStore {
   /// says whether all of `types` are determined now.
   void requestAuthorization(const std::vector<HealthSampleType>& types,
                             std::function<void(bool success)> completion) override;
-  HealthSharing authorizationStatus(HealthSampleType type) const override;
+  HealthSharing authorizationStatus(HealthSampleType type) const override {
+    return permissions_.status(type);
+  }
   /// Refuses a quantity that is no finite number, a unit that is not the type's, a time outside the
   /// years 1 to 9999, and a type without permission. The completion is called before this returns.
   void save(const HealthSample& sample, std::function<void(bool success)> completion) override;
 
   /// Sets a type's permission without asking.
-  void allow(HealthSampleType type, bool allowed);
+  void allow(HealthSampleType type, bool allowed) { permissions_.allow(type, allowed); }
 
   /// The whole file, as no other program is writing it; nothing when no record was ever kept.
   /// Throws `StoreError`.
@@ -61,7 +64,7 @@ class FhirHealthStore : public HealthStore {
   std::string observation(const HealthSample& sample) const;
 
   std::filesystem::path file_;
-  KeyValueStore& permissions_;
+  HealthPermissions permissions_;
   UuidGenerator& uuids_;
   Ask ask_;
   std::optional<std::string> failure_;

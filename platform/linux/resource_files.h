@@ -2,15 +2,9 @@
 
 #include <filesystem>
 
-#include "platform/resources.h"
+#include "platform/portable/embedded_resources.h"
 
 namespace veyla {
-
-/// The files that are part of the program.
-class EmbeddedResources : public Resources {
- public:
-  std::optional<std::string> read(std::string_view name, std::string_view type) const override;
-};
 
 /// The three settings from a folder of the user's, everything else from the program. Settings that
 /// the folder lacks are missing: they are not made up for by those in the program.

@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "platform/linux/data_folder.h"
-#include "platform/linux/json.h"
 #include "platform/linux/store_error.h"
+#include "platform/portable/json.h"
 
 namespace veyla {
 

@@ -10,10 +10,10 @@
 #include <set>
 #include <sstream>
 
-#include "platform/linux/json.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/store_error.h"
 #include "platform/linux/uuid.h"
+#include "platform/portable/json.h"
 #include "tests/linux/scratch.h"
 
 namespace veyla {

@@ -1,4 +1,4 @@
-#include "platform/linux/json.h"
+#include "platform/portable/json.h"
 
 #include <gtest/gtest.h>
 

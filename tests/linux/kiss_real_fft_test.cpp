@@ -1,4 +1,4 @@
-#include "platform/linux/kiss_real_fft.h"
+#include "platform/portable/kiss_real_fft.h"
 
 #include <gtest/gtest.h>
 

@@ -5,8 +5,8 @@
 
 #include <map>
 
-#include "platform/linux/json.h"
 #include "platform/linux/resource_files.h"
+#include "platform/portable/json.h"
 #include "tests/linux/scratch.h"
 
 namespace veyla {

@@ -104,6 +104,20 @@ TEST_F(MainViewControllerTest, ACameraThatDoesNotStartIsReportedAndNothingElseIs
   EXPECT_EQ(platform_.display.texts["labelRed"], "Will begin in a couple of seconds ...");
 }
 
+TEST_F(MainViewControllerTest, TheCameraIsAskedNothingBeforeItIsOpen) {
+  platform_.camera.opensLater = true;
+  platform_.camera.authorization = CameraAuthorization::notDetermined;
+  screen_.beginButtonPush();
+  platform_.time.run();
+  EXPECT_EQ(logged("Tapped Begin"), 0);
+  EXPECT_EQ(platform_.camera.session, nullptr);
+
+  platform_.camera.authorization = CameraAuthorization::authorized;
+  platform_.camera.opened();
+  EXPECT_EQ(logged("Tapped Begin"), 1);
+  EXPECT_TRUE(platform_.camera.session->isRunning());
+}
+
 TEST_F(MainViewControllerTest, TheTapIsAnsweredTwentyMillisecondsLater) {
   screen_.beginButtonPush();
   EXPECT_TRUE(screen_.isRunning());

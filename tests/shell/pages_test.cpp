@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "history/history_store.h"
-#include "platform/linux/json.h"
 #include "platform/linux/resource_files.h"
+#include "platform/portable/json.h"
 #include "shell/alerts.h"
 #include "shell/product.h"
 #include "shell/release_notes.h"
@@ -72,9 +72,9 @@ TEST_F(PagesTest, TheApplicationsOwnPagesAreWhole) {
 TEST_F(PagesTest, TheRowOfTheMailAddressTellsTheStoredOne) {
   giveOwn("Options");
   const OptionsRow none = Utils::optionsRows()[2][0];
-  EXPECT_EQ(none, (OptionsRow{"Please provide us your email", "For better support", ""}));
+  EXPECT_EQ(none, (OptionsRow{"Please provide us your email", "For better support", "", true}));
   Utils::setEmail("a@b.de");
-  EXPECT_EQ(Utils::optionsRows()[2][0], (OptionsRow{"Change your email", "a@b.de", ""}));
+  EXPECT_EQ(Utils::optionsRows()[2][0], (OptionsRow{"Change your email", "a@b.de", "", true}));
 }
 
 TEST_F(PagesTest, ThePopupTellsWhatThisVersionBrought) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -137,7 +138,18 @@ class ScriptedCamera : public Camera {
   /// The last one made.
   std::shared_ptr<ScriptedSession> session;
 
+  /// Keeps what waits for the camera to open, where a test wants to open it later.
+  bool opensLater = false;
+  std::function<void()> opened;
+
   CameraAuthorization authorizationStatus() const override { return authorization; }
+  void prepare(std::function<void()> ready) override {
+    if (opensLater) {
+      opened = std::move(ready);
+    } else {
+      ready();
+    }
+  }
   void requestAccess(std::function<void(bool granted)> completion) override { completion(grants); }
   std::optional<std::vector<std::shared_ptr<CaptureDevice>>> discoverBackDevices() override {
     return backDevices;

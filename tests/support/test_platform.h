@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/json.h"
 #include "platform/linux/timed_queue.h"
 #include "platform/platform.h"
+#include "platform/portable/json.h"
 #include "tests/support/journal.h"
 #include "tests/support/memory_store.h"
 #include "tests/support/recorder_alert_view.h"

@@ -1,11 +1,13 @@
-#include "platform/linux/json.h"
+#include "platform/portable/json.h"
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <type_traits>
 #include <unordered_map>
@@ -29,15 +31,64 @@ bool looksLikeTag(std::string_view key) { return key.starts_with('$'); }
 template <class Real>
 using BitsOf = std::conditional_t<sizeof(Real) == 4, std::uint32_t, std::uint64_t>;
 
+// `std::bit_cast` is younger than the library that WebAssembly gets.
+template <class To, class From>
+To sameBits(From from) {
+  static_assert(sizeof(To) == sizeof(From));
+  To to;
+  std::memcpy(&to, &from, sizeof to);
+  return to;
+}
+
+#ifdef __cpp_lib_to_chars
+/// The shortest text that reads back as the same number.
+template <class Real>
+std::string shortestText(Real value) {
+  char digits[40];
+  return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
+}
+
+template <class Real>
+bool readWhole(std::string_view text, Real& value) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return error == std::errc() && end == text.data() + text.size();
+}
+#else
+// WebAssembly's library has the conversions of C alone.
+float numberAt(const char* text, char** end, float) { return std::strtof(text, end); }
+double numberAt(const char* text, char** end, double) { return std::strtod(text, end); }
+
+template <class Real>
+std::string shortestText(Real value) {
+  char digits[40];
+  for (int precision = std::numeric_limits<Real>::digits10;; ++precision) {
+    std::snprintf(digits, sizeof digits, "%.*g", precision, static_cast<double>(value));
+    const bool isLast = precision >= std::numeric_limits<Real>::max_digits10;
+    if (isLast || !std::isfinite(value) || numberAt(digits, nullptr, value) == value) return digits;
+  }
+}
+
+template <class Real>
+bool readWhole(std::string_view text, Real& value) {
+  // C also takes blanks, a plus sign and hexadecimal digits.
+  if (text.find_first_not_of("-.0123456789eE+inf") != std::string_view::npos) return false;
+  if (text.empty() || text.front() == '+') return false;
+  const std::string terminated(text);
+  char* end = nullptr;
+  value = numberAt(terminated.c_str(), &end, value);
+  return end == terminated.c_str() + terminated.size();
+}
+#endif
+
 template <class Real>
 std::string textOf(Real value) {
-  char digits[40];
-  char* const end = digits + sizeof digits;
   if (std::isnan(value)) {
-    const auto bits = std::bit_cast<BitsOf<Real>>(value);
-    return std::string(nanPrefix).append(digits, std::to_chars(digits, end, bits, 16).ptr);
+    char digits[24];
+    const auto bits = sameBits<BitsOf<Real>>(value);
+    return std::string(nanPrefix).append(
+        digits, std::to_chars(digits, digits + sizeof digits, bits, 16).ptr);
   }
-  std::string text(digits, std::to_chars(digits, end, value).ptr);
+  std::string text = shortestText(value);
   if (std::isfinite(value) && text.find_first_of(".e") == std::string::npos) text += ".0";
   return text;
 }
@@ -49,11 +100,10 @@ std::optional<Real> realFromText(std::string_view text) {
     BitsOf<Real> bits = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), bits, 16);
     if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return std::bit_cast<Real>(bits);
+    return sameBits<Real>(bits);
   }
   Real value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  if (!readWhole(text, value)) return std::nullopt;
   return value;
 }
 
@@ -207,7 +257,7 @@ class Writer {
   bool write(bool value) { return append(value ? "true" : "false"); }
   bool write(std::int64_t value) {
     char digits[24];
-    return append({digits, std::to_chars(digits, digits + sizeof digits, value).ptr});
+    return append(std::string(digits, std::to_chars(digits, digits + sizeof digits, value).ptr));
   }
   bool write(float value) { return writeTagged(floatTag, value); }
   bool write(double value) {
@@ -285,52 +335,55 @@ class Writer {
   std::size_t depth_ = 0;
 };
 
-/// The value in the library's form; throws `Unwritable` where JSON has none.
+/// The value in the library's form, as far as JSON has one.
 class PlainJson {
  public:
   using Ordered = nlohmann::ordered_json;
-  struct Unwritable {};
 
-  static Ordered of(const Value& value) {
-    return value.visit([](const auto& held) { return of(held); });
+  Ordered of(const Value& value) {
+    return value.visit([this](const auto& held) { return of(held); });
   }
+  /// Whether something had none, in whose place null stands.
+  bool lacksSomething() const { return lacksSomething_; }
 
  private:
-  static Ordered of(std::monostate) { return nullptr; }
-  static Ordered of(bool value) { return value; }
-  static Ordered of(std::int64_t value) { return value; }
+  Ordered nothing() {
+    lacksSomething_ = true;
+    return nullptr;
+  }
+  Ordered of(std::monostate) { return nullptr; }
+  Ordered of(bool value) { return value; }
+  Ordered of(std::int64_t value) { return value; }
   // The double beside the single's shortest text is written as that text.
-  static Ordered of(float value) { return of(std::strtod(numberText(value).c_str(), nullptr)); }
-  static Ordered of(double value) {
-    if (!std::isfinite(value)) throw Unwritable();
-    return value;
-  }
-  static Ordered of(Date) { throw Unwritable(); }
-  static Ordered of(const std::string& value) {
-    if (!isUtf8(value)) throw Unwritable();
-    return value;
-  }
-  static Ordered of(const Value::Array& elements) {
+  Ordered of(float value) { return of(std::strtod(numberText(value).c_str(), nullptr)); }
+  Ordered of(double value) { return std::isfinite(value) ? Ordered(value) : nothing(); }
+  Ordered of(Date) { return nothing(); }
+  Ordered of(const std::string& value) { return isUtf8(value) ? Ordered(value) : nothing(); }
+  Ordered of(const Value::Array& elements) {
     Ordered array = Ordered::array();
     for (const Value& element : elements) array.push_back(of(element));
     return array;
   }
-  static Ordered of(const Value::Dictionary& entries) {
+  Ordered of(const Value::Dictionary& entries) {
     Ordered object = Ordered::object();
-    for (const auto& [key, value] : entries) object[key] = of(value);
+    for (const auto& [key, value] : entries) {
+      if (!isUtf8(key)) return nothing();
+      object[key] = of(value);
+    }
     return object;
   }
+
+  bool lacksSomething_ = false;
 };
 
 }  // namespace
 
 std::optional<std::string> NlohmannJsonWriter::prettyPrinted(const Value& value) const {
   constexpr int indentation = 2;
-  try {
-    return PlainJson::of(value).dump(indentation);
-  } catch (const PlainJson::Unwritable&) {
-    return std::nullopt;
-  }
+  PlainJson plain;
+  const auto json = plain.of(value);
+  if (plain.lacksSomething()) return std::nullopt;
+  return json.dump(indentation);
 }
 
 std::optional<Value> NlohmannJsonParser::parse(std::string_view text) const {
@@ -353,13 +406,11 @@ std::optional<double> doubleFromText(std::string_view text) { return realFromTex
 std::optional<float> floatFromText(std::string_view text) { return realFromText<float>(text); }
 
 bool isUtf8(std::string_view text) {
-  // The library tells of bad UTF-8 only by throwing, while it writes.
-  try {
-    Json(text).dump();
-    return true;
-  } catch (const Json::exception&) {
-    return false;
-  }
+  // The library judges whole JSON texts, without exceptions where it is asked for no more. What is
+  // special inside quotes is ASCII, and ASCII is UTF-8.
+  std::string quoted = "\"";
+  for (const char c : text) quoted += static_cast<unsigned char>(c) < 0x80 ? 'a' : c;
+  return Json::accept(quoted + "\"");
 }
 
 }  // namespace veyla

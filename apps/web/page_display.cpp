@@ -1,0 +1,73 @@
+#include "apps/web/page_display.h"
+
+#include "shell/view_animation.h"
+
+namespace veyla {
+
+using emscripten::val;
+
+namespace {
+
+/// Enough for the eye: the page draws straight ways between them.
+constexpr int poseCount = 13;
+
+std::string nameOf(Element element) { return std::string(element.name); }
+
+val posesOf(const ViewAnimation& animation, bool wasVisible) {
+  val poses = val::array();
+  for (int i = 0; i < poseCount; ++i) {
+    const double elapsed = animation.seconds * i / (poseCount - 1);
+    const ElementPose pose = animation.poseAt(elapsed, wasVisible);
+    val each = val::object();
+    each.set("opacity", pose.opacity);
+    each.set("scale", pose.scale);
+    each.set("x", pose.x);
+    each.set("y", pose.y);
+    poses.call<void>("push", each);
+  }
+  return poses;
+}
+
+}  // namespace
+
+void PageDisplay::setText(Element element, const std::string& text) {
+  page_.call<void>("setText", nameOf(element), text);
+}
+
+void PageDisplay::setFont(Element element, Font font) {
+  page_.call<void>("setFont", nameOf(element), font.weight(), font.size);
+}
+
+void PageDisplay::setImage(Element element, std::string_view image) {
+  page_.call<void>("setImage", nameOf(element), std::string(image));
+}
+
+void PageDisplay::setOpacity(Element element, double opacity) {
+  shown(element) = opacity > 0;
+  page_.call<void>("setOpacity", nameOf(element), opacity);
+}
+
+void PageDisplay::setHidden(Element element, bool hidden) {
+  page_.call<void>("setHidden", nameOf(element), hidden);
+}
+
+void PageDisplay::setShimmering(Element element, bool shimmering) {
+  page_.call<void>("setShimmering", nameOf(element), shimmering);
+}
+
+void PageDisplay::animate(Element element, std::string_view animation,
+                          std::function<void()> completion) {
+  const auto played = viewAnimation(animation);
+  if (played) {
+    const bool wasVisible = std::exchange(shown(element), played->endsVisible(shown(element)));
+    page_.call<void>("animate", nameOf(element), played->seconds, posesOf(*played, wasVisible),
+                     shown(element));
+  }
+  if (completion) queue_.after(played ? played->seconds : 0, std::move(completion));
+}
+
+void PageDisplay::setNeedsDisplay(Element element) {
+  page_.call<void>("setNeedsDisplay", nameOf(element));
+}
+
+}  // namespace veyla

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <emscripten/val.h>
+
+#include <utility>
+
+#include "platform/alert_view.h"
+#include "platform/device_info.h"
+#include "platform/log.h"
+#include "platform/screens.h"
+
+namespace veyla {
+
+/// The page's window: `page` answers the operations by their names, colours as CSS texts.
+class PageScreens : public Screens {
+ public:
+  explicit PageScreens(emscripten::val page) : page_(std::move(page)) {}
+
+  void performTransition(std::string_view name) override;
+  void showIntro() override { page_.call<void>("showIntro"); }
+  void showFaq() override { page_.call<void>("showFaq"); }
+  /// They are part of the application.
+  void showRemoteReleaseNotes() override;
+  void showRatingPrompt() override { page_.call<void>("showRatingPrompt"); }
+  void setTitle(std::string_view title) override;
+  void setBackSwipeEnabled(bool enabled) override;
+  void setIdleTimerDisabled(bool disabled) override;
+  void setAppearance(const Appearance& appearance) override;
+  // The browser's sheets have colours of their own.
+  void setNavigationBarTint(std::optional<Color>) override {}
+
+  /// Takes the introduction away and answers when it is gone.
+  void dismissIntro(int pending) { page_.call<void>("dismissIntro", pending); }
+  /// Takes the screen in front away.
+  void dismissScreen() { page_.call<void>("dismissScreen"); }
+
+ private:
+  emscripten::val page_;
+};
+
+/// Alerts as the page's dialogs: `show(alert)` gets an object with the alert's fields and its id,
+/// `hide(id)` takes it away.
+class PageAlerts : public AlertView {
+ public:
+  explicit PageAlerts(emscripten::val page) : page_(std::move(page)) {}
+
+  void show(int id, const Alert& alert) override;
+  void hide(int id) override;
+  void setFieldText(int id, const std::string& text) override;
+  void focusField(int id) override;
+
+ private:
+  emscripten::val page_;
+};
+
+/// The diagnostic log, for whoever has asked the page for it.
+class PageLog : public Log {
+ public:
+  explicit PageLog(emscripten::val page)
+      : page_(std::move(page)), enabled_(page_["enabled"].as<bool>()) {}
+
+  bool enabled() const override { return enabled_; }
+  void line(std::string_view text) override;
+
+ private:
+  emscripten::val page_;
+  bool enabled_;
+};
+
+/// What the page knows about the phone and the build.
+class PageDevice : public DeviceInfo {
+ public:
+  explicit PageDevice(emscripten::val page) : page_(std::move(page)) {}
+
+  std::string hardwareModel() const override { return page_["hardwareModel"].as<std::string>(); }
+  std::string systemVersion() const override { return page_["systemVersion"].as<std::string>(); }
+  std::string bundleVersion() const override { return VEYLA_VERSION; }
+
+ private:
+  emscripten::val page_;
+};
+
+/// Such as "rgb(200 2 0 / 1)".
+std::string cssColor(const Color& color);
+
+}  // namespace veyla

@@ -1,0 +1,34 @@
+// Keeps the whole application for the time without a network. A new version is fetched beside the
+// old one and takes over when no page shows the old one any more.
+const version = "VERSION";
+const files = ["FILES"];
+const cacheName = `veyla-${version}`;
+
+self.addEventListener("install", (event) => {
+  // Past the browser's own cache: an old file there must not become part of a new version.
+  const requests = files.map((file) => new Request(file, { cache: "reload" }));
+  event.waitUntil(caches.open(cacheName).then((cache) => cache.addAll(requests)));
+});
+
+self.addEventListener("activate", (event) => {
+  event.waitUntil(
+    caches
+      .keys()
+      .then((names) => names.filter((name) => name.startsWith("veyla-") && name !== cacheName))
+      .then((old) => Promise.all(old.map((name) => caches.delete(name))))
+      .then(() => self.clients.claim()),
+  );
+});
+
+self.addEventListener("fetch", (event) => {
+  const request = event.request;
+  if (request.method !== "GET" || new URL(request.url).origin !== self.location.origin) return;
+  const wanted = request.mode === "navigate" ? "./" : request;
+  event.respondWith(
+    caches
+      .open(cacheName)
+      // What a file is does not depend on who asks for it.
+      .then((cache) => cache.match(wanted, { ignoreSearch: true, ignoreVary: true }))
+      .then((kept) => kept ?? fetch(request)),
+  );
+});

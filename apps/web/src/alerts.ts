@@ -1,0 +1,126 @@
+// The core's alerts as modal dialogs. They forward every tap; what it does is the core's to say.
+import {
+  alertCircle,
+  closeCircle,
+  informationCircle,
+  mail,
+  megaphone,
+  warning,
+} from "ionicons/icons";
+
+import type { WebApp } from "./core";
+import { make, makeCustom } from "./dom";
+import type { AlertField, AlertShown } from "./page";
+
+const icons: Readonly<Record<AlertShown["kind"], string>> = {
+  plain: informationCircle,
+  warning,
+  error: closeCircle,
+  waiting: alertCircle,
+  edit: mail,
+  notice: megaphone,
+};
+
+export class AlertDialogs {
+  private readonly open = new Map<number, HTMLDialogElement>();
+
+  constructor(private readonly core: () => WebApp) {}
+
+  show(alert: AlertShown): void {
+    const { id } = alert;
+    const title = make("h2", { id: `alert-title-${id}` }, alert.title);
+    const subtitle = make("p", { id: `alert-text-${id}` }, alert.subtitle);
+    const dialog = make("dialog.alert", {
+      role: "alertdialog",
+      "aria-labelledby": title.id,
+      "aria-describedby": subtitle.id,
+    });
+    dialog.style.setProperty("--alert-color", alert.color);
+    dialog.style.setProperty("--alert-icon", alert.iconTint);
+    const buttons = alert.buttons.map((text, index) =>
+      this.button(text, () => {
+        this.core().tapAlertButton(id, index);
+      }),
+    );
+    if (alert.closeButton !== null) {
+      buttons.push(
+        this.button(alert.closeButton, () => {
+          this.core().tapAlertClose(id);
+        }),
+      );
+    }
+    const card = make("div.alert-card", { tabindex: "-1" }, this.badge(alert), title);
+    if (alert.subtitle) card.append(subtitle);
+    if (alert.textField) card.append(this.field(id, alert.textField));
+    card.append(...buttons);
+    dialog.append(card);
+    dialog.addEventListener("click", (event) => {
+      if (event.target === dialog) this.core().tapAlertOutside(id);
+    });
+    // The Escape key stands for the close button; the core knows whether there is one.
+    dialog.addEventListener("cancel", (event) => {
+      event.preventDefault();
+      this.core().tapAlertClose(id);
+    });
+    document.body.append(dialog);
+    this.open.set(id, dialog);
+    if (alert.kind === "waiting") {
+      dialog.classList.add("waiting");
+      dialog.show();
+    } else {
+      dialog.showModal();
+    }
+  }
+
+  hide(id: number): void {
+    const dialog = this.open.get(id);
+    if (!dialog) return;
+    this.open.delete(id);
+    dialog.classList.add("leaving");
+    dialog.close();
+    // Kept until it has faded.
+    setTimeout(() => {
+      dialog.remove();
+    }, 300);
+  }
+
+  setFieldText(id: number, text: string): void {
+    const field = this.open.get(id)?.querySelector("input");
+    if (field) field.value = text;
+  }
+
+  focusField(id: number): void {
+    this.open.get(id)?.querySelector("input")?.focus();
+  }
+
+  private field(id: number, { placeholder, text, ...field }: AlertField): HTMLInputElement {
+    const input = make("input", {
+      type: field.isEmail ? "email" : "text",
+      inputmode: field.isEmail ? "email" : "text",
+      autocomplete: field.isEmail ? "email" : "off",
+      autocapitalize: field.autocapitalizes ? "sentences" : "none",
+      autocorrect: field.autocorrects ? "on" : "off",
+      spellcheck: String(field.autocorrects),
+      placeholder,
+      "aria-label": placeholder,
+    });
+    input.value = text;
+    input.addEventListener("input", () => {
+      this.core().typeInAlert(id, input.value);
+    });
+    return input;
+  }
+
+  private badge(alert: AlertShown): HTMLElement {
+    if (alert.kind === "waiting") return make("div.badge.waiting", { "aria-hidden": "true" });
+    const icon = makeCustom("ion-icon", { "aria-hidden": "true" });
+    Object.assign(icon, { icon: icons[alert.kind] });
+    return make("div.badge", {}, icon);
+  }
+
+  private button(text: string, tapped: () => void): HTMLButtonElement {
+    const button = make("button", { type: "button" }, text);
+    button.addEventListener("click", tapped);
+    return button;
+  }
+}

@@ -1,0 +1,38 @@
+// Small helpers for making elements.
+
+type Content = Node | string;
+
+/** An element with classes, attributes and content, such as `make("p.note", {}, "text")`. */
+export function make<Name extends keyof HTMLElementTagNameMap>(
+  description: Name | `${Name}.${string}`,
+  attributes: Readonly<Record<string, string>> = {},
+  ...content: readonly Content[]
+): HTMLElementTagNameMap[Name] {
+  const [name, ...classes] = description.split(".") as [Name, ...string[]];
+  const element = document.createElement(name);
+  element.classList.add(...classes);
+  for (const [key, value] of Object.entries(attributes)) element.setAttribute(key, value);
+  element.append(...content);
+  return element;
+}
+
+/** A custom element, which is no part of TypeScript's own list. */
+export function makeCustom(
+  name: string,
+  attributes: Readonly<Record<string, string>> = {},
+  ...content: readonly Content[]
+): HTMLElement {
+  const element = document.createElement(name);
+  for (const [key, value] of Object.entries(attributes)) element.setAttribute(key, value);
+  element.append(...content);
+  return element;
+}
+
+/** A button with a picture alone; `label` is read out. */
+export function iconButton(icon: string, label: string, tapped: () => void): HTMLElement {
+  const picture = makeCustom("ion-icon", { slot: "icon-only", "aria-hidden": "true" });
+  Object.assign(picture, { icon });
+  const button = makeCustom("ion-button", { "aria-label": label }, picture);
+  button.addEventListener("click", tapped);
+  return button;
+}

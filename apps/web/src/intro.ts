@@ -1,0 +1,116 @@
+// The introduction: a full-screen dialog over whatever is shown.
+import { chevronBack, chevronForward } from "ionicons/icons";
+
+import type { WebApp } from "./core";
+import { iconButton, make } from "./dom";
+import { ElementViews } from "./element_views";
+import { illustration } from "./illustrations";
+import type { DisplayViews } from "./page";
+import { followSwipes } from "./swipes";
+
+export class IntroScreen {
+  readonly views: DisplayViews;
+
+  private readonly dialog = make("dialog.intro", { "aria-labelledby": "intro-title" });
+  private readonly dots = make("div.dots", { role: "img" });
+  private readonly title = make("h1", { id: "intro-title" });
+  private readonly image = make("div.illustration");
+  private readonly subTitle = make("p.instruction");
+  private readonly back: HTMLElement;
+  private readonly next: HTMLElement;
+
+  constructor(private readonly core: () => WebApp) {
+    this.views = new ElementViews(
+      new Map<string, HTMLElement>([
+        ["labelTitle", this.title],
+        ["image", this.image],
+        ["labelSubTitle", this.subTitle],
+      ]),
+      undefined,
+      (_element, image) => {
+        this.showImage(image);
+      },
+    );
+    this.back = iconButton(chevronBack, "Previous page", () => {
+      this.swipe("right");
+    });
+    this.next = iconButton(chevronForward, "Next page", () => {
+      this.swipe("left");
+    });
+    const skip = make("button.skip", { type: "button" }, "Skip");
+    skip.addEventListener("click", () => {
+      this.core().introSkip();
+    });
+    this.dialog.append(
+      make(
+        "div.intro-page",
+        {},
+        make("div.intro-content", { "aria-live": "polite" }, this.title, this.image, this.subTitle),
+        make("div.intro-foot", {}, this.back, this.dots, this.next),
+        skip,
+      ),
+    );
+    followSwipes(this.dialog, {
+      left: () => {
+        this.swipe("left");
+      },
+      right: () => {
+        this.swipe("right");
+      },
+    });
+    this.dialog.addEventListener("keydown", (event) => {
+      if (event.key === "ArrowLeft") this.swipe("right");
+      if (event.key === "ArrowRight") this.swipe("left");
+    });
+    // It ends through its skip control alone.
+    this.dialog.addEventListener("cancel", (event) => {
+      event.preventDefault();
+    });
+  }
+
+  get isOpen(): boolean {
+    return this.dialog.open;
+  }
+
+  show(): void {
+    const pages = this.core().introPages();
+    const first = pages[0];
+    if (!first || this.dialog.open) return;
+    this.title.textContent = first.title;
+    this.subTitle.textContent = first.subTitle;
+    this.showImage(first.image);
+    this.dots.replaceChildren(...pages.map(() => make("span.dot")));
+    this.showPosition();
+    document.body.append(this.dialog);
+    this.dialog.showModal();
+  }
+
+  async dismiss(): Promise<void> {
+    const leaving = this.dialog.animate([{ opacity: 1 }, { opacity: 0 }], { duration: 250 });
+    await leaving.finished.catch(() => undefined);
+    this.dialog.close();
+    this.dialog.remove();
+  }
+
+  private swipe(direction: "left" | "right"): void {
+    if (direction === "left") this.core().introSwipeLeft();
+    else this.core().introSwipeRight();
+    this.showPosition();
+  }
+
+  private showPosition(): void {
+    const { currentPage, indicatedPage, currentDotColor } = this.core().introPosition();
+    const dots = [...this.dots.children] as HTMLElement[];
+    const indicated = Math.max(0, indicatedPage);
+    dots.forEach((dot, index) => {
+      dot.style.background = index === indicated ? currentDotColor : "";
+    });
+    this.dots.setAttribute("aria-label", `Page ${indicated + 1} of ${dots.length}`);
+    this.back.toggleAttribute("disabled", currentPage === 0);
+    this.next.toggleAttribute("disabled", currentPage === dots.length - 1);
+  }
+
+  private showImage(name: string): void {
+    this.image.innerHTML = illustration(name);
+  }
+}

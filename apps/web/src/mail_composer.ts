@@ -1,0 +1,93 @@
+// The mail that is about to be sent, with the ways that a browser has to send it.
+import {
+  bodyText,
+  canShare,
+  mailAddress,
+  type MailResult,
+  mailResults,
+  messageAddress,
+  openAddress,
+  share,
+  type SharedMail,
+} from "../../../platform/web/sharing";
+import { make } from "./dom";
+import { saveAsFile } from "./files";
+
+export class MailComposer {
+  private dialog: HTMLDialogElement | undefined;
+
+  /** `settle` hands the results on to the core. */
+  constructor(private readonly settle: (pending: number, answer: number) => void) {}
+
+  composeMail(mail: SharedMail, pending: number): void {
+    this.dismissMail();
+    const finish = (result: MailResult): void => {
+      this.settle(pending, mailResults.indexOf(result));
+    };
+    const dialog = make("dialog.sheet.composer", { "aria-labelledby": "composer-title" });
+    const button = (style: string, text: string, tapped: () => void): HTMLButtonElement => {
+      const made = make(`button.${style}`, { type: "button" }, text);
+      made.addEventListener("click", tapped);
+      return made;
+    };
+    const fields = make("dl.mail-fields");
+    if (mail.recipients.length > 0) {
+      fields.append(make("dt", {}, "To"), make("dd", {}, mail.recipients.join(", ")));
+    }
+    fields.append(make("dt", {}, "Subject"), make("dd", {}, mail.subject));
+    const files = mail.attachments.map((file) =>
+      button("attachment", `Save ${file.fileName}`, () => {
+        saveAsFile(file.fileName, file.mimeType, file.text);
+      }),
+    );
+    const card = make(
+      "div.sheet-card",
+      {},
+      make("h2", { id: "composer-title" }, "New mail"),
+      fields,
+      make("pre.mail-body", { tabindex: "0", "aria-label": "Text" }, bodyText(mail)),
+      ...files,
+    );
+    if (canShare(mail)) {
+      card.append(
+        button("primary", "Share …", () => {
+          void share(mail).then((result) => {
+            // Whoever turns back may want another way.
+            if (result !== "cancelled") finish(result);
+          });
+        }),
+      );
+    }
+    card.append(
+      button("primary", "Open mail app", () => {
+        // A mail program's address takes no files: they are saved, to be attached there.
+        for (const file of mail.attachments) saveAsFile(file.fileName, file.mimeType, file.text);
+        openAddress(mailAddress(mail));
+        finish("saved");
+      }),
+      button("quiet", "Cancel", () => {
+        finish("cancelled");
+      }),
+    );
+    dialog.append(card);
+    dialog.addEventListener("cancel", (event) => {
+      event.preventDefault();
+      finish("cancelled");
+    });
+    document.body.append(dialog);
+    this.dialog = dialog;
+    dialog.showModal();
+  }
+
+  dismissMail(): void {
+    this.dialog?.close();
+    this.dialog?.remove();
+    this.dialog = undefined;
+  }
+
+  composeMessage(body: string, pending: number): void {
+    openAddress(messageAddress(body));
+    const sent = 1;
+    this.settle(pending, sent);
+  }
+}

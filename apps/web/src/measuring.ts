@@ -1,0 +1,229 @@
+// The measuring screen.
+import { list, optionsOutline } from "ionicons/icons";
+
+import type { WebApp } from "./core";
+import { iconButton, make, makeCustom } from "./dom";
+import { ElementViews } from "./element_views";
+import type { DisplayViews } from "./page";
+import { followSwipes } from "./swipes";
+import { Widget } from "./widget";
+
+const markedCheckbox = "checkbox_marked.png";
+
+interface ValueNames {
+  readonly caption: string;
+  /** As a screen reader says it. */
+  readonly spoken: string;
+  readonly unit: string;
+  readonly panel: string;
+  readonly gauge: string;
+  readonly ring: string;
+  readonly value: string;
+  readonly measuring: string;
+  readonly checkbox: string;
+  readonly last: string;
+}
+
+const heartrate: ValueNames = {
+  caption: "Heart rate",
+  spoken: "Heart rate",
+  unit: "BPM",
+  panel: "viewGaugeHeartrate",
+  gauge: "gaugeHR",
+  ring: "circleprogressHeartrate",
+  value: "labelHeartrate",
+  measuring: "labelMeasuringHeartrate",
+  checkbox: "buttonCheckboxHeartrate",
+  last: "labelLastHeartrate",
+};
+
+const spo2: ValueNames = {
+  caption: "SpO₂",
+  spoken: "Oxygen saturation",
+  unit: "%",
+  panel: "viewGaugeSpo2",
+  gauge: "gaugeSpo2",
+  ring: "circleprogressSpo2",
+  value: "labelSpo2",
+  measuring: "labelMeasuringSpo2",
+  checkbox: "buttonCheckboxSpo2",
+  last: "labelLastSpo2",
+};
+
+export class MeasuringScreen {
+  readonly page = make("div.ion-page.measuring");
+  readonly views: DisplayViews;
+  /** Milliseconds that a widget took to draw, for whoever measures. */
+  drawn: (milliseconds: number) => void = () => undefined;
+
+  private readonly elements = new Map<string, HTMLElement>();
+  private readonly widgets = new Map<string, Widget>();
+  private readonly title = makeCustom("ion-title");
+
+  /** `core` is asked for when something is tapped or drawn. */
+  constructor(private readonly core: () => WebApp) {
+    this.views = new ElementViews(
+      this.elements,
+      (element) => this.widgets.get(element)?.setNeedsDisplay(),
+      (checkbox, image) => {
+        checkbox.setAttribute("aria-checked", String(image === markedCheckbox));
+      },
+    );
+    const content = makeCustom("ion-content", { "scroll-y": "true", fullscreen: "false" });
+    content.append(
+      make(
+        "div.measuring-grid",
+        {},
+        make("div.dials", {}, this.valueHalf(heartrate), this.valueHalf(spo2)),
+        this.center(),
+        this.lines(),
+        this.buttons(),
+      ),
+    );
+    this.page.append(this.navigationBar(), content);
+    followSwipes(content, {
+      left: () => {
+        this.core().swipeLeft();
+      },
+      right: () => {
+        this.core().swipeRight();
+      },
+    });
+  }
+
+  setTitle(title: string): void {
+    this.title.textContent = title;
+  }
+
+  private named<View extends HTMLElement>(name: string, view: View): View {
+    view.dataset["element"] = name;
+    this.elements.set(name, view);
+    return view;
+  }
+
+  /** `margin` is for what reaches over the widget's edge, in points. */
+  private widget(name: string, margin = 0): HTMLElement {
+    const widget = new Widget(
+      (width, height) => this.core().draw(name, width, height),
+      (milliseconds) => {
+        this.drawn(milliseconds);
+      },
+      margin,
+    );
+    this.widgets.set(name, widget);
+    return widget.canvas;
+  }
+
+  private navigationBar(): HTMLElement {
+    const results = iconButton(list, "Results", () => {
+      this.core().swipeRight();
+    });
+    const options = iconButton(optionsOutline, "Options", () => {
+      this.core().swipeLeft();
+    });
+    return this.named(
+      "navBar",
+      makeCustom(
+        "ion-header",
+        {},
+        makeCustom(
+          "ion-toolbar",
+          {},
+          makeCustom("ion-buttons", { slot: "start" }, results),
+          this.title,
+          makeCustom("ion-buttons", { slot: "end" }, options),
+        ),
+      ),
+    );
+  }
+
+  private valueHalf(names: ValueNames): HTMLElement {
+    const checkbox = this.named(
+      names.checkbox,
+      make("button.checkbox", {
+        type: "button",
+        role: "checkbox",
+        "aria-checked": "true",
+        "aria-label": `Measure ${names.spoken.toLowerCase()}`,
+      }),
+    );
+    checkbox.addEventListener("click", () => {
+      if (names === heartrate) this.core().buttonCheckboxHeartrateTapped();
+      else this.core().buttonCheckboxSpo2Tapped();
+    });
+    const value = this.named(names.value, make("span.value"));
+    const dial = this.named(
+      names.panel,
+      make(
+        "div.dial",
+        {},
+        this.named(names.gauge, this.widget(names.gauge)),
+        make("div.ring", {}, this.named(names.ring, this.widget(names.ring)), value),
+      ),
+    );
+    return make(
+      "section.value-half",
+      { "aria-label": names.spoken },
+      make(
+        "div.caption-row",
+        {},
+        checkbox,
+        this.named(names.measuring, make("h2.caption", {}, names.caption)),
+      ),
+      dial,
+    );
+  }
+
+  private center(): HTMLElement {
+    const lastValue = (names: ValueNames): HTMLElement =>
+      make(
+        "p.last-value",
+        { "aria-label": `Last ${names.spoken.toLowerCase()}` },
+        this.named(names.last, make("span.number")),
+        make("span.unit", {}, names.unit),
+      );
+    const last = this.named(
+      "viewLastMeasurements",
+      make(
+        "div.last-measurements",
+        {},
+        make("h2.heading", {}, "Last measurement"),
+        make("div.last-values", {}, lastValue(heartrate), lastValue(spo2)),
+      ),
+    );
+    const chart = this.named(
+      "chartFourierView",
+      make(
+        "div.pulse",
+        {},
+        make("h2.heading", {}, "Pulse"),
+        make("div.curve", {}, this.widget("chartFourierView", 2)),
+      ),
+    );
+    return this.named("viewCenter", make("section.center", {}, last, chart));
+  }
+
+  private lines(): HTMLElement {
+    return make(
+      "div.lines",
+      {},
+      this.named("labelRed", make("p.status", { role: "status" })),
+      this.named("labelGrey", make("p.instruction", { "aria-live": "polite" })),
+    );
+  }
+
+  private buttons(): HTMLElement {
+    const begin = this.named(
+      "beginButton",
+      make("button.round.begin", { type: "button" }, "START"),
+    );
+    begin.addEventListener("click", () => {
+      this.core().beginButtonPush();
+    });
+    const stop = this.named("stopButton", make("button.round.stop", { type: "button" }, "STOP"));
+    stop.addEventListener("click", () => {
+      this.core().stopButtonPush();
+    });
+    return make("div.buttons", {}, begin, stop);
+  }
+}

@@ -1,0 +1,88 @@
+// The options screen, and the pages that its rows lead to.
+import type { OptionsRow, WebApp } from "./core";
+import { make, makeCustom } from "./dom";
+import type { OptionsViews } from "./page";
+import { textPage } from "./text_pages";
+
+export class OptionsScreen implements OptionsViews {
+  readonly page: HTMLElement;
+  private readonly elements = new Map<string, HTMLElement>();
+
+  /** `open` shows another page; `healthControls` stand on the page about health records. */
+  constructor(
+    private readonly core: WebApp,
+    private readonly open: (page: HTMLElement) => void,
+    private readonly healthControls: () => HTMLElement,
+  ) {
+    const close = make("button.bar-button", { type: "button" }, "Close");
+    close.addEventListener("click", () => {
+      core.optionsClose();
+    });
+    const lists = core
+      .optionsRows()
+      .map((rows, section) =>
+        makeCustom(
+          "ion-list",
+          { inset: "true" },
+          ...rows.map((row, index) => this.row(row, section, index)),
+        ),
+      );
+    const content = makeCustom("ion-content", { class: "grouped" });
+    content.append(make("div", {}, ...lists));
+    this.page = make(
+      "div.ion-page.options",
+      {},
+      makeCustom(
+        "ion-header",
+        {},
+        makeCustom(
+          "ion-toolbar",
+          {},
+          makeCustom("ion-buttons", { slot: "start" }, close),
+          makeCustom("ion-title", {}, "Options"),
+        ),
+      ),
+      content,
+    );
+    core.optionsDidLoad(this);
+    this.page.addEventListener("ionViewWillEnter", () => {
+      core.optionsWillAppear();
+    });
+  }
+
+  setText(element: string, text: string): void {
+    const view = this.elements.get(element);
+    if (view) view.textContent = text;
+  }
+
+  setAccessoryButton(cell: string, title: string): void {
+    const button = make("button.accessory", { type: "button", slot: "end" }, title);
+    button.addEventListener("click", () => {
+      this.core.optionsAccessoryButtonTapped();
+    });
+    this.elements.get(cell)?.append(button);
+  }
+
+  private row(row: OptionsRow, section: number, index: number): HTMLElement {
+    const title = make("h3", {}, row.title);
+    const subTitle = make("p", {}, row.subTitle);
+    const text = makeCustom("ion-label", {}, title, subTitle);
+    if (row.isEmail) {
+      const cell = makeCustom("ion-item", {}, text);
+      this.elements.set("cellEmail", cell);
+      this.elements.set("labelEmailTitle", title);
+      this.elements.set("labelEmailSubTitle", subTitle);
+      return cell;
+    }
+    const cell = makeCustom("ion-item", { button: "true" }, text);
+    cell.addEventListener("click", () => {
+      this.core.optionsSelectRow(section, index);
+      if (row.page === "") return;
+      const page = this.core.textPage(row.page);
+      if (!page) return;
+      const controls = row.page === "HealthHowTo" ? [this.healthControls()] : [];
+      this.open(textPage(page, ...controls));
+    });
+    return cell;
+  }
+}

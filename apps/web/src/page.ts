@@ -1,0 +1,205 @@
+// What the core finds in the page: an object for each service, its operations under the names that
+// the bindings in platform/web call.
+import type { measureText } from "../../../platform/web/canvas";
+import type { SharedMail } from "../../../platform/web/sharing";
+import type { StoredChange } from "../../../platform/web/storage";
+import type { browserText } from "../../../platform/web/text";
+
+export interface Pose {
+  readonly opacity: number;
+  readonly scale: number;
+  readonly x: number;
+  readonly y: number;
+}
+
+export interface DisplayViews {
+  setText(element: string, text: string): void;
+  setFont(element: string, weight: number, size: number): void;
+  setImage(element: string, image: string): void;
+  setOpacity(element: string, opacity: number): void;
+  setHidden(element: string, hidden: boolean): void;
+  setShimmering(element: string, shimmering: boolean): void;
+  animate(element: string, seconds: number, poses: readonly Pose[], endsVisible: boolean): void;
+  setNeedsDisplay(element: string): void;
+}
+
+export interface AlertField {
+  readonly placeholder: string;
+  readonly text: string;
+  readonly isEmail: boolean;
+  readonly autocapitalizes: boolean;
+  readonly autocorrects: boolean;
+}
+
+export interface AlertShown {
+  readonly id: number;
+  readonly kind: "plain" | "warning" | "error" | "waiting" | "notice" | "edit";
+  readonly title: string;
+  readonly subtitle: string;
+  readonly buttons: readonly string[];
+  readonly closeButton: string | null;
+  readonly duration: number | null;
+  readonly textField: AlertField | null;
+  readonly color: string;
+  readonly iconTint: string;
+}
+
+export interface Colors {
+  readonly tableCellTint: string;
+  readonly navigationBarTint: string;
+  readonly navigationBarTitle: string;
+  readonly pageIndicatorDot: string;
+  readonly pageIndicatorCurrentDot: string;
+  readonly segmentedControlTint: string;
+}
+
+export interface ScreenViews {
+  performTransition(name: string): void;
+  showIntro(): void;
+  dismissIntro(pending: number): void;
+  showFaq(): void;
+  /** Takes the screen in front away. */
+  dismissScreen(): void;
+  showRatingPrompt(): void;
+  setTitle(title: string): void;
+  setBackSwipeEnabled(enabled: boolean): void;
+  setIdleTimerDisabled(disabled: boolean): void;
+  setAppearance(colors: Colors): void;
+}
+
+export interface CameraViews {
+  authorization(): string;
+  request(pending: number): void;
+  open(pending: number): void;
+  close(): void;
+  hasTrack(): boolean;
+  hasTorch(): boolean;
+  supports(name: string, mode: string): boolean;
+  setting(name: string): string | number | null;
+  apply(constraints: Record<string, string | boolean>): void;
+  play(): void;
+  pause(): void;
+}
+
+export interface SheetShown {
+  /** Empty for none, as the message. */
+  readonly title: string;
+  readonly message: string;
+  readonly tint: string | null;
+  readonly actions: readonly { readonly title: string; readonly isCancel: boolean }[];
+}
+
+export interface ChartAxisSettings {
+  readonly enabled: boolean;
+  readonly minimum: number | null;
+  readonly maximum: number | null;
+  readonly drawsGridLines: boolean;
+  /** Points drawn and left out; empty for a whole line. */
+  readonly gridLineDash: readonly number[];
+  readonly drawsAxisLine: boolean;
+  readonly drawsLabels: boolean;
+  readonly drawsTopLabel: boolean;
+  readonly keepsEndLabelsInside: boolean;
+  /** Null for the chart's own. */
+  readonly gridColor: string | null;
+  readonly axisLineColor: string | null;
+  readonly labelColor: string | null;
+}
+
+export interface ChartSettings {
+  readonly descriptionText: string;
+  readonly noDataText: string;
+  readonly scaleEnabled: boolean;
+  readonly dragEnabled: boolean;
+  readonly pinchZoomEnabled: boolean;
+  readonly viewPortOffsets: {
+    readonly left: number;
+    readonly top: number;
+    readonly right: number;
+    readonly bottom: number;
+  };
+  readonly drawsGridBackground: boolean;
+  readonly gridBackgroundColor: string;
+  readonly legendEnabled: boolean;
+  readonly leftAxis: ChartAxisSettings;
+  readonly rightAxis: ChartAxisSettings;
+  readonly xAxis: ChartAxisSettings;
+}
+
+export interface LineData {
+  /** Seconds since 1970, ascending. */
+  readonly x: Float64Array;
+  readonly y: Float64Array;
+  readonly label: string;
+  readonly color: string;
+  readonly lineWidth: number;
+  readonly drawsCircles: boolean;
+  readonly circleRadius: number;
+  readonly circleColor: string;
+  readonly circleHoleColor: string;
+  readonly fillColor: string;
+}
+
+export type ChartName = "heartrate" | "spo2";
+
+export interface ChartViews {
+  configure(name: ChartName, settings: ChartSettings): void;
+  clear(name: ChartName): void;
+  setData(name: ChartName, data: LineData): void;
+  setGranularity(name: ChartName, seconds: number): void;
+}
+
+export interface ResultsViews {
+  setLeftButton(title: string): void;
+  setRightButtons(titles: readonly string[]): void;
+  listHeight(): number;
+  setEditing(editing: boolean, animated: boolean): void;
+  setSelected(row: number, selected: boolean): void;
+  deleteRows(rows: readonly number[], fade: boolean): void;
+  reloadChooser(): void;
+  setCheckMark(chooserRow: number, shown: boolean): void;
+  setOpacity(element: string, opacity: number, seconds: number): void;
+  slideToolbar(upward: number, seconds: number): void;
+}
+
+export interface OptionsViews {
+  setText(element: string, text: string): void;
+  setAccessoryButton(cell: string, title: string): void;
+}
+
+export interface SharingViews {
+  composeMail(mail: SharedMail, pending: number): void;
+  dismissMail(): void;
+  composeMessage(body: string, pending: number): void;
+  open(address: string): void;
+}
+
+export interface AlertViews {
+  show(alert: AlertShown): void;
+  hide(id: number): void;
+  setFieldText(id: number, text: string): void;
+  focusField(id: number): void;
+}
+
+export interface Page {
+  readonly log: { readonly enabled: boolean; line(text: string): void };
+  readonly device: { readonly hardwareModel: string; readonly systemVersion: string };
+  readonly storage: {
+    read(key: string): string | null;
+    write(changes: readonly StoredChange[]): string;
+    failed(damagedKey: string, line: string): void;
+  };
+  readonly text: typeof browserText;
+  readonly health: {
+    ask(names: readonly string[], pending: number): void;
+    append(line: string, pending: number): void;
+  };
+  readonly camera: CameraViews;
+  readonly canvas: { readonly measureText: typeof measureText };
+  readonly screens: ScreenViews;
+  readonly alerts: AlertViews;
+  readonly measuring: DisplayViews;
+  readonly intro: DisplayViews;
+  readonly actionSheet: { present(sheet: SheetShown): void; dismiss(): void };
+  readonly sharing: SharingViews;
+}

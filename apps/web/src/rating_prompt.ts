@@ -1,0 +1,29 @@
+// Asks once whether the user would rate the application.
+import { make } from "./dom";
+
+export function showRatingPrompt(rate: () => void): void {
+  const dialog = make("dialog.sheet", { "aria-labelledby": "rating-title" });
+  const close = (): void => {
+    dialog.close();
+    dialog.remove();
+  };
+  const yes = make("button.primary", { type: "button" }, "Rate Veyla");
+  yes.addEventListener("click", () => {
+    close();
+    rate();
+  });
+  const no = make("button", { type: "button" }, "No, thanks");
+  no.addEventListener("click", close);
+  dialog.append(
+    make(
+      "div.sheet-card",
+      {},
+      make("h2", { id: "rating-title" }, "Do you like Veyla?"),
+      make("p", {}, "A rating helps others to find it."),
+      yes,
+      no,
+    ),
+  );
+  document.body.append(dialog);
+  dialog.showModal();
+}

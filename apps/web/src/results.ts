@@ -1,0 +1,322 @@
+// The results screen: the history, its labels, deletion and sharing.
+import { defineCustomElement as itemOption } from "@ionic/core/components/ion-item-option.js";
+import { defineCustomElement as itemOptions } from "@ionic/core/components/ion-item-options.js";
+import { defineCustomElement as itemSliding } from "@ionic/core/components/ion-item-sliding.js";
+import {
+  checkmark,
+  ellipseOutline,
+  checkmarkCircle,
+  shareOutline,
+  trashOutline,
+} from "ionicons/icons";
+
+import type { ChooserCell, ResultCell, WebApp } from "./core";
+import { iconButton, make, makeCustom } from "./dom";
+import type { ResultsViews } from "./page";
+
+/** Rows that are made at a time: a long history is made as far as somebody scrolls. */
+const rowsAtOnce = 40;
+
+interface SlidingElement extends HTMLElement {
+  close(): Promise<void>;
+}
+
+export class ResultsScreen implements ResultsViews {
+  readonly page: HTMLElement;
+
+  private readonly list = makeCustom("ion-list", { class: "results-list" });
+  private readonly content = makeCustom("ion-content");
+  private readonly empty = make("p.empty", {}, "No measurements yet");
+  private readonly more = make("div.more", { "aria-hidden": "true" });
+  private readonly left = make("button.bar-button", { type: "button" });
+  private readonly right: readonly [HTMLButtonElement, HTMLButtonElement];
+  private readonly dim = make("div.dim");
+  private readonly chooser = make("div.chooser", { role: "dialog", "aria-label": "Labels" });
+  private readonly toolbar: HTMLElement;
+  private readonly rows: HTMLElement[] = [];
+  private editing = false;
+  private chosen: number | undefined;
+
+  constructor(private readonly core: WebApp) {
+    for (const define of [itemSliding, itemOptions, itemOption]) define();
+    this.right = [
+      make("button.bar-button", { type: "button" }),
+      make("button.bar-button", { type: "button" }),
+    ];
+    this.left.addEventListener("click", () => {
+      if (this.editing) core.clickAllAndNone();
+      else core.resultsClose();
+    });
+    this.right[0].addEventListener("click", () => {
+      core.setResultsEditing(!this.editing);
+    });
+    this.right[1].addEventListener("click", () => {
+      core.showChart();
+    });
+    this.dim.addEventListener("click", () => {
+      core.resultsTouchesBegan();
+    });
+    this.chooser.addEventListener("keydown", (event) => {
+      if (event.key === "Escape") core.closeLabels();
+    });
+    this.toolbar = make(
+      "div.results-toolbar",
+      { role: "toolbar", "aria-label": "Selected measurements" },
+      iconButton(trashOutline, "Delete", () => {
+        core.clickTrash();
+      }),
+      iconButton(shareOutline, "Share", () => {
+        core.clickShare();
+      }),
+    );
+    this.toolbar.inert = true;
+    this.setOpacity("dimView", 0, 0);
+    this.setOpacity("resultsTableViewForLabels", 0, 0);
+
+    this.content.append(make("div", {}, this.empty, this.list, this.more));
+    this.page = make(
+      "div.ion-page.results",
+      {},
+      makeCustom(
+        "ion-header",
+        {},
+        makeCustom(
+          "ion-toolbar",
+          {},
+          makeCustom("ion-buttons", { slot: "start" }, this.left),
+          makeCustom("ion-title", {}, "Results"),
+          makeCustom("ion-buttons", { slot: "end" }, this.right[1], this.right[0]),
+        ),
+      ),
+      this.content,
+      this.toolbar,
+      this.dim,
+      this.chooser,
+    );
+    new IntersectionObserver((entries) => {
+      if (entries.some((entry) => entry.isIntersecting)) this.addRows();
+    }).observe(this.more);
+    core.resultsDidLoad(this);
+    this.addRows();
+    this.showWhetherEmpty();
+    this.page.addEventListener("ionViewWillEnter", () => {
+      core.resultsWillAppear();
+    });
+    this.page.addEventListener("ionViewWillLeave", () => {
+      core.resultsWillDisappear();
+    });
+  }
+
+  // What the core does to the views.
+
+  setLeftButton(title: string): void {
+    this.left.textContent = title;
+  }
+
+  setRightButtons(titles: readonly string[]): void {
+    this.right.forEach((button, index) => {
+      button.textContent = titles[index] ?? "";
+    });
+  }
+
+  listHeight(): number {
+    return Math.round(this.content.clientHeight);
+  }
+
+  setEditing(editing: boolean): void {
+    this.editing = editing;
+    this.list.classList.toggle("editing", editing);
+    for (const row of this.rows) {
+      row.toggleAttribute("disabled", editing);
+      this.setChecked(row, false);
+    }
+  }
+
+  setSelected(row: number, selected: boolean): void {
+    const element = this.rows[row];
+    if (element) this.setChecked(element, selected);
+  }
+
+  deleteRows(rows: readonly number[], fade: boolean): void {
+    // From below, so that the numbers above stay what they are.
+    for (const row of [...rows].sort((left, right) => right - left)) {
+      const [element] = this.rows.splice(row, 1);
+      if (!element) continue;
+      if (fade) this.fadeOut(element);
+      else element.remove();
+    }
+    this.addRows();
+    this.showWhetherEmpty();
+  }
+
+  reloadChooser(): void {
+    const rows = [...Array(this.core.chooserRowCount()).keys()].map((row) => {
+      const cell = this.core.chooserCell(row);
+      return cell.isControls ? this.controlRow() : this.labelRow(row, cell);
+    });
+    this.chooser.replaceChildren(...rows);
+    this.chooser.querySelector("button")?.focus({ preventScroll: true });
+  }
+
+  setCheckMark(chooserRow: number, shown: boolean): void {
+    this.chooser.children[chooserRow]?.setAttribute("aria-checked", String(shown));
+  }
+
+  setOpacity(element: string, opacity: number, seconds: number): void {
+    const view = element === "dimView" ? this.dim : this.chooser;
+    view.style.transition = `opacity ${seconds}s`;
+    // The state before takes effect first, or there would be nothing to fade from.
+    view.getBoundingClientRect();
+    view.style.opacity = String(opacity);
+    view.inert = opacity === 0;
+    view.style.pointerEvents = opacity === 0 ? "none" : "";
+    // A row that was covered is drawn anew; at once means before it is covered.
+    if (opacity === 0 && seconds > 0 && this.chosen !== undefined) {
+      const row = this.rows[this.chosen];
+      if (row) this.fill(row, this.core.resultsCell(this.chosen));
+      this.chosen = undefined;
+    }
+  }
+
+  slideToolbar(upward: number, seconds: number): void {
+    const shown = upward > 0;
+    this.toolbar.style.transition = `transform ${seconds}s, margin-top ${seconds}s`;
+    this.toolbar.classList.toggle("shown", shown);
+    this.toolbar.inert = !shown;
+  }
+
+  // Rows.
+
+  private addRows(): void {
+    const count = this.core.resultsCount();
+    const end = Math.min(count, this.rows.length + rowsAtOnce);
+    while (this.rows.length < end) {
+      const row = this.makeRow();
+      this.fill(row, this.core.resultsCell(this.rows.length));
+      if (this.editing) {
+        row.setAttribute("disabled", "");
+        this.setChecked(row, this.core.isResultSelected(this.rows.length));
+      }
+      this.rows.push(row);
+      this.list.append(row);
+    }
+    this.more.hidden = this.rows.length >= count;
+  }
+
+  private showWhetherEmpty(): void {
+    this.empty.hidden = this.core.resultsCount() > 0;
+  }
+
+  private makeRow(): SlidingElement {
+    const option = makeCustom("ion-item-option", { color: "danger", expandable: "true" });
+    const swipe = this.core.resultsSwipeAction();
+    option.textContent = swipe.title;
+    option.style.setProperty("--background", swipe.background);
+    const circle = makeCustom("ion-icon", {
+      slot: "start",
+      class: "circle",
+      "aria-hidden": "true",
+    });
+    const item = makeCustom(
+      "ion-item",
+      { button: "true", detail: "false" },
+      circle,
+      make(
+        "div.result",
+        {},
+        make("span.date"),
+        make("span.heartrate"),
+        make("span.spo2"),
+        make("span.labels"),
+      ),
+    );
+    const row = makeCustom("ion-item-sliding", {}, item) as SlidingElement;
+    const options = makeCustom("ion-item-options", { side: "end" }, option);
+    row.append(options);
+    item.addEventListener("click", () => {
+      this.tap(row);
+    });
+    const remove = (): void => {
+      void row.close();
+      this.core.tapSwipeAction(this.rows.indexOf(row));
+    };
+    option.addEventListener("click", remove);
+    options.addEventListener("ionSwipe", remove);
+    return row;
+  }
+
+  private fill(row: HTMLElement, cell: ResultCell): void {
+    const set = (name: string, text: string): void => {
+      const view = row.querySelector(`.${name}`);
+      if (view) view.textContent = text;
+    };
+    set("date", cell.date);
+    set("heartrate", cell.heartrate);
+    set("spo2", cell.spo2);
+    set("labels", cell.labels);
+  }
+
+  private tap(row: HTMLElement): void {
+    const index = this.rows.indexOf(row);
+    if (index < 0) return;
+    if (!this.editing) {
+      this.chosen = index;
+      this.core.selectResult(index);
+      return;
+    }
+    const isChecked = row.classList.contains("checked");
+    this.setChecked(row, !isChecked);
+    if (isChecked) this.core.deselectResult(index);
+    else this.core.selectResult(index);
+  }
+
+  private setChecked(row: HTMLElement, checked: boolean): void {
+    row.classList.toggle("checked", checked);
+    const circle = row.querySelector<HTMLElement & { icon?: string }>(".circle");
+    if (circle) circle.icon = checked ? checkmarkCircle : ellipseOutline;
+    circle?.setAttribute("aria-label", checked ? "Selected" : "Not selected");
+  }
+
+  private fadeOut(row: HTMLElement): void {
+    const leaving = row.animate(
+      [
+        { opacity: 1, height: `${row.clientHeight}px` },
+        { opacity: 0, height: "0px" },
+      ],
+      { duration: 250, easing: "ease-out" },
+    );
+    leaving.onfinish = (): void => {
+      row.remove();
+    };
+  }
+
+  // The label chooser.
+
+  private labelRow(row: number, cell: ChooserCell): HTMLElement {
+    const mark = makeCustom("ion-icon", { "aria-hidden": "true" });
+    Object.assign(mark, { icon: checkmark });
+    const button = make(
+      "button.label-row",
+      { type: "button", role: "checkbox", "aria-checked": String(cell.isChecked) },
+      make("span", {}, cell.labelName),
+      mark,
+    );
+    button.addEventListener("click", () => {
+      this.core.tapLabel(row);
+    });
+    return button;
+  }
+
+  private controlRow(): HTMLElement {
+    const remove = make("button.delete", { type: "button" }, "Delete");
+    remove.addEventListener("click", () => {
+      this.chosen = undefined;
+      this.core.tapDeleteRow();
+    });
+    const close = make("button.close", { type: "button" }, "Close");
+    close.addEventListener("click", () => {
+      this.core.closeLabels();
+    });
+    return make("div.control-row", {}, remove, close);
+  }
+}

@@ -1,0 +1,301 @@
+// The built page in a real browser at a phone's size, with a recording as its camera.
+import { mkdirSync } from "node:fs";
+import { fileURLToPath } from "node:url";
+
+import { type Browser, type BrowserContext, chromium, type Page } from "playwright-core";
+import { preview, type PreviewServer } from "vite";
+import { expect } from "vitest";
+
+const root = fileURLToPath(new URL("..", import.meta.url));
+const build = fileURLToPath(new URL("../../../build/", import.meta.url));
+
+/** A recording of a generated finger, made before the tests. */
+export function recording(name: "72" | "96" | "low"): { readonly shows: string } {
+  return { shows: `${build}web-recordings/${name}.y4m` };
+}
+
+/** Where pictures of the screens are kept to be looked at. */
+export const pictures = `${build}web-pictures/`;
+mkdirSync(pictures, { recursive: true });
+
+interface CameraSetup {
+  /** The recording in front of the camera, no camera at all, or one that the user refuses. */
+  readonly camera: { readonly shows: string } | "none" | "refused";
+}
+
+/** How one visitor comes. */
+export interface Visitor {
+  readonly torch?: boolean;
+  readonly stored?: Readonly<Record<string, string>>;
+  readonly colorScheme?: "light" | "dark";
+  readonly viewport?: { readonly width: number; readonly height: number };
+  readonly reducedMotion?: "reduce" | "no-preference";
+  readonly locale?: string;
+  readonly timezoneId?: string;
+  readonly query?: string;
+  /** The browser gives the page no storage, as some do in private windows. */
+  readonly storageBlocked?: boolean;
+}
+
+/** Somebody who has seen the introduction and answered about health records. */
+export const acquainted: Readonly<Record<string, string>> = {
+  "veyla/pleaseNoteShown": "true",
+  "veyla/healthPermissions": '{"heartRate":true,"oxygenSaturation":true}',
+};
+
+export interface Place {
+  readonly x: number;
+  readonly y: number;
+}
+
+export class Visit {
+  readonly log: string[] = [];
+  readonly problems: string[] = [];
+
+  constructor(
+    readonly page: Page,
+    readonly context: BrowserContext,
+    private readonly origin: string,
+  ) {
+    context.on("request", (request) => {
+      const url = new URL(request.url());
+      const isOwn = url.origin === this.origin || ["data:", "blob:"].includes(url.protocol);
+      if (!isOwn) this.problems.push(`a request beyond the origin: ${request.url()}`);
+    });
+    page.on("pageerror", (error) => this.problems.push(`an error in the page: ${error.message}`));
+    page.on("console", (message) => {
+      if (message.type() === "info") this.log.push(message.text());
+      if (message.type() === "error") this.problems.push(`the console: ${message.text()}`);
+    });
+  }
+
+  element(name: string): ReturnType<Page["locator"]> {
+    return this.page.locator(`[data-element="${name}"]`);
+  }
+
+  alert(title: string): ReturnType<Page["locator"]> {
+    return this.page.getByRole("alertdialog", { name: title, exact: true });
+  }
+
+  async start(): Promise<void> {
+    await this.page.getByRole("button", { name: "START" }).click();
+  }
+
+  /** Through the countdown: what the status line says may still stand from the time before. */
+  async startMeasuring(): Promise<void> {
+    await this.start();
+    await this.page.getByText("Will begin in a couple of seconds ...").waitFor();
+    await this.page.getByText("Analyzing - hold steady ...").waitFor();
+  }
+
+  /** The report that the end of a recording logs. */
+  async report(): Promise<{ frames: number; framedrops: number; fps: number }> {
+    const pattern = /^seconds: [\d.]+, frames ([1-9]\d*), framedrops (\d+), fps: ([\d.]+)$/;
+    await expect.poll(() => this.log.some((line) => pattern.test(line))).toBe(true);
+    const found = this.log.map((line) => pattern.exec(line)).findLast((match) => match !== null);
+    const [frames = 0, framedrops = 0, fps = 0] = (found ?? []).slice(1).map(Number);
+    return { frames, framedrops, fps };
+  }
+
+  async stop(): Promise<void> {
+    await this.page.getByRole("button", { name: "STOP" }).click();
+  }
+
+  /** What the core has stored under a key, as text. */
+  stored(key: string): Promise<string | null> {
+    return this.page.evaluate((item) => localStorage.getItem(item), `veyla/${key}`);
+  }
+
+  /** The constraints that the torch was given, in their order. */
+  torch(): Promise<boolean[]> {
+    return this.page.evaluate(() => (window as unknown as { torchSet: boolean[] }).torchSet);
+  }
+
+  /** The addresses that the page handed on to the phone, in their order. */
+  addresses(): Promise<string[]> {
+    return this.page.evaluate(() => (window as unknown as { addresses: string[] }).addresses);
+  }
+
+  /** The page goes to the background or comes back, as a phone's switch between programs does it. */
+  async setInFront(inFront: boolean): Promise<void> {
+    await this.page.evaluate((visible) => {
+      const state = visible ? "visible" : "hidden";
+      Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
+      Object.defineProperty(document, "hidden", { value: !visible, configurable: true });
+      document.dispatchEvent(new Event("visibilitychange"));
+    }, inFront);
+  }
+
+  /** When the screen in front has come to rest; taps before that may be lost. */
+  async settled(): Promise<void> {
+    await this.page.waitForFunction(() => {
+      const pages = [...document.querySelectorAll("ion-nav > .ion-page")];
+      const front = pages.pop();
+      return (
+        front?.matches(":not(.ion-page-hidden, .ion-page-invisible)") === true &&
+        pages.every((page) => page.classList.contains("ion-page-hidden")) &&
+        document.getAnimations().every(({ playState }) => playState !== "running")
+      );
+    });
+  }
+
+  /** A finger's swipe over the middle of the screen. */
+  async swipe(direction: "left" | "right"): Promise<void> {
+    const { width, height } = this.page.viewportSize() ?? { width: 0, height: 0 };
+    const [from, to] = direction === "left" ? [0.75, 0.25] : [0.25, 0.75];
+    await this.drag({ x: width * from, y: height / 2 }, { x: width * to, y: height / 2 });
+  }
+
+  /** A finger's way from one place to another. */
+  drag(from: Place, to: Place): Promise<void> {
+    return this.moveFingers([from], [to]);
+  }
+
+  /** Two fingers' ways at once. */
+  pinch(from: readonly [Place, Place], to: readonly [Place, Place]): Promise<void> {
+    return this.moveFingers(from, to);
+  }
+
+  private async moveFingers(from: readonly Place[], to: readonly Place[]): Promise<void> {
+    const session = await this.context.newCDPSession(this.page);
+    const touch = (
+      type: "touchStart" | "touchMove" | "touchEnd",
+      part?: number,
+    ): Promise<unknown> =>
+      session.send("Input.dispatchTouchEvent", {
+        type,
+        touchPoints:
+          part === undefined
+            ? []
+            : from.map((start, id) => ({
+                id,
+                x: start.x + ((to[id]?.x ?? start.x) - start.x) * part,
+                y: start.y + ((to[id]?.y ?? start.y) - start.y) * part,
+              })),
+      });
+    const steps = 8;
+    await touch("touchStart", 0);
+    for (let step = 1; step <= steps; ++step) await touch("touchMove", step / steps);
+    await touch("touchEnd");
+    await session.detach();
+  }
+
+  async picture(name: string): Promise<void> {
+    await this.page.screenshot({ path: `${pictures}${name}.png` });
+  }
+}
+
+/** Keeps addresses that belong to other programs and pages, which no test browser has. */
+function keepAddresses(): void {
+  const addresses: string[] = [];
+  Object.assign(window, { addresses });
+  const { click } = HTMLAnchorElement.prototype as { click: (this: HTMLAnchorElement) => void };
+  HTMLAnchorElement.prototype.click = function (this: HTMLAnchorElement): void {
+    if (this.protocol === "blob:") click.call(this);
+    else addresses.push(this.href);
+  };
+}
+
+/** Stands in for the one thing that no generated camera has, at the edge of the track. */
+function addTorch(): void {
+  const tracks = MediaStreamTrack.prototype;
+  const torchSet: boolean[] = [];
+  Object.assign(window, { torchSet });
+  const { getCapabilities: capabilities, applyConstraints: apply } = tracks as {
+    getCapabilities: (this: MediaStreamTrack) => MediaTrackCapabilities;
+    applyConstraints: (this: MediaStreamTrack, constraints: MediaTrackConstraints) => Promise<void>;
+  };
+  tracks.getCapabilities = function (this: MediaStreamTrack): MediaTrackCapabilities {
+    return { ...capabilities.call(this), torch: true } as MediaTrackCapabilities;
+  };
+  tracks.applyConstraints = function (
+    this: MediaStreamTrack,
+    constraints?: MediaTrackConstraints,
+  ): Promise<void> {
+    const advanced = (constraints?.advanced ?? []) as Record<string, unknown>[];
+    for (const { torch } of advanced) if (typeof torch === "boolean") torchSet.push(torch);
+    const others = advanced.filter((each) => !("torch" in each));
+    return apply.call(this, { ...constraints, advanced: others });
+  };
+}
+
+export class PhoneBrowser {
+  private constructor(
+    private readonly browser: Browser,
+    private readonly server: PreviewServer,
+    private readonly setup: CameraSetup,
+  ) {}
+
+  static async open(setup: CameraSetup): Promise<PhoneBrowser> {
+    const args = [
+      "--no-sandbox",
+      "--disable-gpu",
+      "--disable-quic",
+      "--disable-background-networking",
+      "--disable-component-update",
+      "--disable-sync",
+    ];
+    if (setup.camera === "refused") args.push("--use-fake-device-for-media-stream");
+    else args.push("--use-fake-ui-for-media-stream");
+    if (setup.camera !== "none" && setup.camera !== "refused") {
+      args.push("--use-fake-device-for-media-stream");
+      args.push(`--use-file-for-fake-video-capture=${setup.camera.shows}`);
+    }
+    const [browser, server] = await Promise.all([
+      chromium.launch({ executablePath: process.env["CHROMIUM"] ?? "/usr/bin/chromium", args }),
+      preview({
+        root,
+        configFile: `${root}vite.config.ts`,
+        preview: { host: "127.0.0.1", port: 0 },
+        logLevel: "warn",
+      }),
+    ]);
+    return new PhoneBrowser(browser, server, setup);
+  }
+
+  get url(): string {
+    return this.server.resolvedUrls?.local[0] ?? "";
+  }
+
+  async visit(visitor: Visitor = {}): Promise<Visit> {
+    const context = await this.browser.newContext({
+      viewport: visitor.viewport ?? { width: 390, height: 844 },
+      deviceScaleFactor: 2,
+      hasTouch: true,
+      isMobile: true,
+      colorScheme: visitor.colorScheme ?? "light",
+      reducedMotion: visitor.reducedMotion ?? "no-preference",
+      locale: visitor.locale ?? "en-US",
+      timezoneId: visitor.timezoneId ?? "UTC",
+      permissions: this.setup.camera === "refused" ? [] : ["camera"],
+    });
+    await context.addInitScript(keepAddresses);
+    if (visitor.torch ?? true) await context.addInitScript(addTorch);
+    if (visitor.storageBlocked) {
+      await context.addInitScript(() => {
+        Object.defineProperty(window, "localStorage", {
+          get() {
+            throw new DOMException("blocked", "SecurityError");
+          },
+        });
+      });
+    }
+    await context.addInitScript(
+      (stored) => {
+        // Once, so that a reloaded page finds what it stored itself.
+        if (Object.keys(stored).length === 0 || localStorage.length > 0) return;
+        for (const [key, text] of Object.entries(stored)) localStorage.setItem(key, text);
+      },
+      visitor.storageBlocked ? {} : (visitor.stored ?? {}),
+    );
+    const visit = new Visit(await context.newPage(), context, new URL(this.url).origin);
+    await visit.page.goto(`${this.url}${visitor.query ?? "?log"}`);
+    await visit.page.locator(".measuring-grid").waitFor();
+    return visit;
+  }
+
+  async close(): Promise<void> {
+    await this.browser.close();
+    await this.server.close();
+  }
+}

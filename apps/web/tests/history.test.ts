@@ -1,0 +1,273 @@
+// The results list with labels, deletion and sharing, and the charts.
+import { readFileSync } from "node:fs";
+
+import { afterAll, beforeAll, expect, it } from "vitest";
+
+import { expectAccessible } from "./accessible";
+import { acquainted, PhoneBrowser, recording, type Visit, type Visitor } from "./browser";
+
+let phone: PhoneBrowser;
+beforeAll(async () => {
+  phone = await PhoneBrowser.open({ camera: recording("72") });
+});
+afterAll(() => phone.close());
+
+interface Entry {
+  readonly hr: number;
+  readonly spo2: number;
+  /** Seconds since 1970. */
+  readonly date: number;
+  readonly labels?: readonly number[];
+}
+
+/** 5 March 2024, 14:07:21 UTC. */
+const march = 1709647641;
+const day = 86_400;
+
+const entries: readonly Entry[] = [
+  { hr: 61.4, spo2: 0, date: march - 2 * day },
+  { hr: 0, spo2: 97.4, date: march - day, labels: [3] },
+  { hr: 71.6, spo2: 98.5, date: march, labels: [0, 1] },
+];
+
+function storedHistory(history: readonly Entry[]): Readonly<Record<string, string>> {
+  const values = history.map(({ hr, spo2, date, labels }) => ({
+    hr,
+    spo2,
+    date: { $date: date },
+    labels: Array.from({ length: 7 }, (_, label) => labels?.includes(label) ?? false),
+  }));
+  return { ...acquainted, "veyla/values": JSON.stringify(values) };
+}
+
+async function openResults(history = entries, visitor: Visitor = {}): Promise<Visit> {
+  const visit = await phone.visit({ ...visitor, stored: storedHistory(history) });
+  await visit.swipe("right");
+  await visit.page.getByRole("button", { name: "Edit" }).waitFor();
+  await visit.settled();
+  return visit;
+}
+
+function chooser(visit: Visit): ReturnType<Visit["page"]["locator"]> {
+  return visit.page.getByRole("dialog", { name: "Labels" });
+}
+
+async function storedEntries(visit: Visit): Promise<{ hr: number; labels: boolean[] }[]> {
+  return JSON.parse((await visit.stored("values")) ?? "[]") as { hr: number; labels: boolean[] }[];
+}
+
+async function labelsOf(visit: Visit, entry: number): Promise<number[]> {
+  const labels = (await storedEntries(visit))[entry]?.labels ?? [];
+  return labels.flatMap((flag, label) => (flag ? [label] : []));
+}
+
+function rowTexts(visit: Visit): Promise<string[][]> {
+  return visit.page
+    .locator(".result")
+    .evaluateAll((rows) => rows.map((row) => [...row.children].map((each) => each.textContent)));
+}
+
+it("lists the history newest first, in the texts of the core", async () => {
+  const visit = await openResults();
+  const texts = (await rowTexts(visit)).map((row) => row.map((text) => text.replace(/\s/gu, " ")));
+  expect(texts).toEqual([
+    ["Mar 5, 2024, 2:07 PM", "72 bpm", "98%", "Resting, Active"],
+    ["Mar 4, 2024, 2:07 PM", "--", "97%", "Training (Before)"],
+    ["Mar 3, 2024, 2:07 PM", "61 bpm", "--", ""],
+  ]);
+  await visit.picture("results");
+  await expectAccessible(visit, "results");
+  expect(visit.problems).toEqual([]);
+});
+
+it("keeps labels that exclude each other apart, and stores every tap", async () => {
+  const visit = await openResults();
+  const { page } = visit;
+  const label = (name: string): ReturnType<typeof page.getByRole> =>
+    page.getByRole("checkbox", { name, exact: true });
+  await page.locator(".result").nth(1).click();
+  await label("Training (After)").waitFor();
+  await page.waitForTimeout(700);
+  expect(await label("Training (Before)").getAttribute("aria-checked")).toBe("true");
+  await visit.picture("labels");
+  await expectAccessible(visit, "labels");
+
+  await label("Training (After)").click();
+  expect(await labelsOf(visit, 1)).toEqual([4]);
+  expect(await label("Training (Before)").getAttribute("aria-checked")).toBe("false");
+  await label("Sleep (Before)").click();
+  await label("Resting").click();
+  expect(await labelsOf(visit, 1)).toEqual([0, 4, 5]);
+  await label("Sleep (After)").click();
+  expect(await labelsOf(visit, 1)).toEqual([0, 4, 6]);
+  await label("Training (Before)").click();
+  expect(await labelsOf(visit, 1)).toEqual([0, 3, 6]);
+  // The other entries keep theirs.
+  expect(await labelsOf(visit, 2)).toEqual([0, 1]);
+
+  await chooser(visit).getByRole("button", { name: "Close" }).click();
+  await expect
+    .poll(async () => (await rowTexts(visit))[1]?.[3])
+    .toBe("Resting, Training (Before), Sleep (After)");
+  expect(visit.problems).toEqual([]);
+});
+
+it("deletes from the chooser, by a swipe and by the selection", async () => {
+  const visit = await openResults();
+  const { page } = visit;
+  const heartrates = async (): Promise<number[]> =>
+    (await storedEntries(visit)).map(({ hr }) => hr);
+
+  await page.locator(".result").nth(0).click();
+  await chooser(visit).getByRole("button", { name: "Delete" }).click();
+  await expect.poll(heartrates).toEqual([61.4, 0]);
+  await expect.poll(async () => (await rowTexts(visit)).length).toBe(2);
+  await page.waitForTimeout(700);
+
+  const row = await page.locator("ion-item-sliding").first().boundingBox();
+  await visit.drag({ x: 340, y: (row?.y ?? 0) + 25 }, { x: 200, y: (row?.y ?? 0) + 25 });
+  const option = page.locator("ion-item-option").first();
+  await option.waitFor({ state: "visible" });
+  await page.waitForTimeout(500);
+  await visit.picture("results-swiped");
+  await option.click();
+  await expect.poll(heartrates).toEqual([61.4]);
+
+  await page.waitForTimeout(500);
+  await page.getByRole("button", { name: "Edit" }).click();
+  await page.locator(".result").first().click();
+  await page.getByRole("toolbar").getByRole("button", { name: "Delete" }).click();
+  await expect.poll(() => visit.stored("values")).toBe("[]");
+  await page.getByText("No measurements yet").waitFor();
+  // Out of editing again.
+  await page.getByRole("button", { name: "Edit" }).waitFor();
+  expect(visit.problems).toEqual([]);
+});
+
+it("selects all and none, and shares the selection as it is asked to", async () => {
+  const visit = await openResults();
+  const { page } = visit;
+  const selected = (): Promise<number> => page.locator("ion-item-sliding.checked").count();
+  const toolbar = page.locator(".results-toolbar");
+
+  await page.getByRole("button", { name: "Edit" }).click();
+  await page.getByRole("button", { name: "All", exact: true }).click();
+  expect(await selected()).toBe(3);
+  await page.waitForTimeout(700);
+  await visit.picture("results-editing");
+  await expectAccessible(visit, "editing");
+  await page.getByRole("button", { name: "None", exact: true }).click();
+  expect(await selected()).toBe(0);
+  await expect.poll(() => toolbar.evaluate((bar) => (bar as HTMLElement).inert)).toBe(true);
+
+  // The newest and the oldest.
+  await page.locator(".result").nth(2).click();
+  await page.locator(".result").nth(0).click();
+  const lines = "Date,Heart Rate,Saturation\n2024-03-05 14:07:21,72,98\n2024-03-03 14:07:21,61,0";
+
+  for (const choice of ["Email (csv)", "Cancel"]) {
+    await page.getByRole("toolbar").getByRole("button", { name: "Share" }).click();
+    await page.waitForTimeout(500);
+    if (choice === "Cancel") await visit.picture("share");
+    await page.getByRole("button", { name: choice, exact: true }).click();
+    const [download] = await Promise.all([
+      page.waitForEvent("download"),
+      page.getByRole("button", { name: /^Save veyla-data-/ }).click(),
+    ]);
+    const today = new Date().toISOString().slice(0, 10).replaceAll("-", "");
+    expect(download.suggestedFilename()).toBe(`veyla-data-${today}.csv`);
+    expect(readFileSync(await download.path()).toString("latin1")).toBe(lines);
+    await visit.picture("mail");
+    await expectAccessible(visit, "mail");
+    await page.getByRole("button", { name: "Cancel", exact: true }).click();
+    await page.getByRole("heading", { name: "New mail" }).waitFor({ state: "detached" });
+  }
+
+  await page.getByRole("toolbar").getByRole("button", { name: "Share" }).click();
+  await page.getByRole("button", { name: "Email (text)" }).click();
+  await page.getByRole("button", { name: "Open mail app" }).click();
+  const address = (await visit.addresses()).at(-1) ?? "";
+  const query = new URL(address).searchParams;
+  expect(address).toMatch(/^mailto:\?/);
+  expect(query.get("subject")).toBe("Veyla data");
+  expect(query.get("body")?.replaceAll("\r\n", "\n")).toBe(
+    "The heart rate and saturation data have been measured with the Veyla app. It can be " +
+      `downloaded on the App Store: iTunes link (https://veyla.example/app).\n\n${lines}`,
+  );
+  expect(visit.log).toContain("Mail cancelled");
+  expect(visit.problems).toEqual([]);
+});
+
+it("lists a long history as far as it is scrolled", async () => {
+  const long = Array.from({ length: 3000 }, (_, index) => ({
+    hr: 60 + (index % 30),
+    spo2: 97,
+    date: march + index * 3600,
+  }));
+  const visit = await openResults(long);
+  const first = (await rowTexts(visit)).length;
+  expect(first).toBeGreaterThan(20);
+  expect(first).toBeLessThan(200);
+  await visit.page.locator(".results ion-content").evaluate(async (content) => {
+    const scroller = await (
+      content as HTMLElement & { getScrollElement(): Promise<HTMLElement> }
+    ).getScrollElement();
+    scroller.scrollTop = scroller.scrollHeight;
+  });
+  await expect.poll(async () => (await rowTexts(visit)).length).toBeGreaterThan(first);
+  expect(visit.problems).toEqual([]);
+});
+
+it("charts daily means by period and label, to be dragged and zoomed", async () => {
+  const now = Math.floor(Date.now() / 1000);
+  const month = Array.from({ length: 30 }, (_, index) => ({
+    hr: 62 + 12 * Math.sin(index / 3) + (index % 4),
+    spo2: 96.5 + 1.5 * Math.cos(index / 4),
+    date: now - (29 - index) * day,
+    labels: index % 2 === 0 ? [0] : [1],
+  }));
+  const visit = await openResults(month);
+  const { page } = visit;
+  await page.getByRole("button", { name: "Chart" }).click();
+  const charts = page.locator(".line-chart .plot");
+  await expect.poll(() => charts.first().getAttribute("aria-label")).toContain("heartrate");
+  await visit.settled();
+  await visit.picture("charts-week");
+  const week = (await charts.first().getAttribute("aria-label")) ?? "";
+
+  await page.locator("ion-segment-button", { hasText: "3 Months" }).click();
+  await page.waitForTimeout(500);
+  await visit.picture("charts-3-months");
+  await expectAccessible(visit, "charts");
+  const whole = await charts.first().screenshot();
+  const box = await charts.first().boundingBox();
+  const at = (x: number): { x: number; y: number } => ({
+    x: (box?.x ?? 0) + x,
+    y: (box?.y ?? 0) + (box?.height ?? 0) / 2,
+  });
+  // Nothing to drag to, until a closer look leaves something out.
+  await visit.drag(at(250), at(100));
+  expect((await charts.first().screenshot()).equals(whole)).toBe(true);
+  await visit.pinch([at(150), at(200)], [at(60), at(300)]);
+  const close = await charts.first().screenshot();
+  expect(close.equals(whole)).toBe(false);
+  await visit.picture("charts-zoomed");
+  await visit.drag(at(250), at(100));
+  expect((await charts.first().screenshot()).equals(close)).toBe(false);
+
+  // A tap that follows a drag too soon belongs to it.
+  await page.waitForTimeout(600);
+  await page.getByRole("button", { name: "Choose Label" }).click();
+  await page.getByRole("dialog", { name: "Choose label" }).waitFor();
+  await page.waitForTimeout(400);
+  await visit.picture("charts-labels");
+  await page.getByRole("button", { name: "Training (Before)" }).click();
+  await page.getByText("Not enough heartrate data").waitFor();
+  await page.getByText("Not enough SpO2 data").waitFor();
+  await page.getByRole("button", { name: "Training (Before)" }).click();
+  await page.getByRole("button", { name: "None", exact: true }).click();
+  await page.getByRole("button", { name: "Choose Label" }).waitFor();
+  await page.locator("ion-segment-button", { hasText: "Week" }).click();
+  await expect.poll(() => charts.first().getAttribute("aria-label")).toBe(week);
+  expect(visit.problems).toEqual([]);
+});

@@ -1,0 +1,141 @@
+// Everything that keeps a measurement from its result.
+import { afterAll, beforeAll, describe, expect, it } from "vitest";
+
+import { acquainted, PhoneBrowser, recording, type Visit } from "./browser";
+
+const instruction = "Tap START to begin - don't cover camera";
+
+async function expectIdle(visit: Visit): Promise<void> {
+  await visit.page.getByRole("button", { name: "START" }).waitFor();
+  await expect.poll(() => visit.element("labelGrey").textContent()).toBe(instruction);
+  await expect.poll(() => visit.element("labelHeartrate").textContent()).toBe("--");
+  expect(await visit.stored("values")).toBeNull();
+}
+
+/** Whether the page holds a camera, which phones show to their owners. */
+function holdsCamera(visit: Visit): Promise<boolean> {
+  return visit.page.evaluate(() => document.querySelector("video")?.srcObject != null);
+}
+
+describe("with a camera and a torch", () => {
+  let phone: PhoneBrowser;
+  beforeAll(async () => {
+    phone = await PhoneBrowser.open({ camera: recording("72") });
+  });
+  afterAll(() => phone.close());
+
+  it("STOP during the countdown ends it", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    await visit.start();
+    await visit.alert("Starting ...").waitFor();
+    await visit.page.waitForTimeout(500);
+    await visit.stop();
+    await expectIdle(visit);
+    // The countdown's end begins nothing.
+    await visit.page.waitForTimeout(2200);
+    await expectIdle(visit);
+    expect(await visit.torch()).not.toContain(true);
+    expect(await holdsCamera(visit)).toBe(false);
+    expect(visit.problems).toEqual([]);
+  });
+
+  it("STOP while measuring ends it, and the next START begins anew", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    for (let round = 0; round < 2; ++round) {
+      await visit.startMeasuring();
+      expect(await holdsCamera(visit)).toBe(true);
+      await visit.stop();
+      await expectIdle(visit);
+      expect(await holdsCamera(visit)).toBe(false);
+    }
+    expect(await visit.torch()).toEqual([true, false, true, false]);
+    expect(visit.problems).toEqual([]);
+  });
+
+  it("a page that goes to the background stops, and comes back as it began", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    await visit.startMeasuring();
+    await visit.setInFront(false);
+    expect(await holdsCamera(visit)).toBe(false);
+    expect(visit.log.slice(-4)).toContain("AppDelegate didEnterBackground");
+    // What was shown stays until the page is back.
+    expect(await visit.element("labelRed").textContent()).toBe("Analyzing - hold steady ...");
+    await visit.setInFront(true);
+    await expectIdle(visit);
+    expect(visit.log.slice(-2)).toEqual([
+      "AppDelegate willEnterForeground",
+      "AppDelegate didBecomeActive",
+    ]);
+    expect(visit.problems).toEqual([]);
+  });
+
+  it("nothing ticked is nothing to run", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    const heartrate = visit.page.getByRole("checkbox", { name: "Measure heart rate" });
+    const spo2 = visit.page.getByRole("checkbox", { name: "Measure oxygen saturation" });
+    await heartrate.click();
+    await spo2.click();
+    expect(await heartrate.getAttribute("aria-checked")).toBe("false");
+    await visit.start();
+    await visit.alert("Nothing to run").waitFor();
+    await visit.page.waitForTimeout(400);
+    await visit.picture("alert-nothing-to-run");
+    // A tap beside it closes it, as its button would.
+    await visit.page.touchscreen.tap(20, 20);
+    await visit.alert("Nothing to run").waitFor({ state: "detached" });
+    expect(await holdsCamera(visit)).toBe(false);
+    expect(visit.problems).toEqual([]);
+  });
+
+  it("a camera without a torch is told", async () => {
+    const visit = await phone.visit({ stored: acquainted, torch: false });
+    await visit.start();
+    await visit.alert("Torch not found or not supported by this device.").waitFor();
+    await visit.alert("Error").waitFor();
+    await visit.page.getByRole("button", { name: "Done" }).click();
+    await visit.page.waitForTimeout(400);
+    await visit.picture("alert-no-torch");
+    await visit.page.getByRole("button", { name: "OK" }).click();
+    expect(await holdsCamera(visit)).toBe(false);
+    await visit.stop();
+    await expectIdle(visit);
+    expect(visit.problems).toEqual([]);
+  });
+
+  it("swipes lead to the other screens, which end the measurement", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    await visit.startMeasuring();
+    await visit.swipe("right");
+    await visit.page.getByRole("button", { name: "Edit" }).waitFor();
+    await expect.poll(() => holdsCamera(visit)).toBe(false);
+    await visit.settled();
+    await visit.page.getByRole("button", { name: "Close" }).click();
+    await expectIdle(visit);
+    expect(visit.problems).toEqual([]);
+  });
+});
+
+it("a refused camera is told at START", async () => {
+  const phone = await PhoneBrowser.open({ camera: "refused" });
+  const visit = await phone.visit({ stored: acquainted });
+  await visit.start();
+  await visit.alert("No Camera Access").waitFor();
+  await visit.page.waitForTimeout(400);
+  await visit.picture("alert-no-camera-access");
+  await visit.page.getByRole("button", { name: "Done" }).click();
+  await expectIdle(visit);
+  expect(visit.problems).toEqual([]);
+  await phone.close();
+});
+
+it("a phone without a camera is told", async () => {
+  const phone = await PhoneBrowser.open({ camera: "none" });
+  const visit = await phone.visit({ stored: acquainted });
+  await visit.start();
+  await visit.alert("Error").waitFor();
+  await visit.page.getByRole("button", { name: "Done" }).click();
+  await visit.alert("Camera not found").waitFor();
+  await visit.page.getByRole("button", { name: "OK" }).click();
+  expect(visit.problems).toEqual([]);
+  await phone.close();
+});

@@ -1,0 +1,78 @@
+// What is stored outlasts a full store, a damaged one, and none at all.
+import { readFileSync } from "node:fs";
+
+import { afterAll, beforeAll, expect, it } from "vitest";
+
+import { acquainted, PhoneBrowser, recording } from "./browser";
+
+const entry =
+  '{"hr":61.5,"spo2":97.25,"date":{"$date":1700000000.5},' +
+  '"labels":[true,false,false,false,false,false,false]}';
+const values = `[${entry}]`;
+
+let phone: PhoneBrowser;
+beforeAll(async () => {
+  phone = await PhoneBrowser.open({ camera: recording("72") });
+});
+afterAll(() => phone.close());
+
+it("a full store tells what was not saved and loses nothing", async () => {
+  const visit = await phone.visit({ stored: { ...acquainted, "veyla/values": values } });
+  const { page } = visit;
+  await page.evaluate(() => {
+    // All the room that there is, in ever smaller pieces.
+    for (let size = 1 << 22; size > 0; size = Math.floor(size / 2)) {
+      for (let piece = 0; ; ++piece) {
+        try {
+          localStorage.setItem(`filler ${size} ${piece}`, "x".repeat(size));
+        } catch {
+          break;
+        }
+      }
+    }
+  });
+  await page.getByRole("checkbox", { name: "Measure oxygen saturation" }).click();
+  await visit.start();
+  await page.getByRole("heading", { name: "Not saved" }).first().waitFor({ timeout: 60_000 });
+  await page.waitForTimeout(500);
+  await visit.picture("storage-full");
+  await page.getByText("FINISHED").waitFor();
+  expect(await page.getByText("storage for the page is full").first().isVisible()).toBe(true);
+  expect(await visit.stored("values")).toBe(values);
+  expect(await visit.stored("last_heartrate")).toBeNull();
+  // The value is shown all the same.
+  expect(Number(await visit.element("labelHeartrate").textContent())).toBeGreaterThan(60);
+  expect(visit.problems).toEqual([]);
+});
+
+it("a damaged history is told, kept as it is, and can be saved and set aside", async () => {
+  const damaged = `[${entry},{"hr":7`;
+  const visit = await phone.visit({ stored: { ...acquainted, "veyla/values": damaged } });
+  const { page } = visit;
+  await visit.swipe("right");
+  await page.getByRole("heading", { name: "Damaged data" }).waitFor();
+  await visit.settled();
+  await visit.picture("storage-damaged");
+  const [download] = await Promise.all([
+    page.waitForEvent("download"),
+    page.getByRole("button", { name: "Save a copy" }).click(),
+  ]);
+  expect(readFileSync(await download.path(), "utf8")).toBe(damaged);
+  expect(await visit.stored("values")).toBe(damaged);
+
+  await page.getByRole("button", { name: "Set it aside" }).click();
+  await expect.poll(() => visit.stored("values")).toBeNull();
+  const kept = await page.evaluate(() =>
+    Object.entries(localStorage)
+      .filter(([key]) => key.startsWith("veyla/damaged values"))
+      .map(([, text]) => JSON.parse(text as string) as string),
+  );
+  expect(kept).toEqual([damaged]);
+  expect(visit.problems).toEqual([]);
+});
+
+it("a browser that stores nothing still measures, and says so", async () => {
+  const visit = await phone.visit({ storageBlocked: true });
+  await visit.page.getByRole("heading", { name: "Not saved" }).waitFor();
+  expect(await visit.page.getByText("keeps nothing for this page").isVisible()).toBe(true);
+});

@@ -1,0 +1,56 @@
+import { createHash } from "node:crypto";
+import { readdirSync, readFileSync, writeFileSync } from "node:fs";
+import { join, relative } from "node:path";
+import { fileURLToPath } from "node:url";
+
+import { defineConfig, type Plugin } from "vite";
+
+const root = fileURLToPath(new URL(".", import.meta.url));
+const outDir = fileURLToPath(new URL("../../build/site", import.meta.url));
+
+function filesIn(folder: string): string[] {
+  return readdirSync(folder, { withFileTypes: true }).flatMap((entry) => {
+    const path = join(folder, entry.name);
+    return entry.isDirectory() ? filesIn(path) : [path];
+  });
+}
+
+/** Tells the service worker what to keep for the time without a network, and under which name. */
+function fileListForServiceWorker(): Plugin {
+  return {
+    name: "file-list-for-service-worker",
+    apply: "build",
+    closeBundle(): void {
+      const worker = join(outDir, "service-worker.js");
+      const files = filesIn(outDir).filter((file) => file !== worker);
+      const hash = createHash("sha256");
+      for (const file of files) hash.update(readFileSync(file));
+      const names = ["./", ...files.map((file) => relative(outDir, file).replaceAll("\\", "/"))];
+      const source = readFileSync(worker, "utf8")
+        .replace('"VERSION"', JSON.stringify(hash.digest("hex").slice(0, 16)))
+        .replace('["FILES"]', JSON.stringify(names.filter((name) => name !== "index.html")));
+      writeFileSync(worker, source);
+    },
+  };
+}
+
+export default defineConfig({
+  root,
+  // The folder may be served from anywhere below a host.
+  base: "./",
+  resolve: {
+    alias: {
+      "veyla-core": fileURLToPath(
+        new URL("../../build/web/apps/web/veyla_app.mjs", import.meta.url),
+      ),
+    },
+  },
+  build: {
+    outDir,
+    emptyOutDir: true,
+    target: "es2022",
+    assetsInlineLimit: 0,
+    chunkSizeWarningLimit: 1000,
+  },
+  plugins: [fileListForServiceWorker()],
+});

@@ -1,0 +1,275 @@
+// The rear camera as a video track: opening it, its torch and modes, and its frames' pixels.
+//
+// Needs `getUserMedia`, which browsers give to pages from HTTPS or localhost alone. Uses
+// `requestVideoFrameCallback`, and the Permissions API where it knows cameras.
+
+/** What the camera hands its frames and answers to. */
+export interface CameraListener {
+  settle(pending: number, answer: number): void;
+  /** Room for the pixels of one frame, red, green, blue and alpha. */
+  frameBuffer(width: number, height: number): Uint8Array;
+  /** Seconds of the video's own time, and how many frames nobody took since the last one. */
+  takeFrame(time: number, missed: number): void;
+  log(line: string): void;
+  /** Milliseconds that one frame has taken. */
+  frameTaken(milliseconds: number): void;
+}
+
+// What TypeScript's own description of tracks lacks.
+interface CameraCapabilities extends MediaTrackCapabilities {
+  torch?: boolean;
+  exposureMode?: string[];
+  whiteBalanceMode?: string[];
+  focusMode?: string[];
+}
+
+type ModeName = "exposureMode" | "whiteBalanceMode" | "focusMode";
+
+/** The low preset: about its size and rate, whatever the camera makes of it. */
+const lowPreset: MediaTrackConstraints = {
+  width: { ideal: 320 },
+  height: { ideal: 240 },
+  frameRate: { ideal: 30 },
+};
+
+/** Pictures beyond this width are drawn smaller before their pixels are read. */
+const widestReading = 640;
+
+/** Rear cameras that are tried for one with a torch. */
+const mostCameras = 4;
+
+function nameOf(error: unknown): string {
+  return error instanceof Error ? error.name : String(error);
+}
+
+export class TrackCamera {
+  private readonly video = document.createElement("video");
+  private readonly canvas = document.createElement("canvas");
+  private readonly pixels = this.canvas.getContext("2d", {
+    willReadFrequently: true,
+  });
+  private state: PermissionState | "unknown" = "prompt";
+  private stream: MediaStream | undefined;
+  private opening = 0;
+  private playing = false;
+  private presented: number | undefined;
+  private lastTime = -Infinity;
+  private applied: Promise<void> = Promise.resolve();
+
+  constructor(private readonly listener: CameraListener) {
+    // Some browsers play only what is part of the page.
+    this.video.className = "camera";
+    this.video.muted = true;
+    this.video.playsInline = true;
+    this.video.setAttribute("aria-hidden", "true");
+    document.body.append(this.video);
+  }
+
+  /** Finds out whether the camera may be used; to be awaited before anything else. */
+  async prepare(): Promise<void> {
+    // `mediaDevices` is missing from pages that did not come by HTTPS.
+    if (!("mediaDevices" in navigator)) {
+      this.state = "unknown";
+      return;
+    }
+    try {
+      const status = await navigator.permissions.query({
+        name: "camera",
+      });
+      this.state = status.state;
+      status.onchange = (): void => {
+        this.state = status.state;
+      };
+    } catch {
+      // The browser does not tell before it is asked for the camera itself.
+      this.state = "prompt";
+    }
+  }
+
+  authorization(): string {
+    return this.state;
+  }
+
+  request(pending: number): void {
+    void this.firstStream().then((stream) => {
+      stream?.getTracks().forEach((track) => {
+        track.stop();
+      });
+      this.listener.settle(pending, stream ? 1 : 0);
+    });
+  }
+
+  open(pending: number): void {
+    this.close();
+    const opening = this.opening;
+    void this.streamWithTorch().then((stream) => {
+      if (opening === this.opening) {
+        this.stream = stream;
+      } else {
+        stream?.getTracks().forEach((track) => {
+          track.stop();
+        });
+      }
+      this.listener.settle(pending, 0);
+    });
+  }
+
+  close(): void {
+    ++this.opening;
+    this.stream?.getTracks().forEach((track) => {
+      track.stop();
+    });
+    this.stream = undefined;
+    this.video.srcObject = null;
+  }
+
+  hasTrack(): boolean {
+    return this.track() !== undefined;
+  }
+
+  hasTorch(): boolean {
+    return this.capabilities().torch === true;
+  }
+
+  supports(name: ModeName, mode: string): boolean {
+    return this.capabilities()[name]?.includes(mode) === true;
+  }
+
+  setting(name: ModeName | "zoom"): string | number | null {
+    const settings = this.track()?.getSettings() as Record<string, string | number> | undefined;
+    return settings?.[name] ?? null;
+  }
+
+  /** All constraints that are to hold; each call replaces the last one's. */
+  apply(constraints: Record<string, string | boolean>): void {
+    const track = this.track();
+    // A copy: the caller goes on with its own.
+    const advanced = Object.entries(constraints).map(([name, value]) => ({
+      [name]: value,
+    }));
+    this.applied = this.applied.then(async () => {
+      try {
+        await track?.applyConstraints({ advanced });
+      } catch (error) {
+        this.listener.log(`the camera refuses ${JSON.stringify(advanced)}: ${nameOf(error)}`);
+      }
+    });
+  }
+
+  play(): void {
+    this.playing = true;
+    this.presented = undefined;
+    this.lastTime = -Infinity;
+    this.video.srcObject = this.stream ?? null;
+    void this.video.play().catch((error: unknown) => {
+      // The session may have stopped before the first frame.
+      if (this.playing) this.listener.log(`the camera's video does not play: ${nameOf(error)}`);
+    });
+    this.awaitFrame();
+  }
+
+  pause(): void {
+    this.playing = false;
+    this.video.pause();
+  }
+
+  private track(): MediaStreamTrack | undefined {
+    return this.stream?.getVideoTracks().at(0);
+  }
+
+  private capabilities(track = this.track()): CameraCapabilities {
+    // Not every browser has it.
+    return track && "getCapabilities" in track ? track.getCapabilities() : {};
+  }
+
+  private async openStream(video: MediaTrackConstraints): Promise<MediaStream | undefined> {
+    if (!("mediaDevices" in navigator)) return undefined;
+    try {
+      const stream = await navigator.mediaDevices.getUserMedia({
+        audio: false,
+        video,
+      });
+      this.state = "granted";
+      return stream;
+    } catch (error) {
+      this.listener.log(`the camera does not open: ${nameOf(error)}`);
+      if (nameOf(error) === "NotAllowedError") {
+        const before = this.state;
+        await this.prepare();
+        // A browser that cannot be asked has answered now.
+        if (before === "prompt" && !("permissions" in navigator)) this.state = "denied";
+      } else if (nameOf(error) !== "SecurityError") {
+        // It may be used, but there is none, or another program has it.
+        this.state = "granted";
+      }
+      return undefined;
+    }
+  }
+
+  private firstStream(): Promise<MediaStream | undefined> {
+    return this.openStream({
+      ...lowPreset,
+      facingMode: { ideal: "environment" },
+    });
+  }
+
+  /** Of several rear cameras the first with a torch; without any, the browser's choice. */
+  private async streamWithTorch(): Promise<MediaStream | undefined> {
+    const first = await this.firstStream();
+    const track = first?.getVideoTracks().at(0);
+    if (!first || !track || this.capabilities(track).torch === true) return first;
+    const devices = await navigator.mediaDevices.enumerateDevices();
+    const others = devices.filter(
+      (device) =>
+        device.kind === "videoinput" &&
+        device.deviceId !== track.getSettings().deviceId &&
+        /back|rear|environment/i.test(device.label),
+    );
+    for (const { deviceId } of others.slice(0, mostCameras - 1)) {
+      track.stop();
+      const other = await this.openStream({
+        ...lowPreset,
+        deviceId: { exact: deviceId },
+      });
+      if (other && this.capabilities(other.getVideoTracks().at(0)).torch === true) return other;
+      other?.getTracks().forEach((each) => {
+        each.stop();
+      });
+    }
+    return track.readyState === "live" ? first : this.firstStream();
+  }
+
+  private awaitFrame(): void {
+    this.video.requestVideoFrameCallback((now, frame) => {
+      if (!this.playing) return;
+      this.awaitFrame();
+      this.takeFrame(now, frame);
+    });
+  }
+
+  private takeFrame(now: number, frame: VideoFrameCallbackMetadata): void {
+    const start = performance.now();
+    // Where a live video's own time stands still, the moment of the exposure or of the showing.
+    const time =
+      frame.mediaTime > this.lastTime ? frame.mediaTime : (frame.captureTime ?? now) / 1000;
+    const missed = this.presented === undefined ? 0 : frame.presentedFrames - this.presented - 1;
+    this.presented = frame.presentedFrames;
+    this.lastTime = time;
+
+    const scale = Math.min(1, widestReading / frame.width);
+    const width = Math.round(frame.width * scale);
+    const height = Math.round(frame.height * scale);
+    if (!this.pixels || width === 0 || height === 0) return;
+    if (this.canvas.width !== width || this.canvas.height !== height) {
+      this.canvas.width = width;
+      this.canvas.height = height;
+      this.pixels.imageSmoothingQuality = "high";
+    }
+    this.pixels.drawImage(this.video, 0, 0, width, height);
+    this.listener
+      .frameBuffer(width, height)
+      .set(this.pixels.getImageData(0, 0, width, height).data);
+    this.listener.takeFrame(time, Math.max(0, missed));
+    this.listener.frameTaken(performance.now() - start);
+  }
+}

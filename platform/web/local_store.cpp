@@ -1,0 +1,95 @@
+#include "platform/web/local_store.h"
+
+#include "platform/format.h"
+#include "platform/portable/json.h"
+
+namespace veyla {
+
+using emscripten::val;
+
+std::optional<Value> LocalStore::value(std::string_view key) {
+  const auto changed = pending_.find(key);
+  if (changed != pending_.end()) {
+    return changed->second ? readJson(*changed->second) : std::nullopt;
+  }
+  const std::string name(key);
+  const auto text = rawText(name);
+  if (!text) return std::nullopt;
+  Read& last = read_[name];
+  if (last.text == *text && !text->empty()) return last.value;
+
+  auto value = readJson(*text);
+  if (!value) {
+    read_.erase(name);
+    if (unreadable_.insert(name).second && failed) {
+      failed(name, "What this browser stores under \"" + name +
+                       "\" is damaged. It is left as it is, and nothing new is stored there. Save "
+                       "a copy, then set it aside to go on.");
+    }
+    return std::nullopt;
+  }
+  last = {*text, *value};
+  return value;
+}
+
+void LocalStore::setValue(std::string_view key, const Value& value) {
+  auto text = writeJson(value);
+  if (!text) {
+    if (failed) failed("", "\"" + std::string(key) + "\" holds a text that cannot be stored.");
+    return;
+  }
+  change(key, std::move(text));
+}
+
+void LocalStore::removeValue(std::string_view key) { change(key, std::nullopt); }
+
+void LocalStore::change(std::string_view key, std::optional<std::string> text) {
+  // An item that nobody has read may be damaged as well.
+  if (!pending_.contains(key)) value(key);
+  if (unreadable_.contains(key)) return;
+  pending_.insert_or_assign(std::string(key), std::move(text));
+}
+
+void LocalStore::synchronize() {
+  if (nesting_ > 1 || pending_.empty()) return;
+  val changes = val::array();
+  for (const auto& [key, text] : pending_) {
+    val change = val::array();
+    change.call<void>("push", key);
+    change.call<void>("push", text ? val(*text) : val::null());
+    changes.call<void>("push", change);
+  }
+  const auto reason = page_.call<std::string>("write", changes);
+  if (reason.empty()) {
+    pending_.clear();
+  } else {
+    if (nesting_ > 0) pending_.clear();
+    if (failed) failed("", reason);
+  }
+}
+
+void LocalStore::exclusively(const std::function<void()>& changes) {
+  ++nesting_;
+  changes();
+  if (nesting_ == 1) synchronize();
+  --nesting_;
+}
+
+std::optional<std::string> LocalStore::rawText(const std::string& key) const {
+  const val text = page_.call<val>("read", key);
+  if (text.isNull() || text.isUndefined()) return std::nullopt;
+  return text.as<std::string>();
+}
+
+void LocalStore::setAside(const std::string& key, Date now) {
+  const auto text = rawText(key);
+  if (text) {
+    const std::string aside = "damaged " + key + " " + formatText("%.0f", now.secondsSince1970);
+    pending_.insert_or_assign(aside, writeJson(Value(*text)));
+    pending_.insert_or_assign(key, std::nullopt);
+    synchronize();
+  }
+  if (!rawText(key)) unreadable_.erase(key);
+}
+
+}  // namespace veyla

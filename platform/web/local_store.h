@@ -1,0 +1,62 @@
+#pragma once
+
+#include <emscripten/val.h>
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/key_value_store.h"
+
+namespace veyla {
+
+/// The key-value store in the browser's `localStorage`: an item a key, its value as `writeJson`
+/// writes it.
+///
+/// A flush writes all changes or, where the browser refuses one, none; what could not be written
+/// within `exclusively` is given up, so that the contents are what they were before. An item that
+/// cannot be read is left as it is and its key refuses changes until the item is set aside.
+/// Another tab's changes are seen by the next reading; the browser has no lock on them.
+class LocalStore : public KeyValueStore {
+ public:
+  /// `page` answers `read(key)`, a text or null, and `write(changes)`, pairs of a key and a text or
+  /// null, with a reason why nothing was written or an empty text.
+  explicit LocalStore(emscripten::val page) : page_(std::move(page)) {}
+
+  /// Told once for each thing that goes wrong: the key, empty where it is about all of them, and
+  /// one line for the user. May be empty.
+  std::function<void(const std::string& damagedKey, const std::string& line)> failed;
+
+  std::optional<Value> value(std::string_view key) override;
+  void setValue(std::string_view key, const Value& value) override;
+  void removeValue(std::string_view key) override;
+  void synchronize() override;
+  void exclusively(const std::function<void()>& changes) override;
+
+  /// The text of an item, as it is.
+  std::optional<std::string> rawText(const std::string& key) const;
+  /// Keeps a damaged item under a name of its own, so that the key can be used anew.
+  void setAside(const std::string& key, Date now);
+
+ private:
+  void change(std::string_view key, std::optional<std::string> text);
+
+  struct Read {
+    std::string text;
+    Value value;
+  };
+
+  emscripten::val page_;
+  /// Not written yet; without a text, a removal.
+  std::map<std::string, std::optional<std::string>, std::less<>> pending_;
+  /// What was read last: the history is long and read often.
+  std::map<std::string, Read, std::less<>> read_;
+  std::set<std::string, std::less<>> unreadable_;
+  int nesting_ = 0;
+};
+
+}  // namespace veyla

@@ -1,0 +1,49 @@
+#include "platform/web/page_health_store.h"
+
+namespace veyla {
+
+using emscripten::val;
+
+PageHealthStore::PageHealthStore(val page, Pending& pending, KeyValueStore& permissions,
+                                 UuidGenerator& uuids)
+    : page_(std::move(page)), pending_(pending), permissions_(permissions), uuids_(uuids) {}
+
+void PageHealthStore::requestAuthorization(const std::vector<HealthSampleType>& types,
+                                           std::function<void(bool success)> completion) {
+  std::vector<HealthSampleType> undetermined;
+  for (const HealthSampleType type : types) {
+    if (authorizationStatus(type) == HealthSharing::notDetermined) undetermined.push_back(type);
+  }
+  if (undetermined.empty()) {
+    if (completion) completion(true);
+    return;
+  }
+  val names = val::array();
+  for (const HealthSampleType type : undetermined) {
+    names.call<void>("push", std::string(HealthPermissions::nameOf(type)));
+  }
+  const int number = pending_.keep([this, undetermined, completion](int answer) {
+    for (std::size_t i = 0; answer >= 0 && i < undetermined.size(); ++i) {
+      allow(undetermined[i], (answer >> i & 1) != 0);
+    }
+    if (completion) completion(answer >= 0);
+  });
+  page_.call<void>("ask", names, number);
+}
+
+void PageHealthStore::save(const HealthSample& sample,
+                           std::function<void(bool success)> completion) {
+  const auto line = authorizationStatus(sample.type) == HealthSharing::authorized
+                        ? fhirObservation(sample, uuids_.randomUuid())
+                        : std::nullopt;
+  if (!line) {
+    if (completion) completion(false);
+    return;
+  }
+  const int number = pending_.keep([completion = std::move(completion)](int answer) {
+    if (completion) completion(answer != 0);
+  });
+  page_.call<void>("append", *line, number);
+}
+
+}  // namespace veyla
