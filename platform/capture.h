@@ -147,7 +147,7 @@ class Camera {
   /// Opens what the machine must open before its cameras can be asked what they are, and calls
   /// `ready` then, whether that could be done or not: at once where nothing needs opening. Not
   /// called when the wait has lost its sense, as when the application goes to the background.
-  virtual void prepare(std::function<void()> ready) { ready(); }
+  virtual void prepare(const std::function<void()>& ready) { ready(); }
 
   /// The back cameras of all three types in the platform's order; nothing where the platform cannot
   /// list cameras at all.

@@ -167,10 +167,10 @@ void TrackCamera::requestAccess(std::function<void(bool granted)> completion) {
   }));
 }
 
-void TrackCamera::prepare(std::function<void()> ready) {
+void TrackCamera::prepare(const std::function<void()>& ready) {
   // One START opens the camera, however often it is tapped until then.
   if (preparing_) return;
-  preparing_ = pending_.keep([this, ready = std::move(ready)](int) {
+  preparing_ = pending_.keep([this, ready](int) {
     preparing_.reset();
     device_ = page_.call<bool>("hasTrack") ? std::make_shared<Device>(page_) : nullptr;
     if (ready) ready();

@@ -40,7 +40,7 @@ class TrackCamera : public Camera {
 
   CameraAuthorization authorizationStatus() const override;
   void requestAccess(std::function<void(bool granted)> completion) override;
-  void prepare(std::function<void()> ready) override;
+  void prepare(const std::function<void()>& ready) override;
   std::optional<std::vector<std::shared_ptr<CaptureDevice>>> discoverBackDevices() override;
   std::shared_ptr<CaptureDevice> defaultVideoDevice() override;
   std::shared_ptr<CaptureDeviceInput> makeDeviceInput(

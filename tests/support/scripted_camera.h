@@ -143,9 +143,9 @@ class ScriptedCamera : public Camera {
   std::function<void()> opened;
 
   CameraAuthorization authorizationStatus() const override { return authorization; }
-  void prepare(std::function<void()> ready) override {
+  void prepare(const std::function<void()>& ready) override {
     if (opensLater) {
-      opened = std::move(ready);
+      opened = ready;
     } else {
       ready();
     }
