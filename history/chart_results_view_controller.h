@@ -17,7 +17,6 @@ namespace veyla {
 /// The elements of the charts screen.
 namespace ChartsScreen {
 
-inline constexpr Element segmentPeriod{"segmentPeriod"};
 /// The button's title as it stands, and while a finger is on it.
 inline constexpr Element buttonLabels{"buttonLabels"};
 inline constexpr Element buttonLabelsHighlighted{"buttonLabelsHighlighted"};

@@ -15,13 +15,10 @@ namespace {
 constexpr std::int32_t secondsPerDay = 86400;
 constexpr std::string_view dayKeyPattern = "dd/MM";
 constexpr std::string_view dayPattern = "yyyy-MM-dd";
-constexpr std::string_view momentPattern = "yyyy-MM-dd HH:mm:ss Z";
 
 Date now() { return services().clock.now(); }
 
 std::string dayKeyOf(Date date) { return services().dates.formatted(date, dayKeyPattern); }
-
-std::string momentOf(Date date) { return services().dates.formatted(date, momentPattern); }
 
 bool hasLabel(const HistoryEntry& entry, std::size_t label) {
   return label < entry.labels.size() && entry.labels[label];
@@ -190,10 +187,8 @@ ChartSeries makeChartDataSets2(std::vector<HistoryEntry>& values, std::int32_t d
 
   const Date start = startOf(values, daysAgo, moment);
   const std::int32_t daysFrom = Utils::daysAgo(start);
-  if (services().log.enabled()) {
-    logLine("fromDate=%s, toDate=%s, daysFrom=%lu, daysTo=%lu", momentOf(start).c_str(),
-            momentOf(moment).c_str(), static_cast<unsigned long>(daysFrom), 0UL);
-  }
+  logLine("fromDate=%s, toDate=%s, daysFrom=%lu, daysTo=%lu", described(start).c_str(),
+          described(moment).c_str(), static_cast<unsigned long>(daysFrom), 0UL);
   for (HistoryEntry& entry : values) entry.ddmm = dayKeyOf(entry.date);
   placeOnDays(averagesOf(values), start, daysFrom, series);
   return series;

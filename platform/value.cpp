@@ -1,8 +1,11 @@
 #include "platform/value.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
+
+#include "platform/format.h"
 
 namespace veyla {
 
@@ -59,6 +62,30 @@ const Value& Value::operator[](std::string_view key) const {
   return none;
 }
 
+namespace {
+
+std::string describedDate(Date date) {
+  using namespace std::chrono;
+  // Years of four digits; what lies outside them is no moment that a person has measured at.
+  constexpr double firstSecond = -62135596800;
+  constexpr double lastSecond = 253402300799;
+  const double seconds = std::floor(date.secondsSince1970);
+  if (!(seconds >= firstSecond && seconds <= lastSecond)) {
+    return std::to_string(date.secondsSince1970);
+  }
+  const sys_seconds moment{std::chrono::seconds(static_cast<std::int64_t>(seconds))};
+  const auto midnight = floor<days>(moment);
+  const year_month_day day(midnight);
+  const hh_mm_ss time(moment - midnight);
+  return formatText("%04d-%02u-%02u %02d:%02d:%02d +0000", static_cast<int>(day.year()),
+                    static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()),
+                    static_cast<int>(time.hours().count()),
+                    static_cast<int>(time.minutes().count()),
+                    static_cast<int>(time.seconds().count()));
+}
+
+}  // namespace
+
 std::string described(const Value& value) {
   if (const auto* entries = value.dictionary()) {
     std::string text = "{";
@@ -78,8 +105,8 @@ std::string described(const Value& value) {
   }
   if (const auto* text = value.text()) return *text;
   if (value.isNull()) return "null";
-  std::string number =
-      std::to_string(value.date() ? value.date()->secondsSince1970 : value.doubleValue());
+  if (const auto date = value.date()) return describedDate(*date);
+  std::string number = std::to_string(value.doubleValue());
   number.erase(number.find_last_not_of('0') + 1);
   if (number.back() == '.') number.pop_back();
   return number;

@@ -68,7 +68,8 @@ class Value {
       held_;
 };
 
-/// A log text of the value: keys and values in their order, dates in seconds since 1970.
+/// A log text of the value: keys and values in their order, dates as "2024-03-05 11:00:00 +0000",
+/// whatever the machine's time zone and locale.
 std::string described(const Value& value);
 
 }  // namespace veyla

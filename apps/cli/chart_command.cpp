@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -14,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/cli/choices.h"
 #include "apps/cli/complain.h"
 #include "apps/cli/history_platform.h"
 #include "apps/cli/output_apart.h"
@@ -25,6 +25,7 @@
 #include "platform/linux/gnuplot_chart.h"
 #include "platform/linux/gnuplot_program.h"
 #include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/names.h"
 #include "platform/linux/no_sharing.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/sqlite_key_value_store.h"
@@ -35,26 +36,9 @@ namespace {
 
 constexpr std::array<std::string_view, 4> periodNames{"week", "month", "3months", "all"};
 
-std::string lowerCase(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return lower;
-}
-
-template <class Names>
-std::size_t indexIn(const Names& names, const std::string& option, const std::string& text) {
-  std::string all;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (lowerCase(names[i]) == lowerCase(text)) return i;
-    all += (i > 0 ? ", " : "") + std::string(names[i]);
-  }
-  throw UsageError(option + ": \"" + text + "\" is none of " + all);
-}
-
 std::optional<PictureFormat> pictureFormat(const std::string& output) {
   if (output.empty()) return std::nullopt;
-  const std::string ending = lowerCase(std::filesystem::path(output).extension().string());
+  const std::string ending = endingOf(output);
   if (ending == ".png") return PictureFormat::png;
   if (ending == ".svg") return PictureFormat::svg;
   throw UsageError("-o: " + output + " does not end in .png or .svg; name a picture of these");
@@ -75,6 +59,12 @@ class OptionSheet : public ActionSheetView {
  private:
   std::string_view title_;
 };
+
+/// The title of the sheet's action for a label, or for none.
+std::string labelActionOf(const std::string& name) {
+  const std::size_t choice = indexIn(labelChoices(), "--label", name);
+  return choice < labelNames.size() ? std::string(labelNames[choice]) : "None";
+}
 
 /// Tells of stored elements that the charts have to leave out, by their numbers in the list.
 ExitStatus tellDamage(const std::filesystem::path& file) {
@@ -176,7 +166,8 @@ std::string drawnAsPicture(std::span<const GnuplotChart> charts,
 std::unique_ptr<SqliteKeyValueStore> openStore(const ChartOptions& options,
                                                const std::filesystem::path& folder,
                                                const std::filesystem::path& file) {
-  if (std::filesystem::exists(file)) return std::make_unique<SqliteKeyValueStore>(folder);
+  if (std::filesystem::exists(file))
+    return std::make_unique<SqliteKeyValueStore>(folder, SqliteKeyValueStore::Use::read);
   if (options.dataFolder.empty()) return nullptr;
   throw InputError(file.string() +
                    ": no such file; name the folder that the measurements were kept in");
@@ -184,8 +175,7 @@ std::unique_ptr<SqliteKeyValueStore> openStore(const ChartOptions& options,
 
 ExitStatus chart(const ChartOptions& options) {
   const std::size_t period = indexIn(periodNames, "--period", options.period);
-  const std::string_view label =
-      options.label.empty() ? "" : labelNames[indexIn(labelNames, "--label", options.label)];
+  const std::string label = options.label.empty() ? "" : labelActionOf(options.label);
   const auto format = pictureFormat(options.output);
   const auto folder =
       options.dataFolder.empty() ? defaultDataFolder() : std::filesystem::path(options.dataFolder);

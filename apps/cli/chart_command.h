@@ -10,7 +10,7 @@ namespace veyla {
 struct ChartOptions {
   /// "week", "month", "3months" or "all".
   std::string period = "week";
-  /// A label's name in any case; empty for all entries.
+  /// A label's name in any case; empty, or "none", for all entries.
   std::string label;
   /// A picture by its ending, .png or .svg; empty to draw in the terminal.
   std::string output;

@@ -51,7 +51,7 @@ constexpr std::array<std::pair<const char*, const char*>, 5> exitStatuses{
      {"2", "wrong usage"},
      {"3",
       "an input cannot be read: a recording, a reference, a settings file, or, while the rest was "
-      "used, a damaged entry or health record"},
+      "used, one of several recordings, a damaged entry or health record"},
      {"4",
       "the data cannot be stored: history, health records, an output file; or the store is "
       "damaged"}}};

@@ -159,7 +159,8 @@ ExitStatus evaluate(const EvaluateOptions& options) {
   if (plots) plots->draw(evaluation);
   const auto summaries = summariesOf(evaluation);
   printOut(options.json ? asJson(summaries) : asTable(summaries, options.request));
-  return ExitStatus::done;
+  for (const std::string& fault : evaluation.faults) complain(fault + "; left out");
+  return evaluation.faults.empty() ? ExitStatus::done : ExitStatus::unreadableInput;
 }
 
 }  // namespace

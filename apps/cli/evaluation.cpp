@@ -171,7 +171,7 @@ EvaluationSummary summaryOf(const std::string& name, const Selection& windows) {
 
 }  // namespace
 
-std::vector<ReferencedRecording> recordingsIn(const std::string& folder) {
+ReferencedFolder recordingsIn(const std::string& folder) {
   std::error_code error;
   std::vector<std::filesystem::path> references;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
@@ -182,18 +182,29 @@ std::vector<ReferencedRecording> recordingsIn(const std::string& folder) {
     throw InputError(folder + ": holds no NAME.reference.csv; put one beside each recording");
   }
   std::sort(references.begin(), references.end());
-  std::vector<ReferencedRecording> recordings;
+  ReferencedFolder found;
   for (const auto& reference : references) {
-    const std::filesystem::path path = recordingOf(reference);
-    recordings.push_back({path.stem(), path, Reference(reference), lengthOf(path)});
+    try {
+      const std::filesystem::path path = recordingOf(reference);
+      found.recordings.push_back({path.stem(), path, Reference(reference), lengthOf(path)});
+    } catch (const InputError& fault) {
+      if (references.size() == 1) throw;
+      found.faults.emplace_back(fault.what());
+    }
   }
-  return recordings;
+  if (found.recordings.empty()) {
+    throw InputError(found.faults.front() +
+                     formatText(" (%zu more are as bad)", found.faults.size() - 1));
+  }
+  return found;
 }
 
 Evaluation evaluateFolder(const EvaluationRequest& request, const Resources& resources,
                           const std::function<void(std::size_t done, std::size_t all)>& progress) {
-  const std::vector<ReferencedRecording> recordings = recordingsIn(request.folder);
+  const ReferencedFolder folder = recordingsIn(request.folder);
+  const std::vector<ReferencedRecording>& recordings = folder.recordings;
   Evaluation evaluation;
+  evaluation.faults = folder.faults;
   for (std::size_t i = 0; i < recordings.size(); ++i) {
     evaluation.recordings.push_back(recordings[i].name);
     for (int n = 0; n * request.every + request.window <= recordings[i].seconds; ++n) {

@@ -60,8 +60,16 @@ struct ReferencedRecording {
   double seconds = 0;
 };
 
-/// Those of a folder, in alphabetical order; at least one. Throws `InputError`.
-std::vector<ReferencedRecording> recordingsIn(const std::string& folder);
+/// What a folder holds.
+struct ReferencedFolder {
+  /// In alphabetical order; at least one.
+  std::vector<ReferencedRecording> recordings;
+  /// A line for each reference or recording that cannot be used.
+  std::vector<std::string> faults;
+};
+
+/// Throws `InputError` when there is nothing to use.
+ReferencedFolder recordingsIn(const std::string& folder);
 
 /// Seconds: a reference is not taken to come later than that.
 constexpr std::size_t latestLag = 20;
@@ -70,6 +78,8 @@ struct Evaluation {
   /// Names without ending, in alphabetical order.
   std::vector<std::string> recordings;
   std::vector<EvaluatedWindow> windows;
+  /// As of `ReferencedFolder`.
+  std::vector<std::string> faults;
 };
 
 /// Runs the whole measuring flow on every window. `progress` is called after each one, from one

@@ -40,7 +40,7 @@ ExitStatus tellStatus(const HealthOptions& options) {
   HealthSharing spo2 = HealthSharing::notDetermined;
   // Asking is no reason to make a folder.
   if (mayExist(folder / SqliteKeyValueStore::fileName)) {
-    SqliteKeyValueStore store(folder);
+    SqliteKeyValueStore store(folder, SqliteKeyValueStore::Use::read);
     LibUuid uuids;
     const FhirHealthStore health(folder, store, uuids, {});
     heartrate = health.authorizationStatus(HealthSampleType::heartRate);

@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "apps/cli/choices.h"
 #include "apps/cli/complain.h"
 #include "apps/cli/history_platform.h"
 #include "apps/cli/kept_mail.h"
@@ -30,8 +31,6 @@ namespace veyla {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr const char* noLabels = "none";
 
 std::filesystem::path folderOf(const HistoryOptions& options) {
   return options.dataFolder.empty() ? defaultDataFolder()
@@ -54,10 +53,11 @@ class AnsweringView : public ResultsView {
 /// is, and the screen is empty.
 class History {
  public:
-  explicit History(const HistoryOptions& options)
+  explicit History(const HistoryOptions& options,
+                   SqliteKeyValueStore::Use use = SqliteKeyValueStore::Use::read)
       : folder_(folderOf(options)),
         stored_(mayExist(folder_ / SqliteKeyValueStore::fileName)
-                    ? std::make_unique<SqliteKeyValueStore>(folder_)
+                    ? std::make_unique<SqliteKeyValueStore>(folder_, use)
                     : nullptr) {}
 
   ResultsViewController& screen() { return screen_; }
@@ -232,23 +232,10 @@ std::string asJson(const std::vector<HistoryEntry>& entries) {
   return list.dump(2) + '\n';
 }
 
-bool equalIgnoringCase(std::string_view left, std::string_view right) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [&](char a, char b) { return lower(a) == lower(b); });
-}
-
 /// Nothing for "none".
 std::optional<std::size_t> labelCalled(const std::string& name) {
-  if (equalIgnoringCase(name, noLabels)) return std::nullopt;
-  for (std::size_t label = 0; label < labelNames.size(); ++label) {
-    if (equalIgnoringCase(name, labelNames[label])) return label;
-  }
-  std::string choices;
-  for (const std::string& choice : labelChoices()) {
-    choices += (choices.empty() ? "\"" : ", \"") + choice + "\"";
-  }
-  throw UsageError("NAME: \"" + name + "\" is no label; give one of " + choices);
+  const std::size_t choice = indexIn(labelChoices(), "NAME", name);
+  return choice < labelNames.size() ? std::optional(choice) : std::nullopt;
 }
 
 ExitStatus list(const HistoryOptions& options) {
@@ -270,7 +257,7 @@ ExitStatus label(const HistoryOptions& options) {
   if (!wanted && options.off) {
     throw UsageError("--off: \"none\" takes every label off already; name one label or leave it");
   }
-  History history(options);
+  History history(options, SqliteKeyValueStore::Use::readAndWrite);
   ResultsViewController& screen = history.screen();
   std::size_t row = 0;
   ExitStatus status = ExitStatus::done;
@@ -291,7 +278,7 @@ ExitStatus label(const HistoryOptions& options) {
 }
 
 ExitStatus remove(const HistoryOptions& options) {
-  History history(options);
+  History history(options, SqliteKeyValueStore::Use::readAndWrite);
   std::string deleted;
   history.change([&] {
     history.select(options.numbers);
@@ -339,7 +326,7 @@ ExitStatus mail(const HistoryOptions& options) {
   const bool handsOver = options.output.empty();
   const std::string file = handsOver ? draftFile(history.folder()) : options.output;
   OutputFile output(file);
-  output.write(mailDraft(mail, services().clock.now()));
+  output.write(mailDraft(mail, mailSender(), services().clock.now()));
   output.commit();
   if (handsOver) {
     printOut(openMailInDesktop(file)
@@ -350,12 +337,6 @@ ExitStatus mail(const HistoryOptions& options) {
 }
 
 }  // namespace
-
-std::vector<std::string> labelChoices() {
-  std::vector<std::string> choices(labelNames.begin(), labelNames.end());
-  choices.emplace_back(noLabels);
-  return choices;
-}
 
 ExitStatus runHistoryList(const HistoryOptions& options) {
   return exitStatusOf([&] { return list(options); });

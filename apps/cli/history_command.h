@@ -28,9 +28,6 @@ struct HistoryOptions {
   bool text = false;
 };
 
-/// The names that a label can be given by.
-std::vector<std::string> labelChoices();
-
 /// Each returns the exit status: 0 done, 2 a number or label that there is not, 3 an entry that is
 /// damaged (what is not damaged is listed and shared all the same), 4 data that cannot be stored.
 ExitStatus runHistoryList(const HistoryOptions& options);

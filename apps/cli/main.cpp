@@ -3,13 +3,14 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cmath>
 #include <csignal>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "apps/cli/chart_command.h"
+#include "apps/cli/choices.h"
 #include "apps/cli/complain.h"
 #include "apps/cli/decimal.h"
 #include "apps/cli/demo_history_command.h"
@@ -33,8 +34,9 @@ CLI::Validator numberWithin(double least, double most, bool whole = false) {
   return CLI::Validator(
       [=](std::string& text) -> std::string {
         double value = 0;
+        std::int64_t digits = 0;
         if (CLI::detail::lexical_cast(text, value) && value >= least && value <= most &&
-            (!whole || value == std::trunc(value))) {
+            (!whole || CLI::detail::lexical_cast(text, digits))) {
           return {};
         }
         std::string range;
@@ -170,10 +172,13 @@ void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::s
   addText(command, "--plots", options.plotsFolder, "DIR", "draw what was found as two pictures");
 }
 
+/// How the help names a label.
+std::string labelForm() { return CLI::detail::join(veyla::labelChoices(), "|"); }
+
 void describeChart(CLI::App& command, veyla::ChartOptions& options) {
   addText(command, "--period", options.period, "week|month|3months|all", "days up to today (week)");
-  addText(command, "--label", options.label, "NAME",
-          "only entries with this label, such as Resting or \"Training (After)\"");
+  addText(command, "--label", options.label, labelForm().c_str(),
+          "only entries with this label; none for all");
   addText(command, "-o", options.output, "FILE", "write a picture by its ending, .png or .svg");
   addText(command, "--data", options.dataFolder, "DIR",
           "folder of the history (~/.local/share/veyla)");
@@ -219,7 +224,7 @@ void describeHistory(CLI::App& history, veyla::HistoryOptions& options,
   CLI::App& label = add("label", "put a label on an entry, or take it off", veyla::runHistoryLabel);
   addEntries(label, options.number, "the entry's number in the list")->required();
   label.add_option("NAME", options.label, "the label; none takes all off")
-      ->type_name(CLI::detail::join(veyla::labelChoices(), "|"))
+      ->type_name(labelForm())
       ->check(something())
       ->required();
   label.add_flag("--off", options.off, "take the label off");

@@ -16,6 +16,7 @@
 #include "platform/linux/fhir_health_store.h"
 #include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/names.h"
 #include "platform/linux/no_health_store.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/sqlite_key_value_store.h"
@@ -174,6 +175,10 @@ void requireSense(const MeasureOptions& options) {
   const std::string& snapshot = options.pictures.snapshotFile;
   if (snapshot == "-") {
     throw UsageError("--snapshot -: the result goes to standard output; name a file");
+  }
+  if (!snapshot.empty() && endingOf(snapshot) != ".png") {
+    throw UsageError("--snapshot: " + snapshot +
+                     " does not end in .png; name a picture of this kind");
   }
   if (!snapshot.empty() && snapshot == options.traceFile) {
     throw UsageError("--snapshot and --trace: both would go to " + snapshot + "; name two files");

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "measuring/measuring_layout.h"
+#include "measuring/measuring_screen.h"
 #include "measuring/measuring_screen_drawing.h"
 #include "platform/format.h"
 #include "platform/linux/cairo_canvas.h"
@@ -69,7 +70,13 @@ void ScreenPictures::addFrame(int second, const Screen& screen) {
 }
 
 void ScreenPictures::keepSnapshot(const Screen& screen) {
-  if (snapshot_) snapshotPicture_ = pictureOf(screen, options_.scale);
+  if (!snapshot_) return;
+  ScreenState views = screen.views;
+  if (screen.controller.chartFourierView().data().size() >= ChartFourierView::fewestDrawn) {
+    views.setHidden(MeasuringScreen::chartFourierView, false);
+    views.setHidden(MeasuringScreen::viewLastMeasurements, true);
+  }
+  snapshotPicture_ = pictureOf({screen.controller, views, screen.title}, options_.scale);
 }
 
 void ScreenPictures::writeSnapshot() {

@@ -1,7 +1,5 @@
 #include "apps/cli/synth_command.h"
 
-#include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <filesystem>
@@ -9,6 +7,7 @@
 
 #include "apps/cli/decimal.h"
 #include "apps/cli/exit_status.h"
+#include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/linux/video_writer.h"
@@ -47,12 +46,7 @@ void requireRanges(const SynthOptions& options) {
   requireRange("motion", options.motion, 0, 10);
 }
 
-bool isSeries(const std::string& path) {
-  std::string ending = std::filesystem::path(path).extension().string();
-  std::transform(ending.begin(), ending.end(), ending.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return ending == ".csv";
-}
+bool isSeries(const std::string& path) { return endingOf(path) == ".csv"; }
 
 void writeSeries(const SynthOptions& options, const ColourAt& colourAt, std::int64_t frames) {
   const auto rounded = [](double value) { return std::round(value * 1000) / 1000; };

@@ -49,7 +49,9 @@ Window windowOf(const Reference& reference, std::size_t recording, int start) {
 Material materialIn(const std::filesystem::path& folder) {
   Material material;
   std::vector<std::vector<std::string>> personsOfSet;
-  for (const ReferencedRecording& found : recordingsIn(folder)) {
+  const ReferencedFolder recorded = recordingsIn(folder);
+  if (!recorded.faults.empty()) throw InputError(recorded.faults.front());
+  for (const ReferencedRecording& found : recorded.recordings) {
     Recording recording;
     recording.name = found.name;
     recording.path = found.path;

@@ -1,9 +1,14 @@
 #include "platform/linux/mail_draft.h"
 
 #include <gmime/gmime.h>
+#include <pwd.h>
+#include <unistd.h>
 
+#include <array>
+#include <climits>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 
 namespace veyla {
@@ -69,12 +74,23 @@ Owned<GMimeObject> contentsOf(const Mail& mail) {
 
 }  // namespace
 
-std::string mailDraft(const Mail& mail, Date date) {
+std::string mailSender() {
+  const char* address = std::getenv("EMAIL");
+  if (address && *address) return address;
+  const passwd* user = getpwuid(getuid());
+  std::array<char, HOST_NAME_MAX + 1> host{};
+  const bool isNamed = gethostname(host.data(), host.size() - 1) == 0 && host.front() != 0;
+  return std::string(user && user->pw_name ? user->pw_name : "user") + "@" +
+         (isNamed ? host.data() : "localhost");
+}
+
+std::string mailDraft(const Mail& mail, const std::string& sender, Date date) {
   initializeOnce();
   const Owned<GMimeMessage> message(g_mime_message_new(TRUE));
   GMimeObject* headers = GMIME_OBJECT(message.get());
   // What makes mail programs open the file as a mail to be sent and not as one that came.
   g_mime_object_set_header(headers, "X-Unsent", "1", nullptr);
+  g_mime_message_add_mailbox(message.get(), GMIME_ADDRESS_TYPE_FROM, nullptr, sender.c_str());
   g_mime_message_set_subject(message.get(), mail.subject.c_str(), charset);
   for (const std::string& recipient : mail.recipients) {
     g_mime_message_add_mailbox(message.get(), GMIME_ADDRESS_TYPE_TO, nullptr, recipient.c_str());

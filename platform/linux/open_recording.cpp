@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cstdio>
@@ -8,6 +7,7 @@
 
 #include "platform/linux/ffmpeg_source.h"
 #include "platform/linux/input_file.h"
+#include "platform/linux/names.h"
 #include "platform/linux/recording_source.h"
 #include "platform/linux/series_source.h"
 
@@ -29,9 +29,7 @@ bool startsLikeSeries(const std::string& path) {
   // What may stand around a name: blanks, a carriage return, the byte-order mark.
   std::erase_if(line,
                 [](char c) { return c != ',' && !std::isgraph(static_cast<unsigned char>(c)); });
-  std::transform(line.begin(), line.end(), line.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return ("," + line + ",").find(",time,") != std::string::npos;
+  return ("," + lowerCase(line) + ",").find(",time,") != std::string::npos;
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "platform/linux/series_source.h"
 
-#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <cmath>
@@ -8,6 +7,7 @@
 
 #include "platform/format.h"
 #include "platform/linux/input_file.h"
+#include "platform/linux/names.h"
 
 namespace veyla {
 
@@ -34,12 +34,7 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(start, text.find_last_not_of(blanks) - start + 1);
 }
 
-bool sameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-    return std::tolower(static_cast<unsigned char>(x)) ==
-           std::tolower(static_cast<unsigned char>(y));
-  });
-}
+bool sameName(std::string_view a, std::string_view b) { return lowerCase(a) == lowerCase(b); }
 
 void split(std::string_view line, std::vector<std::string_view>& fields) {
   fields.clear();

@@ -86,11 +86,11 @@ void SqliteKeyValueStore::Close::operator()(sqlite3_stmt* statement) const {
   sqlite3_finalize(statement);
 }
 
-SqliteKeyValueStore::SqliteKeyValueStore(const std::filesystem::path& folder,
+SqliteKeyValueStore::SqliteKeyValueStore(const std::filesystem::path& folder, Use use,
                                          std::chrono::milliseconds busyTimeout)
     : file_(folder / fileName) {
-  makeDataFolder(folder);
-  open();
+  if (use == Use::readAndWrite) makeDataFolder(folder);
+  open(use);
   sqlite3_busy_timeout(database_.get(), static_cast<int>(busyTimeout.count()));
   checkIdentity();
   checkIntegrity();
@@ -103,7 +103,28 @@ SqliteKeyValueStore::SqliteKeyValueStore(const std::filesystem::path& folder,
 
 SqliteKeyValueStore::~SqliteKeyValueStore() { synchronize(); }
 
-void SqliteKeyValueStore::open() {
+void SqliteKeyValueStore::open(Use use) {
+  if (use == Use::readAndWrite) makeFile();
+  struct stat found {};
+  if (stat(file_.c_str(), &found) != 0) throw StoreError(dataProblem(file_, errno));
+  if (S_ISDIR(found.st_mode)) throw StoreError(dataProblem(file_, EISDIR));
+  const auto allows = [this](int access) {
+    return faccessat(AT_FDCWD, file_.c_str(), access, AT_EACCESS) == 0;
+  };
+  const bool isWritable = allows(R_OK | W_OK);
+  if (!isWritable && (use == Use::readAndWrite || !allows(R_OK))) {
+    throw StoreError(dataProblem(file_, errno));
+  }
+
+  sqlite3* database = nullptr;
+  const int code = sqlite3_open_v2(
+      file_.c_str(), &database, isWritable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, nullptr);
+  database_.reset(database);
+  if (code != SQLITE_OK) refuse(code);
+  sqlite3_extended_result_codes(database, 1);
+}
+
+void SqliteKeyValueStore::makeFile() {
   // The measurements are the user's own: nobody else reads them, whatever the folder allows. Only a
   // new file is touched here, since closing a store's file undoes its locks.
   const int created = ::open(file_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
@@ -112,18 +133,6 @@ void SqliteKeyValueStore::open() {
   } else if (errno != EEXIST) {
     throw StoreError(dataProblem(file_, errno));
   }
-  struct stat found {};
-  if (stat(file_.c_str(), &found) != 0) throw StoreError(dataProblem(file_, errno));
-  if (S_ISDIR(found.st_mode)) throw StoreError(dataProblem(file_, EISDIR));
-  if (faccessat(AT_FDCWD, file_.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
-    throw StoreError(dataProblem(file_, errno));
-  }
-
-  sqlite3* database = nullptr;
-  const int code = sqlite3_open_v2(file_.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
-  database_.reset(database);
-  if (code != SQLITE_OK) refuse(code);
-  sqlite3_extended_result_codes(database, 1);
 }
 
 void SqliteKeyValueStore::checkIdentity() {

@@ -36,8 +36,13 @@ class SqliteKeyValueStore final : public KeyValueStore {
   /// How long to wait for another program that writes.
   static constexpr std::chrono::milliseconds patience{5000};
 
-  /// Makes the folder and the file where they are missing. Throws `StoreError`.
-  explicit SqliteKeyValueStore(const std::filesystem::path& folder,
+  /// What the store is opened for. A store for reading takes changes, too, where its file can be
+  /// written; where it cannot, reading works all the same and changes are refused.
+  enum class Use { readAndWrite, read };
+
+  /// Makes the folder and the file where they are missing, unless it is for reading. Throws
+  /// `StoreError`.
+  explicit SqliteKeyValueStore(const std::filesystem::path& folder, Use use = Use::readAndWrite,
                                std::chrono::milliseconds busyTimeout = patience);
   /// Flushes.
   ~SqliteKeyValueStore() override;
@@ -77,7 +82,8 @@ class SqliteKeyValueStore final : public KeyValueStore {
   static std::optional<Row> rowOf(const Value& value);
   static std::optional<Value> valueOf(std::string_view type, std::string_view text);
 
-  void open();
+  void makeFile();
+  void open(Use use);
   void checkIdentity();
   void checkIntegrity();
   void create();

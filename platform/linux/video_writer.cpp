@@ -4,15 +4,14 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
-#include <algorithm>
 #include <array>
-#include <cctype>
 #include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <string_view>
 
 #include "platform/linux/ffmpeg_support.h"
+#include "platform/linux/names.h"
 
 namespace veyla {
 
@@ -33,9 +32,7 @@ constexpr std::array<Kind, 6> kinds{{{".mp4", "mp4", "libx264"},
 constexpr int highDefinitionRows = 720;
 
 const Kind& kindOf(const std::string& path) {
-  std::string ending = std::filesystem::path(path).extension().string();
-  std::transform(ending.begin(), ending.end(), ending.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  const std::string ending = endingOf(path);
   for (const Kind& kind : kinds) {
     if (kind.ending == ending) return kind;
   }

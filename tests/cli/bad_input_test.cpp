@@ -127,7 +127,6 @@ TEST_F(BadInputTest, NothingThatIsKeptIsOverwritten) {
                                      Arguments{"series", file("s.csv"), "-o", kept},
                                      Arguments{"measure", "--no-save", "--trace", kept},
                                      Arguments{"measure", "--no-save", "--log", kept},
-                                     Arguments{"measure", "--no-save", "--snapshot", kept},
                                      Arguments{"evaluate", folder(), "--windows", kept}}) {
       expectRefused(run(command), 4, {kept, "holds what Veyla keeps"});
     }

@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include "tests/cli/program.h"
 
 namespace veyla {
@@ -94,6 +96,20 @@ TEST_F(EvaluateTest, WhatIsMissingOrBrokenIsNamed) {
   }
   write("a.mp4", "");
   expectRefused(run({"evaluate", folder()}), 3, {"a.csv", "a.mp4", "leave one"});
+}
+
+TEST_F(EvaluateTest, ABrokenRecordingIsToldAndTheOthersAreMeasured) {
+  for (const char* name : {"a", "b"}) {
+    write(std::string(name) + ".reference.csv", "time,heartrate,spo2\n0,72,97\n");
+    write(std::string(name) + ".mp4", "no video");
+  }
+  expectRefused(run({"evaluate", folder()}), 3, {"a.mp4", "(1 more are as bad)"});
+  std::filesystem::remove(file("b.mp4"));
+  ASSERT_EQ(run({"synth", file("b.csv"), "--seconds", "45"}).status, 0);
+  const Result result = run({"evaluate", folder()});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_THAT(result.error, testing::MatchesRegex("veyla: .*a.mp4: .*; left out\n"));
+  EXPECT_THAT(result.out, testing::ContainsRegex("\nb +1 +1 "));
 }
 
 TEST_F(EvaluateTest, RecordedFingersAreMeasuredAsWellAsIsClaimed) {

@@ -120,7 +120,8 @@ TEST_F(HistoryTest, WrongNumbersAndLabelsChangeNothing) {
   expectRefused(history({"delete", "0"}), 2, {"N: \"0\" is no whole number from 1"});
   expectRefused(history({"delete", "1.5"}), 2, {"N: \"1.5\""});
   expectRefused(history({"delete"}), 2, {"N is required; see veyla history delete --help"});
-  expectRefused(history({"label", "1", "Sleeping"}), 2, {"\"Sleeping\" is no label", "\"none\""});
+  expectRefused(history({"label", "1", "Sleeping"}), 2,
+                {"NAME: \"Sleeping\" is none of Resting, Active", "none"});
   expectRefused(history({"label", "4", "Resting"}), 2, {"no entry 4"});
   expectRefused(history({"label", "1", "none", "--off"}), 2, {"--off"});
   expectRefused(history({"export"}), 2, {"-o is required"});

@@ -77,7 +77,8 @@ TEST_F(PicturesTest, WhatCannotBeWrittenIsToldBeforeTheMeasurement) {
   };
   refused("--snapshot", "absent/end.png", 4,
           "absent/end.png: its folder does not exist; make it first");
-  refused("--snapshot", ".", 4, ".: a folder; name a file in it");
+  std::filesystem::create_directory(file("folder.png"));
+  refused("--snapshot", "folder.png", 4, "folder.png: a folder; name a file in it");
   refused("--snapshot", "-", 2, "--snapshot -: the result goes to standard output; name a file");
   refused("--snapshot", "file/end.png", 4, "file/end.png: a file stands where a folder must be");
   refused("--frames", "absent/frames", 4,
@@ -86,8 +87,9 @@ TEST_F(PicturesTest, WhatCannotBeWrittenIsToldBeforeTheMeasurement) {
   refused("--frames", ".", 4, ".: not empty; name a new or an empty folder");
   refused("--scale", "9", 2, "--scale: \"9\" is no number from 0.25 to 8");
   expectRefused(run({"measure", "--no-save", "--scale", "3"}), 2, {"--scale: nothing is drawn"});
-  expectRefused(run({"measure", "--no-save", "--snapshot", "x", "--trace", "x"}), 2,
-                {"--snapshot and --trace: both would go to x; name two files"});
+  expectRefused(run({"measure", "--no-save", "--snapshot", "x.png", "--trace", "x.png"}), 2,
+                {"--snapshot and --trace: both would go to x.png; name two files"});
+  refused("--snapshot", "end.jpg", 2, "--snapshot: end.jpg does not end in .png");
   EXPECT_EQ(contentsOf(file("file")), "mine");
 
   ASSERT_EQ(run({"synth", "in.csv"}).status, 0);

@@ -130,6 +130,15 @@ TEST_F(HistoryAggregationTest, OneDayOfTwoYearsIsOneDayThatOfTheLaterYear) {
   EXPECT_EQ(series.hr.front().x, now().secondsSince1970 - day);
 }
 
+TEST_F(HistoryAggregationTest, AClockThatRunsPutsNoPointBeyondTheEnd) {
+  save(60, 97, now());
+  platform_.clock.tick = 0.001;
+  const ChartSeries series = week();
+  ASSERT_THAT(series.hr, SizeIs(1));
+  EXPECT_EQ(series.minTimestamp, series.hr.front().x);
+  EXPECT_EQ(series.maxTimestamp, series.hr.front().x);
+}
+
 // The walk.
 
 TEST_F(HistoryAggregationTest, WithoutEntriesAPeriodHasItsDaysAndEverythingHasNone) {
@@ -152,11 +161,13 @@ TEST_F(HistoryAggregationTest, EverythingWalksFromTheOldestEntrysOwnTime) {
   EXPECT_THAT(series.spo2, ElementsAre(ChartDataEntry{oldest + 3 * day, 98}));
   EXPECT_EQ(series.minTimestamp, oldest);
   EXPECT_EQ(series.maxTimestamp, oldest + 3 * day);
-  EXPECT_THAT(platform_.log.lines,
-              ElementsAre("DICT={hr = 60, spo2 = 0, date = 1699733600, labels = (0, 0, 0, 0, 0, 0, "
-                          "0)}",
-                          "fromDate=2023-11-11 20:13:20 +0000, toDate=2023-11-14 22:13:20 +0000, "
-                          "daysFrom=3, daysTo=0"));
+  EXPECT_THAT(
+      platform_.log.lines,
+      ElementsAre(
+          "DICT={hr = 60, spo2 = 0, date = 2023-11-11 20:13:20 +0000, labels = (0, 0, 0, 0, 0, 0, "
+          "0)}",
+          "fromDate=2023-11-11 20:13:20 +0000, toDate=2023-11-14 22:13:20 +0000, "
+          "daysFrom=3, daysTo=0"));
 
   save(70, 0, Date{now().secondsSince1970 + 3 * day});
   auto future = Utils::getAllForLabel(-1);

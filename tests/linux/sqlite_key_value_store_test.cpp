@@ -79,7 +79,7 @@ class SqliteKeyValueStoreTest : public testing::Test {
 
   std::string refusal() const {
     try {
-      SqliteKeyValueStore store(folder(), 50ms);
+      SqliteKeyValueStore store(folder(), SqliteKeyValueStore::Use::readAndWrite, 50ms);
     } catch (const StoreError& error) {
       EXPECT_THAT(error.what(), HasSubstr(folder().string()));
       return error.what();
@@ -191,7 +191,7 @@ TEST_F(SqliteKeyValueStoreTest, TwoProgramsThatSaveAtOnceLoseNothing) {
   SqliteKeyValueStore(folder()).synchronize();
   const auto program = [&](int first) {
     return [this, first] {
-      SqliteKeyValueStore store(folder(), 60s);
+      SqliteKeyValueStore store(folder(), SqliteKeyValueStore::Use::readAndWrite, 60s);
       for (int i = 0; i < 50; ++i) append(store, entry(first + i), 1000);
       return store.failure().value_or("fine");
     };
@@ -253,7 +253,7 @@ TEST_F(SqliteKeyValueStoreTest, AKilledProgramLeavesEverySavedEntryAndNoHalfOne)
 
 TEST_F(SqliteKeyValueStoreTest, AStoreThatIsLockedIsNamedAndLeftAlone) {
   make();
-  SqliteKeyValueStore store(folder(), 50ms);
+  SqliteKeyValueStore store(folder(), SqliteKeyValueStore::Use::readAndWrite, 50ms);
   sqlite3* holder = nullptr;
   sqlite3_open(file().c_str(), &holder);
   ASSERT_EQ(sqlite3_exec(holder, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
@@ -332,10 +332,15 @@ TEST_F(SqliteKeyValueStoreTest, AReadOnlyDiskIsNamed) {
   const std::string result = inChild([&]() -> std::string {
     if (!mountDisk(folder(), "size=1m")) return noMounts;
     make();
-    return makeReadOnly(folder()) ? refusal() : noMounts;
+    if (!makeReadOnly(folder())) return noMounts;
+    SqliteKeyValueStore store(folder(), SqliteKeyValueStore::Use::read);
+    const auto count = entryCount(store);
+    append(store, entry(2));
+    return refusal() + "; read: " + std::to_string(count) + "; " + store.failure().value_or("");
   });
   if (result == noMounts) GTEST_SKIP() << noMounts;
   EXPECT_THAT(result, HasSubstr("Read-only file system; choose a data folder"));
+  EXPECT_THAT(result, testing::ContainsRegex("read: 1; .*veyla.db: cannot be written; allow"));
 }
 
 TEST_F(SqliteKeyValueStoreTest, AFullDiskLeavesTheOldContents) {

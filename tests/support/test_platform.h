@@ -41,6 +41,24 @@ class ScriptedDeviceInfo : public DeviceInfo {
   std::string bundleShortVersion() const override { return shortVersion; }
 };
 
+/// The queue's time. With a tick, as a real clock, it goes on from each look at it to the next.
+class TickingClock : public Clock {
+ public:
+  explicit TickingClock(const Clock& time) : time_(time) {}
+
+  /// Seconds.
+  double tick = 0;
+
+  Date now() const override {
+    passed_ += tick;
+    return {time_.now().secondsSince1970 + passed_};
+  }
+
+ private:
+  const Clock& time_;
+  mutable double passed_ = 0;
+};
+
 /// A whole machine in memory, whose time a test moves on. It is in force for its own life, so a
 /// test that makes one gets fresh shared instances.
 class TestPlatform {
@@ -59,6 +77,7 @@ class TestPlatform {
   Journal journal;
   RecorderLog log;
   TimedQueue time{start};
+  TickingClock clock{time};
   ScriptedCamera camera{journal};
   TestFft fft;
   MemoryStore store{journal};
@@ -73,7 +92,7 @@ class TestPlatform {
   RecorderSharing sharing{journal};
 
  private:
-  Platform platform_{{log,       time,      time,       camera, fft,     store,  health,
+  Platform platform_{{log,       time,      clock,      camera, fft,     store,  health,
                       resources, resources, jsonWriter, device, text,    text,   text,
                       text,      text,      display,    alerts, screens, sharing}};
 };
