@@ -3,12 +3,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "platform/capture.h"
 
 /// From the pixels of one frame (bytes blue, green, red, alpha) to its frame record.
 namespace veyla {
+
+/// The device profile whose frames are averaged whole; all others average grid cells.
+inline constexpr std::string_view wholeFrameProfile = "iphone4";
 
 /// Every pixel counts; the pulse value and the green slot carry the luma. The last pixel of an odd
 /// row is left out of the sums but not of the divisor. A frame without pixels gives zeros.

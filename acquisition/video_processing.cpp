@@ -53,7 +53,7 @@ bool VideoProcessing::startRecording() {
 
   videoDevice_->lockForConfiguration();
   const std::string profile = Utils::platformString();
-  isIphone4_ = profile == "iphone4";
+  isIphone4_ = profile == wholeFrameProfile;
   isIphone6_ = profile == "iphone6";
   applyCameraSettings();
   videoDevice_->unlockForConfiguration();

@@ -1,13 +1,12 @@
 #include "apps/cli/evaluation_plots.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <filesystem>
 #include <functional>
 #include <vector>
 
-#include "apps/cli/complain.h"
+#include "apps/cli/plot_style.h"
 #include "platform/format.h"
 #include "platform/linux/file_problem.h"
 #include "platform/linux/gnuplot_program.h"
@@ -39,29 +38,13 @@ std::vector<Set> setsOf(const Evaluation& evaluation) {
   return sets;
 }
 
-/// A title between quotes that gnuplot takes to the letter.
-std::string quoted(std::string text) {
-  std::replace(text.begin(), text.end(), '\'', ' ');
-  return "'" + printable(text) + "'";
-}
-
 std::string head(const std::string& title, const std::string& xLabel, const std::string& yLabel) {
-  return "set terminal pngcairo size 1400,900 font 'Inter,20' linewidth 2 background '#ffffff'\n"
-         "set encoding utf8\n"
-         "set border 3 linecolor rgb '#8a8a90'\n"
-         "set tics nomirror textcolor rgb '#3c3c40'\n"
-         "set grid linecolor rgb '#c8c8d0' linewidth 0.6\n"
-         "set key outside top center horizontal textcolor rgb '#3c3c40'\n"
-         "set lmargin 9\nset rmargin 4\n"
-         "set title " +
-         quoted(title) + " font 'Inter Medium,24'\nset xlabel " + quoted(xLabel) + "\nset ylabel " +
-         quoted(yLabel) + "\n";
+  return plotBegin(1400, 900) + plotTitles(title, xLabel, yLabel);
 }
 
 /// The sets' points as data blocks, and the part of a plot command that draws them.
 std::string points(const std::vector<Set>& sets,
                    const std::function<Point(const Comparison&)>& pointOf, std::string& blocks) {
-  constexpr std::array colors{"#1d6fd8", "#d8382a", "#2a9d5c", "#8a5cc8", "#c88a1e"};
   std::string plot;
   for (std::size_t i = 0; i < sets.size(); ++i) {
     blocks += formatText("$set%zu << EOD\n", i);
@@ -71,8 +54,8 @@ std::string points(const std::vector<Set>& sets,
     }
     blocks += "EOD\n";
     plot += formatText(", $set%zu with points pointtype 7 pointsize 1.1 linecolor rgb '#a0%s' ", i,
-                       colors[i % colors.size()] + 1) +
-            "title " + quoted(sets[i].name);
+                       plotColors[i % plotColors.size()]) +
+            "title " + plotText(sets[i].name);
   }
   return plot;
 }
@@ -101,7 +84,7 @@ std::string blandAltmanScript(const std::vector<Set>& sets) {
   const auto line = [](double at, const char* dash, const std::string& title) {
     return formatText("%.4f with lines linecolor rgb '#3c3c40' linewidth 0.8 dashtype %s ", at,
                       dash) +
-           "title " + quoted(title);
+           "title " + plotText(title);
   };
   return head("Measured against the reference", "mean of measured and reference, beats per minute",
               "measured minus reference, beats per minute") +

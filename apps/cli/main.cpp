@@ -133,6 +133,8 @@ void describeSeries(CLI::App& command, veyla::SeriesOptions& options) {
   addText(command, "INPUT", options.input, "", "a video or a colour series")->required();
   addText(command, "-o", options.output, "OUT.csv", "file of the series (-: standard output)")
       ->required();
+  addText(command, "--device", options.device, "MODEL",
+          "hardware model whose way of averaging frames is taken (iPhone8,1)");
 }
 
 void describeSynth(CLI::App& command, veyla::SynthOptions& options, std::string& size) {

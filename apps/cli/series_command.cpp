@@ -7,7 +7,6 @@
 #include "acquisition/settings.h"
 #include "apps/cli/decimal.h"
 #include "apps/cli/exit_status.h"
-#include "apps/cli/measurement_run.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/recording_source.h"
 #include "platform/linux/resource_files.h"
@@ -17,12 +16,12 @@ namespace veyla {
 
 namespace {
 
-/// The cells that the default device averages.
-std::vector<int> measuredCells() {
+/// The cells that a device of this profile averages.
+std::vector<int> measuredCells(const std::string& profile) {
   const auto text = EmbeddedResources().read("Spo2Settings", "json");
   const Value resource = NlohmannJsonParser().parse(text.value_or("")).value_or(Value());
   std::vector<int> cells;
-  for (const Value& entry : Utils::entriesFor(Utils::profileOf(defaultDevice), resource)) {
+  for (const Value& entry : Utils::entriesFor(profile, resource)) {
     cells.clear();
     Utils::appendCells(entry["grids"], cells);
   }
@@ -32,9 +31,15 @@ std::vector<int> measuredCells() {
 /// Averages frames as the measurement does.
 class FrameAverager : public SampleBufferDelegate {
  public:
+  explicit FrameAverager(const std::string& profile)
+      : averagesWholeFrame_(profile == wholeFrameProfile), cells_(measuredCells(profile)) {}
+
   void captureOutput(PixelBuffer& didOutputSampleBuffer) override {
     const PixelBuffer& frame = didOutputSampleBuffer;
-    sample_ = averager_.average(frame.baseAddress(), frame.width(), frame.height(), cells_);
+    sample_ = averagesWholeFrame_
+                  ? averageWholeFrame(frame.baseAddress(), frame.width(), frame.height(),
+                                      frame.bytesPerRow())
+                  : averager_.average(frame.baseAddress(), frame.width(), frame.height(), cells_);
   }
   void captureOutput(const FrameSample& didOutputSample) override { sample_ = didOutputSample; }
   void captureOutput(DroppedSample) override {}
@@ -42,7 +47,8 @@ class FrameAverager : public SampleBufferDelegate {
   const FrameSample& sample() const { return sample_; }
 
  private:
-  std::vector<int> cells_ = measuredCells();
+  bool averagesWholeFrame_;
+  std::vector<int> cells_;
   GridAverager averager_;
   FrameSample sample_;
 };
@@ -65,7 +71,7 @@ ExitStatus runSeries(const SeriesOptions& options) {
   return exitStatusOf([&] {
     const auto recording = openRecording(options.input);
     OutputFile output(options.output);
-    FrameAverager averager;
+    FrameAverager averager(Utils::profileOf(options.device));
     output.write("time,R,G,B,hr\n");
     while (recording->advance()) {
       recording->deliver(averager);

@@ -69,4 +69,11 @@ double costOf(const Figures& figures, const Limits& limits) {
          excess(figures.ninetieth, limits.ninetieth);
 }
 
+double beyond(const Figures& figures, const Limits& limits) {
+  const auto over = [](double value, double limit) { return std::max(0.0, value / limit - 1); };
+  return over(figures.meanError, limits.meanError) + over(figures.over5, limits.over5) +
+         over(figures.over10, limits.over10) + over(figures.unfinished, limits.unfinished) +
+         over(figures.median, limits.median) + over(figures.ninetieth, limits.ninetieth);
+}
+
 }  // namespace veyla::tuning

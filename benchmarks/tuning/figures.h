@@ -56,6 +56,9 @@ struct Limits {
 /// comes near its own: a setting is not to be bought with waiting or with wrong numbers.
 double costOf(const Figures& figures, const Limits& limits);
 
+/// By how much the figures are beyond their limits, in parts of these; 0 when all are within.
+double beyond(const Figures& figures, const Limits& limits);
+
 /// What becomes of generated fingers.
 struct FingerFigures {
   /// Up to 160 beats per minute: unfinished, or farther from the truth than one bin.

@@ -57,6 +57,9 @@ Candidate candidateOf(const Material& material, const Settings& settings, const 
   candidate.settings = settings;
   candidate.declared = figuresOf(material, tallies.declared, everything);
   candidate.all = figuresOf(material, tallies.all, everything);
+  for (std::size_t set = 0; set < candidate.declared.size(); ++set) {
+    candidate.beyond += beyond(candidate.declared[set], limitsOf(material.sets[set]));
+  }
   candidate.cost = (costOf(material, candidate.declared) + costOf(material, candidate.all)) / 2;
   for (std::size_t fold = 0; fold < foldCount; ++fold) {
     const auto outside = [&](const Recording& recording) { return recording.fold != fold; };
@@ -136,6 +139,7 @@ void keepFinalists(std::vector<Candidate>& candidates) {
     }
   };
   keepBy([](const Candidate& of) { return of.cost; }, finalists);
+  keepBy([](const Candidate& of) { return 1000 * of.beyond + of.cost; }, 4 * finalists);
   for (std::size_t fold = 0; fold < foldCount; ++fold) {
     keepBy([=](const Candidate& of) { return of.folds[fold].costOutside; }, finalists / 4);
   }

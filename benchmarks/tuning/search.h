@@ -35,6 +35,8 @@ struct Candidate {
   FingerFigures fingers;
   /// On the recordings of all folds: half from each of the two kinds of windows, and the fingers.
   double cost = 0;
+  /// Of the declared figures of all sets together; see `tuning::beyond`.
+  double beyond = 0;
   struct Fold {
     /// On the recordings outside the fold, and the fingers: what a choice is made by.
     double costOutside = 0;
@@ -58,9 +60,9 @@ struct SearchSpace {
   unsigned seed = 1;
 };
 
-/// The best candidates of the space, cheapest first; those that are best outside of some fold are
-/// among them. The same arguments give the same candidates. `progress` is called with a line of
-/// text now and then.
+/// The best candidates of the space, cheapest first; those that are best outside of some fold, and
+/// those that come closest to all limits, are among them. The same arguments give the same
+/// candidates. `progress` is called with a line of text now and then.
 std::vector<Candidate> search(Material& material, const SearchSpace& space,
                               const std::function<void(const std::string&)>& progress);
 

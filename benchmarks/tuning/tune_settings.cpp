@@ -3,8 +3,11 @@
 #include <cstdio>
 #include <string>
 
+#include "apps/cli/plot_style.h"
 #include "benchmarks/tuning/search.h"
 #include "platform/format.h"
+#include "platform/linux/gnuplot_program.h"
+#include "platform/linux/output_file.h"
 
 // Searches the heart-rate settings over recordings with references and prints the best ones, what
 // they are worth on recordings that had no part in the choice, and what each number does.
@@ -47,8 +50,35 @@ void printHead(const Material& material, bool fingers) {
               fingers ? " | wrong  MAPE" : "");
 }
 
+/// The mean error of each set over the median time to the finish, with the frames per estimate.
+std::string waitingScript(const Material& material, const std::vector<Candidate>& found) {
+  std::string script = plotBegin(1400, 900) +
+                       plotTitles("What waiting is worth", "median time to finish, seconds",
+                                  "mean absolute error, beats per minute") +
+                       "set yrange [0:*]\n";
+  std::string plot;
+  for (std::size_t set = 0; set < material.sets.size(); ++set) {
+    script += formatText("$set%zu << EOD\n", set);
+    for (const Candidate& candidate : found) {
+      script += formatText("%.3f %.3f %d\n", candidate.declared[set].median,
+                           candidate.declared[set].meanError, candidate.settings.rawDataSize);
+    }
+    script += "EOD\n";
+    plot += (plot.empty() ? "plot " : ", ") +
+            formatText("$set%zu with linespoints pointtype 7 pointsize 1.1 linecolor rgb '#%s' ",
+                       set, plotColors[set % plotColors.size()]) +
+            "title " + plotText(material.sets[set]) +
+            formatText(
+                ", $set%zu using 1:2:3 with labels offset 0,1 font 'Inter,14' textcolor rgb "
+                "'#3c3c40' notitle",
+                set);
+  }
+  return script + plot + "\n";
+}
+
 /// The candidates that differ from `best` in one number at most, by that number.
-void printAround(const Material& material, SearchSpace space, const Settings& best) {
+void printAround(const Material& material, SearchSpace space, const Settings& best,
+                 const std::string& waitingPlot) {
   Material around = material;
   const auto only = [&](int rawDataSize) {
     space.rawDataSizes = {rawDataSize};
@@ -67,12 +97,18 @@ void printAround(const Material& material, SearchSpace space, const Settings& be
     std::printf("\n%s\n", what);
     printHead(material, true);
     for (const Candidate& candidate : found) std::printf("%s\n", rowOf(candidate).c_str());
+    return found;
   };
 
   only(best.rawDataSize);
   space.rawDataSizes.clear();
   for (int size = 120; size <= 240; size += 10) space.rawDataSizes.push_back(size);
-  print("Frames per estimate: what waiting is worth");
+  const auto waiting = print("Frames per estimate: what waiting is worth");
+  if (!waitingPlot.empty()) {
+    OutputFile picture(waitingPlot);
+    picture.write(runGnuplot(waitingScript(material, waiting)));
+    picture.commit();
+  }
   only(best.rawDataSize);
   space.minimumBpm = {lowestMinimumBpm + 1, 50};
   print("The lowest rate that is looked for");
@@ -90,12 +126,27 @@ void printAround(const Material& material, SearchSpace space, const Settings& be
   print("How far a rival may lie and belong to the same peak");
 }
 
+/// Those within every limit, those with the fewest wrong fingers first.
+void printWithin(const Material& material, std::vector<Candidate> candidates, std::size_t shown) {
+  std::erase_if(candidates, [](const Candidate& of) { return of.beyond > 0; });
+  std::stable_sort(
+      candidates.begin(), candidates.end(),
+      [](const Candidate& a, const Candidate& b) { return a.fingers.wrong < b.fingers.wrong; });
+  std::printf("\nWithin every limit: %zu, those with the fewest wrong fingers\n",
+              candidates.size());
+  printHead(material, true);
+  for (std::size_t i = 0; i < std::min(shown, candidates.size()); ++i) {
+    std::printf("%s\n", rowOf(candidates[i]).c_str());
+  }
+}
+
 struct Options {
   std::string folder;
   SearchSpace space;
   std::array<int, 2> sizes{160, 170};
   std::size_t shown = 12;
   std::vector<int> around;
+  std::string waitingPlot;
 };
 
 void tune(Options options) {
@@ -107,7 +158,8 @@ void tune(Options options) {
   if (!options.around.empty()) {
     const auto& given = options.around;
     printAround(material, options.space,
-                {given[0], given[1], given[2], {given[4], given[3], given[5]}});
+                {given[0], given[1], given[2], {given[4], given[3], given[5]}},
+                options.waitingPlot);
     return;
   }
   const auto candidates = search(material, options.space, [](const std::string& line) {
@@ -119,6 +171,7 @@ void tune(Options options) {
   for (std::size_t i = 0; i < std::min(options.shown, candidates.size()); ++i) {
     std::printf("%s\n", rowOf(candidates[i]).c_str());
   }
+  printWithin(material, candidates, options.shown);
   std::printf("\nChosen without a third of the recordings, measured on that third\n");
   printHead(material, false);
   for (std::size_t fold = 0; fold < foldCount; ++fold) {
@@ -143,6 +196,8 @@ int main(int argc, char** argv) {
   program.add_option("--valid", options.space.validPercent, "range of TTValidPercent (40 56)");
   program.add_option("--distance", options.space.maxDistance, "range of TTMaxDistance (1 7)");
   program.add_option("--minimum", options.space.minimumBpm, "range of minimumBpm (41 46)");
+  program.add_option("--skips", options.space.skips,
+                     "frames from one estimate to the next (1 2 3 4 5)");
   program.add_option("--samples", options.space.samples, "thresholds tried with each size (120)");
   program.add_option("--seed", options.space.seed, "which thresholds those are (1)");
   program.add_option("--shown", options.shown, "candidates printed (12)");
@@ -150,12 +205,17 @@ int main(int argc, char** argv) {
       .add_option("--around", options.around,
                   "no search, but what each number does: size skip needed valid minimum distance")
       ->expected(6);
+  program.add_option("--plot", options.waitingPlot,
+                     "with --around, a PNG of the error over the time to finish");
   CLI11_PARSE(program, argc, argv);
   try {
     veyla::tuning::tune(options);
   } catch (const veyla::InputError& error) {
     std::fprintf(stderr, "tune_settings: %s\n", error.what());
     return 3;
+  } catch (const veyla::OutputError& error) {
+    std::fprintf(stderr, "tune_settings: %s\n", error.what());
+    return 4;
   }
   return 0;
 }
