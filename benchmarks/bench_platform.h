@@ -1,5 +1,6 @@
 #pragma once
 
+#include "history/history_entry.h"
 #include "platform/linux/icu_text.h"
 #include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
@@ -12,6 +13,14 @@
 #include "tests/support/test_platform.h"
 
 namespace veyla {
+
+/// An entry with numbers of as many digits as measured ones have.
+inline HistoryEntry measuredEntry(int number, Date date) {
+  constexpr float bin = 0.87890625F;
+  const float heartrate = 50 + bin * static_cast<float>(number % 80);
+  const float spo2 = 93 + 7 * static_cast<float>(number % 997) / 997;
+  return {static_cast<double>(heartrate), static_cast<double>(spo2), date, Labels{}, std::nullopt};
+}
 
 /// The program's own services where they do work that is measured, and scripted ones elsewhere.
 class BenchPlatform {

@@ -22,8 +22,7 @@ class Charting {
     std::vector<HistoryEntry> values(static_cast<std::size_t>(entries));
     for (std::size_t i = 0; i < values.size(); ++i) {
       const auto age = static_cast<double>(values.size() - i);
-      values[i] = {60 + static_cast<double>(i % 300) / 10, 97.3, Date{now - 8640 * age}, Labels{},
-                   std::nullopt};
+      values[i] = measuredEntry(static_cast<int>(i), Date{now - 8640 * age});
     }
     Utils::setValues(values);
   }

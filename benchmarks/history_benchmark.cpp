@@ -29,8 +29,8 @@ class KeptHistory {
     for (int i = 0; i < entryCount; ++i) {
       Labels labels{};
       labels[static_cast<std::size_t>(i % 7)] = true;
-      entries.push_back({60 + static_cast<double>(i % 300) / 10, 97.3, Date{1.4e9 + 8640.25 * i},
-                         labels, std::nullopt});
+      entries.push_back(measuredEntry(i, Date{1.4e9 + 8640.251234 * i}));
+      entries.back().labels = labels;
     }
     Utils::setValues(entries);
     options.dataFolder = folder_.path();

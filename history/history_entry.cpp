@@ -1,5 +1,6 @@
 #include "history/history_entry.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -17,18 +18,40 @@ std::optional<Labels> labelsOf(const Value& stored) {
   const auto* flags = stored.array();
   if (!flags || flags->size() != labelNames.size()) return std::nullopt;
   Labels labels{};
-  for (std::size_t i = 0; i < labels.size(); ++i) labels[i] = (*flags)[i].boolValue();
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    const Value& flag = (*flags)[i];
+    if (!flag.isBoolean() && !flag.isNumber()) return std::nullopt;
+    labels[i] = flag.boolValue();
+  }
   return labels;
 }
+
+constexpr std::array<std::string_view, 4> ownKeys{"hr", "spo2", "date", "labels"};
+
+/// What something else has put into an entry.
+Value::Dictionary othersIn(const Value::Dictionary& stored) {
+  Value::Dictionary others;
+  if (stored.size() == ownKeys.size()) return others;
+  for (const auto& [key, value] : stored) {
+    if (std::find(ownKeys.begin(), ownKeys.end(), key) == ownKeys.end()) {
+      others.emplace_back(key, value);
+    }
+  }
+  return others;
+}
+
+bool isFinite(const Value& value) { return value.isNumber() && std::isfinite(value.doubleValue()); }
 
 }  // namespace
 
 Value valueOf(const HistoryEntry& entry) {
   if (entry.damaged) return *entry.damaged;
-  return Value::Dictionary{{"hr", entry.hr},
+  Value::Dictionary stored{{"hr", entry.hr},
                            {"spo2", entry.spo2},
                            {"date", entry.date},
                            {"labels", valueOf(entry.labels)}};
+  stored.insert(stored.end(), entry.others.begin(), entry.others.end());
+  return stored;
 }
 
 HistoryEntry historyEntryOf(const Value& stored) {
@@ -41,13 +64,14 @@ HistoryEntry historyEntryOf(const Value& stored) {
   entry.spo2 = stored["spo2"].doubleValue();
   entry.date = *stored["date"].date();
   entry.labels = *labelsOf(stored["labels"]);
+  entry.others = othersIn(*stored.dictionary());
   return entry;
 }
 
 std::string faultOf(const Value& stored) {
   if (!stored.dictionary()) return "it is no dictionary";
-  if (!stored["hr"].isNumber()) return "its \"hr\" is no number";
-  if (!stored["spo2"].isNumber()) return "its \"spo2\" is no number";
+  if (!isFinite(stored["hr"])) return "its \"hr\" is no number";
+  if (!isFinite(stored["spo2"])) return "its \"spo2\" is no number";
   const Date* date = stored["date"].date();
   if (!date || !std::isfinite(date->secondsSince1970)) return "its \"date\" is no date";
   if (!labelsOf(stored["labels"])) return "its \"labels\" are not seven flags";

@@ -31,13 +31,16 @@ struct HistoryEntry {
   /// A stored element that is no entry, as something else left it in the store: kept as it is and
   /// written back as it is. The other fields then mean nothing.
   std::optional<Value> damaged;
+  /// What something else has put into the stored entry under keys of its own: written back as it
+  /// is.
+  Value::Dictionary others = {};
   /// The key of its day while charts are made; never stored.
   std::string ddmm = {};
 
   bool operator==(const HistoryEntry&) const = default;
 };
 
-/// The stored form, a dictionary with exactly the keys "hr", "spo2", "date" and "labels", and back.
+/// The stored form, a dictionary with the keys "hr", "spo2", "date" and "labels", and back.
 Value valueOf(const HistoryEntry& entry);
 HistoryEntry historyEntryOf(const Value& stored);
 

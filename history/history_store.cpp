@@ -10,7 +10,6 @@ namespace veyla::Utils {
 
 namespace {
 
-constexpr std::string_view valuesKey = "values";
 constexpr std::string_view oldValuesKey = "history";
 constexpr std::string_view finishedIntroKey = "finishedIntro";
 constexpr std::string_view pleaseNoteShownKey = "pleaseNoteShown";

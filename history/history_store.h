@@ -13,6 +13,9 @@
 /// stated.
 namespace veyla::Utils {
 
+/// The key of the history, an array of entries, oldest first.
+inline constexpr std::string_view valuesKey = "values";
+
 // The history, oldest entry first.
 
 /// Nothing when there is no history.

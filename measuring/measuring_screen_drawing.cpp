@@ -164,21 +164,22 @@ class Drawing {
     });
   }
 
-  void drawCenter(const ChartFourierView& chart) {
+  void drawCenter(const ChartFourierView& chart, CenterPanel center) {
     drawElement(canvas_, views_, viewCenter, [&](const auto&) {
       constexpr double radius = 16;
       roundedRect(canvas_, layout_.center, radius);
       canvas_.fill(panelColor);
       canvas_.stroke({.color = hairlineColor, .width = 1});
+      if (center == CenterPanel::pulse && chart.data().size() >= ChartFourierView::fewestDrawn) {
+        drawPulse(chart);
+        return;
+      }
       drawElement(canvas_, views_, viewLastMeasurements, [&](const auto&) {
         drawHeading("Last measurement");
         drawLast(labelLastHeartrate, layout_.heartrate.lastValue, "BPM");
         drawLast(labelLastSpo2, layout_.spo2.lastValue, "%");
       });
-      drawElement(canvas_, views_, chartFourierView, [&](const auto&) {
-        drawHeading("Pulse");
-        drawWidget(canvas_, chart, layout_.chart);
-      });
+      drawElement(canvas_, views_, chartFourierView, [&](const auto&) { drawPulse(chart); });
     });
   }
 
@@ -199,6 +200,11 @@ class Drawing {
   }
 
  private:
+  void drawPulse(const ChartFourierView& chart) {
+    drawHeading("Pulse");
+    drawWidget(canvas_, chart, layout_.chart);
+  }
+
   void drawHeading(const char* text) {
     drawLine(canvas_, text, layout_.centerHeading, sized(mediumFont, 13), grey);
   }
@@ -228,7 +234,7 @@ class Drawing {
 
 void drawMeasuringScreen(Canvas& canvas, const MeasuringLayout& layout,
                          const MainViewController& screen, const ScreenState& views,
-                         const std::string& title) {
+                         const std::string& title, CenterPanel center) {
   fillRect(canvas, {0, 0, layout.screen.width, layout.screen.height}, white);
   Drawing drawing(canvas, layout, views);
   drawing.drawBar(title);
@@ -240,7 +246,7 @@ void drawMeasuringScreen(Canvas& canvas, const MeasuringLayout& layout,
                     {viewGaugeSpo2, gaugeSpo2, circleprogressSpo2, labelSpo2, labelMeasuringSpo2,
                      buttonCheckboxSpo2},
                     screen.gaugeSpo2(), screen.circleprogressSpo2(), "SpO₂");
-  drawing.drawCenter(screen.chartFourierView());
+  drawing.drawCenter(screen.chartFourierView(), center);
   drawing.drawLines();
   drawing.drawButtons();
 }

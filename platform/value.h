@@ -36,6 +36,7 @@ class Value {
 
   bool isNull() const { return std::holds_alternative<std::monostate>(held_); }
   bool isNumber() const;
+  bool isBoolean() const { return std::holds_alternative<bool>(held_); }
 
   /// Numbers and booleans; false for everything else and for 0.
   bool boolValue() const;

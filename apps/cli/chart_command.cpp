@@ -16,19 +16,18 @@
 #include "apps/cli/choices.h"
 #include "apps/cli/complain.h"
 #include "apps/cli/history_platform.h"
+#include "apps/cli/kept_store.h"
 #include "apps/cli/output_apart.h"
 #include "apps/cli/terminal.h"
 #include "history/chart_results_view_controller.h"
 #include "history/history_store.h"
 #include "platform/action_sheet.h"
-#include "platform/linux/data_folder.h"
 #include "platform/linux/gnuplot_chart.h"
 #include "platform/linux/gnuplot_program.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/names.h"
 #include "platform/linux/no_sharing.h"
 #include "platform/linux/output_file.h"
-#include "platform/linux/sqlite_key_value_store.h"
 
 namespace veyla {
 
@@ -162,31 +161,23 @@ std::string drawnAsPicture(std::span<const GnuplotChart> charts,
   return format == PictureFormat::svg ? polishedSvg(picture, heading) : picture;
 }
 
-/// The store in the folder; null before the first measurement, since looking makes no store.
-std::unique_ptr<SqliteKeyValueStore> openStore(const ChartOptions& options,
-                                               const std::filesystem::path& folder,
-                                               const std::filesystem::path& file) {
-  if (std::filesystem::exists(file))
-    return std::make_unique<SqliteKeyValueStore>(folder, SqliteKeyValueStore::Use::read);
-  if (options.dataFolder.empty()) return nullptr;
-  throw InputError(file.string() +
-                   ": no such file; name the folder that the measurements were kept in");
-}
-
 ExitStatus chart(const ChartOptions& options) {
   const std::size_t period = indexIn(periodNames, "--period", options.period);
   const std::string label = options.label.empty() ? "" : labelActionOf(options.label);
   const auto format = pictureFormat(options.output);
-  const auto folder =
-      options.dataFolder.empty() ? defaultDataFolder() : std::filesystem::path(options.dataFolder);
-  const auto file = folder / SqliteKeyValueStore::fileName;
+  const auto file = dataFolderOf(options.dataFolder) / SqliteKeyValueStore::fileName;
   if (format) requireApart("-o", options.output, file);
 
-  MemoryKeyValueStore none;
-  const auto store = openStore(options, folder, file);
+  // The screen reads the history again at each choice, which takes the longest of all from a file.
+  MemoryKeyValueStore history;
+  if (const auto store = openKeptStore(options.dataFolder, SqliteKeyValueStore::Use::read)) {
+    const auto values = store->value(Utils::valuesKey);
+    if (store->failure()) throw StoreError(*store->failure());
+    if (values) history.setValue(Utils::valuesKey, *values);
+  }
   OutputFile output(format ? options.output : "-");
   NoSharing sharing;
-  HistoryPlatform platform(store ? static_cast<KeyValueStore&>(*store) : none, sharing);
+  HistoryPlatform platform(history, sharing);
 
   std::array<GnuplotChart, 2> charts;
   OptionSheet sheet(label);
@@ -195,7 +186,6 @@ ExitStatus chart(const ChartOptions& options) {
   screen.viewWillAppear();
   screen.tapSegmentPeriod(static_cast<std::int32_t>(period));
   if (!label.empty()) screen.tapButtonLabels();
-  if (store && store->failure()) throw StoreError(*store->failure());
   const ExitStatus status = tellDamage(file);
 
   output.write(format ? drawnAsPicture(charts, screen, *format) : drawnInTerminal(charts, screen));

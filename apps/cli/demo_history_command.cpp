@@ -4,6 +4,7 @@
 
 #include "apps/cli/history_platform.h"
 #include "history/history_store.h"
+#include "platform/linux/data_folder.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/no_sharing.h"
 #include "platform/linux/output_file.h"
@@ -34,23 +35,25 @@ std::vector<HistoryEntry> randomEntries(std::int32_t days) {
 }
 
 ExitStatus demoHistory(const DemoHistoryOptions& options) {
-  SqliteKeyValueStore store(options.dataFolder);
-  const std::string file = options.dataFolder + "/" + std::string(SqliteKeyValueStore::fileName);
+  const std::filesystem::path folder = options.dataFolder.empty()
+                                           ? defaultDataFolder() += "-demo"
+                                           : std::filesystem::path(options.dataFolder);
+  SqliteKeyValueStore store(folder);
   const auto entries = randomEntries(options.days);
   NoSharing sharing;
   const HistoryPlatform platform(store, sharing);
   bool isEmpty = false;
   store.exclusively([&] {
-    isEmpty = !store.value("values");
+    isEmpty = !store.value(Utils::valuesKey);
     if (isEmpty) Utils::setValues(entries);
   });
   if (store.failure()) throw StoreError(*store.failure());
   if (!isEmpty) {
-    throw UsageError("--data: " + file +
+    throw UsageError("--data: " + (folder / SqliteKeyValueStore::fileName).string() +
                      " has a history already, which random entries would spoil; name a new folder");
   }
-  printOut("Saved " + std::to_string(entries.size()) + " random entries in " + options.dataFolder +
-           ".\n");
+  printOut("Saved " + std::to_string(entries.size()) + " random entries in " + folder.string() +
+           "; see veyla chart --data " + folder.string() + "\n");
   return ExitStatus::done;
 }
 

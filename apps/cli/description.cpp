@@ -62,10 +62,11 @@ constexpr std::array<std::pair<const char*, const char*>, 3> files{
       "with your permission, health records as FHIR R4 Observations"},
      {"~/.local/share/veyla/drafts/", "drafts of mails"}}};
 
-constexpr std::array<std::pair<const char*, const char*>, 4> environment{
+constexpr std::array<std::pair<const char*, const char*>, 5> environment{
     {{"XDG_DATA_HOME", "the data folder is its folder veyla, where it is set"},
      {"TZ", "the time zone of dates"},
      {"LC_ALL, LC_TIME, LANG", "the locale of dates, the first that is set"},
+     {"EMAIL", "the sender of drafts of mails"},
      {"NO_COLOR", "no colours, where it is set"}}};
 
 /// A text as roff prints it.

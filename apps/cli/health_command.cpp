@@ -1,8 +1,11 @@
 #include "apps/cli/health_command.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 
 #include "apps/cli/complain.h"
+#include "apps/cli/kept_store.h"
 #include "apps/cli/output_apart.h"
 #include "platform/format.h"
 #include "platform/linux/data_folder.h"
@@ -17,11 +20,6 @@ namespace veyla {
 
 namespace {
 
-std::filesystem::path folderOf(const HealthOptions& options) {
-  return options.dataFolder.empty() ? defaultDataFolder()
-                                    : std::filesystem::path(options.dataFolder);
-}
-
 const char* nameOf(HealthSharing sharing) {
   switch (sharing) {
     case HealthSharing::authorized:
@@ -35,24 +33,20 @@ const char* nameOf(HealthSharing sharing) {
 }
 
 ExitStatus tellStatus(const HealthOptions& options) {
-  const std::filesystem::path folder = folderOf(options);
   HealthSharing heartrate = HealthSharing::notDetermined;
   HealthSharing spo2 = HealthSharing::notDetermined;
-  // Asking is no reason to make a folder.
-  if (mayExist(folder / SqliteKeyValueStore::fileName)) {
-    SqliteKeyValueStore store(folder, SqliteKeyValueStore::Use::read);
-    LibUuid uuids;
-    const FhirHealthStore health(folder, store, uuids, {});
-    heartrate = health.authorizationStatus(HealthSampleType::heartRate);
-    spo2 = health.authorizationStatus(HealthSampleType::oxygenSaturation);
-    if (store.failure()) throw StoreError(*store.failure());
+  if (const auto store = openKeptStore(options.dataFolder, SqliteKeyValueStore::Use::read)) {
+    const HealthPermissions permissions(*store);
+    heartrate = permissions.status(HealthSampleType::heartRate);
+    spo2 = permissions.status(HealthSampleType::oxygenSaturation);
+    if (store->failure()) throw StoreError(*store->failure());
   }
   printOut(formatText("heartrate  %s\nspo2       %s\n", nameOf(heartrate), nameOf(spo2)));
   return ExitStatus::done;
 }
 
 ExitStatus allow(const HealthOptions& options, bool allowed) {
-  const std::filesystem::path folder = folderOf(options);
+  const std::filesystem::path folder = dataFolderOf(options.dataFolder);
   SqliteKeyValueStore store(folder);
   LibUuid uuids;
   FhirHealthStore health(folder, store, uuids, {});
@@ -64,7 +58,7 @@ ExitStatus allow(const HealthOptions& options, bool allowed) {
 }
 
 ExitStatus exportRecords(const HealthOptions& options) {
-  const std::filesystem::path folder = folderOf(options);
+  const std::filesystem::path folder = dataFolderOf(options.dataFolder);
   const std::filesystem::path file = folder / FhirHealthStore::fileName;
   if (!mayExist(file)) {
     throw InputError(file.string() +
@@ -72,11 +66,13 @@ ExitStatus exportRecords(const HealthOptions& options) {
                      "allow and measure");
   }
   requireApart("-o", options.output, file);
-  MemoryKeyValueStore permissions;
-  LibUuid uuids;
-  const FhirHealthStore health(folder, permissions, uuids, {});
-  if (health.repair()) complain(*health.repair());
-  const std::string records = health.contents().value_or("");
+  if (::access(file.c_str(), R_OK | W_OK) == 0) {
+    MemoryKeyValueStore permissions;
+    LibUuid uuids;
+    const FhirHealthStore mended(folder, permissions, uuids, {});
+    if (mended.repair()) complain(*mended.repair());
+  }
+  const std::string records = FhirHealthStore::contentsIn(folder).value_or("");
 
   OutputFile output(options.output);
   const NlohmannJsonParser json;

@@ -15,6 +15,7 @@
 #include "apps/cli/complain.h"
 #include "apps/cli/history_platform.h"
 #include "apps/cli/kept_mail.h"
+#include "apps/cli/kept_store.h"
 #include "apps/cli/terminal.h"
 #include "history/results_view_controller.h"
 #include "platform/format.h"
@@ -32,11 +33,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::filesystem::path folderOf(const HistoryOptions& options) {
-  return options.dataFolder.empty() ? defaultDataFolder()
-                                    : std::filesystem::path(options.dataFolder);
-}
-
 /// Answers the results screen's sheet as soon as it comes.
 class AnsweringView : public ResultsView {
  public:
@@ -49,16 +45,14 @@ class AnsweringView : public ResultsView {
   }
 };
 
-/// The results screen over the history of a data folder. A folder without a history is left as it
-/// is, and the screen is empty.
+/// The results screen over the history of a data folder; empty before the user's first
+/// measurement, which makes the folder.
 class History {
  public:
   explicit History(const HistoryOptions& options,
                    SqliteKeyValueStore::Use use = SqliteKeyValueStore::Use::read)
-      : folder_(folderOf(options)),
-        stored_(mayExist(folder_ / SqliteKeyValueStore::fileName)
-                    ? std::make_unique<SqliteKeyValueStore>(folder_, use)
-                    : nullptr) {}
+      : folder_(dataFolderOf(options.dataFolder)),
+        stored_(openKeptStore(options.dataFolder, use)) {}
 
   ResultsViewController& screen() { return screen_; }
   const std::filesystem::path& folder() const { return folder_; }
@@ -69,7 +63,7 @@ class History {
     screen_.viewDidLoad();
     throwFailure();
     // Looked at again only where there is little to read.
-    const auto values = entries().empty() ? store().value("values") : std::nullopt;
+    const auto values = entries().empty() ? store().value(Utils::valuesKey) : std::nullopt;
     if (values && !values->array()) {
       throw InputError(file() +
                        ": its history, \"values\", is no list; move the file away to start a new "
@@ -324,14 +318,20 @@ ExitStatus mail(const HistoryOptions& options) {
   const ExitStatus status = history.tellDamaged(history.selectedRows());
   const Mail mail = history.share(options.text ? "Email (text)" : "Email (csv)");
   const bool handsOver = options.output.empty();
+  if (handsOver && history.entries().empty()) {
+    throw InputError("no measurements in " + history.folder().string() +
+                     " yet to mail: veyla measure saves them there");
+  }
   const std::string file = handsOver ? draftFile(history.folder()) : options.output;
   OutputFile output(file);
   output.write(mailDraft(mail, mailSender(), services().clock.now()));
   output.commit();
   if (handsOver) {
-    printOut(openMailInDesktop(file)
+    printOut(!desktopHasMailProgram()
+                 ? "There is no mail program to open it in; the draft lies in " + file + ".\n"
+             : openMailInDesktop(file)
                  ? "Opened in the mail program; the draft lies in " + file + ".\n"
-                 : "There is no mail program to open it in; the draft lies in " + file + ".\n");
+                 : "The mail program did not start; the draft lies in " + file + ".\n");
   }
   return status;
 }

@@ -4,7 +4,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -34,9 +33,11 @@ CLI::Validator numberWithin(double least, double most, bool whole = false) {
   return CLI::Validator(
       [=](std::string& text) -> std::string {
         double value = 0;
-        std::int64_t digits = 0;
+        // A leading zero would make it octal: another number than the one that is meant.
+        const bool isDecimal = text.find_first_not_of("0123456789") == std::string::npos &&
+                               (text == "0" || !text.starts_with('0'));
         if (CLI::detail::lexical_cast(text, value) && value >= least && value <= most &&
-            (!whole || CLI::detail::lexical_cast(text, digits))) {
+            (!whole || isDecimal)) {
           return {};
         }
         std::string range;
@@ -189,7 +190,8 @@ void describeChart(CLI::App& command, veyla::ChartOptions& options) {
 void describeDemoHistory(CLI::App& command, veyla::DemoHistoryOptions& options) {
   addNumber(command, "--days", options.days, "N", "days up to today (90)",
             numberWithin(1, veyla::DemoHistoryOptions::mostDays, true));
-  addText(command, "--data", options.dataFolder, "DIR", "folder without a history")->required();
+  addText(command, "--data", options.dataFolder, "DIR",
+          "folder without a history (~/.local/share/veyla-demo)");
 }
 
 CLI::Option* addData(CLI::App& command, std::string& folder, const char* description) {

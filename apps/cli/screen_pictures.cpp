@@ -6,7 +6,6 @@
 #include <filesystem>
 
 #include "measuring/measuring_layout.h"
-#include "measuring/measuring_screen.h"
 #include "measuring/measuring_screen_drawing.h"
 #include "platform/format.h"
 #include "platform/linux/cairo_canvas.h"
@@ -21,10 +20,11 @@ constexpr SafeArea phoneSafeArea{.top = 47, .bottom = 34};
 
 constexpr double usualScale = 2;
 
-std::string pictureOf(const ScreenPictures::Screen& screen, std::optional<double> scale) {
+std::string pictureOf(const ScreenPictures::Screen& screen, std::optional<double> scale,
+                      CenterPanel center) {
   CairoCanvas canvas(phone, scale.value_or(usualScale));
   drawMeasuringScreen(canvas, MeasuringLayout(phone, phoneSafeArea), screen.controller,
-                      screen.views, screen.title);
+                      screen.views, screen.title, center);
   return canvas.png();
 }
 
@@ -62,7 +62,7 @@ void ScreenPictures::addFrame(int second, const Screen& screen) {
   const std::filesystem::path folder(options_.framesFolder);
   try {
     OutputFile file(folder / formatText("%04d.png", second));
-    file.write(pictureOf(screen, options_.scale));
+    file.write(pictureOf(screen, options_.scale, CenterPanel::asShown));
     file.commit();
   } catch (const OutputError& error) {
     failedFrame_ = error;
@@ -70,13 +70,7 @@ void ScreenPictures::addFrame(int second, const Screen& screen) {
 }
 
 void ScreenPictures::keepSnapshot(const Screen& screen) {
-  if (!snapshot_) return;
-  ScreenState views = screen.views;
-  if (screen.controller.chartFourierView().data().size() >= ChartFourierView::fewestDrawn) {
-    views.setHidden(MeasuringScreen::chartFourierView, false);
-    views.setHidden(MeasuringScreen::viewLastMeasurements, true);
-  }
-  snapshotPicture_ = pictureOf({screen.controller, views, screen.title}, options_.scale);
+  if (snapshot_) snapshotPicture_ = pictureOf(screen, options_.scale, CenterPanel::pulse);
 }
 
 void ScreenPictures::writeSnapshot() {

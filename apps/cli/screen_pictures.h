@@ -38,8 +38,7 @@ class ScreenPictures {
 
   /// Writes the picture of a second as "0007.png".
   void addFrame(int second, const Screen& screen);
-  /// Draws the screen as it ended, with the pulse curve in its middle: the panel of the measurement
-  /// before, to which the phone has turned by then, would say nothing of this one.
+  /// Draws the screen as it ended, with the pulse curve in its middle.
   void keepSnapshot(const Screen& screen);
   /// Writes the snapshot in place of a file of its name. Throws `OutputError`.
   void writeSnapshot();

@@ -64,10 +64,7 @@ bool desktopHasMailProgram() {
          program.find(".desktop") != std::string::npos;
 }
 
-bool openMailInDesktop(const std::string& file) {
-  // Asked first: without a program for mails the file would be opened in a browser or an editor.
-  return desktopHasMailProgram() && runProgram({"xdg-open", file});
-}
+bool openMailInDesktop(const std::string& file) { return runProgram({"xdg-open", file}); }
 
 bool openAddressInDesktop(const std::string& address) {
   return hasDesktop() && runProgram({"xdg-open", address});

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "platform/linux/data_folder.h"
+#include "platform/linux/file_problem.h"
 #include "platform/linux/store_error.h"
 #include "platform/portable/fhir_observation.h"
 #include "platform/portable/json.h"
@@ -103,18 +104,22 @@ void FhirHealthStore::requestAuthorization(const std::vector<HealthSampleType>& 
   if (completion) completion(determined);
 }
 
-std::optional<std::string> FhirHealthStore::contents() const {
-  const Descriptor file(open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+std::optional<std::string> FhirHealthStore::contentsIn(const std::filesystem::path& folder) {
+  const std::filesystem::path path = folder / fileName;
+  const auto check = [&](bool done) {
+    if (!done) throw StoreError(fileProblem(path.string(), errno, FilePlace::dataToRead));
+  };
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (file.number() < 0 && errno == ENOENT) return std::nullopt;
-  check(file.number() >= 0, file_);
-  check(flock(file.number(), LOCK_SH) == 0, file_);
+  check(file.number() >= 0);
+  check(flock(file.number(), LOCK_SH) == 0);
   std::string text;
   std::array<char, 65536> block;
   ssize_t n = 0;
   while ((n = read(file.number(), block.data(), block.size())) > 0) {
     text.append(block.data(), static_cast<std::size_t>(n));
   }
-  check(n == 0, file_);
+  check(n == 0);
   return text;
 }
 

@@ -50,9 +50,9 @@ class FhirHealthStore : public HealthStore {
   /// Sets a type's permission without asking.
   void allow(HealthSampleType type, bool allowed) { permissions_.allow(type, allowed); }
 
-  /// The whole file, as no other program is writing it; nothing when no record was ever kept.
-  /// Throws `StoreError`.
-  std::optional<std::string> contents() const;
+  /// The whole file of a folder, as no other program is writing it; nothing when no record was ever
+  /// kept. Reads alone, so that its last line may be half a one. Throws `StoreError`.
+  static std::optional<std::string> contentsIn(const std::filesystem::path& folder);
 
   /// The first thing that went wrong in use, as one line.
   const std::optional<std::string>& failure() const { return failure_; }

@@ -13,7 +13,8 @@ struct Problem {
 };
 
 Problem problemOf(int error, FilePlace place) {
-  const bool isData = place == FilePlace::dataFolder;
+  const bool isRead = place == FilePlace::dataToRead;
+  const bool isData = place == FilePlace::dataFolder || isRead;
   const std::string elsewhere = isData                       ? "choose another data folder"
                                 : place == FilePlace::stream ? "lead it elsewhere"
                                                              : "choose another folder";
@@ -31,6 +32,7 @@ Problem problemOf(int error, FilePlace place) {
       return {"a folder", "name a file in it"};
     case EACCES:
     case EPERM:
+      if (isRead) return {"no permission to read it", "allow this user to read it or " + elsewhere};
       return {"no permission to write there", "allow this user to write there or " + elsewhere};
     case EROFS:
       return {inSystemsWords, isData ? "choose a data folder on a disk that can be written"

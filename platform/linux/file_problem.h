@@ -4,10 +4,12 @@
 
 namespace veyla {
 
-/// What a file that cannot be written is for, which decides the way out.
+/// What a file that cannot be used is for, which decides the way out.
 enum class FilePlace {
   /// Part of the data folder, which the program keeps.
   dataFolder,
+  /// The same where it is only to be read.
+  dataToRead,
   /// Named by the user for one result.
   outputFile,
   /// Standard output or standard error.

@@ -4,6 +4,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cmath>
@@ -74,9 +75,21 @@ Owned<GMimeObject> contentsOf(const Mail& mail) {
 
 }  // namespace
 
+namespace {
+
+/// One address of ASCII letters without a name, as mails write it down unencoded.
+bool isPlainAddress(const std::string& text) {
+  const auto isPlain = [](char c) { return c > ' ' && c <= '~' && c != '<' && c != ','; };
+  const std::size_t at = text.find('@');
+  return std::all_of(text.begin(), text.end(), isPlain) && at != 0 && at != std::string::npos &&
+         at == text.rfind('@') && at + 1 < text.size();
+}
+
+}  // namespace
+
 std::string mailSender() {
   const char* address = std::getenv("EMAIL");
-  if (address && *address) return address;
+  if (address && isPlainAddress(address)) return address;
   const passwd* user = getpwuid(getuid());
   std::array<char, HOST_NAME_MAX + 1> host{};
   const bool isNamed = gethostname(host.data(), host.size() - 1) == 0 && host.front() != 0;

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "platform/linux/data_folder.h"
+#include "platform/linux/file_problem.h"
 #include "platform/linux/store_error.h"
 #include "platform/portable/json.h"
 
@@ -105,16 +106,18 @@ SqliteKeyValueStore::~SqliteKeyValueStore() { synchronize(); }
 
 void SqliteKeyValueStore::open(Use use) {
   if (use == Use::readAndWrite) makeFile();
+  const FilePlace place = use == Use::read ? FilePlace::dataToRead : FilePlace::dataFolder;
+  const auto refuseFile = [&](int error) {
+    throw StoreError(fileProblem(file_.string(), error, place));
+  };
   struct stat found {};
-  if (stat(file_.c_str(), &found) != 0) throw StoreError(dataProblem(file_, errno));
-  if (S_ISDIR(found.st_mode)) throw StoreError(dataProblem(file_, EISDIR));
+  if (stat(file_.c_str(), &found) != 0) refuseFile(errno);
+  if (S_ISDIR(found.st_mode)) refuseFile(EISDIR);
   const auto allows = [this](int access) {
     return faccessat(AT_FDCWD, file_.c_str(), access, AT_EACCESS) == 0;
   };
   const bool isWritable = allows(R_OK | W_OK);
-  if (!isWritable && (use == Use::readAndWrite || !allows(R_OK))) {
-    throw StoreError(dataProblem(file_, errno));
-  }
+  if (!isWritable && (use == Use::readAndWrite || !allows(R_OK))) refuseFile(errno);
 
   sqlite3* database = nullptr;
   const int code = sqlite3_open_v2(

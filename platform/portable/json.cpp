@@ -24,6 +24,9 @@ constexpr std::string_view floatTag = "$float";
 constexpr std::string_view doubleTag = "$double";
 constexpr std::string_view dateTag = "$date";
 constexpr std::string_view dictionaryTag = "$dictionary";
+
+/// Between the elements of an outermost array.
+constexpr std::string_view elementSeparator = ",\n";
 constexpr std::string_view nanPrefix = "nan:";
 
 bool looksLikeTag(std::string_view key) { return key.starts_with('$'); }
@@ -219,19 +222,26 @@ class ValueBuilder {
     return true;
   }
 
+  /// What only looks like a tag is the dictionary that it is.
   bool addTagged(Value::Dictionary& entries) {
-    if (entries.size() != 1) return false;
-    auto& [tag, value] = entries.front();
-    if (tag == dictionaryTag) return value.dictionary() && add(std::move(value));
+    auto meant = meaningOf(entries);
+    return add(meant ? std::move(*meant) : Value(std::move(entries)));
+  }
+
+  static std::optional<Value> meaningOf(const Value::Dictionary& entries) {
+    if (entries.size() != 1) return std::nullopt;
+    const auto& [tag, value] = entries.front();
+    if (tag == dictionaryTag && value.dictionary()) return value;
+    if (!value.text() && !value.isNumber()) return std::nullopt;
     if (tag == floatTag) {
-      if (!value.text()) return value.isNumber() && add(std::move(value));
+      if (!value.text()) return value;
       const auto number = floatFromText(*value.text());
-      return number && add(Value(*number));
+      return number ? std::optional<Value>(*number) : std::nullopt;
     }
-    if (tag != doubleTag && tag != dateTag) return false;
-    if (!value.text() && !value.isNumber()) return false;
+    if (tag != doubleTag && tag != dateTag) return std::nullopt;
     const auto number = value.text() ? doubleFromText(*value.text()) : value.doubleValue();
-    return number && add(tag == dateTag ? Value(Date{*number}) : Value(*number));
+    if (!number) return std::nullopt;
+    return tag == dateTag ? Value(Date{*number}) : Value(*number);
   }
 
   Tags tags_;
@@ -243,6 +253,25 @@ std::optional<Value> valueFromText(std::string_view text, ValueBuilder::Tags tag
   ValueBuilder builder(tags);
   if (!Json::sax_parse(text.begin(), text.end(), &builder)) return std::nullopt;
   return builder.take();
+}
+
+/// The elements of an array that is no JSON as a whole, of which each stands on a line: what a line
+/// holds, or, where that is no JSON, its text. Nothing when no line can be read, or an end is
+/// missing.
+std::optional<Value> elementsByLines(std::string_view text) {
+  if (!text.starts_with('[') || !text.ends_with(']') || !isUtf8(text)) return std::nullopt;
+  text = text.substr(1, text.size() - 2);
+  Value::Array elements;
+  bool anyRead = false;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find(elementSeparator), text.size());
+    auto element = valueFromText(text.substr(0, end), ValueBuilder::Tags::read);
+    anyRead |= element.has_value();
+    elements.push_back(element ? std::move(*element) : Value(std::string(text.substr(0, end))));
+    text.remove_prefix(std::min(end + elementSeparator.size(), text.size()));
+  }
+  if (!anyRead) return std::nullopt;
+  return elements;
 }
 
 class Writer {
@@ -278,7 +307,7 @@ class Writer {
 
   bool write(const Value::Array& elements) {
     if (depth_ == deepestJson) return false;
-    const std::string_view separator = depth_ == 0 ? ",\n" : ",";
+    const std::string_view separator = depth_ == 0 ? elementSeparator : ",";
     ++depth_;
     append("[");
     for (std::size_t i = 0; i < elements.size(); ++i) {
@@ -397,7 +426,8 @@ std::optional<std::string> writeJson(const Value& value) {
 }
 
 std::optional<Value> readJson(std::string_view text) {
-  return valueFromText(text, ValueBuilder::Tags::read);
+  auto value = valueFromText(text, ValueBuilder::Tags::read);
+  return value ? std::move(value) : elementsByLines(text);
 }
 
 std::string numberText(double value) { return textOf(value); }

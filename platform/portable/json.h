@@ -39,7 +39,9 @@ class NlohmannJsonWriter : public JsonWriter {
 /// when the value nests too deep or holds a text that is not UTF-8.
 std::optional<std::string> writeJson(const Value& value);
 
-/// Reads what `writeJson` wrote; nothing when it cannot have written it.
+/// Reads what `writeJson` wrote. Where something else has meddled with it, as much as possible is
+/// kept: what only looks like one of the tags is the dictionary that it is, and of an array with a
+/// line that is no JSON that element is the line's text. Nothing when it cannot be read at all.
 std::optional<Value> readJson(std::string_view text);
 
 /// A number as `writeJson` writes it between the tags, and back. What is no such text reads as

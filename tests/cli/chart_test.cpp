@@ -107,7 +107,9 @@ TEST_F(ChartTest, WrongUsageNamesTheOptionAndTouchesNothing) {
   expectRefused(run(chart({"--period", "year"})), 2,
                 {"--period: \"year\" is none of week, month, 3months, all"});
   expectRefused(run(chart({"-o", "old.txt"})), 2, {"-o: old.txt", ".png or .svg"});
-  expectRefused(run({"demo-history"}), 2, {"--data is required"});
+  EXPECT_THAT(run({"demo-history", "--days", "3"}).out, HasSubstr("in " + file("home/veyla-demo")));
+  expectRefused(run({"demo-history"}), 2, {"veyla-demo/veyla.db has a history already"});
+  EXPECT_FALSE(std::filesystem::exists(file("home/veyla")));
   expectRefused(run({"demo-history", "--data", "x", "--days", "0"}), 2, {"--days: \"0\""});
   expectRefused(run(chart()), 3, {"data/veyla.db: no such file; name the folder"});
   EXPECT_EQ(contentsOf(file("old.txt")), "old");

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <cmath>
+
 #include "platform/linux/sqlite_key_value_store.h"
 #include "tests/cli/program.h"
 
@@ -80,11 +82,24 @@ TEST_F(HistoryTest, TheListIsNewestFirstAndAligned) {
 }
 
 TEST_F(HistoryTest, AHistoryThatIsNotThereIsEmptyAndIsNotMade) {
-  EXPECT_THAT(printed({}), HasSubstr("No measurements in " + data() + " yet"));
-  EXPECT_EQ(json({"history", "--data", data()}), nlohmann::json::array());
-  expectRefused(history({"delete", "1"}), 2, {"no entry 1", "is empty"});
-  EXPECT_EQ(printed({"export", "-o", "-"}), "Date,Heart Rate,Saturation");
+  EXPECT_THAT(run({"history"}).out, HasSubstr("No measurements in " + file("home/veyla") + " yet"));
+  EXPECT_EQ(json({"history"}), nlohmann::json::array());
+  expectRefused(run({"history", "delete", "1"}), 2, {"no entry 1", "is empty"});
+  expectRefused(run({"history", "mail"}), 3, {"no measurements", "yet to mail"});
+  EXPECT_EQ(run({"history", "export", "-o", "-"}).out, "Date,Heart Rate,Saturation");
+  EXPECT_THAT(run({"health"}).out, HasSubstr("not decided yet"));
+  EXPECT_FALSE(std::filesystem::exists(file("home")));
+  // A named folder is one that is known to hold something.
+  for (const char* command : {"list", "export", "mail", "delete", "health"}) {
+    Arguments arguments{"history", command, "--data", data()};
+    if (command == std::string("list")) arguments = {"history", "--data", data()};
+    if (command == std::string("health")) arguments = {"health", "--data", data()};
+    if (command == std::string("export")) arguments.insert(arguments.end(), {"-o", file("x.csv")});
+    if (command == std::string("delete")) arguments.emplace_back("1");
+    expectRefused(run(arguments), 3, {"veyla.db: no such file; name the folder"});
+  }
   EXPECT_FALSE(std::filesystem::exists(data()));
+  EXPECT_FALSE(std::filesystem::exists(file("x.csv")));
 }
 
 TEST_F(HistoryTest, LabelsArePutOnAndTakenOff) {
@@ -119,6 +134,8 @@ TEST_F(HistoryTest, WrongNumbersAndLabelsChangeNothing) {
   expectRefused(history({"delete", "1", "4"}), 2, {"N: there is no entry 4, the history has 3"});
   expectRefused(history({"delete", "0"}), 2, {"N: \"0\" is no whole number from 1"});
   expectRefused(history({"delete", "1.5"}), 2, {"N: \"1.5\""});
+  expectRefused(history({"delete", "02"}), 2, {"N: \"02\" is no whole number from 1"});
+  expectRefused(history({"label", "0x2", "none"}), 2, {"N: \"0x2\""});
   expectRefused(history({"delete"}), 2, {"N is required; see veyla history delete --help"});
   expectRefused(history({"label", "1", "Sleeping"}), 2,
                 {"NAME: \"Sleeping\" is none of Resting, Active", "none"});
@@ -196,6 +213,29 @@ TEST_F(HistoryTest, ADamagedEntryIsShownAndLeftAloneAndTheOthersWork) {
   EXPECT_THAT(printed({"delete", "2"}), HasSubstr("2  Damaged entry"));
   EXPECT_EQ(kept().array()->size(), 2U);
 
+  const Value odd = Value::Dictionary{{"hr", 60.0},
+                                      {"spo2", 97.0},
+                                      {"date", Value::Dictionary{{"$date", "x"}}},
+                                      {"labels", Value::Array(7, false)}};
+  keep(Value::Array{Value::Dictionary{{"hr", 60.0},
+                                      {"spo2", 97.0},
+                                      {"date", Date{1709640000}},
+                                      {"labels", Value::Array(7, false)},
+                                      {"note", "of another program"}},
+                    odd, entry(std::nan(""), 97, 1709650000),
+                    Value::Dictionary{{"hr", 60.0},
+                                      {"spo2", 97.0},
+                                      {"date", Date{1709640000}},
+                                      {"labels", Value::Array(7, "x")}}});
+  const Result several = history({});
+  EXPECT_EQ(several.status, 3);
+  EXPECT_THAT(several.out, HasSubstr("3  Damaged entry"));
+  EXPECT_THAT(several.error, HasSubstr("entry 1 of the history is damaged (and 2 more): its "
+                                       "\"labels\" are not seven flags"));
+  printed({"label", "4", "Resting"});
+  EXPECT_EQ(kept().array()->at(1), odd);
+  EXPECT_EQ(kept().array()->at(0)["note"], Value("of another program")) << "is not ours to lose";
+
   keep("no list");
   expectRefused(history({}), 3, {"veyla.db", "\"values\", is no list", "restore a copy"});
   expectRefused(history({"delete", "1"}), 3, {"is no list"});
@@ -226,7 +266,6 @@ TEST_F(HistoryTest, HealthRecordsAreAllowedAndExported) {
     arguments.insert(arguments.end(), {"--data", data()});
     return run(arguments);
   };
-  EXPECT_EQ(health({}).out, "heartrate  not decided yet\nspo2       not decided yet\n");
   expectRefused(health({"export", "-o", "-"}), 3, {"Observations.ndjson: no such file", "allow"});
   EXPECT_FALSE(std::filesystem::exists(data()));
   EXPECT_EQ(health({"allow", "heartrate"}).status, 0);

@@ -128,9 +128,23 @@ TEST(StoredJsonTest, RefusesWhatItCouldNotReadBack) {
   EXPECT_EQ(writeJson(Array{nested}), std::nullopt);
 }
 
-TEST(StoredJsonTest, TagsThatItNeverWritesAreNotRead) {
-  for (const char* text : {R"({"$other": 1})", R"({"$date": "today"})", R"({"$float": true})",
-                           R"({"$date": 1, "b": 2})", R"({"$dictionary": 1})"}) {
+TEST(StoredJsonTest, TagsThatItNeverWritesAreDictionaries) {
+  const Dictionary entries[] = {{{"$other", 1}},      {{"$date", "today"}},
+                                {{"$float", true}},   {{"$date", 1}, {"b", 2}},
+                                {{"$dictionary", 1}}, {{"$double", Value()}}};
+  for (const Dictionary& entry : entries) {
+    const auto text = NlohmannJsonWriter().prettyPrinted(entry);
+    EXPECT_EQ(readJson(*text), Value(entry)) << *text;
+    expectRoundTrip(entry);
+  }
+}
+
+TEST(StoredJsonTest, ALineThatIsNoJsonSpoilsNoOther) {
+  const auto read = readJson("[{\"a\":1},\n{\"a\":1e999},\n{\"a\":,\n{\"a\":2}]");
+  EXPECT_EQ(read,
+            Value(Array{Dictionary{{"a", 1}}, R"({"a":1e999})", R"({"a":)", Dictionary{{"a", 2}}}));
+  for (const char* text :
+       {"[{]", "[", "]", "", "{\"a\":1e999}", "[1e999]", "[1,\n2", "[1,\n\xff]"}) {
     EXPECT_EQ(readJson(text), std::nullopt) << text;
   }
 }

@@ -10,6 +10,9 @@ namespace {
 
 struct Early {
   int used = 0;
+
+  static inline int usedAtTheEnd = 0;
+  ~Early() { usedAtTheEnd = used; }
 };
 
 /// Uses another shared instance while it goes.
@@ -31,9 +34,12 @@ TEST(PlatformTest, SharedInstancesAreOnePerPlatformAndTheNewestIsInForce) {
 }
 
 TEST(PlatformTest, SharedInstancesMayUseEachOtherWhileTheyGo) {
-  TestPlatform platform;
-  Platform::current().shared<Late>();
-  Platform::current().shared<Early>();
+  {
+    TestPlatform platform;
+    Platform::current().shared<Late>();
+    Platform::current().shared<Early>();
+  }
+  EXPECT_EQ(Early::usedAtTheEnd, 1) << "Early went before Late, which uses it";
 }
 
 TEST(FormatTest, TextsMayBeLong) {
