@@ -44,11 +44,10 @@ export class ResultsScreen implements ResultsViews {
       make("button.bar-button", { type: "button" }),
     ];
     this.left.addEventListener("click", () => {
-      if (this.editing) core.clickAllAndNone();
-      else core.resultsClose();
+      core.tapResultsLeftButton();
     });
     this.right[0].addEventListener("click", () => {
-      core.setResultsEditing(!this.editing);
+      core.tapResultsEditButton();
     });
     this.right[1].addEventListener("click", () => {
       core.showChart();
@@ -264,10 +263,9 @@ export class ResultsScreen implements ResultsViews {
       this.core.selectResult(index);
       return;
     }
-    const isChecked = row.classList.contains("checked");
-    this.setChecked(row, !isChecked);
-    if (isChecked) this.core.deselectResult(index);
+    if (this.core.isResultSelected(index)) this.core.deselectResult(index);
     else this.core.selectResult(index);
+    this.setChecked(row, this.core.isResultSelected(index));
   }
 
   private setChecked(row: HTMLElement, checked: boolean): void {
