@@ -1,6 +1,6 @@
 // Tells what could not be stored or read, and what to do about it.
 import type { WebApp } from "./core";
-import { make } from "./dom";
+import { make, sheetCard } from "./dom";
 import { saveAsFile } from "./files";
 
 /** `damagedKey` names an item that cannot be read; it is empty for anything else. */
@@ -35,9 +35,7 @@ export function showStorageProblem(core: () => WebApp, damagedKey: string, line:
           }),
         ];
   dialog.append(
-    make(
-      "div.sheet-card",
-      {},
+    sheetCard(
       make("h2", { id: "storage-title" }, damagedKey === "" ? "Not saved" : "Damaged data"),
       make("p", {}, line),
       ...buttons,

@@ -4,7 +4,7 @@ import { fileURLToPath } from "node:url";
 
 import { type Browser, type BrowserContext, chromium, type Page } from "playwright-core";
 import { preview, type PreviewServer } from "vite";
-import { expect } from "vitest";
+import { expect, onTestFinished } from "vitest";
 
 const root = fileURLToPath(new URL("..", import.meta.url));
 const build = fileURLToPath(new URL("../../../build/", import.meta.url));
@@ -33,6 +33,8 @@ export interface Visitor {
   readonly locale?: string;
   readonly timezoneId?: string;
   readonly query?: string;
+  /** Whether the camera's video tells a time of its own; some browsers' stands still. */
+  readonly videoTime?: "runs" | "stands";
   /** The browser gives the page no storage, as some do in private windows. */
   readonly storageBlocked?: boolean;
 }
@@ -50,6 +52,7 @@ export interface Place {
 
 export class Visit {
   readonly log: string[] = [];
+  /** What no visit may have: requests beyond the origin, errors, refusals by the page's policy. */
   readonly problems: string[] = [];
 
   constructor(
@@ -97,6 +100,13 @@ export class Visit {
     return { frames, framedrops, fps };
   }
 
+  /** Frames that were measured so far, and when the camera took the last of its own. */
+  framesTaken(): Promise<{ frames: number; seconds: number }> {
+    return this.page.evaluate(
+      () => (window as unknown as { taken: { frames: number; seconds: number } }).taken,
+    );
+  }
+
   async stop(): Promise<void> {
     await this.page.getByRole("button", { name: "STOP" }).click();
   }
@@ -133,9 +143,26 @@ export class Visit {
       const front = pages.pop();
       return (
         front?.matches(":not(.ion-page-hidden, .ion-page-invisible)") === true &&
-        pages.every((page) => page.classList.contains("ion-page-hidden")) &&
-        document.getAnimations().every(({ playState }) => playState !== "running")
+        pages.every((page) => page.classList.contains("ion-page-hidden"))
       );
+    });
+    await this.still();
+  }
+
+  /** When nothing moves but what moves for as long as it is shown. */
+  async still(): Promise<void> {
+    await this.page.evaluate(async () => {
+      const moves = (): boolean =>
+        document
+          .getAnimations()
+          .some(
+            ({ playState, effect }) =>
+              playState === "running" && effect?.getTiming().iterations !== Infinity,
+          );
+      // An animation may begin with one of the next frames of the screen.
+      for (let frames = 0; frames < 4; frames = moves() ? 0 : frames + 1) {
+        await new Promise(requestAnimationFrame);
+      }
     });
   }
 
@@ -181,6 +208,7 @@ export class Visit {
   }
 
   async picture(name: string): Promise<void> {
+    await this.still();
     await this.page.screenshot({ path: `${pictures}${name}.png` });
   }
 }
@@ -216,6 +244,30 @@ function addTorch(): void {
     for (const { torch } of advanced) if (typeof torch === "boolean") torchSet.push(torch);
     const others = advanced.filter((each) => !("torch" in each));
     return apply.call(this, { ...constraints, advanced: others });
+  };
+}
+
+/** Counts the frames that are measured, by the line that is logged for each. */
+function countFrames(videoTime: "runs" | "stands"): void {
+  const taken = { frames: 0, seconds: 0 };
+  Object.assign(window, { taken });
+  const info = console.info.bind(console);
+  console.info = (line: string): void => {
+    if (line.startsWith("red ")) ++taken.frames;
+    info(line);
+  };
+  const videos = HTMLVideoElement.prototype;
+  const { requestVideoFrameCallback: request } = videos as {
+    requestVideoFrameCallback: (
+      this: HTMLVideoElement,
+      callback: VideoFrameRequestCallback,
+    ) => number;
+  };
+  videos.requestVideoFrameCallback = function (callback): number {
+    return request.call(this, (now, frame) => {
+      taken.seconds = (frame.captureTime ?? now) / 1000;
+      callback(now, videoTime === "runs" ? frame : { ...frame, mediaTime: 0 });
+    });
   };
 }
 
@@ -270,6 +322,7 @@ export class PhoneBrowser {
       permissions: this.setup.camera === "refused" ? [] : ["camera"],
     });
     await context.addInitScript(keepAddresses);
+    await context.addInitScript(countFrames, visitor.videoTime ?? "runs");
     if (visitor.torch ?? true) await context.addInitScript(addTorch);
     if (visitor.storageBlocked) {
       await context.addInitScript(() => {
@@ -289,6 +342,10 @@ export class PhoneBrowser {
       visitor.storageBlocked ? {} : (visitor.stored ?? {}),
     );
     const visit = new Visit(await context.newPage(), context, new URL(this.url).origin);
+    onTestFinished(async () => {
+      await context.close();
+      expect(visit.problems).toEqual([]);
+    });
     await visit.page.goto(`${this.url}${visitor.query ?? "?log"}`);
     await visit.page.locator(".measuring-grid").waitFor();
     return visit;
