@@ -18,7 +18,7 @@ function outOfReach(visit: Visit): Promise<string[]> {
     const problems: string[] = [];
     if (document.documentElement.scrollWidth > window.innerWidth) problems.push("the page is wide");
     const controls =
-      "button, ion-button, ion-back-button, ion-item, ion-toggle, ion-segment-button";
+      "button, ion-button, ion-back-button, ion-item, ion-toggle, ion-segment-button, ion-label";
     const pages = [...document.querySelectorAll("ion-nav > .ion-page:not(.ion-page-hidden)")];
     const dialogs = [...document.querySelectorAll("dialog[open]")];
     const fronts = dialogs.length > 0 ? dialogs.slice(-1) : pages.slice(-1);
@@ -34,7 +34,10 @@ function outOfReach(visit: Visit): Promise<string[]> {
         const box = control.getBoundingClientRect();
         if (box.width === 0) continue;
         const isInside =
-          box.left > -1 && box.right < window.innerWidth + 1 && box.bottom < window.innerHeight + 1;
+          box.left > -1 &&
+          box.top > -1 &&
+          box.right < window.innerWidth + 1 &&
+          box.bottom < window.innerHeight + 1;
         if (!isInside) problems.push(`${name} lies beyond the screen`);
         const { overflowX } = getComputedStyle(control);
         if (overflowX !== "visible" && control.scrollWidth > control.clientWidth + 1) {

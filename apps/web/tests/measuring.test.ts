@@ -46,12 +46,9 @@ describe("a finger at 72 beats per minute", () => {
     await inspect(visit, "measuring-initial");
     await visit.start();
     await visit.alert("Starting ...").waitFor();
-    await visit.picture("measuring-countdown");
     await page.getByText("Analyzing - hold steady ...").waitFor();
     expect(await visit.torch()).toEqual([true]);
-    await expect.poll(() => visit.element("labelHeartrate").textContent(), finished).not.toBe("--");
-    await page.waitForTimeout(3000);
-    await visit.picture("measuring-running");
+    // No picture in between: taking one keeps frames from being taken.
     await page.getByText("FINISHED").waitFor(finished);
     await inspect(visit, "measuring-finished");
 
@@ -117,10 +114,15 @@ describe("a finger at 72 beats per minute", () => {
 
   it("reports its frames and logs what the camera cannot do", async () => {
     const visit = await phone.visit({ stored: acquainted });
-    await visit.startMeasuring();
-    await inspect(visit, "measuring-begun");
+    await visit.start();
+    await visit.alert("Starting ...").waitFor();
+    await inspect(visit, "measuring-countdown");
+    const value = visit.element("labelSpo2");
+    await expect.poll(() => value.textContent(), finished).not.toBe("--");
+    await visit.page.waitForTimeout(2000);
+    await inspect(visit, "measuring-running");
     await visit.stop();
-    expect((await visit.report()).frames).toBeGreaterThan(15);
+    expect((await visit.report()).frames).toBeGreaterThan(60);
     expect(visit.log).toContain("Device does not support whitebalance: 0");
     expect(visit.log).toContain("Device does not support autoFocusRangeRestriction: 1");
     expect(visit.log).toContain(
