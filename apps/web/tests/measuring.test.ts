@@ -117,12 +117,14 @@ describe("a finger at 72 beats per minute", () => {
     await visit.start();
     await visit.alert("Starting ...").waitFor();
     await inspect(visit, "measuring-countdown");
-    const value = visit.element("labelSpo2");
-    await expect.poll(() => value.textContent(), finished).not.toBe("--");
-    await visit.page.waitForTimeout(2000);
+    const curve = visit.element("chartFourierView");
+    const isShown = (view: Element): boolean => {
+      return view.checkVisibility({ opacityProperty: true, visibilityProperty: true });
+    };
+    await expect.poll(() => curve.evaluate(isShown), finished).toBe(true);
     await inspect(visit, "measuring-running");
-    await visit.stop();
-    expect((await visit.report()).frames).toBeGreaterThan(60);
+    await visit.page.getByText("FINISHED").waitFor(finished);
+    expect((await visit.report()).frames).toBeGreaterThan(200);
     expect(visit.log).toContain("Device does not support whitebalance: 0");
     expect(visit.log).toContain("Device does not support autoFocusRangeRestriction: 1");
     expect(visit.log).toContain(

@@ -71,10 +71,36 @@ it("sends feedback and invitations, and opens the rating", async () => {
   expect(new URL((await visit.addresses()).at(-1) ?? "").searchParams.get("subject")).toBe(
     "Check out Orvane Veyla app",
   );
+  await page.getByText("Follow us").click();
+  expect((await visit.addresses()).at(-1)).toBe("https://veyla.example/social");
   await page.getByText("Rate Veyla").click();
   await expect
     .poll(async () => (await visit.addresses()).at(-1))
     .toMatch(/^itms-apps:.*type=Purple\+Software$/);
+});
+
+it("asks for a rating once, and tells what is new after an update", async () => {
+  const visit = await phone.visit({
+    stored: {
+      ...acquainted,
+      "veyla/last_launched_version": '"0.0.1"',
+      "veyla/rating_first_use": '{"$date":1700000000}',
+      "veyla/rating_uses": "2",
+      "veyla/rating_significant_events": "3",
+    },
+  });
+  const { page } = visit;
+  const question = page.getByRole("dialog", { name: "Do you like Veyla?" });
+  await visit.alert("What's new in 0.1.0").waitFor();
+  await page.getByRole("button", { name: "Done" }).click();
+  await inspect(visit, "rating");
+  await question.getByRole("button", { name: "Rate Veyla" }).click();
+  expect(await visit.addresses()).toEqual([expect.stringMatching(/^itms-apps:/)]);
+
+  await page.reload();
+  await visit.settled();
+  await page.waitForTimeout(700);
+  expect(await page.locator("dialog").count()).toBe(0);
 });
 
 it("leads to every page to read", async () => {
