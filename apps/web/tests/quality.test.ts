@@ -95,9 +95,13 @@ it("the first screen is a small download, and charts come when they are opened",
   expect(later).toBeGreaterThan(20 * 1024);
 });
 
-it("works without a network after the first visit", async () => {
+it("installs, and works without a network after the first visit", async () => {
   const visit = await phone.visit({ stored: acquainted });
   const { page, context } = visit;
+  const session = await context.newCDPSession(page);
+  const { installabilityErrors } = await session.send("Page.getInstallabilityErrors");
+  // A visit of the tests is a private one.
+  expect(installabilityErrors.map(({ errorId }) => errorId)).toEqual(["in-incognito"]);
   await page.evaluate(async () => {
     await navigator.serviceWorker.ready;
     // The worker is active when everything is kept.
