@@ -35,6 +35,8 @@ export interface Visitor {
   readonly query?: string;
   /** Whether the camera's video tells a time of its own; some browsers' stands still. */
   readonly videoTime?: "runs" | "stands";
+  /** The host by whose name the page is opened; without HTTPS, browsers trust their own machine alone. */
+  readonly host?: string;
   /** The browser gives the page no storage, as some do in private windows. */
   readonly storageBlocked?: boolean;
 }
@@ -286,6 +288,7 @@ export class PhoneBrowser {
       "--disable-background-networking",
       "--disable-component-update",
       "--disable-sync",
+      "--host-resolver-rules=MAP veyla.test 127.0.0.1",
     ];
     if (setup.camera === "refused") args.push("--use-fake-device-for-media-stream");
     else args.push("--use-fake-ui-for-media-stream");
@@ -298,7 +301,7 @@ export class PhoneBrowser {
       preview({
         root,
         configFile: `${root}vite.config.ts`,
-        preview: { host: "127.0.0.1", port: 0 },
+        preview: { host: "127.0.0.1", port: 0, allowedHosts: ["veyla.test"] },
         logLevel: "warn",
       }),
     ]);
@@ -341,12 +344,14 @@ export class PhoneBrowser {
       },
       visitor.storageBlocked ? {} : (visitor.stored ?? {}),
     );
-    const visit = new Visit(await context.newPage(), context, new URL(this.url).origin);
+    const url = new URL(this.url);
+    if (visitor.host !== undefined) url.hostname = visitor.host;
+    const visit = new Visit(await context.newPage(), context, url.origin);
     onTestFinished(async () => {
       await context.close();
       expect(visit.problems).toEqual([]);
     });
-    await visit.page.goto(`${this.url}${visitor.query ?? "?log"}`);
+    await visit.page.goto(`${url.href}${visitor.query ?? "?log"}`);
     await visit.page.locator(".measuring-grid").waitFor();
     return visit;
   }

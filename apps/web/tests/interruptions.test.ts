@@ -135,6 +135,17 @@ it("a refused camera is told at START", async () => {
   await phone.close();
 });
 
+it("an address without HTTPS is told, for it gets no camera", async () => {
+  const phone = await PhoneBrowser.open({ camera: recording("72") });
+  const visit = await phone.visit({ stored: acquainted, host: "veyla.test" });
+  await visit.page.getByRole("alertdialog", { name: "No camera at this address" }).waitFor();
+  await inspect(visit, "notice-no-https");
+  await visit.page.getByRole("button", { name: "Close" }).click();
+  await visit.start();
+  await visit.alert("No Camera Access").waitFor();
+  await phone.close();
+});
+
 it("a phone without a camera is told", async () => {
   const phone = await PhoneBrowser.open({ camera: "none" });
   const visit = await phone.visit({ stored: acquainted });

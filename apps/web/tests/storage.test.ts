@@ -69,7 +69,7 @@ it("a damaged history is told, kept as it is, and can be saved and set aside", a
   expect(kept).toEqual([damaged]);
 });
 
-it("a browser that stores nothing still measures, and says so", async () => {
+it("a browser that stores nothing is told of", async () => {
   const visit = await phone.visit({ storageBlocked: true });
   await visit.page.getByRole("heading", { name: "Not saved" }).waitFor();
   expect(await visit.page.getByText("keeps nothing for this page").isVisible()).toBe(true);
