@@ -85,6 +85,10 @@ describe("every screen is usable", () => {
       await page.getByRole("button", { name: button, exact: true })[place]().click();
       await visit.settled();
     };
+    // Without scrolling: it becomes STOP, which a finger on the camera must find at once.
+    const start = await page.getByRole("button", { name: "START" }).boundingBox();
+    const { height } = page.viewportSize() ?? { height: 0 };
+    expect((start?.y ?? Infinity) + (start?.height ?? 0)).toBeLessThanOrEqual(height);
     await check("measuring");
 
     await page.getByRole("button", { name: "Results" }).click();
