@@ -44,17 +44,13 @@ describe("a finger at 72 beats per minute", () => {
 
     await expect.poll(() => visit.element("labelGrey").textContent()).toContain("Tap START");
     await inspect(visit, "measuring-initial");
-    await visit.start();
-    await visit.alert("Starting ...").waitFor();
-    await page.getByText("Analyzing - hold steady ...").waitFor();
-    expect(await visit.torch()).toEqual([true]);
     // No picture in between: taking one keeps frames from being taken.
-    await page.getByText("FINISHED").waitFor(finished);
+    const measurements = await visit.measure();
     await inspect(visit, "measuring-finished");
 
     const entries = JSON.parse((await visit.stored("values")) ?? "[]") as StoredEntry[];
-    expect(entries).toHaveLength(1);
-    const [entry] = entries;
+    expect(entries).toHaveLength(measurements);
+    const entry = entries.at(-1);
     const told = JSON.stringify(await visit.report());
     expect(Math.abs((entry?.hr ?? 0) - 72), told).toBeLessThanOrEqual(2);
     expect(entry?.spo2).toBeGreaterThan(95);
@@ -62,7 +58,7 @@ describe("a finger at 72 beats per minute", () => {
     const shown = entry?.hr.toFixed(0);
     expect(await visit.element("labelLastHeartrate").textContent()).toBe(shown);
     expect(await visit.element("labelLastSpo2").textContent()).toBe(entry?.spo2.toFixed(0));
-    expect((await visit.torch()).at(-1)).toBe(false);
+    expect(await visit.torch()).toEqual(Array(measurements).fill([true, false]).flat());
 
     // One health record a value.
     const records = await page.evaluate(
@@ -83,7 +79,8 @@ describe("a finger at 72 beats per minute", () => {
     const codes = records.map(
       (line) => (JSON.parse(line) as { code: { coding: { code: string }[] } }).code.coding[0]?.code,
     );
-    expect(codes.sort()).toEqual(["2708-6", "8867-4"]);
+    const perMeasurement = (code: string): string[] => Array<string>(measurements).fill(code);
+    expect(codes.sort()).toEqual(["2708-6", "8867-4"].flatMap(perMeasurement));
 
     // The second visit skips the introduction and remembers the values, which the list shows as well.
     await page.reload();
@@ -91,11 +88,11 @@ describe("a finger at 72 beats per minute", () => {
     expect(await page.getByRole("heading", { name: "Step 1: Calibrate" }).count()).toBe(0);
     await visit.settled();
     await visit.swipe("right");
-    const rows = page.locator(".result");
-    await rows.waitFor();
-    expect(await rows.count()).toBe(1);
-    expect(await rows.locator(".heartrate").textContent()).toBe(`${shown} bpm`);
-    expect(await rows.locator(".spo2").textContent()).toBe(`${entry?.spo2.toFixed(0)}%`);
+    const row = page.locator(".result").first();
+    await row.waitFor();
+    expect(await page.locator(".result").count()).toBe(measurements);
+    expect(await row.locator(".heartrate").textContent()).toBe(`${shown} bpm`);
+    expect(await row.locator(".spo2").textContent()).toBe(`${entry?.spo2.toFixed(0)}%`);
   });
 
   it.each([
@@ -138,13 +135,12 @@ describe("a finger at 96 beats per minute", () => {
     const phone = await PhoneBrowser.open({ camera: recording("96") });
     const visit = await phone.visit({ stored: acquainted });
     await visit.page.getByRole("checkbox", { name: "Measure oxygen saturation" }).click();
-    await visit.start();
-    await visit.page.getByText("FINISHED").waitFor(finished);
+    const measurements = await visit.measure();
 
     const entries = JSON.parse((await visit.stored("values")) ?? "[]") as StoredEntry[];
-    expect(entries).toHaveLength(1);
-    expect(Math.abs((entries[0]?.hr ?? 0) - 96)).toBeLessThanOrEqual(2);
-    expect(entries[0]?.spo2).toBe(0);
+    expect(entries).toHaveLength(measurements);
+    expect(Math.abs((entries.at(-1)?.hr ?? 0) - 96)).toBeLessThanOrEqual(2);
+    expect(entries.at(-1)?.spo2).toBe(0);
     await phone.close();
   });
 });
