@@ -1,7 +1,7 @@
 // From the first visit to a result, with a real camera path from getUserMedia to the stored entry.
 import { afterAll, beforeAll, describe, expect, it } from "vitest";
 
-import { acquainted, PhoneBrowser, recording } from "./browser";
+import { acquainted, PhoneBrowser, recording, type Visit } from "./browser";
 import { inspect } from "./inspect";
 
 const finished = { timeout: 60_000 };
@@ -11,6 +11,15 @@ interface StoredEntry {
   spo2: number;
   date: { $date: number };
   labels: boolean[];
+}
+
+async function expectFifteenASecond(visit: Visit, during: () => Promise<void>): Promise<void> {
+  const begin = await visit.framesTaken();
+  await during();
+  const end = await visit.framesTaken();
+  const rate = (end.frames - begin.frames) / (end.seconds - begin.seconds);
+  // A frame more or less at either end.
+  expect(Math.abs(rate - 15), JSON.stringify({ begin, end })).toBeLessThan(0.6);
 }
 
 describe("a finger at 72 beats per minute", () => {
@@ -101,12 +110,24 @@ describe("a finger at 72 beats per minute", () => {
   ] as const)("takes 15 frames of each second of a video by $clock", async ({ videoTime }) => {
     const visit = await phone.visit({ stored: acquainted, videoTime });
     await visit.startMeasuring();
-    const begin = await visit.framesTaken();
-    await visit.page.waitForTimeout(4000);
-    const end = await visit.framesTaken();
-    const rate = (end.frames - begin.frames) / (end.seconds - begin.seconds);
-    // A frame more or less at either end.
-    expect(Math.abs(rate - 15), JSON.stringify({ begin, end })).toBeLessThan(0.6);
+    await expectFifteenASecond(visit, () => visit.page.waitForTimeout(4000));
+  });
+
+  it("counts frames that it comes too late for, and keeps time all the same", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    await visit.startMeasuring();
+    await expectFifteenASecond(visit, async () => {
+      for (let pause = 0; pause < 4; ++pause) {
+        await visit.page.evaluate(() => {
+          const end = performance.now() + 300;
+          while (performance.now() < end);
+        });
+        await visit.page.waitForTimeout(600);
+      }
+    });
+    // Each pause hides the frames of four ticks, of which the last is still taken.
+    await visit.stop();
+    expect((await visit.report()).framedrops).toBeGreaterThanOrEqual(8);
   });
 
   it("reports its frames and logs what the camera cannot do", async () => {
