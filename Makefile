@@ -29,8 +29,7 @@ build: setup-test ## install what is missing and build the program, its tests an
 test: setup-test ## install what is missing, build, and run every test
 	@scripts/test.sh
 
-test-web: ## install what is missing and test the phone app in a real browser
-	@scripts/setup.sh test-web
+test-web: setup-test ## install what is missing and test the phone app alone, in a real browser
 	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
 	@scripts/test_web.sh
 

@@ -167,6 +167,16 @@ void ResultsViewController::buttonCloseTap() {
   if (dismiss_) dismiss_();
 }
 
+void ResultsViewController::tapLeftButton() {
+  if (editing_) {
+    clickAllAndNone();
+  } else {
+    buttonCloseTap();
+  }
+}
+
+void ResultsViewController::tapEditButton() { setEditing(!editing_, true); }
+
 void ResultsViewController::touchesBegan() { closeResultsLabelsView(); }
 
 void ResultsViewController::clickCloseResultsLabelsView() { closeResultsLabelsView(); }

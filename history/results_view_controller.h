@@ -86,6 +86,9 @@ class ResultsViewController {
   void didDeselectRow(std::size_t row);
   void showChart();
   void buttonCloseTap();
+  /// The button on the left of the bar, and the one that begins and ends editing.
+  void tapLeftButton();
+  void tapEditButton();
   /// A touch outside the lists.
   void touchesBegan();
   void clickCloseResultsLabelsView();

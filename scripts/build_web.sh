@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 # Debian's Emscripten finds its JavaScript helpers by itself only with Debian's Node.js.
-export NODE_PATH="${NODE_PATH:-/usr/share/nodejs}"
+export NODE_PATH="${NODE_PATH:+$NODE_PATH:}/usr/share/nodejs"
 
 emcmake cmake --preset web >/dev/null
 cmake --build --preset web

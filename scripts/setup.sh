@@ -8,7 +8,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   # the services behind the platform interfaces
   libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
-  gnuplot-nox fonts-inter
+  gnuplot-nox
   libsqlite3-dev libkissfft-dev nlohmann-json3-dev libicu-dev uuid-dev libcli11-dev
   # pictures and their letters
   libcairo2-dev fonts-inter
@@ -19,19 +19,20 @@ testing=(
   # the second compiler that the core must please
   clang-14 libc++-14-dev libc++abi-14-dev
   # test media, damaged stores, the published health-record schema
-  ffmpeg sqlite3 nodejs
+  ffmpeg sqlite3 nodejs ca-certificates
+  # the browser that the phone app is tested in
+  chromium
 )
 linting=(clang-format-14 clang-tidy-14)
 # the phone app: the compiler to WebAssembly, the headers it takes in, and what builds the page
-web=(emscripten cmake ninja-build libkissfft-dev nlohmann-json3-dev nodejs)
+web=(emscripten cmake ninja-build libkissfft-dev nlohmann-json3-dev nodejs ca-certificates)
 
 case "${1:-build}" in
   build) ;;
-  test) packages+=("${testing[@]}") ;;
-  test-web) packages+=("${testing[@]}" "${web[@]}" chromium) ;;
+  test) packages+=("${testing[@]}" "${web[@]}") ;;
   lint) packages+=("${testing[@]}" "${web[@]}" "${linting[@]}") ;;
   web) packages=("${web[@]}") ;;
-  *) echo "usage: scripts/setup.sh [build|test|test-web|lint|web]" >&2; exit 2 ;;
+  *) echo "usage: scripts/setup.sh [build|test|lint|web]" >&2; exit 2 ;;
 esac
 
 installed() { dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed; }

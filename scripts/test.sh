@@ -1,28 +1,52 @@
 #!/usr/bin/env bash
-# Builds everything and runs every test: the core with the second compiler, then all tests as
-# released and under the sanitizers. Prints the count of all of them last.
+# Builds everything and runs every test: the core with the second compiler, all tests as released and
+# under the sanitizers, and the phone app's in a browser. Prints the count of all of them last.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 # GNU tools and the programs under test speak the language that the tests expect.
 export LC_ALL=C.UTF-8
 
+passed=0 failed=0 skipped=0 status=0
+
+# Adds what a file of results in JUnit's form counts. A file that is not there, or counts nothing, is a
+# failure: no test ran.
+add_results() {
+  local tests failures skips
+  read -r tests failures skips < <(
+    [ ! -f "$1" ] || awk 'BEGIN { RS = "<" }
+      function count(name) {
+        return match($0, "[ \t\n]" name "=\"[0-9]+") ? substr($0, RSTART + length(name) + 3, RLENGTH - length(name) - 3) : 0
+      }
+      /^testsuite[ \t\n]/ { tests += count("tests"); failures += count("failures") + count("errors"); skips += count("skipped") }
+      END { print tests + 0, failures + 0, skips + 0 }' "$1"
+    echo 0 0 0
+  )
+  if [ "$tests" -eq 0 ]; then
+    echo "no test ran: $1 counts none" >&2
+    status=1
+  fi
+  failed=$((failed + failures)) skipped=$((skipped + skips))
+  passed=$((passed + tests - failures - skips))
+}
+
 echo "== core with clang and libc++"
 cmake --preset clang-core >/dev/null
 cmake --build --preset clang-core
 
-passed=0 failed=0 skipped=0 status=0
 for preset in release sanitize; do
   echo "== tests, $preset"
   cmake --preset "$preset" -DVEYLA_TESTS=ON >/dev/null
   cmake --build --preset "$preset"
-  results=build/$preset/tests.xml
+  rm -f "build/$preset/tests.xml"
   ctest --test-dir "build/$preset" --output-on-failure --output-junit tests.xml -j "$(nproc)" || status=$?
-  count() { sed -n "s/.*<testsuite .*$1=\"\([0-9]*\)\".*/\1/p;s/^[[:space:]]*$1=\"\([0-9]*\)\".*/\1/p" "$results" | head -n 1; }
-  tests=$(count tests) failures=$(count failures) skips=$(count skipped)
-  : "${tests:?no test ran}" "${failures:?}" "${skips:?}"
-  failed=$((failed + failures)) skipped=$((skipped + skips))
-  passed=$((passed + tests - failures - skips))
+  add_results "build/$preset/tests.xml"
 done
+
+echo "== tests of the phone app, in a browser"
+rm -f build/web-tests.xml
+scripts/test_web.sh || status=$?
+add_results build/web-tests.xml
+
 echo "$passed passed, $failed failed, $skipped skipped"
 [ "$status" -eq 0 ] && [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]

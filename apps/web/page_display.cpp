@@ -1,5 +1,6 @@
 #include "apps/web/page_display.h"
 
+#include "apps/web/page_shell.h"
 #include "shell/view_animation.h"
 
 namespace veyla {
@@ -10,8 +11,6 @@ namespace {
 
 /// Enough for the eye: the page draws straight ways between them.
 constexpr int poseCount = 13;
-
-std::string nameOf(Element element) { return std::string(element.name); }
 
 val posesOf(const ViewAnimation& animation, bool wasVisible) {
   val poses = val::array();

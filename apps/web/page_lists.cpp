@@ -6,12 +6,6 @@ namespace veyla {
 
 using emscripten::val;
 
-namespace {
-
-std::string nameOf(Element element) { return std::string(element.name); }
-
-}  // namespace
-
 void PageResults::setLeftButton(std::string_view title) {
   page_.call<void>("setLeftButton", std::string(title));
 }

@@ -96,6 +96,8 @@ void PageAlerts::focusField(int id) { page_.call<void>("focusField", id); }
 
 void PageLog::line(std::string_view text) { page_.call<void>("line", std::string(text)); }
 
+std::string nameOf(Element element) { return std::string(element.name); }
+
 std::string cssColor(const Color& color) {
   return formatText("rgb(%.4g %.4g %.4g / %.4g)", color.red * 255, color.green * 255,
                     color.blue * 255, color.alpha);

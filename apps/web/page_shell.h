@@ -6,6 +6,7 @@
 
 #include "platform/alert_view.h"
 #include "platform/device_info.h"
+#include "platform/display.h"
 #include "platform/log.h"
 #include "platform/screens.h"
 
@@ -79,6 +80,9 @@ class PageDevice : public DeviceInfo {
  private:
   emscripten::val page_;
 };
+
+/// As the page knows it.
+std::string nameOf(Element element);
 
 /// Such as "rgb(200 2 0 / 1)".
 std::string cssColor(const Color& color);

@@ -6,9 +6,9 @@ export default defineConfig({
     // A measurement takes its time: half a minute, and a browser's start.
     testTimeout: 120_000,
     hookTimeout: 60_000,
-    // Every file has browsers of its own.
-    maxWorkers: 2,
-    minWorkers: 1,
+    // One browser at a time: a second one would take the first one's frames from it, as a finger is
+    // measured in its own time.
+    fileParallelism: false,
     reporters: ["default", "junit"],
     outputFile: { junit: "../../build/web-tests.xml" },
   },

@@ -115,10 +115,9 @@ class WebApp {
   void selectResult(int row);
   void deselectResult(int row) { results().didDeselectRow(index(row)); }
   void tapSwipeAction(int row) { results().tapSwipeAction(index(row)); }
-  void resultsClose() { results().buttonCloseTap(); }
+  void tapResultsLeftButton() { results().tapLeftButton(); }
+  void tapResultsEditButton() { results().tapEditButton(); }
   void resultsTouchesBegan() { results().touchesBegan(); }
-  void setResultsEditing(bool editing) { results().setEditing(editing, true); }
-  void clickAllAndNone() { results().clickAllAndNone(); }
   void clickTrash() { results().clickTrash(); }
   void clickShare() { results().clickShare(); }
   void showChart() { results().showChart(); }

@@ -52,8 +52,10 @@ export class TrackCamera {
   private stream: MediaStream | undefined;
   private opening = 0;
   private playing = false;
-  private presented: number | undefined;
-  private lastTime = -Infinity;
+  private last: { readonly mediaTime: number; readonly taken: number } | undefined;
+  private presented = 0;
+  /** Of the recording so far. */
+  private seconds = 0;
   private applied: Promise<void> = Promise.resolve();
 
   constructor(private readonly listener: CameraListener) {
@@ -158,8 +160,8 @@ export class TrackCamera {
 
   play(): void {
     this.playing = true;
-    this.presented = undefined;
-    this.lastTime = -Infinity;
+    this.last = undefined;
+    this.seconds = 0;
     this.video.srcObject = this.stream ?? null;
     void this.video.play().catch((error: unknown) => {
       // The session may have stopped before the first frame.
@@ -249,12 +251,17 @@ export class TrackCamera {
 
   private takeFrame(now: number, frame: VideoFrameCallbackMetadata): void {
     const start = performance.now();
-    // Where a live video's own time stands still, the moment of the exposure or of the showing.
-    const time =
-      frame.mediaTime > this.lastTime ? frame.mediaTime : (frame.captureTime ?? now) / 1000;
-    const missed = this.presented === undefined ? 0 : frame.presentedFrames - this.presented - 1;
+    const { mediaTime } = frame;
+    const taken = (frame.captureTime ?? now) / 1000;
+    if (this.last) {
+      // Where a live video's own time stands still, the moments of the exposures or showings tell.
+      const step =
+        mediaTime > this.last.mediaTime ? mediaTime - this.last.mediaTime : taken - this.last.taken;
+      this.seconds += Math.max(0, step);
+    }
+    const missed = this.last ? frame.presentedFrames - this.presented - 1 : 0;
+    this.last = { mediaTime, taken };
     this.presented = frame.presentedFrames;
-    this.lastTime = time;
 
     const scale = Math.min(1, widestReading / frame.width);
     const width = Math.round(frame.width * scale);
@@ -269,7 +276,7 @@ export class TrackCamera {
     this.listener
       .frameBuffer(width, height)
       .set(this.pixels.getImageData(0, 0, width, height).data);
-    this.listener.takeFrame(time, Math.max(0, missed));
+    this.listener.takeFrame(this.seconds, Math.max(0, missed));
     this.listener.frameTaken(performance.now() - start);
   }
 }

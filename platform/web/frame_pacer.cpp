@@ -1,5 +1,7 @@
 #include "platform/web/frame_pacer.h"
 
+#include <utility>
+
 namespace veyla {
 
 namespace {
@@ -25,12 +27,8 @@ FramePacer::Due FramePacer::frameAt(double time, int missed) {
   Due due;
   while (secondsOfTick(nextTick_) < time) {
     ++nextTick_;
-    if (heldIsNew_ || missed <= 0) {
-      ++due.delivered;
-      heldIsNew_ = false;
-    } else {
-      ++due.dropped;
-    }
+    ++due.delivered;
+    if (!std::exchange(heldIsNew_, false) && missed > 0) ++due.dropped;
   }
   heldIsNew_ = true;
   return due;

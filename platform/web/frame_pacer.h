@@ -15,10 +15,10 @@ class FramePacer {
 
   /// What becomes of the held frame when the next one comes, in this order.
   struct Due {
-    /// Ticks that take the held frame. More than one where the camera had no other: the count of
-    /// frames keeps time.
+    /// Ticks that take the held frame. More than one where there is no other: the count of frames
+    /// keeps time, and rates are measured by it.
     int delivered = 0;
-    /// Ticks whose frames came while nobody was there to take them.
+    /// Those among them whose own frames came while nobody was there to take them.
     int dropped = 0;
 
     bool operator==(const Due&) const = default;

@@ -213,17 +213,16 @@ val TrackCamera::frameBuffer(int width, int height) {
 void TrackCamera::takeFrame(double time, int missed) {
   if (taken_.empty()) return;
   const auto due = pacer_.frameAt(time, missed);
-  for (int i = 0; i < due.delivered + due.dropped; ++i) {
+  for (int i = 0; i < due.delivered; ++i) {
     // A frame can end the measurement.
     if (!running_ || running_->outputs().empty()) return;
     const auto output = running_->outputs().front();
     if (!output->sampleBufferDelegate) return;
-    if (i >= due.delivered && output->alwaysDiscardsLateVideoFrames) {
+    if (output->alwaysDiscardsLateVideoFrames && i >= due.delivered - due.dropped) {
       output->sampleBufferDelegate->captureOutput(DroppedSample{});
-    } else {
-      HeldPixels pixels(held_.data());
-      output->sampleBufferDelegate->captureOutput(pixels);
     }
+    HeldPixels pixels(held_.data());
+    output->sampleBufferDelegate->captureOutput(pixels);
   }
   scaler_.scale(taken_, width_, height_, held_);
 }

@@ -256,12 +256,17 @@ TEST_F(ResultsViewControllerTest, AllAndNoneTakeTurns) {
   EXPECT_THAT(screen_.selectedRows(), IsEmpty());
 
   // Whether the last tap was on All outlives the editing mode.
-  screen_.clickAllAndNone();
-  screen_.setEditing(false, true);
-  screen_.setEditing(true, true);
-  screen_.clickAllAndNone();
+  screen_.tapLeftButton();
+  EXPECT_THAT(screen_.selectedRows(), SizeIs(3));
+  screen_.tapEditButton();
+  screen_.tapEditButton();
+  screen_.tapLeftButton();
   EXPECT_FALSE(screen_.resultsEditIsShowingAll());
   EXPECT_THAT(screen_.selectedRows(), IsEmpty());
+  EXPECT_EQ(dismissals_, 0);
+  screen_.tapEditButton();
+  screen_.tapLeftButton();
+  EXPECT_EQ(dismissals_, 1);
 }
 
 // Sharing.

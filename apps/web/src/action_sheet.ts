@@ -1,5 +1,5 @@
 // The core's sheets of actions.
-import { make } from "./dom";
+import { make, sheetCard } from "./dom";
 import type { SheetShown } from "./page";
 
 export class ActionSheets {
@@ -11,7 +11,7 @@ export class ActionSheets {
   present(sheet: SheetShown): void {
     this.dismiss();
     const dialog = make("dialog.sheet.actions", { "aria-label": sheet.title || "Actions" });
-    const card = make("div.sheet-card");
+    const card = sheetCard();
     for (const text of [sheet.title, sheet.message]) {
       if (text) card.append(make("p.sheet-title", {}, text));
     }

@@ -30,7 +30,7 @@ export class AlertDialogs {
     const { id } = alert;
     const title = make("h2", { id: `alert-title-${id}` }, alert.title);
     const subtitle = make("p", { id: `alert-text-${id}` }, alert.subtitle);
-    const dialog = make("dialog.alert", {
+    const dialog = make(`dialog.alert.${alert.kind}`, {
       role: "alertdialog",
       "aria-labelledby": title.id,
       "aria-describedby": subtitle.id,
@@ -65,7 +65,6 @@ export class AlertDialogs {
     document.body.append(dialog);
     this.open.set(id, dialog);
     if (alert.kind === "waiting") {
-      dialog.classList.add("waiting");
       dialog.show();
     } else {
       dialog.showModal();

@@ -17,11 +17,13 @@ import { defineCustomElement as toggle } from "@ionic/core/components/ion-toggle
 import { defineCustomElement as toolbar } from "@ionic/core/components/ion-toolbar.js";
 import { initialize } from "@ionic/core/components";
 
+import { calmer } from "./dom";
+
 export function defineComponents(): void {
   // One look on every phone, and no motion for those whom it makes ill.
   initialize({
     mode: "ios",
-    animated: !window.matchMedia("(prefers-reduced-motion: reduce)").matches,
+    animated: !calmer.matches,
   });
   const definitions = [
     app,

@@ -95,10 +95,9 @@ export interface WebApp {
   selectResult(row: number): void;
   deselectResult(row: number): void;
   tapSwipeAction(row: number): void;
-  resultsClose(): void;
+  tapResultsLeftButton(): void;
+  tapResultsEditButton(): void;
   resultsTouchesBegan(): void;
-  setResultsEditing(editing: boolean): void;
-  clickAllAndNone(): void;
   clickTrash(): void;
   clickShare(): void;
   showChart(): void;

@@ -28,6 +28,14 @@ export function makeCustom(
   return element;
 }
 
+/** What stands in a sheet. It takes the focus when the sheet opens: no button looks chosen by then. */
+export function sheetCard(...content: readonly Content[]): HTMLElement {
+  return make("div.sheet-card", { tabindex: "-1" }, ...content);
+}
+
+/** Whether motion is to be avoided, because it makes the user ill. */
+export const calmer = window.matchMedia("(prefers-reduced-motion: reduce)");
+
 /** A button with a picture alone; `label` is read out. */
 export function iconButton(icon: string, label: string, tapped: () => void): HTMLElement {
   const picture = makeCustom("ion-icon", { slot: "icon-only", "aria-hidden": "true" });

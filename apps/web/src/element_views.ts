@@ -1,7 +1,6 @@
 // The elements of a screen as the core drives them.
+import { calmer } from "./dom";
 import type { DisplayViews, Pose } from "./page";
-
-const calmer = window.matchMedia("(prefers-reduced-motion: reduce)");
 
 function keyframe({ opacity, scale, x, y }: Pose): Keyframe {
   // Somebody whom motion makes ill still sees what comes and what goes.

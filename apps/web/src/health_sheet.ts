@@ -1,5 +1,5 @@
 // Asks which health records may be kept, as a system's own sheet would.
-import { make, makeCustom } from "./dom";
+import { make, makeCustom, sheetCard } from "./dom";
 
 /** The kinds of records, under the names that the core knows them by. */
 export const healthRecordTexts: Readonly<Record<string, string>> = {
@@ -38,9 +38,7 @@ export function askForHealthRecords(names: readonly string[]): Promise<number> {
       finish(-1);
     });
     dialog.append(
-      make(
-        "div.sheet-card",
-        {},
+      sheetCard(
         make("h2", { id: "health-title" }, "Health records"),
         make(
           "p",

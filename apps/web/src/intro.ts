@@ -45,7 +45,14 @@ export class IntroScreen {
       make(
         "div.intro-page",
         {},
-        make("div.intro-content", { "aria-live": "polite" }, this.title, this.image, this.subTitle),
+        make(
+          "div.intro-content",
+          // The first to take the focus: no button looks chosen by then.
+          { "aria-live": "polite", tabindex: "0" },
+          this.title,
+          this.image,
+          this.subTitle,
+        ),
         make("div.intro-foot", {}, this.back, this.dots, this.next),
         skip,
       ),

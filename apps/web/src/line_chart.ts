@@ -41,6 +41,11 @@ function adapted(color: string | null): string {
   return darkColors(red / 255, green / 255, blue / 255, alpha);
 }
 
+/** A line's colour, bright enough for the ground that the page has now. */
+function lineColor(color: string): string {
+  return dark.matches ? `color-mix(in srgb, ${color} 60%, white)` : color;
+}
+
 function within(range: Range, whole: Range): Range {
   const span = Math.min(range.max - range.min, whole.max - whole.min);
   const min = Math.min(Math.max(range.min, whole.min), whole.max - span);
@@ -110,7 +115,7 @@ export class LineChartView {
     this.plotHolder.removeAttribute("role");
     if (!hasPoints || !settings) return;
     this.legend.replaceChildren(make("span.legend-line"), data.label);
-    this.legend.style.setProperty("--line", data.color);
+    this.legend.style.setProperty("--line", lineColor(data.color));
     this.plotHolder.setAttribute("role", "img");
     this.plotHolder.setAttribute("aria-label", this.description(data));
     this.view = this.whole();
@@ -185,14 +190,14 @@ export class LineChartView {
       series: [
         {},
         {
-          stroke: data.color,
+          stroke: lineColor(data.color),
           width: data.lineWidth,
           fill: data.fillColor,
           points: {
             show: data.drawsCircles,
             size: 2 * data.circleRadius,
             width: 2,
-            stroke: data.circleColor,
+            stroke: lineColor(data.circleColor),
             fill: adapted(data.circleHoleColor),
           },
         },

@@ -10,7 +10,7 @@ import {
   share,
   type SharedMail,
 } from "../../../platform/web/sharing";
-import { make } from "./dom";
+import { make, sheetCard } from "./dom";
 import { saveAsFile } from "./files";
 
 export class MailComposer {
@@ -40,9 +40,7 @@ export class MailComposer {
         saveAsFile(file.fileName, file.mimeType, file.text);
       }),
     );
-    const card = make(
-      "div.sheet-card",
-      {},
+    const card = sheetCard(
       make("h2", { id: "composer-title" }, "New mail"),
       fields,
       make("pre.mail-body", { tabindex: "0", "aria-label": "Text" }, bodyText(mail)),

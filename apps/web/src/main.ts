@@ -22,9 +22,9 @@ import { IntroScreen } from "./intro";
 import { MailComposer } from "./mail_composer";
 import { MeasuringScreen } from "./measuring";
 import { Navigator } from "./navigator";
+import { showInsecureAddress, showStorageProblem } from "./notices";
 import type { Page, ScreenViews } from "./page";
 import { startServiceWorker } from "./service_worker";
-import { showStorageProblem } from "./storage_notice";
 import { showRatingPrompt } from "./rating_prompt";
 import { faqPage } from "./text_pages";
 import { FrameTimes } from "./timing";
@@ -222,6 +222,7 @@ async function start(): Promise<void> {
     const line = "This browser keeps nothing for this page. Results are gone when it is closed.";
     showStorageProblem(core, "", line);
   }
+  if (!window.isSecureContext) showInsecureAddress();
 }
 
 void start();

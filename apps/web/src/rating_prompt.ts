@@ -1,5 +1,5 @@
 // Asks once whether the user would rate the application.
-import { make } from "./dom";
+import { make, sheetCard } from "./dom";
 
 export function showRatingPrompt(rate: () => void): void {
   const dialog = make("dialog.sheet", { "aria-labelledby": "rating-title" });
@@ -15,9 +15,7 @@ export function showRatingPrompt(rate: () => void): void {
   const no = make("button", { type: "button" }, "No, thanks");
   no.addEventListener("click", close);
   dialog.append(
-    make(
-      "div.sheet-card",
-      {},
+    sheetCard(
       make("h2", { id: "rating-title" }, "Do you like Veyla?"),
       make("p", {}, "A rating helps others to find it."),
       yes,

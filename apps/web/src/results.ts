@@ -11,7 +11,7 @@ import {
 } from "ionicons/icons";
 
 import type { ChooserCell, ResultCell, WebApp } from "./core";
-import { iconButton, make, makeCustom } from "./dom";
+import { calmer, iconButton, make, makeCustom } from "./dom";
 import type { ResultsViews } from "./page";
 
 /** Rows that are made at a time: a long history is made as far as somebody scrolls. */
@@ -44,11 +44,10 @@ export class ResultsScreen implements ResultsViews {
       make("button.bar-button", { type: "button" }),
     ];
     this.left.addEventListener("click", () => {
-      if (this.editing) core.clickAllAndNone();
-      else core.resultsClose();
+      core.tapResultsLeftButton();
     });
     this.right[0].addEventListener("click", () => {
-      core.setResultsEditing(!this.editing);
+      core.tapResultsEditButton();
     });
     this.right[1].addEventListener("click", () => {
       core.showChart();
@@ -231,7 +230,8 @@ export class ResultsScreen implements ResultsViews {
       ),
     );
     const row = makeCustom("ion-item-sliding", {}, item) as SlidingElement;
-    const options = makeCustom("ion-item-options", { side: "end" }, option);
+    // A list has items alone, for those who have it read out.
+    const options = makeCustom("ion-item-options", { side: "end", role: "listitem" }, option);
     row.append(options);
     item.addEventListener("click", () => {
       this.tap(row);
@@ -264,10 +264,9 @@ export class ResultsScreen implements ResultsViews {
       this.core.selectResult(index);
       return;
     }
-    const isChecked = row.classList.contains("checked");
-    this.setChecked(row, !isChecked);
-    if (isChecked) this.core.deselectResult(index);
+    if (this.core.isResultSelected(index)) this.core.deselectResult(index);
     else this.core.selectResult(index);
+    this.setChecked(row, this.core.isResultSelected(index));
   }
 
   private setChecked(row: HTMLElement, checked: boolean): void {
@@ -278,11 +277,14 @@ export class ResultsScreen implements ResultsViews {
   }
 
   private fadeOut(row: HTMLElement): void {
+    const height = `${row.clientHeight}px`;
     const leaving = row.animate(
-      [
-        { opacity: 1, height: `${row.clientHeight}px` },
-        { opacity: 0, height: "0px" },
-      ],
+      calmer.matches
+        ? { opacity: [1, 0] }
+        : [
+            { opacity: 1, height },
+            { opacity: 0, height: "0px" },
+          ],
       { duration: 250, easing: "ease-out" },
     );
     leaving.onfinish = (): void => {

@@ -1,0 +1,69 @@
+// Tells what the browser keeps from working, and what to do about it.
+import type { WebApp } from "./core";
+import { make, sheetCard } from "./dom";
+import { saveAsFile } from "./files";
+
+interface Action {
+  readonly title: string;
+  /** Whether the notice has served its purpose after this. */
+  readonly closes: boolean;
+  readonly run: () => void;
+}
+
+let notices = 0;
+
+function showNotice(title: string, line: string, actions: readonly Action[] = []): void {
+  // Several changes that fail together have one reason.
+  const shown = [...document.querySelectorAll("dialog.notice-sheet p")];
+  if (shown.some(({ textContent }) => textContent === line)) return;
+  const id = `notice-title-${++notices}`;
+  const dialog = make("dialog.sheet.notice-sheet", { role: "alertdialog", "aria-labelledby": id });
+  const close: Action = { title: "Close", closes: true, run: () => undefined };
+  const buttons = [...actions, close].map((action) => {
+    const button = make("button", { type: "button" }, action.title);
+    button.addEventListener("click", () => {
+      action.run();
+      if (action.closes) dialog.close();
+    });
+    return button;
+  });
+  dialog.append(sheetCard(make("h2", { id }, title), make("p", {}, line), ...buttons));
+  dialog.addEventListener("close", () => {
+    dialog.remove();
+  });
+  document.body.append(dialog);
+  dialog.showModal();
+}
+
+/** `damagedKey` names an item that cannot be read; it is empty for anything else. */
+export function showStorageProblem(core: () => WebApp, damagedKey: string, line: string): void {
+  if (damagedKey === "") {
+    showNotice("Not saved", line);
+    return;
+  }
+  showNotice("Damaged data", line, [
+    {
+      title: "Save a copy",
+      closes: false,
+      run(): void {
+        const text = core().rawStoredText(damagedKey) ?? "";
+        saveAsFile(`veyla-${damagedKey}.txt`, "text/plain", text);
+      },
+    },
+    {
+      title: "Set it aside",
+      closes: true,
+      run(): void {
+        core().setStoredTextAside(damagedKey);
+      },
+    },
+  ]);
+}
+
+export function showInsecureAddress(): void {
+  showNotice(
+    "No camera at this address",
+    "Browsers give the camera to pages from HTTPS alone. Open this page by an address that begins " +
+      "with https://.",
+  );
+}
