@@ -398,7 +398,12 @@ int main(int argc, char** argv) {
   CLI::App& history =
       *program.add_subcommand("history", "list, label, delete and share what was measured");
   const auto runHistory = [&](ExitStatus (*command)(const veyla::HistoryOptions&)) {
-    status = command(historyOptions);
+    status = veyla::exitStatusOf([&] {
+      if (historyOptions.json && command != veyla::runHistoryList) {
+        throw veyla::UsageError("--json: only the list is printed so; leave it");
+      }
+      return command(historyOptions);
+    });
   };
   const std::function<void(ExitStatus(*)(const veyla::HistoryOptions&))> runOnHistory = runHistory;
   describeHistory(history, historyOptions, runOnHistory);

@@ -141,6 +141,7 @@ TEST_F(HistoryTest, WrongNumbersAndLabelsChangeNothing) {
                 {"NAME: \"Sleeping\" is none of Resting, Active", "none"});
   expectRefused(history({"label", "4", "Resting"}), 2, {"no entry 4"});
   expectRefused(history({"label", "1", "none", "--off"}), 2, {"--off"});
+  expectRefused(history({"--json", "delete", "1"}), 2, {"--json: only the list is printed so"});
   expectRefused(history({"export"}), 2, {"-o is required"});
   expectRefused(history({"export", "-o", file("no/such.csv")}), 4, {"such.csv", "folder"});
   expectRefused(history({"export", "-o", data()}), 4, {data(), "a folder"});
