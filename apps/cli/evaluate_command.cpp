@@ -113,6 +113,14 @@ std::string asJson(const std::vector<EvaluationSummary>& summaries) {
   return list.dump(2) + '\n';
 }
 
+/// A text as one field, between quotes where it needs them.
+std::string csvField(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string field = "\"";
+  for (const char c : text) field += c == '"' ? std::string("\"\"") : std::string(1, c);
+  return field + "\"";
+}
+
 /// One row per window: what was measured and what the reference says. Empty fields are not known.
 void writeWindows(OutputFile& output, const Evaluation& evaluation) {
   const auto field = [](const auto& value) {
@@ -126,8 +134,8 @@ void writeWindows(OutputFile& output, const Evaluation& evaluation) {
       "referenceSpo2\n");
   for (const EvaluatedWindow& window : evaluation.windows) {
     const MeasurementReport& report = window.report;
-    output.write(formatText("%s,%g,%s,%.3f", evaluation.recordings[window.recording].c_str(),
-                            window.start, nameOf(report.outcome), report.seconds) +
+    output.write(csvField(evaluation.recordings[window.recording]) +
+                 formatText(",%g,%s,%.3f", window.start, nameOf(report.outcome), report.seconds) +
                  field(report.heartrate) + reference(window.heartrate) +
                  reference(window.heartratePerTime) + field(report.spo2) + reference(window.spo2) +
                  '\n');
@@ -135,6 +143,9 @@ void writeWindows(OutputFile& output, const Evaluation& evaluation) {
 }
 
 ExitStatus evaluate(const EvaluateOptions& options) {
+  if (!options.plotsFolder.empty() && !options.request.heartrate) {
+    throw UsageError("--plots: heart rates are plotted, which --only spo2 leaves out");
+  }
   const SettingsSource settings(options.settingsFolder, options.request.device);
   // Before the work, so that a file that cannot be written is told at once.
   std::optional<OutputFile> windowsFile;
@@ -156,9 +167,11 @@ ExitStatus evaluate(const EvaluateOptions& options) {
     writeWindows(*windowsFile, evaluation);
     windowsFile->commit();
   }
-  if (plots) plots->draw(evaluation);
   const auto summaries = summariesOf(evaluation);
   printOut(options.json ? asJson(summaries) : asTable(summaries, options.request));
+  if (plots && !plots->draw(evaluation)) {
+    complain("--plots: no window has both a heart rate and a reference; nothing is drawn");
+  }
   for (const std::string& fault : evaluation.faults) complain(fault + "; left out");
   return evaluation.faults.empty() ? ExitStatus::done : ExitStatus::unreadableInput;
 }

@@ -124,15 +124,14 @@ EvaluationPlots::EvaluationPlots(const std::string& folder) {
   errorOverRate_ = pictureIn(folder, "error-over-rate.png");
 }
 
-void EvaluationPlots::draw(const Evaluation& evaluation) {
+bool EvaluationPlots::draw(const Evaluation& evaluation) {
   const std::vector<Set> sets = setsOf(evaluation);
-  if (sets.empty()) {
-    throw OutputError("--plots: no window has both a heart rate and a reference; nothing to plot");
-  }
+  if (sets.empty()) return false;
   blandAltman_->write(runGnuplot(blandAltmanScript(sets)));
   errorOverRate_->write(runGnuplot(errorOverRateScript(sets)));
   blandAltman_->commit();
   errorOverRate_->commit();
+  return true;
 }
 
 }  // namespace veyla

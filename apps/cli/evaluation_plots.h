@@ -17,8 +17,9 @@ class EvaluationPlots {
   /// before the work. Throws `OutputError`.
   explicit EvaluationPlots(const std::string& folder);
 
-  /// To be called once. Throws `OutputError`.
-  void draw(const Evaluation& evaluation);
+  /// To be called once. Draws nothing and returns false where nothing was compared. Throws
+  /// `OutputError`.
+  bool draw(const Evaluation& evaluation);
 
  private:
   std::unique_ptr<OutputFile> blandAltman_;

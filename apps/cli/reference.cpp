@@ -73,6 +73,9 @@ Reference::Reference(const std::string& path) {
     add(heartrates_, *time, numberIn(nextField(line), path, lineNumber));
     add(spo2s_, *time, numberIn(nextField(line), path, lineNumber));
   }
+  if (heartrates_.empty() && spo2s_.empty()) {
+    throw InputError(path + ": holds no value; give a reference with rows");
+  }
 }
 
 std::optional<double> Reference::heartrate(double from, double to) const {

@@ -21,14 +21,7 @@ constexpr std::size_t finalists = 250;
 Limits limitsOf(const std::string& set) {
   Limits limits;
   // Long recordings of still hands: nobody should have to wait there as long as on some phones.
-  if (set.ends_with("hypoxia")) limits.ninetieth = 24;
-  // Frames drawn from recordings hold less of the pulse than these: every limit is a tenth wider.
-  if (set.starts_with("drawn")) {
-    for (double* limit : {&limits.meanError, &limits.over5, &limits.over10, &limits.unfinished,
-                          &limits.median, &limits.ninetieth}) {
-      *limit *= 1.1;
-    }
-  }
+  if (set == "hypoxia") limits.ninetieth = 24;
   return limits;
 }
 
@@ -58,22 +51,29 @@ double costOf(const Material& material, const FiguresOfSets& figures) {
   return cost;
 }
 
+double beyondOf(const Material& material, const FiguresOfSets& figures) {
+  double sum = 0;
+  for (std::size_t set = 0; set < figures.size(); ++set) {
+    sum += beyond(figures[set], limitsOf(material.sets[set]));
+  }
+  return sum;
+}
+
 Candidate candidateOf(const Material& material, const Settings& settings, const Tallies& tallies) {
   const auto everything = [](const Recording&) { return true; };
   Candidate candidate;
   candidate.settings = settings;
   candidate.declared = figuresOf(material, tallies.declared, everything);
   candidate.all = figuresOf(material, tallies.all, everything);
-  for (std::size_t set = 0; set < candidate.declared.size(); ++set) {
-    candidate.beyond += beyond(candidate.declared[set], limitsOf(material.sets[set]));
-  }
+  candidate.beyond = beyondOf(material, candidate.declared);
   candidate.cost = (costOf(material, candidate.declared) + costOf(material, candidate.all)) / 2;
   for (std::size_t fold = 0; fold < foldCount; ++fold) {
     const auto outside = [&](const Recording& recording) { return recording.fold != fold; };
     const auto inside = [&](const Recording& recording) { return recording.fold == fold; };
+    const FiguresOfSets declared = figuresOf(material, tallies.declared, outside);
+    candidate.folds[fold].beyondOutside = beyondOf(material, declared);
     candidate.folds[fold].costOutside =
-        (costOf(material, figuresOf(material, tallies.declared, outside)) +
-         costOf(material, figuresOf(material, tallies.all, outside))) /
+        (costOf(material, declared) + costOf(material, figuresOf(material, tallies.all, outside))) /
         2;
     candidate.folds[fold].inside = figuresOf(material, tallies.all, inside);
   }
@@ -149,6 +149,11 @@ void keepFinalists(std::vector<Candidate>& candidates) {
   keepBy([](const Candidate& of) { return 1000 * of.beyond + of.cost; }, 4 * finalists);
   for (std::size_t fold = 0; fold < foldCount; ++fold) {
     keepBy([=](const Candidate& of) { return of.folds[fold].costOutside; }, finalists / 4);
+    keepBy(
+        [=](const Candidate& of) {
+          return 1000 * of.folds[fold].beyondOutside + of.folds[fold].costOutside;
+        },
+        2 * finalists);
   }
   candidates = std::move(kept);
 }
@@ -164,8 +169,8 @@ std::vector<Thresholds> thresholdsOf(const SearchSpace& space, int rawDataSize) 
   }
   // A shuffle of our own: the library's differs from one library to the next.
   std::mt19937 random(space.seed * 1000 + static_cast<unsigned>(rawDataSize));
-  for (std::size_t i = thresholds.size() - 1; i > 0; --i) {
-    std::swap(thresholds[i], thresholds[random() % (i + 1)]);
+  for (std::size_t i = thresholds.size(); i > 1; --i) {
+    std::swap(thresholds[i - 1], thresholds[random() % i]);
   }
   thresholds.resize(std::min(thresholds.size(), space.samples));
   return thresholds;

@@ -40,6 +40,8 @@ struct Candidate {
   struct Fold {
     /// On the recordings outside the fold, and the fingers: what a choice is made by.
     double costOutside = 0;
+    /// Of the declared figures outside.
+    double beyondOutside = 0;
     /// On those inside, which had no part in it.
     FiguresOfSets inside;
   };

@@ -94,6 +94,10 @@ TEST_F(EvaluateTest, WhatIsMissingOrBrokenIsNamed) {
     write("a.reference.csv", std::string("time,heartrate,spo2\n0,72,97\n") + row + "\n");
     expectRefused(run({"evaluate", folder()}), 3, {"a.reference.csv: line "});
   }
+  write("a.reference.csv", "time,heartrate,spo2\n");
+  expectRefused(run({"evaluate", folder()}), 3, {"a.reference.csv: holds no value"});
+  expectRefused(run({"evaluate", folder(), "--plots", file("p"), "--only", "spo2"}), 2,
+                {"--plots: heart rates are plotted"});
   write("a.mp4", "");
   expectRefused(run({"evaluate", folder()}), 3, {"a.csv", "a.mp4", "leave one"});
 }
@@ -110,6 +114,12 @@ TEST_F(EvaluateTest, ABrokenRecordingIsToldAndTheOthersAreMeasured) {
   EXPECT_EQ(result.status, 3);
   EXPECT_THAT(result.error, testing::MatchesRegex("veyla: .*a.mp4: .*; left out\n"));
   EXPECT_THAT(result.out, testing::ContainsRegex("\nb +1 +1 "));
+  // A reference that says nothing of the window leaves nothing to plot, and the rest as it is.
+  write("b.reference.csv", "time,heartrate,spo2\n44,72,97\n");
+  const Result bare = run({"evaluate", folder(), "--plots", file("plots")});
+  EXPECT_EQ(bare.status, 3);
+  EXPECT_THAT(bare.out, testing::ContainsRegex("\nb +1 +1 "));
+  EXPECT_THAT(bare.error, testing::HasSubstr("--plots: no window has both"));
 }
 
 TEST_F(EvaluateTest, RecordedFingersAreMeasuredAsWellAsIsClaimed) {
