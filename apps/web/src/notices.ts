@@ -80,7 +80,7 @@ export function showStartFailure(): void {
 export function showOldBrowser(): void {
   showNotice(
     "This browser cannot measure",
-    "It does not hand the camera's pictures to pages. Use a newer one: Chrome or Edge from version 94, " +
+    "It does not hand the camera's pictures to pages. Use a newer one: Chrome or Edge from version 111, " +
       "Safari from 16.4, Firefox from 132.",
   );
 }
