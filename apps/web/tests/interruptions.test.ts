@@ -148,6 +148,8 @@ it.each([
   await inspect(visit, "alert-no-camera-access");
   await visit.page.getByRole("button", { name: "Done" }).click();
   await expectIdle(visit);
+  // A refusal, not a question that is still open.
+  expect(visit.log).toContain("No camera....");
   await phone.close();
 });
 
