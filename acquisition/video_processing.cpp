@@ -47,7 +47,7 @@ bool VideoProcessing::startRecording() {
     return false;
   }
   if (!videoDevice_->hasTorch()) {
-    Utils::showOkAlert("", "Torch not found or not supported by this device.");
+    Utils::showOkAlert("", noTorch);
     return false;
   }
 

@@ -19,6 +19,9 @@ namespace veyla {
 /// `videoDevice` and switched off here, at the stop.
 class VideoProcessing : public SampleBufferDelegate {
  public:
+  /// What the user is told where the light stays dark.
+  static constexpr const char* noTorch = "Torch not found or not supported by this device.";
+
   /// False when there is no camera or no torch, which the user is told by an alert. A device that
   /// cannot be opened ends the process.
   bool startRecording();

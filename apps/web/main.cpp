@@ -14,6 +14,7 @@ EMSCRIPTEN_BINDINGS(veyla) {
       .function("settle", &WebApp::settle)
       .function("frameBuffer", &WebApp::frameBuffer)
       .function("takeFrame", &WebApp::takeFrame)
+      .function("torchRefused", &WebApp::torchRefused)
       .function("tapAlertButton", &WebApp::tapAlertButton)
       .function("tapAlertClose", &WebApp::tapAlertClose)
       .function("tapAlertOutside", &WebApp::tapAlertOutside)

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "acquisition/video_processing.h"
 #include "measuring/app_delegate.h"
 #include "measuring/measuring_screen.h"
 #include "platform/portable/embedded_resources.h"
@@ -92,6 +93,8 @@ void WebApp::enterForeground() {
 }
 
 void WebApp::terminate() { AppDelegate::instance().applicationWillTerminate(); }
+
+void WebApp::torchRefused() { Utils::showOkAlert("", VideoProcessing::noTorch); }
 
 void WebApp::tapAlertButton(int id, int button) {
   Alerts::instance().tapButton(id, static_cast<std::size_t>(button));

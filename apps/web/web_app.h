@@ -54,6 +54,7 @@ class WebApp {
 
   emscripten::val frameBuffer(int width, int height) { return camera_.frameBuffer(width, height); }
   void takeFrame(double time, int missed) { camera_.takeFrame(time, missed); }
+  void torchRefused();
 
   // Alerts.
 

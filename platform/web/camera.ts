@@ -10,6 +10,7 @@ export interface CameraListener {
   frameBuffer(width: number, height: number): Uint8Array;
   /** Seconds of the video's own time, and how many frames nobody took since the last one. */
   takeFrame(time: number, missed: number): void;
+  torchRefused(): void;
   log(line: string): void;
   /** Milliseconds that one frame has taken. */
   frameTaken(milliseconds: number): void;
@@ -38,6 +39,9 @@ const widestReading = 640;
 /** Rear cameras that are tried for one with a torch. */
 const mostCameras = 4;
 
+/** Whether the browser hands a video's frames to pages. */
+export const givesFrames = "requestVideoFrameCallback" in HTMLVideoElement.prototype;
+
 function nameOf(error: unknown): string {
   return error instanceof Error ? error.name : String(error);
 }
@@ -50,12 +54,16 @@ export class TrackCamera {
   });
   private state: PermissionState | "unknown" = "prompt";
   private stream: MediaStream | undefined;
+  /** Whether the browser tells the state without being asked for the camera. */
+  private tellsState = false;
   private opening = 0;
   private playing = false;
+  private awaited: number | undefined;
   private last: { readonly mediaTime: number; readonly taken: number } | undefined;
   private presented = 0;
   /** Of the recording so far. */
   private seconds = 0;
+  private torchRefusedBy: MediaStreamTrack | undefined;
   private applied: Promise<void> = Promise.resolve();
 
   constructor(private readonly listener: CameraListener) {
@@ -78,12 +86,13 @@ export class TrackCamera {
       const status = await navigator.permissions.query({
         name: "camera",
       });
+      this.tellsState = true;
       this.state = status.state;
       status.onchange = (): void => {
         this.state = status.state;
       };
     } catch {
-      // The browser does not tell before it is asked for the camera itself.
+      this.tellsState = false;
       this.state = "prompt";
     }
   }
@@ -133,6 +142,11 @@ export class TrackCamera {
     return this.capabilities().torch === true;
   }
 
+  /** Whether the torch was to be switched on, and stayed dark. */
+  isTorchRefused(): boolean {
+    return this.torchRefusedBy !== undefined && this.torchRefusedBy === this.track();
+  }
+
   supports(name: ModeName, mode: string): boolean {
     return this.capabilities()[name]?.includes(mode) === true;
   }
@@ -145,20 +159,24 @@ export class TrackCamera {
   /** All constraints that are to hold; each call replaces the last one's. */
   apply(constraints: Record<string, string | boolean>): void {
     const track = this.track();
-    // A copy: the caller goes on with its own.
-    const advanced = Object.entries(constraints).map(([name, value]) => ({
-      [name]: value,
-    }));
+    // One set: some browsers look at the first alone. A copy: the caller goes on with its own.
+    const all = { ...constraints };
     this.applied = this.applied.then(async () => {
       try {
-        await track?.applyConstraints({ advanced });
+        await track?.applyConstraints({ advanced: [all] });
       } catch (error) {
-        this.listener.log(`the camera refuses ${JSON.stringify(advanced)}: ${nameOf(error)}`);
+        this.listener.log(`the camera refuses ${JSON.stringify(all)}: ${nameOf(error)}`);
+        // A track that has ended meanwhile takes nothing, and needs no light.
+        if (all["torch"] !== true || track !== this.track()) return;
+        this.torchRefusedBy = track;
+        this.listener.torchRefused();
       }
     });
   }
 
   play(): void {
+    // One frame is awaited at a time, however often this is called.
+    this.pause();
     this.playing = true;
     this.last = undefined;
     this.seconds = 0;
@@ -173,6 +191,9 @@ export class TrackCamera {
   pause(): void {
     this.playing = false;
     this.video.pause();
+    // A callback left behind would fire with the next run's first frame.
+    if (this.awaited !== undefined) this.video.cancelVideoFrameCallback(this.awaited);
+    this.awaited = undefined;
   }
 
   private track(): MediaStreamTrack | undefined {
@@ -185,7 +206,7 @@ export class TrackCamera {
   }
 
   private async openStream(video: MediaTrackConstraints): Promise<MediaStream | undefined> {
-    if (!("mediaDevices" in navigator)) return undefined;
+    if (!("mediaDevices" in navigator) || !givesFrames) return undefined;
     try {
       const stream = await navigator.mediaDevices.getUserMedia({
         audio: false,
@@ -196,10 +217,9 @@ export class TrackCamera {
     } catch (error) {
       this.listener.log(`the camera does not open: ${nameOf(error)}`);
       if (nameOf(error) === "NotAllowedError") {
-        const before = this.state;
         await this.prepare();
-        // A browser that cannot be asked has answered now.
-        if (before === "prompt" && !("permissions" in navigator)) this.state = "denied";
+        // A browser that does not tell has answered now.
+        if (!this.tellsState) this.state = "denied";
       } else if (nameOf(error) !== "SecurityError") {
         // It may be used, but there is none, or another program has it.
         this.state = "granted";
@@ -220,7 +240,10 @@ export class TrackCamera {
     const first = await this.firstStream();
     const track = first?.getVideoTracks().at(0);
     if (!first || !track || this.capabilities(track).torch === true) return first;
-    const devices = await navigator.mediaDevices.enumerateDevices();
+    const devices = await navigator.mediaDevices.enumerateDevices().catch((error: unknown) => {
+      this.listener.log(`the cameras are not told: ${nameOf(error)}`);
+      return [];
+    });
     const others = devices.filter(
       (device) =>
         device.kind === "videoinput" &&
@@ -242,8 +265,7 @@ export class TrackCamera {
   }
 
   private awaitFrame(): void {
-    this.video.requestVideoFrameCallback((now, frame) => {
-      if (!this.playing) return;
+    this.awaited = this.video.requestVideoFrameCallback((now, frame) => {
       this.awaitFrame();
       this.takeFrame(now, frame);
     });

@@ -21,11 +21,7 @@ std::optional<Value> LocalStore::value(std::string_view key) {
   auto value = readJson(*text);
   if (!value) {
     read_.erase(name);
-    if (unreadable_.insert(name).second && failed) {
-      failed(name, "What this browser stores under \"" + name +
-                       "\" is damaged. It is left as it is, and nothing new is stored there. Save "
-                       "a copy, then set it aside to go on.");
-    }
+    if (unreadable_.insert(name).second) tellDamaged(name);
     return std::nullopt;
   }
   last = {*text, *value};
@@ -45,9 +41,21 @@ void LocalStore::removeValue(std::string_view key) { change(key, std::nullopt); 
 
 void LocalStore::change(std::string_view key, std::optional<std::string> text) {
   // An item that nobody has read may be damaged as well.
+  const bool isTold = unreadable_.contains(key);
   if (!pending_.contains(key)) value(key);
-  if (unreadable_.contains(key)) return;
+  if (unreadable_.contains(key)) {
+    if (isTold) tellDamaged(std::string(key));
+    return;
+  }
   pending_.insert_or_assign(std::string(key), std::move(text));
+}
+
+void LocalStore::tellDamaged(const std::string& key) const {
+  if (!failed) return;
+  failed(key,
+         "What this browser stores under \"" + key +
+             "\" is damaged. It is left as it is, and nothing new is stored there. Save a copy, "
+             "then set it aside to go on.");
 }
 
 void LocalStore::synchronize() {

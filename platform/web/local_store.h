@@ -27,8 +27,9 @@ class LocalStore : public KeyValueStore {
   /// null, with a reason why nothing was written or an empty text.
   explicit LocalStore(emscripten::val page) : page_(std::move(page)) {}
 
-  /// Told once for each thing that goes wrong: the key, empty where it is about all of them, and
-  /// one line for the user. May be empty.
+  /// Told of each thing that goes wrong: the key, empty where it is about all of them, and one line
+  /// for the user. A damaged item is told of when it is first read and at each change it refuses.
+  /// May be empty.
   std::function<void(const std::string& damagedKey, const std::string& line)> failed;
 
   std::optional<Value> value(std::string_view key) override;
@@ -44,6 +45,7 @@ class LocalStore : public KeyValueStore {
 
  private:
   void change(std::string_view key, std::optional<std::string> text);
+  void tellDamaged(const std::string& key) const;
 
   struct Read {
     std::string text;

@@ -66,7 +66,7 @@ export class LocalStorage {
   /** Once there is something to keep, and the user is there to be asked. */
   private askForPersistence(): void {
     if (this.persistenceAsked || !("storage" in navigator)) return;
-    if (!navigator.userActivation.hasBeenActive) return;
+    if (!("userActivation" in navigator) || !navigator.userActivation.hasBeenActive) return;
     this.persistenceAsked = true;
     void navigator.storage.persist().catch(() => false);
   }

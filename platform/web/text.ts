@@ -189,6 +189,8 @@ export const browserText = {
 
   /** Of user-perceived characters. */
   count(text: string): number {
+    // Without the browser's help code points come closest.
+    if (!("Segmenter" in Intl)) return Array.from(text).length;
     return [...new Intl.Segmenter().segment(text)].length;
   },
 
@@ -197,6 +199,10 @@ export const browserText = {
   },
 
   randomUuid(): string {
-    return crypto.randomUUID().toUpperCase();
+    // Not `crypto.randomUUID`, which pages that did not come by HTTPS lack.
+    const random = [...crypto.getRandomValues(new Uint8Array(16))];
+    const hex = random.map((byte) => byte.toString(16).padStart(2, "0")).join("");
+    const variant = "89ab".charAt((random[8] ?? 0) >> 6);
+    return hex.replace(/^(.{8})(.{4}).(.{3}).(.{3})/, `$1-$2-4$3-${variant}$4-`).toUpperCase();
   },
 };

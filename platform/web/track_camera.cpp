@@ -65,13 +65,13 @@ class TrackCamera::Device : public CaptureDevice {
 
   bool hasTorch() const override { return page_.call<bool>("hasTorch"); }
   bool isTorchModeSupported(int mode) const override { return hasTorch() && mode < 2; }
-  int torchMode() const override { return torchMode_; }
+  int torchMode() const override { return page_.call<bool>("isTorchRefused") ? 0 : torchMode_; }
   void setTorchMode(int mode) override {
     if (mode == torchMode_) return;
     torchMode_ = mode;
     set("torch", val(mode != 0));
   }
-  float torchLevel() const override { return torchMode_ == 0 ? 0.0F : 1.0F; }
+  float torchLevel() const override { return torchMode() == 0 ? 0.0F : 1.0F; }
   // A video track has a torch and no flash.
   void setFlashMode(int) override {}
 

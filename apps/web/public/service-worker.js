@@ -2,7 +2,9 @@
 // old one and takes over when no page shows the old one any more.
 const version = "VERSION";
 const files = ["FILES"];
-const cacheName = `veyla-${version}`;
+// One host may serve several copies, each from a folder of its own; no path contains a space.
+const cachePrefix = `veyla ${new URL(self.registration.scope).pathname} `;
+const cacheName = cachePrefix + version;
 
 self.addEventListener("install", (event) => {
   // Past the browser's own cache: an old file there must not become part of a new version.
@@ -14,7 +16,7 @@ self.addEventListener("activate", (event) => {
   event.waitUntil(
     caches
       .keys()
-      .then((names) => names.filter((name) => name.startsWith("veyla-") && name !== cacheName))
+      .then((names) => names.filter((name) => name.startsWith(cachePrefix) && name !== cacheName))
       .then((old) => Promise.all(old.map((name) => caches.delete(name))))
       .then(() => self.clients.claim()),
   );

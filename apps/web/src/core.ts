@@ -51,6 +51,7 @@ export interface WebApp {
 
   frameBuffer(width: number, height: number): Uint8Array;
   takeFrame(time: number, missed: number): void;
+  torchRefused(): void;
 
   tapAlertButton(id: number, button: number): void;
   tapAlertClose(id: number): void;

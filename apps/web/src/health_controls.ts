@@ -17,10 +17,15 @@ export function healthControls(core: WebApp): HTMLElement {
   const note = make("p.note", { role: "status" });
   const save = make("button.primary", { type: "button" }, "Save records as a file");
   save.addEventListener("click", () => {
-    void healthFile.text().then((lines) => {
-      note.textContent = lines === "" ? "There are no records yet." : "";
-      if (lines !== "") saveAsFile("veyla-health.ndjson", "application/fhir+ndjson", lines);
-    });
+    void healthFile
+      .text()
+      .then((lines) => {
+        note.textContent = lines === "" ? "There are no records yet." : "";
+        if (lines !== "") saveAsFile("veyla-health.ndjson", "application/fhir+ndjson", lines);
+      })
+      .catch(() => {
+        note.textContent = "This browser does not give the page its records.";
+      });
   });
   return make(
     "div.health-controls",

@@ -11,13 +11,17 @@ import { followSwipes } from "./swipes";
 export class IntroScreen {
   readonly views: DisplayViews;
 
-  private readonly dialog = make("dialog.intro", { "aria-labelledby": "intro-title" });
+  private readonly dialog = make("dialog.intro", {
+    "aria-labelledby": "intro-title",
+    closedby: "none",
+  });
   private readonly dots = make("div.dots", { role: "img" });
   private readonly title = make("h1", { id: "intro-title" });
   private readonly image = make("div.illustration");
   private readonly subTitle = make("p.instruction");
   private readonly back: HTMLElement;
   private readonly next: HTMLElement;
+  private shown = false;
 
   constructor(private readonly core: () => WebApp) {
     this.views = new ElementViews(
@@ -73,16 +77,21 @@ export class IntroScreen {
     this.dialog.addEventListener("cancel", (event) => {
       event.preventDefault();
     });
+    // Browsers close it all the same where they are asked to twice.
+    this.dialog.addEventListener("close", () => {
+      if (this.shown && !this.dialog.open) this.dialog.showModal();
+    });
   }
 
   get isOpen(): boolean {
-    return this.dialog.open;
+    return this.shown;
   }
 
   show(): void {
     const pages = this.core().introPages();
     const first = pages[0];
-    if (!first || this.dialog.open) return;
+    if (!first || this.shown) return;
+    this.shown = true;
     this.title.textContent = first.title;
     this.subTitle.textContent = first.subTitle;
     this.showImage(first.image);
@@ -95,6 +104,7 @@ export class IntroScreen {
   async dismiss(): Promise<void> {
     const leaving = this.dialog.animate([{ opacity: 1 }, { opacity: 0 }], { duration: 250 });
     await leaving.finished.catch(() => undefined);
+    this.shown = false;
     this.dialog.close();
     this.dialog.remove();
   }

@@ -6,7 +6,7 @@ import "@ionic/core/css/typography.css";
 import "@ionic/core/css/palettes/dark.system.css";
 import "./styles.css";
 
-import { type CameraListener, TrackCamera } from "../../../platform/web/camera";
+import { type CameraListener, givesFrames, TrackCamera } from "../../../platform/web/camera";
 import { measureText } from "../../../platform/web/canvas";
 import { healthFile } from "../../../platform/web/health_file";
 import { followLife, ScreenWaker } from "../../../platform/web/page_life";
@@ -22,7 +22,12 @@ import { IntroScreen } from "./intro";
 import { MailComposer } from "./mail_composer";
 import { MeasuringScreen } from "./measuring";
 import { Navigator } from "./navigator";
-import { showInsecureAddress, showStorageProblem } from "./notices";
+import {
+  showInsecureAddress,
+  showOldBrowser,
+  showStartFailure,
+  showStorageProblem,
+} from "./notices";
 import type { Page, ScreenViews } from "./page";
 import { startServiceWorker } from "./service_worker";
 import { showRatingPrompt } from "./rating_prompt";
@@ -54,6 +59,9 @@ async function start(): Promise<void> {
     frameBuffer: (width, height) => core().frameBuffer(width, height),
     takeFrame(time, missed) {
       core().takeFrame(time, missed);
+    },
+    torchRefused() {
+      core().torchRefused();
     },
     log(line) {
       if (log.enabled) log.line(line);
@@ -223,6 +231,10 @@ async function start(): Promise<void> {
     showStorageProblem(core, "", line);
   }
   if (!window.isSecureContext) showInsecureAddress();
+  else if (!givesFrames) showOldBrowser();
 }
 
-void start();
+start().catch((error: unknown) => {
+  console.error("the page does not start", error);
+  showStartFailure();
+});

@@ -178,7 +178,7 @@ export class MeasuringScreen {
     const lastValue = (names: ValueNames): HTMLElement =>
       make(
         "p.last-value",
-        { "aria-label": `Last ${names.spoken.toLowerCase()}` },
+        { role: "group", "aria-label": `Last ${names.spoken.toLowerCase()}` },
         this.named(names.last, make("span.number")),
         make("span.unit", {}, names.unit),
       );

@@ -60,6 +60,31 @@ export function showStorageProblem(core: () => WebApp, damagedKey: string, line:
   ]);
 }
 
+export function showStartFailure(): void {
+  showNotice(
+    "Veyla does not start",
+    "A part of it did not load, or this browser is too old for it. Check the connection and load the " +
+      "page again. If that does not help, use a newer browser.",
+    [
+      {
+        title: "Load again",
+        closes: false,
+        run(): void {
+          window.location.reload();
+        },
+      },
+    ],
+  );
+}
+
+export function showOldBrowser(): void {
+  showNotice(
+    "This browser cannot measure",
+    "It does not hand the camera's pictures to pages. Use a newer one: Chrome or Edge from version 111, " +
+      "Safari from 16.4, Firefox from 132.",
+  );
+}
+
 export function showInsecureAddress(): void {
   showNotice(
     "No camera at this address",

@@ -74,6 +74,7 @@ export interface CameraViews {
   close(): void;
   hasTrack(): boolean;
   hasTorch(): boolean;
+  isTorchRefused(): boolean;
   supports(name: string, mode: string): boolean;
   setting(name: string): string | number | null;
   apply(constraints: Record<string, string | boolean>): void;

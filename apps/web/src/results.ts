@@ -31,7 +31,12 @@ export class ResultsScreen implements ResultsViews {
   private readonly left = make("button.bar-button", { type: "button" });
   private readonly right: readonly [HTMLButtonElement, HTMLButtonElement];
   private readonly dim = make("div.dim");
-  private readonly chooser = make("div.chooser", { role: "dialog", "aria-label": "Labels" });
+  private readonly chooser = make("div.chooser", {
+    role: "dialog",
+    "aria-label": "Labels",
+    "aria-modal": "true",
+  });
+  private readonly header: HTMLElement;
   private readonly toolbar: HTMLElement;
   private readonly rows: HTMLElement[] = [];
   private editing = false;
@@ -69,29 +74,30 @@ export class ResultsScreen implements ResultsViews {
       }),
     );
     this.toolbar.inert = true;
-    this.setOpacity("dimView", 0, 0);
-    this.setOpacity("resultsTableViewForLabels", 0, 0);
 
     this.content.append(make("div", {}, this.empty, this.list, this.more));
+    this.header = makeCustom(
+      "ion-header",
+      {},
+      makeCustom(
+        "ion-toolbar",
+        {},
+        makeCustom("ion-buttons", { slot: "start" }, this.left),
+        makeCustom("ion-title", {}, "Results"),
+        makeCustom("ion-buttons", { slot: "end" }, this.right[1], this.right[0]),
+      ),
+    );
     this.page = make(
       "div.ion-page.results",
       {},
-      makeCustom(
-        "ion-header",
-        {},
-        makeCustom(
-          "ion-toolbar",
-          {},
-          makeCustom("ion-buttons", { slot: "start" }, this.left),
-          makeCustom("ion-title", {}, "Results"),
-          makeCustom("ion-buttons", { slot: "end" }, this.right[1], this.right[0]),
-        ),
-      ),
+      this.header,
       this.content,
       this.toolbar,
       this.dim,
       this.chooser,
     );
+    this.setOpacity("dimView", 0, 0);
+    this.setOpacity("resultsTableViewForLabels", 0, 0);
     new IntersectionObserver((entries) => {
       if (entries.some((entry) => entry.isIntersecting)) this.addRows();
     }).observe(this.more);
@@ -168,6 +174,8 @@ export class ResultsScreen implements ResultsViews {
     view.getBoundingClientRect();
     view.style.opacity = String(opacity);
     view.inert = opacity === 0;
+    // Nothing behind the chooser can be reached while it is there.
+    for (const behind of [this.header, this.content]) behind.inert = !this.chooser.inert;
     view.style.pointerEvents = opacity === 0 ? "none" : "";
     // A row that was covered is drawn anew; at once means before it is covered.
     if (opacity === 0 && seconds > 0 && this.chosen !== undefined) {
@@ -211,11 +219,8 @@ export class ResultsScreen implements ResultsViews {
     const swipe = this.core.resultsSwipeAction();
     option.textContent = swipe.title;
     option.style.setProperty("--background", swipe.background);
-    const circle = makeCustom("ion-icon", {
-      slot: "start",
-      class: "circle",
-      "aria-hidden": "true",
-    });
+    // Part of what is read out of a row, while it is shown.
+    const circle = makeCustom("ion-icon", { slot: "start", class: "circle", role: "img" });
     const item = makeCustom(
       "ion-item",
       { button: "true", detail: "false" },

@@ -25,7 +25,8 @@ interface CameraSetup {
 
 /** How one visitor comes. */
 export interface Visitor {
-  readonly torch?: boolean;
+  /** Refused: the camera has one, but does not switch it on. */
+  readonly torch?: boolean | "refused";
   readonly stored?: Readonly<Record<string, string>>;
   readonly colorScheme?: "light" | "dark";
   readonly viewport?: { readonly width: number; readonly height: number };
@@ -37,6 +38,9 @@ export interface Visitor {
   readonly videoTime?: "runs" | "stands";
   /** The host by whose name the page is opened; without HTTPS, browsers trust their own machine alone. */
   readonly host?: string;
+  /** What the browser lacks or does badly. */
+  readonly lacks?:
+    "video frames" | "camera permission" | "list of cameras" | "the core" | undefined;
   /** The browser gives the page no storage, as some do in private windows. */
   readonly storageBlocked?: boolean;
 }
@@ -48,6 +52,8 @@ export const acquainted: Readonly<Record<string, string>> = {
 };
 
 interface FramesTaken {
+  /** How many the camera's video has handed to the page. */
+  readonly handed: number;
   /** How many were measured. */
   readonly frames: number;
   /** When the camera took the last of its own. */
@@ -246,8 +252,11 @@ function keepAddresses(): void {
   };
 }
 
-/** Stands in for the one thing that no generated camera has, at the edge of the track. */
-function addTorch(): void {
+/**
+ * Stands in for what no generated camera has, at the edge of the track: a torch, and a mode that is set
+ * beside it. As some browsers, it looks at the first of the advanced sets alone.
+ */
+function addTorch(refuses: boolean): void {
   const tracks = MediaStreamTrack.prototype;
   const torchSet: boolean[] = [];
   Object.assign(window, { torchSet });
@@ -256,22 +265,24 @@ function addTorch(): void {
     applyConstraints: (this: MediaStreamTrack, constraints: MediaTrackConstraints) => Promise<void>;
   };
   tracks.getCapabilities = function (this: MediaStreamTrack): MediaTrackCapabilities {
-    return { ...capabilities.call(this), torch: true } as MediaTrackCapabilities;
+    return { ...capabilities.call(this), torch: true, exposureMode: ["continuous"] } as never;
   };
   tracks.applyConstraints = function (
     this: MediaStreamTrack,
     constraints?: MediaTrackConstraints,
   ): Promise<void> {
-    const advanced = (constraints?.advanced ?? []) as Record<string, unknown>[];
-    for (const { torch } of advanced) if (typeof torch === "boolean") torchSet.push(torch);
-    const others = advanced.filter((each) => !("torch" in each));
-    return apply.call(this, { ...constraints, advanced: others });
+    const [first = {}] = (constraints?.advanced ?? []) as Record<string, unknown>[];
+    const { torch, exposureMode, ...others } = first;
+    if (exposureMode !== "continuous") return Promise.reject(new Error("the mode is lost"));
+    if (refuses && torch === true) return Promise.reject(new Error("the battery is low"));
+    if (typeof torch === "boolean") torchSet.push(torch);
+    return apply.call(this, { ...constraints, advanced: [others] });
   };
 }
 
 /** Counts the frames that are measured, by the line that is logged for each. */
 function countFrames(videoTime: "runs" | "stands"): void {
-  const taken = { frames: 0, seconds: 0, stalled: 0 };
+  const taken = { handed: 0, frames: 0, seconds: 0, stalled: 0 };
   Object.assign(window, { taken });
   const info = console.info.bind(console);
   console.info = (line: string): void => {
@@ -292,9 +303,21 @@ function countFrames(videoTime: "runs" | "stands"): void {
       // A longer one is the time between two recordings.
       if (gap > 0.1 && gap < 1) taken.stalled += gap;
       taken.seconds = seconds;
+      ++taken.handed;
       callback(now, videoTime === "runs" ? frame : { ...frame, mediaTime: 0 });
     });
   };
+}
+
+/** Takes away what a browser lacks. */
+function takeAway(what: string): void {
+  const refuse = (): Promise<never> => Promise.reject(new TypeError("not told"));
+  if (what === "video frames") {
+    delete (HTMLVideoElement.prototype as { requestVideoFrameCallback?: unknown })
+      .requestVideoFrameCallback;
+  }
+  if (what === "camera permission") navigator.permissions.query = refuse;
+  if (what === "list of cameras") navigator.mediaDevices.enumerateDevices = refuse;
 }
 
 export class PhoneBrowser {
@@ -350,7 +373,9 @@ export class PhoneBrowser {
     });
     await context.addInitScript(keepAddresses);
     await context.addInitScript(countFrames, visitor.videoTime ?? "runs");
-    if (visitor.torch ?? true) await context.addInitScript(addTorch);
+    if (visitor.torch !== false) await context.addInitScript(addTorch, visitor.torch === "refused");
+    if (visitor.lacks === "the core") await context.route("**/*.wasm", (route) => route.abort());
+    else if (visitor.lacks) await context.addInitScript(takeAway, visitor.lacks);
     if (visitor.storageBlocked) {
       await context.addInitScript(() => {
         Object.defineProperty(window, "localStorage", {
@@ -376,7 +401,7 @@ export class PhoneBrowser {
       expect(visit.problems).toEqual([]);
     });
     await visit.page.goto(`${url.href}${visitor.query ?? "?log"}`);
-    await visit.page.locator(".measuring-grid").waitFor();
+    if (visitor.lacks !== "the core") await visit.page.locator(".measuring-grid").waitFor();
     return visit;
   }
 

@@ -70,6 +70,17 @@ it("keeps labels that exclude each other apart, and stores every tap", async () 
   await label("Training (After)").waitFor();
   expect(await label("Training (Before)").getAttribute("aria-checked")).toBe("true");
   await inspect(visit, "labels");
+  // The bar and the list behind cannot be reached, until it closes.
+  const takesFocus = (behind: ReturnType<typeof page.locator>): Promise<boolean> =>
+    behind.evaluate((control) => {
+      (control as HTMLElement).focus();
+      return control.matches(":focus");
+    });
+  const behind = [
+    page.getByRole("button", { name: "Edit" }),
+    page.locator("ion-item button").nth(1),
+  ];
+  for (const control of behind) expect(await takesFocus(control)).toBe(false);
 
   await label("Training (After)").click();
   expect(await labelsOf(visit, 1)).toEqual([4]);
@@ -85,6 +96,7 @@ it("keeps labels that exclude each other apart, and stores every tap", async () 
   expect(await labelsOf(visit, 2)).toEqual([0, 1]);
 
   await chooser(visit).getByRole("button", { name: "Close" }).click();
+  for (const control of behind) await expect.poll(() => takesFocus(control)).toBe(true);
   await expect
     .poll(async () => (await rowTexts(visit))[1]?.[3])
     .toBe("Resting, Training (Before), Sleep (After)");
@@ -137,6 +149,9 @@ it("selects all and none, and shares the selection as it is asked to", async () 
   // The newest and the oldest.
   await page.locator(".result").nth(2).click();
   await page.locator(".result").nth(0).click();
+  const readOut = (name: RegExp): Promise<number> => page.getByRole("button", { name }).count();
+  expect(await readOut(/^Selected .*Mar [35]/)).toBe(2);
+  expect(await readOut(/^Not selected .*Mar 4/)).toBe(1);
   const lines = "Date,Heart Rate,Saturation\n2024-03-05 14:07:21,72,98\n2024-03-03 14:07:21,61,0";
 
   for (const choice of ["Email (csv)", "Cancel"]) {

@@ -99,8 +99,11 @@ describe("with a camera and a torch", () => {
     expect(await holdsCamera(visit)).toBe(false);
   });
 
-  it("a camera without a torch is told", async () => {
-    const visit = await phone.visit({ stored: acquainted, torch: false });
+  it.each([
+    { where: "at START" },
+    { where: "where the browser lists no cameras", lacks: "list of cameras" as const },
+  ])("a camera without a torch is told $where", async ({ lacks }) => {
+    const visit = await phone.visit({ stored: acquainted, torch: false, lacks });
     await visit.start();
     await visit.alert("Torch not found or not supported by this device.").waitFor();
     await visit.alert("Error").waitFor();
@@ -110,6 +113,16 @@ describe("with a camera and a torch", () => {
     expect(await holdsCamera(visit)).toBe(false);
     await visit.stop();
     await expectIdle(visit);
+  });
+
+  it("a torch that is refused is told", async () => {
+    const visit = await phone.visit({ stored: acquainted, torch: "refused" });
+    await visit.startMeasuring();
+    await visit.alert("Torch not found or not supported by this device.").waitFor();
+    await visit.page.getByRole("button", { name: "OK" }).click();
+    await visit.stop();
+    await expectIdle(visit);
+    expect(await visit.torch()).toEqual([false]);
   });
 
   it("swipes lead to the other screens, which end the measurement", async () => {
@@ -124,14 +137,19 @@ describe("with a camera and a torch", () => {
   });
 });
 
-it("a refused camera is told at START", async () => {
+it.each([
+  { where: "at START" },
+  { where: "where the browser tells nothing before", lacks: "camera permission" as const },
+])("a refused camera is told $where", async ({ lacks }) => {
   const phone = await PhoneBrowser.open({ camera: "refused" });
-  const visit = await phone.visit({ stored: acquainted });
+  const visit = await phone.visit({ stored: acquainted, lacks });
   await visit.start();
   await visit.alert("No Camera Access").waitFor();
   await inspect(visit, "alert-no-camera-access");
   await visit.page.getByRole("button", { name: "Done" }).click();
   await expectIdle(visit);
+  // A refusal, not a question that is still open.
+  expect(visit.log).toContain("No camera....");
   await phone.close();
 });
 
@@ -143,6 +161,22 @@ it("an address without HTTPS is told, for it gets no camera", async () => {
   await visit.page.getByRole("button", { name: "Close" }).click();
   await visit.start();
   await visit.alert("No Camera Access").waitFor();
+  await phone.close();
+});
+
+it("a browser that is too old is told, and one that does not load the core", async () => {
+  const phone = await PhoneBrowser.open({ camera: recording("72") });
+  const old = await phone.visit({ stored: acquainted, lacks: "video frames" });
+  await old.page.getByRole("alertdialog", { name: "This browser cannot measure" }).waitFor();
+  await inspect(old, "notice-old-browser");
+  await old.page.getByRole("button", { name: "Close" }).click();
+  await old.start();
+  await old.alert("Camera not found").waitFor();
+
+  const failed = await phone.visit({ stored: acquainted, lacks: "the core" });
+  await failed.page.getByRole("alertdialog", { name: "Veyla does not start" }).waitFor();
+  await inspect(failed, "notice-no-start");
+  expect(failed.problems.splice(0).join()).toContain("the page does not start");
   await phone.close();
 });
 

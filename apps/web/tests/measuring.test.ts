@@ -40,6 +40,9 @@ describe("a finger at 72 beats per minute", () => {
       await inspect(visit, `intro-${title.slice(5, 6)}`);
       if (await next.isEnabled()) await next.click();
     }
+    // It stays, however often somebody asks to leave it.
+    for (let times = 0; times < 3; ++times) await page.keyboard.press("Escape");
+    expect(await page.getByRole("heading", { name: "Step 4: Done" }).isVisible()).toBe(true);
     await page.getByRole("button", { name: "Skip" }).click();
     await visit.alert("INTENDED USE").waitFor();
     expect(await visit.alert("INTENDED USE").textContent()).toContain(
@@ -111,6 +114,22 @@ describe("a finger at 72 beats per minute", () => {
     const visit = await phone.visit({ stored: acquainted, videoTime });
     await visit.startMeasuring();
     await expectFifteenASecond(visit, () => visit.page.waitForTimeout(4000));
+  });
+
+  it("takes each frame once, however often it was started before", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    for (let round = 0; round < 2; ++round) {
+      await visit.startMeasuring();
+      await visit.stop();
+      await visit.page.getByRole("button", { name: "START" }).waitFor();
+    }
+    await visit.startMeasuring();
+    const begin = await visit.framesTaken();
+    await visit.page.waitForTimeout(3000);
+    const end = await visit.framesTaken();
+    const rate = (end.handed - begin.handed) / (end.seconds - begin.seconds);
+    expect(rate).toBeGreaterThan(20);
+    expect(rate).toBeLessThan(32);
   });
 
   it("counts frames that it comes too late for, and keeps time all the same", async () => {

@@ -164,4 +164,12 @@ it("keeps the decision about health records, and saves them as a file", async ()
   expect(readFileSync(await download.path(), "utf8")).toBe('{"resourceType":"Observation"}\n');
   await page.locator("ion-toggle").first().click();
   await expect.poll(() => visit.stored("healthPermissions")).toContain('"heartRate":false');
+
+  await page.evaluate(() => {
+    IDBFactory.prototype.open = (): never => {
+      throw new DOMException("blocked", "SecurityError");
+    };
+  });
+  await page.getByRole("button", { name: "Save records as a file" }).click();
+  await page.getByText("This browser does not give the page its records.").waitFor();
 });

@@ -32,8 +32,8 @@ it("a frame takes little of the main thread's time, and nothing blocks it", asyn
   let times: readonly number[] = [];
   const { tasks, calls } = await followMainThread(visit, async () => {
     await page.evaluate(() => window.veylaFrameTimes?.splice(0));
-    // Past the first values, so that estimates and all drawings are among what is measured.
-    await page.waitForTimeout(13_000);
+    // To the end, so that estimates, all drawings and the saving are among what is measured.
+    await page.getByText("FINISHED").waitFor({ timeout: 60_000 });
     times = await page.evaluate(() => window.veylaFrameTimes ?? []);
   });
 
@@ -93,6 +93,23 @@ it("the first screen is a small download, and charts come when they are opened",
   expect(first.some((file) => file.endsWith(".wasm"))).toBe(true);
   expect(bytes).toBeLessThan(600 * 1024);
   expect(later).toBeGreaterThan(20 * 1024);
+});
+
+it("leaves another copy on the same host what it keeps", async () => {
+  const visit = await phone.visit({ stored: acquainted });
+  const { page } = visit;
+  const keptNames = (): Promise<string[]> => page.evaluate(() => caches.keys());
+  // The next visit installs it anew.
+  await page.evaluate(async () => {
+    const { scope } = await navigator.serviceWorker.ready;
+    const own = new URL(scope).pathname;
+    for (const path of [own, `${own}copy/`]) await caches.open(`veyla ${path} before`);
+    await (await navigator.serviceWorker.getRegistration())?.unregister();
+  });
+  expect(await keptNames()).toContain("veyla / before");
+  await page.reload();
+  await expect.poll(keptNames, { timeout: 20_000 }).not.toContain("veyla / before");
+  expect(await keptNames()).toContain("veyla /copy/ before");
 });
 
 it("installs, and works without a network after the first visit", async () => {
