@@ -102,6 +102,8 @@ it("leaves another copy on the same host what it keeps", async () => {
   // The next visit installs it anew.
   await page.evaluate(async () => {
     const { scope } = await navigator.serviceWorker.ready;
+    // It claims the page when it has cleared away what it takes for old.
+    while (!navigator.serviceWorker.controller) await new Promise((done) => setTimeout(done, 50));
     const own = new URL(scope).pathname;
     for (const path of [own, `${own}copy/`]) await caches.open(`veyla ${path} before`);
     await (await navigator.serviceWorker.getRegistration())?.unregister();
