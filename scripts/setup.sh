@@ -20,6 +20,8 @@ testing=(
   clang-14 libc++-14-dev libc++abi-14-dev
   # test media, damaged stores, the published health-record schema
   ffmpeg sqlite3 nodejs ca-certificates
+  # what shows the manual page
+  groff-base
   # the browser that the phone app is tested in
   chromium
 )
