@@ -17,6 +17,7 @@
 #include "apps/cli/complain.h"
 #include "apps/cli/history_platform.h"
 #include "apps/cli/kept_store.h"
+#include "apps/cli/number_range.h"
 #include "apps/cli/output_apart.h"
 #include "apps/cli/terminal.h"
 #include "history/chart_results_view_controller.h"
@@ -81,6 +82,21 @@ ExitStatus tellDamage(const std::filesystem::path& file) {
   return ExitStatus::unreadableInput;
 }
 
+/// Tells, in a line, of daily means that lie outside the chart's range; `value` is what one is.
+void tellOutside(const GnuplotChart& chart, const char* value) {
+  if (!chart.data()) return;
+  const ChartAxis& axis = chart.settings().rightAxis;
+  const NumberRange range{axis.minimum.value(), axis.maximum.value()};
+  const auto& points = chart.data()->entries;
+  const auto count = std::count_if(points.begin(), points.end(), [&](const ChartDataEntry& point) {
+    return !range.holds(point.y);
+  });
+  if (count == 0) return;
+  const bool isOne = count == 1;
+  complain(std::to_string(count) + " " + value + (isOne ? " lies" : "s lie") + " outside " +
+           range.text() + (isOne ? " and is" : " and are") + " not drawn");
+}
+
 std::string headingOf(const ChartResultsViewController& screen, const char* dash) {
   std::string heading(ChartResultsViewController::periodTitles.at(
       static_cast<std::size_t>(screen.selectedPeriod())));
@@ -93,7 +109,7 @@ std::string headingOf(const ChartResultsViewController& screen, const char* dash
 
 /// The terminal's legend of a chart.
 std::string legendOf(const LineDataSet& data, const TextChartStyle& style) {
-  const std::string mark = style.unicode ? "─●─ " : "-o- ";
+  const std::string mark = textMark(style) + " ";
   if (!style.color) return mark + data.label;
   const bool isRed = data.color.red > data.color.blue;
   return (isRed ? "\x1b[1;31m" : "\x1b[1;34m") + mark + "\x1b[0m" + data.label;
@@ -190,6 +206,8 @@ ExitStatus chart(const ChartOptions& options) {
 
   output.write(format ? drawnAsPicture(charts, screen, *format) : drawnInTerminal(charts, screen));
   output.commit();
+  tellOutside(charts[0], "heart rate");
+  tellOutside(charts[1], "SpO2 value");
   return status;
 }
 

@@ -1,7 +1,10 @@
 #include "apps/cli/cli_screens.h"
 
+#include <unistd.h>
+
 #include <iostream>
 
+#include "apps/cli/terminal.h"
 #include "shell/alerts.h"
 
 namespace veyla {
@@ -11,7 +14,8 @@ void CliAlerts::show(int id, const Alert& alert) {
     case AlertKind::waiting:
       return;
     case AlertKind::notice:
-      std::cerr << alert.title << "\n" << alert.subtitle << "\n\n";
+      std::cerr << alert.title << "\n"
+                << wrapped(alert.subtitle, terminalBehind(STDERR_FILENO)) << "\n\n";
       Alerts::instance().tapClose(id);
       return;
     case AlertKind::plain:

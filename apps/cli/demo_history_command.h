@@ -13,8 +13,8 @@ struct DemoHistoryOptions {
 
   /// Up to today, 1 to `mostDays`.
   std::int32_t days = 90;
-  /// A folder without a history: random entries must not mix with measurements. Empty for one
-  /// beside the user's own, "veyla-demo".
+  /// A new or an empty folder: random entries must not mix with measurements. Empty for one beside
+  /// the user's own, "veyla-demo".
   std::string dataFolder;
 };
 

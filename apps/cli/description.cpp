@@ -46,9 +46,9 @@ std::string valueName(const CLI::Option& option) {
 // The manual page.
 
 constexpr std::array<std::pair<const char*, const char*>, 5> exitStatuses{
-    {{"0", "done"},
+    {{"0", "finished"},
      {"1", "the measurement ended without every requested value"},
-     {"2", "wrong usage"},
+     {"2", "wrong usage, or an entry that the history does not have"},
      {"3",
       "an input cannot be read: a recording, a reference, a settings file, or, while the rest was "
       "used, one of several recordings, a damaged entry or health record"},
@@ -68,6 +68,17 @@ constexpr std::array<std::pair<const char*, const char*>, 5> environment{
      {"LC_ALL, LC_TIME, LANG", "the locale of dates, the first that is set"},
      {"EMAIL", "the sender of drafts of mails"},
      {"NO_COLOR", "no colours, where it is set"}}};
+
+constexpr std::array<std::pair<const char*, const char*>, 6> examples{
+    {{"veyla measure finger.mp4 --start 5",
+      "measures a video, START tapped 5 seconds into it, and saves the result"},
+     {"veyla measure finger.csv --no-save --json",
+      "measures a colour series for a script and keeps nothing"},
+     {"veyla chart --period month -o month.png", "draws the last 30 days as a picture"},
+     {"veyla history label 1 \"Training (After)\"", "labels the newest entry"},
+     {"veyla history export -o history.csv", "writes the history as CSV"},
+     {"veyla evaluate recordings --json",
+      "measures a folder of recordings and compares them with their references"}}};
 
 /// A text as roff prints it.
 std::string roff(const std::string& text) {
@@ -171,6 +182,14 @@ Values valuesOf(const CLI::Option& option) {
   return Values::none;
 }
 
+/// What an option's value may be, as a program gets it: what needs quotes in a shell is shown with
+/// them.
+std::vector<std::string> choicesOf(const CLI::Option& option) {
+  std::vector<std::string> choices = CLI::detail::split(valueName(option), '|');
+  for (std::string& choice : choices) std::erase(choice, '"');
+  return choices;
+}
+
 /// As one word of a shell.
 std::string quoted(const std::string& text) {
   std::string word = "'";
@@ -187,7 +206,7 @@ std::string offer(const CLI::Option& option) {
       return "_veyla_files -d";
     case Values::choice: {
       std::string line = "_veyla_words";
-      for (const std::string& choice : CLI::detail::split(valueName(option), '|')) {
+      for (const std::string& choice : choicesOf(option)) {
         line += " " + quoted(choice);
       }
       return line;
@@ -296,7 +315,7 @@ std::string manualPage(const CLI::App& program) {
     text += commandSections(name + " " + command->get_name(), *command);
   }
   return text + section("EXIT STATUS", exitStatuses) + section("FILES", files) +
-         section("ENVIRONMENT", environment);
+         section("ENVIRONMENT", environment) + section("EXAMPLES", examples);
 }
 
 std::string bashCompletion(const CLI::App& program) {

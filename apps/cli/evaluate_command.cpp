@@ -9,6 +9,7 @@
 
 #include "apps/cli/complain.h"
 #include "apps/cli/evaluation_plots.h"
+#include "apps/cli/json_number.h"
 #include "apps/cli/output_apart.h"
 #include "apps/cli/settings_source.h"
 #include "apps/cli/terminal.h"
@@ -87,28 +88,38 @@ std::string asTable(const std::vector<EvaluationSummary>& summaries,
   return table;
 }
 
+const char* nameOf(SummaryKind kind) {
+  switch (kind) {
+    case SummaryKind::recording:
+      return "recording";
+    case SummaryKind::set:
+      return "set";
+    case SummaryKind::all:
+      break;
+  }
+  return "all";
+}
+
 std::string asJson(const std::vector<EvaluationSummary>& summaries) {
-  const auto number = [](double value) {
-    return std::isfinite(value) ? nlohmann::ordered_json(value) : nlohmann::ordered_json();
-  };
   auto list = nlohmann::ordered_json::array();
   for (const EvaluationSummary& of : summaries) {
     list.push_back({{"name", of.name},
+                    {"kind", nameOf(of.kind)},
                     {"windows", of.windows},
                     {"finished", of.finished},
-                    {"percentUnfinished", number(of.unfinished)},
-                    {"medianSeconds", number(of.medianSeconds)},
-                    {"ninetiethPercentileSeconds", number(of.ninetiethSeconds)},
-                    {"meanAbsoluteError", number(of.meanError)},
-                    {"medianAbsoluteError", number(of.medianError)},
-                    {"meanAbsolutePercentageError", number(of.meanPercentageError)},
-                    {"percentOver5", number(of.shareOver5)},
-                    {"percentOver10", number(of.shareOver10)},
-                    {"bias", number(of.bias)},
-                    {"meanAbsoluteErrorPerTime", number(of.meanErrorPerTime)},
-                    {"lagSeconds", number(of.lag)},
-                    {"meanAbsoluteErrorAtLag", number(of.meanErrorAtLag)},
-                    {"spo2RootMeanSquareError", number(of.spo2RootMeanSquare)}});
+                    {"percentUnfinished", jsonNumber(of.unfinished)},
+                    {"medianSeconds", jsonNumber(of.medianSeconds)},
+                    {"ninetiethPercentileSeconds", jsonNumber(of.ninetiethSeconds)},
+                    {"meanAbsoluteError", jsonNumber(of.meanError)},
+                    {"medianAbsoluteError", jsonNumber(of.medianError)},
+                    {"meanAbsolutePercentageError", jsonNumber(of.meanPercentageError)},
+                    {"percentOver5", jsonNumber(of.shareOver5)},
+                    {"percentOver10", jsonNumber(of.shareOver10)},
+                    {"bias", jsonNumber(of.bias)},
+                    {"meanAbsoluteErrorPerTime", jsonNumber(of.meanErrorPerTime)},
+                    {"lagSeconds", jsonNumber(of.lag)},
+                    {"meanAbsoluteErrorAtLag", jsonNumber(of.meanErrorAtLag)},
+                    {"spo2RootMeanSquareError", jsonNumber(of.spo2RootMeanSquare)}});
   }
   return list.dump(2) + '\n';
 }

@@ -125,13 +125,14 @@ std::vector<double> valuesOf(const Selection& windows, const Which& which, const
 
 double absoluteError(const Comparison& of) { return std::abs(of.error()); }
 
-EvaluationSummary summaryOf(const std::string& name, const Selection& windows) {
+EvaluationSummary summaryOf(SummaryKind kind, const std::string& name, const Selection& windows) {
   using Window = EvaluatedWindow;
   const auto heartrate = [](const Window& window) -> auto& { return window.heartrate; };
   const auto perTime = [](const Window& window) -> auto& { return window.heartratePerTime; };
   const auto spo2 = [](const Window& window) -> auto& { return window.spo2; };
 
   EvaluationSummary summary;
+  summary.kind = kind;
   summary.name = name;
   summary.windows = windows.size();
   std::vector<double> seconds;
@@ -157,11 +158,12 @@ EvaluationSummary summaryOf(const std::string& name, const Selection& windows) {
       std::sqrt(meanOf(valuesOf(windows, spo2, [](auto& of) { return of.error() * of.error(); })));
 
   summary.lag = unknown;
-  summary.meanErrorAtLag = std::numeric_limits<double>::infinity();
-  for (std::size_t lag = 0; lag <= latestLag; ++lag) {
+  summary.meanErrorAtLag = unknown;
+  // Rows that come later say nothing where there are none to be late.
+  for (std::size_t lag = 0; lag <= latestLag && !errors.empty(); ++lag) {
     const auto atLag = [=](const Window& window) -> auto& { return window.heartrateAtLag[lag]; };
     const double error = meanOf(valuesOf(windows, atLag, absoluteError));
-    if (error < summary.meanErrorAtLag) {
+    if (lag == 0 || error < summary.meanErrorAtLag) {
       summary.meanErrorAtLag = error;
       summary.lag = static_cast<double>(lag);
     }
@@ -176,6 +178,15 @@ ReferencedFolder recordingsIn(const std::string& folder) {
   std::vector<std::filesystem::path> references;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
     if (entry.path().string().ends_with(referenceEnding)) references.push_back(entry.path());
+  }
+  if (error == std::errc::no_such_file_or_directory) {
+    throw InputError(folder + ": no such folder; check the name");
+  }
+  if (error == std::errc::not_a_directory) {
+    throw InputError(folder + ": a file; name the folder that it is in");
+  }
+  if (error == std::errc::permission_denied) {
+    throw InputError(folder + ": no permission to read it; change its permissions");
   }
   if (error) throw InputError(folder + ": " + error.message() + "; give a folder of recordings");
   if (references.empty()) {
@@ -241,15 +252,18 @@ std::vector<EvaluationSummary> summariesOf(const Evaluation& evaluation) {
   std::vector<std::string> sets;
   for (const std::string& recording : evaluation.recordings) {
     summaries.push_back(
-        summaryOf(recording, select([&](const std::string& name) { return name == recording; })));
+        summaryOf(SummaryKind::recording, recording,
+                  select([&](const std::string& name) { return name == recording; })));
     const std::string set = setOf(recording);
     if (std::find(sets.begin(), sets.end(), set) == sets.end()) sets.push_back(set);
   }
   for (const std::string& set : sets) {
-    summaries.push_back(summaryOf(
-        "all " + set, select([&](const std::string& name) { return setOf(name) == set; })));
+    summaries.push_back(
+        summaryOf(SummaryKind::set, "all " + set,
+                  select([&](const std::string& name) { return setOf(name) == set; })));
   }
-  summaries.push_back(summaryOf("all", select([](const std::string&) { return true; })));
+  summaries.push_back(
+      summaryOf(SummaryKind::all, "all", select([](const std::string&) { return true; })));
   return summaries;
 }
 

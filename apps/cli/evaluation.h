@@ -87,9 +87,13 @@ struct Evaluation {
 Evaluation evaluateFolder(const EvaluationRequest& request, const Resources& resources,
                           const std::function<void(std::size_t done, std::size_t all)>& progress);
 
+/// What a summary is of.
+enum class SummaryKind { recording, set, all };
+
 /// The figures of some windows; not-a-number where nothing can be told. Errors are absolute ones of
 /// the final heart rates, in beats per minute, shares and unfinished windows in per cent.
 struct EvaluationSummary {
+  SummaryKind kind = SummaryKind::recording;
   std::string name;
   std::size_t windows = 0;
   /// Those with every requested value final.

@@ -61,9 +61,10 @@ ExitStatus exportRecords(const HealthOptions& options) {
   const std::filesystem::path folder = dataFolderOf(options.dataFolder);
   const std::filesystem::path file = folder / FhirHealthStore::fileName;
   if (!mayExist(file)) {
-    throw InputError(file.string() +
-                     ": no such file, no health record has been kept; allow them with veyla health "
-                     "allow and measure");
+    // Throws for a named folder that holds no measurements at all.
+    openKeptStore(options.dataFolder, SqliteKeyValueStore::Use::read);
+    complain("no health records in " + folder.string() +
+             " yet: veyla health allow has them kept from then on");
   }
   requireApart("-o", options.output, file);
   if (::access(file.c_str(), R_OK | W_OK) == 0) {

@@ -14,6 +14,7 @@
 #include "apps/cli/choices.h"
 #include "apps/cli/complain.h"
 #include "apps/cli/history_platform.h"
+#include "apps/cli/json_number.h"
 #include "apps/cli/kept_mail.h"
 #include "apps/cli/kept_store.h"
 #include "apps/cli/terminal.h"
@@ -129,6 +130,11 @@ class History {
     return ExitStatus::unreadableInput;
   }
 
+  /// What there is to say of an empty one.
+  std::string nothingThere() const {
+    return "no measurements in " + folder_.string() + " yet: veyla measure saves them there";
+  }
+
   /// Every row.
   std::vector<std::size_t> rows() const {
     std::vector<std::size_t> all(entries().size());
@@ -203,7 +209,7 @@ Json dateOf(Date date) {
                     static_cast<int>((date.secondsSince1970 - seconds) * 1000));
 }
 
-Json valueOf(double value) { return value == 0 || !std::isfinite(value) ? Json() : Json(value); }
+Json valueOf(double value) { return value == 0 ? Json() : jsonNumber(value); }
 
 std::string asJson(const std::vector<HistoryEntry>& entries) {
   Json list = Json::array();
@@ -287,6 +293,7 @@ ExitStatus exportCsv(const HistoryOptions& options) {
   History history(options);
   history.load();
   history.select(options.numbers);
+  if (history.entries().empty()) complain(history.nothingThere());
   const ExitStatus status = history.tellDamaged(history.selectedRows());
   const Mail mail = history.share("Email (csv)");
   OutputFile output(options.output);
@@ -314,14 +321,11 @@ std::string draftFile(const std::filesystem::path& folder) {
 ExitStatus mail(const HistoryOptions& options) {
   History history(options);
   history.load();
+  if (history.entries().empty()) throw UsageError("nothing to mail, " + history.nothingThere());
   history.select(options.numbers);
   const ExitStatus status = history.tellDamaged(history.selectedRows());
   const Mail mail = history.share(options.text ? "Email (text)" : "Email (csv)");
   const bool handsOver = options.output.empty();
-  if (handsOver && history.entries().empty()) {
-    throw InputError("no measurements in " + history.folder().string() +
-                     " yet to mail: veyla measure saves them there");
-  }
   const std::string file = handsOver ? draftFile(history.folder()) : options.output;
   OutputFile output(file);
   output.write(mailDraft(mail, mailSender(), services().clock.now()));

@@ -28,8 +28,9 @@ struct HistoryOptions {
   bool text = false;
 };
 
-/// Each returns the exit status: 0 done, 2 a number or label that there is not, 3 an entry that is
-/// damaged (what is not damaged is listed and shared all the same), 4 data that cannot be stored.
+/// Each returns the exit status: 0 done, 2 a number or label that there is not, or nothing to mail,
+/// 3 an entry that is damaged (what is not damaged is listed and shared all the same), 4 data that
+/// cannot be stored.
 ExitStatus runHistoryList(const HistoryOptions& options);
 ExitStatus runHistoryLabel(const HistoryOptions& options);
 ExitStatus runHistoryDelete(const HistoryOptions& options);

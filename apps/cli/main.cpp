@@ -4,14 +4,17 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
+#include <cstdint>
 #include <functional>
+#include <limits>
+#include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "apps/cli/chart_command.h"
 #include "apps/cli/choices.h"
 #include "apps/cli/complain.h"
-#include "apps/cli/decimal.h"
 #include "apps/cli/demo_history_command.h"
 #include "apps/cli/description.h"
 #include "apps/cli/evaluate_command.h"
@@ -19,32 +22,31 @@
 #include "apps/cli/health_command.h"
 #include "apps/cli/history_command.h"
 #include "apps/cli/measure_command.h"
+#include "apps/cli/number_range.h"
 #include "apps/cli/output_apart.h"
 #include "apps/cli/series_command.h"
 #include "apps/cli/synth_command.h"
+#include "apps/cli/terminal.h"
 #include "platform/linux/output_file.h"
 
 namespace {
 
 using veyla::ExitStatus;
 
-/// Accepts numbers from `least` to `most` and refuses not-a-number, which a plain range lets pass.
-CLI::Validator numberWithin(double least, double most, bool whole = false) {
+using veyla::NumberRange;
+
+/// Accepts numbers of the range and refuses not-a-number, which a plain range lets pass.
+CLI::Validator numberWithin(const NumberRange& range, bool whole) {
   return CLI::Validator(
       [=](std::string& text) -> std::string {
         double value = 0;
         // A leading zero would make it octal: another number than the one that is meant.
         const bool isDecimal = text.find_first_not_of("0123456789") == std::string::npos &&
                                (text == "0" || !text.starts_with('0'));
-        if (CLI::detail::lexical_cast(text, value) && value >= least && value <= most &&
-            (!whole || isDecimal)) {
+        if (CLI::detail::lexical_cast(text, value) && range.holds(value) && (!whole || isDecimal)) {
           return {};
         }
-        std::string range;
-        veyla::appendDecimal(range, least);
-        range += " to ";
-        veyla::appendDecimal(range, most);
-        return "\"" + text + "\" is no" + (whole ? " whole" : "") + " number from " + range;
+        return "\"" + text + "\" is no" + (whole ? " whole" : "") + " number from " + range.text();
       },
       "");
 }
@@ -77,24 +79,51 @@ CLI::Validator something() {
 
 constexpr double longestSeconds = 1000000;
 /// From a thumbnail to a poster.
-constexpr double smallestScale = 0.25;
-constexpr double largestScale = 8;
+constexpr NumberRange scales{0.25, 8};
+constexpr NumberRange entryNumbers{1, 1e9};
+
+/// The presets of `--data`.
+constexpr const char* usualData = "~/.local/share/veyla, or $XDG_DATA_HOME/veyla";
+constexpr const char* usualDemoData = "~/.local/share/veyla-demo, or $XDG_DATA_HOME/veyla-demo";
+
+/// What is taken where the option is not given, behind what the option means.
+std::string withPreset(const std::string& description, const std::string& preset) {
+  return preset.empty() ? description : description + " (" + preset + ")";
+}
 
 /// `value` is how the help names what the option takes.
 CLI::Option* addText(CLI::App& command, const char* name, std::string& text, const char* value,
-                     const char* description) {
-  return command.add_option(name, text, description)->type_name(value)->check(something());
+                     const char* description, const char* preset = "") {
+  return command.add_option(name, text, withPreset(description, preset))
+      ->type_name(value)
+      ->check(something());
 }
 
+/// A number of any size, for a command that checks the range itself; the help tells it.
+template <class Number>
+CLI::Option* declareNumber(CLI::App& command, const char* name, Number& target, const char* value,
+                           const std::string& description, const NumberRange& range,
+                           const char* preset) {
+  return command.add_option(name, target, withPreset(description + ", " + range.text(), preset))
+      ->type_name(value);
+}
+
+/// A number of the range; whole where the target is.
 template <class Number>
 CLI::Option* addNumber(CLI::App& command, const char* name, Number& target, const char* value,
-                       const char* description, const CLI::Validator& check = number()) {
-  return command.add_option(name, target, description)->type_name(value)->check(check);
+                       const char* description, const NumberRange& range, const char* preset = "") {
+  return declareNumber(command, name, target, value, description, range, preset)
+      ->check(numberWithin(range, std::is_integral_v<Number>));
+}
+
+CLI::Option* addData(CLI::App& command, std::string& folder, const char* description,
+                     const char* preset = usualData) {
+  return addText(command, "--data", folder, "DIR", description, preset);
 }
 
 void describeSettings(CLI::App& command, std::string& device, std::string& folder) {
-  addText(command, "--device", device, "MODEL",
-          "hardware model that chooses the settings (iPhone8,1)");
+  addText(command, "--device", device, "MODEL", "hardware model that chooses the settings",
+          veyla::defaultDevice);
   addText(command, "--settings", folder, "DIR",
           "the three settings files of this folder instead of the built-in ones");
 }
@@ -103,15 +132,15 @@ void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::str
   addText(command, "INPUT", options.input, "",
           "a video, or a colour series time,R,G,B; without it, the built-in fingertip");
   addNumber(command, "--start", options.request.start, "S",
-            "tap START S seconds into the recording", numberWithin(0, longestSeconds));
+            "tap START S seconds into the recording", {0, longestSeconds}, "0");
   addNumber(command, "--duration", options.request.duration, "S",
             "use S seconds from there, the 2 seconds of countdown included",
-            numberWithin(0.001, longestSeconds));
+            {0.001, longestSeconds}, "all");
   addText(command, "--only", only, "heartrate|spo2", "measure one value alone")
       ->check(oneOf({"heartrate", "spo2"}));
   describeSettings(command, options.request.device, options.settingsFolder);
-  auto* data = addText(command, "--data", options.dataFolder, "DIR",
-                       "keep history and health records in this folder (~/.local/share/veyla)");
+  auto* data =
+      addData(command, options.dataFolder, "keep history and health records in this folder");
   command
       .add_flag_callback(
           "--no-save", [&] { options.save = false; }, "keep nothing")
@@ -119,14 +148,13 @@ void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::str
   command.add_flag("--json", options.json, "print one JSON object");
   addText(command, "--trace", options.traceFile, "FILE", "write one row per estimate, as CSV");
   addText(command, "--log", options.logFile, "FILE",
-          "write the diagnostic log (-: standard error)");
+          "append the diagnostic log to this file (-: standard error)");
   addText(command, "--snapshot", options.pictures.snapshotFile, "FILE.png",
           "draw the measuring screen as it ended");
   addText(command, "--frames", options.pictures.framesFolder, "DIR",
           "draw it each second since START: 0000.png, 0001.png, ...");
   addNumber(command, "--scale", options.pictures.scale, "N",
-            "pixels per point of the pictures, which are 390 x 844 points (2)",
-            numberWithin(smallestScale, largestScale));
+            "pixels per point of the pictures, which are 390 x 844 points", scales, "2");
   command.add_flag("--realtime", options.realtime, "measure at the recording's own pace");
 }
 
@@ -135,23 +163,41 @@ void describeSeries(CLI::App& command, veyla::SeriesOptions& options) {
   addText(command, "-o", options.output, "OUT.csv", "file of the series (-: standard output)")
       ->required();
   addText(command, "--device", options.device, "MODEL",
-          "hardware model whose way of averaging frames is taken (iPhone8,1)");
+          "hardware model whose way of averaging frames is taken", veyla::defaultDevice);
+}
+
+/// "16x16 to 7680x4320".
+std::string sizeRange() {
+  const auto size = [](double width, double height) {
+    std::string text;
+    veyla::appendDecimal(text, width);
+    text += 'x';
+    veyla::appendDecimal(text, height);
+    return text;
+  };
+  constexpr NumberRange widths = veyla::SynthOptions::widths;
+  constexpr NumberRange heights = veyla::SynthOptions::heights;
+  return size(widths.least, heights.least) + " to " + size(widths.most, heights.most);
 }
 
 void describeSynth(CLI::App& command, veyla::SynthOptions& options, std::string& size) {
   addText(command, "OUT", options.output, "", "a video by its ending, or a series (.csv)")
       ->required();
-  addNumber(command, "--bpm", options.bpm, "N", "heart rate in beats per minute (72)");
-  addNumber(command, "--spo2", options.spo2, "N",
-            "saturation that the colours are to give, in per cent (97)");
-  addNumber(command, "--seconds", options.seconds, "N", "length (30)");
-  addNumber(command, "--fps", options.fps, "N", "frames per second (30)");
-  addText(command, "--size", size, "WxH", "of a frame (640x480)");
-  addNumber(command, "--noise", options.noise, "N", "sensor noise in 8-bit steps (1)");
-  addNumber(command, "--motion", options.motion, "N", "movements of the finger (0)");
-  constexpr double largestSeed = 4294967295;
-  addNumber(command, "--seed", options.seed, "N", "another finger for every number (1)",
-            numberWithin(0, largestSeed, true));
+  using Options = veyla::SynthOptions;
+  const auto add = [&](const char* name, auto& target, const char* description,
+                       const NumberRange& range, const char* preset) {
+    declareNumber(command, name, target, "N", description, range, preset)->check(number());
+  };
+  add("--bpm", options.bpm, "heart rate in beats per minute", Options::rates, "72");
+  add("--spo2", options.spo2, "saturation that the colours are to give, in per cent",
+      Options::saturations, "97");
+  add("--seconds", options.seconds, "length", Options::lengths, "30, or the series' own");
+  add("--fps", options.fps, "frames per second", Options::frameRates, "30");
+  addText(command, "--size", size, "WxH", ("size of a frame, " + sizeRange()).c_str(), "640x480");
+  add("--noise", options.noise, "sensor noise in 8-bit steps", Options::noises, "1");
+  add("--motion", options.motion, "bursts of movement", Options::motions, "0");
+  addNumber(command, "--seed", options.seed, "N", "another finger for every number",
+            {0, std::numeric_limits<std::uint32_t>::max()}, "1");
   command.add_option("--from", options.from, "draw a recorded colour series as frames")
       ->type_name("SERIES.csv")
       ->check(something());
@@ -162,55 +208,56 @@ void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::s
           "recordings, each with a NAME.reference.csv")
       ->required();
   addNumber(command, "--window", options.request.window, "S",
-            "seconds per measurement, countdown included (42)", numberWithin(3, longestSeconds));
-  addNumber(command, "--every", options.request.every, "S",
-            "seconds from one start to the next (20)", numberWithin(0.1, longestSeconds));
-  addText(command, "--only", only, "heartrate|spo2|both", "what is measured (heartrate)")
+            "seconds per measurement, countdown included", {3, longestSeconds}, "42");
+  addNumber(command, "--every", options.request.every, "S", "seconds from one start to the next",
+            {0.1, longestSeconds}, "20");
+  addText(command, "--only", only, "heartrate|spo2|both", "what is measured", "heartrate")
       ->check(oneOf({"heartrate", "spo2", "both"}));
   describeSettings(command, options.request.device, options.settingsFolder);
-  addNumber(command, "--jobs", options.request.jobs, "N", "measurements at a time (one per core)",
-            numberWithin(1, 1024, true));
+  addNumber(command, "--jobs", options.request.jobs, "N", "measurements at a time", {1, 1024},
+            "one per core");
   command.add_flag("--json", options.json, "print a JSON list");
   addText(command, "--windows", options.windowsFile, "FILE", "write a row per window, as CSV");
   addText(command, "--plots", options.plotsFolder, "DIR", "draw what was found as two pictures");
 }
 
-/// How the help names a label.
-std::string labelForm() { return CLI::detail::join(veyla::labelChoices(), "|"); }
+/// How the help names a label: as a shell takes it.
+std::string labelForm() {
+  std::string form;
+  for (const std::string& choice : veyla::labelChoices()) {
+    const bool hasBlanks = choice.find(' ') != std::string::npos;
+    form += (form.empty() ? "" : "|") + (hasBlanks ? "\"" + choice + "\"" : choice);
+  }
+  return form;
+}
 
 void describeChart(CLI::App& command, veyla::ChartOptions& options) {
-  addText(command, "--period", options.period, "week|month|3months|all", "days up to today (week)");
+  addText(command, "--period", options.period, "week|month|3months|all", "days up to today",
+          "week");
   addText(command, "--label", options.label, labelForm().c_str(),
           "only entries with this label; none for all");
   addText(command, "-o", options.output, "FILE", "write a picture by its ending, .png or .svg");
-  addText(command, "--data", options.dataFolder, "DIR",
-          "folder of the history (~/.local/share/veyla)");
+  addData(command, options.dataFolder, "folder of the history");
 }
 
 void describeDemoHistory(CLI::App& command, veyla::DemoHistoryOptions& options) {
-  addNumber(command, "--days", options.days, "N", "days up to today (90)",
-            numberWithin(1, veyla::DemoHistoryOptions::mostDays, true));
-  addText(command, "--data", options.dataFolder, "DIR",
-          "folder without a history (~/.local/share/veyla-demo)");
-}
-
-CLI::Option* addData(CLI::App& command, std::string& folder, const char* description) {
-  return addText(command, "--data", folder, "DIR", description);
+  addNumber(command, "--days", options.days, "N", "days up to today",
+            {1, veyla::DemoHistoryOptions::mostDays}, "90");
+  addData(command, options.dataFolder, "a new or empty folder", usualDemoData);
 }
 
 /// `numbers` is one number or a list.
 template <class Numbers>
 CLI::Option* addEntries(CLI::App& command, Numbers& numbers, const char* description) {
-  constexpr double mostEntries = 1e9;
   return command.add_option("N", numbers, description)
       ->type_name("")
-      ->check(numberWithin(1, mostEntries, true));
+      ->check(numberWithin(entryNumbers, true));
 }
 
 /// `run` gets each command's turn.
 void describeHistory(CLI::App& history, veyla::HistoryOptions& options,
                      const std::function<void(ExitStatus (*)(const veyla::HistoryOptions&))>& run) {
-  constexpr const char* data = "folder of the history (~/.local/share/veyla)";
+  constexpr const char* data = "folder of the history";
   const auto add = [&](const char* name, const char* description,
                        ExitStatus (*command)(const veyla::HistoryOptions&)) -> CLI::App& {
     CLI::App& added = *history.add_subcommand(name, description);
@@ -251,7 +298,7 @@ void describeHistory(CLI::App& history, veyla::HistoryOptions& options,
 }
 
 void describeHealth(CLI::App& health, veyla::HealthOptions& options, ExitStatus& status) {
-  constexpr const char* data = "folder of the health records (~/.local/share/veyla)";
+  constexpr const char* data = "folder of the health records";
   health.require_subcommand(0, 1);
   addData(health, options.dataFolder, data);
   health.callback([&] {
@@ -276,36 +323,76 @@ void describeHealth(CLI::App& health, veyla::HealthOptions& options, ExitStatus&
   for (CLI::App* command : health.get_subcommands({})) addData(*command, options.dataFolder, data);
 }
 
-/// The commands that were chosen, the innermost last, as they are typed.
-std::string chosenCommands(const CLI::App& program) {
-  std::string names;
-  for (auto chosen = program.get_subcommands(); !chosen.empty();
-       chosen = chosen.front()->get_subcommands()) {
-    names += chosen.front()->get_name() + " ";
+/// The program and the commands that were chosen, the innermost last.
+std::vector<const CLI::App*> chosenCommands(const CLI::App& program) {
+  std::vector<const CLI::App*> chosen{&program};
+  for (auto inner = program.get_subcommands(); !inner.empty();
+       inner = chosen.back()->get_subcommands()) {
+    chosen.push_back(inner.front());
   }
-  return names;
+  return chosen;
+}
+
+/// What is wrong with the first word that no command of these takes; empty where each is taken.
+std::string strayWord(const std::vector<const CLI::App*>& commands) {
+  for (const CLI::App* command : commands) {
+    std::vector<std::string> words = command->remaining();
+    // Behind "--" nothing is an option.
+    const bool isNoOption = !words.empty() && words.front() == "--";
+    if (isNoOption) words.erase(words.begin());
+    if (words.empty()) continue;
+    const std::string& word = words.front();
+    if (word.starts_with('-') && !isNoOption) {
+      return word + (command == commands.back() ? ": no such option"
+                                                : ": no such option before the command");
+    }
+    const bool hasCommands = !command->get_subcommands({}).empty();
+    return word + (hasCommands ? ": no such command" : ": not expected here");
+  }
+  return {};
+}
+
+/// The option of which there are too many or too few on the command line.
+std::string miscounted(const CLI::App& command, const std::string& text) {
+  const std::string name = text.substr(0, text.find(':'));
+  const CLI::Option* option = command.get_option_no_throw(name);
+  const bool isRepeated = option != nullptr && option->count() > 1;
+  return name + (isRepeated ? ": given more than once" : ": its value is missing");
 }
 
 /// What was wrong with the command line, and where the right form stands.
 std::string explained(const CLI::ParseError& error, const CLI::App& program) {
-  const auto chosen = program.get_subcommands();
-  const std::string help = "; see veyla " + chosenCommands(program) + "--help";
-  const std::string text = error.what();
-  if (chosen.empty()) {
-    const auto given = program.remaining();
-    if (given.empty()) return "no command given" + help;
-    return given.front() +
-           (given.front().starts_with('-') ? ": no such option" : ": no such command") + help;
+  const auto commands = chosenCommands(program);
+  std::string help = "; see veyla ";
+  for (const CLI::App* command : commands) {
+    if (command != &program) help += command->get_name() + " ";
   }
-  if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
-    const std::string extras = text.substr(text.find(": ") + 2);
-    return extras + (extras.starts_with('-') ? ": no such option" : ": not expected here") + help;
-  }
+  help += "--help";
+  const std::string stray = strayWord(commands);
+  if (commands.size() == 1) return (stray.empty() ? "no command given" : stray) + help;
+  if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) return stray + help;
   if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch)) {
-    return text.substr(0, text.find(':')) + ": its value is missing" + help;
+    return miscounted(*commands.back(), error.what()) + help;
   }
-  return text + help;
+  return error.what() + help;
 }
+
+/// Breaks the lines of descriptions where the terminal ends.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_desc(const CLI::Option* option) const override {
+    return besideNames(CLI::Formatter::make_option_desc(option));
+  }
+
+ private:
+  std::string besideNames(const std::string& description) const {
+    constexpr std::size_t fewestColumns = 20;
+    veyla::Terminal terminal = veyla::terminalBehind(STDOUT_FILENO);
+    const std::size_t names = get_column_width();
+    terminal.columns = std::max(terminal.columns, names + fewestColumns) - names;
+    return veyla::wrapped(description, terminal);
+  }
+};
 
 /// A stream that is closed at the start would give its number to the next file that is opened, and
 /// what is meant for the stream would be written into that file. Opened the wrong way around, it
@@ -331,6 +418,8 @@ int main(int argc, char** argv) {
                    "veyla");
   program.set_version_flag("--version", "veyla " VEYLA_VERSION);
   program.require_subcommand(1);
+  // The commands have it from the program.
+  program.formatter(std::make_shared<HelpFormatter>());
   ExitStatus status = ExitStatus::done;
 
   veyla::MeasureOptions measureOptions;

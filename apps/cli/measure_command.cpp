@@ -37,9 +37,12 @@ bool somebodyIsThere() { return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_F
 /// Asks on the terminal; nothing where there is nobody to ask.
 std::optional<bool> askForHealthRecords(HealthSampleType type) {
   if (!somebodyIsThere()) return std::nullopt;
-  std::cerr << "Keep each final "
-            << (type == HealthSampleType::heartRate ? "heart rate" : "oxygen saturation")
-            << " as a health record in the data folder, too? [y/N] " << std::flush;
+  const std::string value =
+      type == HealthSampleType::heartRate ? "heart rate" : "oxygen saturation";
+  std::cerr << wrapped("Keep each final " + value +
+                           " as a health record in the data folder, too? [y/N] ",
+                       terminalBehind(STDERR_FILENO))
+            << std::flush;
   std::string answer;
   if (!std::getline(std::cin, answer)) return std::nullopt;
   return !answer.empty() && (answer.front() == 'y' || answer.front() == 'Y');
@@ -218,9 +221,12 @@ ExitStatus measure(const MeasureOptions& options) {
   const bool kept = keeping.tellFailures();
   const bool logged = logging.tellFailure();
   std::string text = options.json ? reportAsJson(report) : reportAsText(report, options.request);
-  if (!terminalBehind(STDOUT_FILENO).unicode && !options.json) text = asAscii(text);
-  if (report.outcome == Outcome::finished && options.save && kept && !options.json) {
-    text += "Saved in " + keeping.folder().string() + ".\n";
+  if (!options.json) {
+    const Terminal terminal = terminalBehind(STDOUT_FILENO);
+    text = wrapped(terminal.unicode ? text : asAscii(text), terminal);
+    if (report.outcome == Outcome::finished && options.save && kept) {
+      text += "Saved in " + keeping.folder().string() + ".\n";
+    }
   }
   bool written = writes([&] { printOut(text); });
   written &= writes([&] {

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "apps/cli/json_number.h"
 #include "platform/format.h"
 
 namespace veyla {
@@ -11,10 +12,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// Single-precision values as the shortest decimals that name them.
 Json numberOf(std::optional<float> value) {
-  if (!value || !std::isfinite(*value)) return nullptr;
-  return std::stod(formatText("%.7g", static_cast<double>(*value)));
+  return value ? jsonNumber(static_cast<double>(*value)) : Json();
 }
 
 Json countsOf(const EstimateCounts& counts) {
@@ -29,8 +28,8 @@ std::string valueLine(const char* caption, std::optional<float> value, const cha
   return formatText("%-12s %.0f %s\n", caption, static_cast<double>(*value), unit);
 }
 
-/// Why a value that was requested has not become final before the recording ended, and what to do
-/// about it; empty for one that has, or for lack of time alone.
+/// Why a value that was requested has not become final, and what to do about it; empty for one that
+/// has, or for lack of time alone.
 std::string shortfall(const MeasurementReport& report, const MeasurementRequest& request) {
   std::string text;
   const EstimateCounts& heartrate = report.heartrateEstimates;
@@ -45,11 +44,26 @@ std::string shortfall(const MeasurementReport& report, const MeasurementRequest&
   const int withoutValue = spo2.none + spo2.low;
   if (request.spo2 && !report.spo2 && withoutValue > spo2.accepted) {
     text += formatText(
-        "This camera's colours gave no oxygen saturation in %i of %i estimates; "
+        "This camera's colours gave no oxygen saturation of 93 %% or more in %i of %i estimates; "
         "--only heartrate measures without it.\n",
         withoutValue, spo2.accepted + withoutValue);
   }
   return text;
+}
+
+/// The option that ended the measurement or kept the recording's first part from it, and what to
+/// give instead; empty without one.
+std::string shortenedBy(const MeasurementReport& report, const MeasurementRequest& request) {
+  constexpr double countdownSeconds = 2;
+  // Some frames before and after what was measured.
+  constexpr double unusedSeconds = 0.3;
+  const double used = countdownSeconds + report.seconds + unusedSeconds;
+  if (request.duration && *request.duration <= used) {
+    return formatText("--duration %g ended it: 45 s are plenty.", *request.duration);
+  }
+  if (request.start <= 0) return {};
+  return formatText("--start %g left no more of the recording: start earlier or record longer.",
+                    request.start);
 }
 
 std::string explanation(const MeasurementReport& report, const MeasurementRequest& request) {
@@ -57,19 +71,23 @@ std::string explanation(const MeasurementReport& report, const MeasurementReques
     case Outcome::finished:
       return formatText("Finished after %.1f s of the recording.\n", report.seconds);
     case Outcome::lowSignal:
+      return report.alertTitle + " " + report.alertSubtitle + "\n" + shortfall(report, request);
     case Outcome::alert:
       return report.alertTitle + " " + report.alertSubtitle + "\n";
     case Outcome::endOfInput:
       break;
   }
+  const std::string option = shortenedBy(report, request);
   if (report.seconds <= 0) {
     return "The recording ended before the measurement began: it needs 2 seconds of countdown and "
-           "then 10 to 20 seconds with a finger on the lens.\n";
+           "then 10 to 20 seconds with a finger on the lens.\n" +
+           (option.empty() ? "" : option + "\n");
   }
   const std::string ended =
       formatText("The recording ended after %.1f s, before every value was final.", report.seconds);
   const std::string reasons = shortfall(report, request);
-  return ended + (reasons.empty() ? " Record longer.\n" : "\n" + reasons);
+  if (reasons.empty() && option.empty()) return ended + " Record longer.\n";
+  return ended + "\n" + (option.empty() ? "" : option + "\n") + reasons;
 }
 
 }  // namespace

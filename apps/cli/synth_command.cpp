@@ -18,8 +18,8 @@ namespace {
 
 using ColourAt = std::function<ChannelMeans(double time)>;
 
-void requireRange(const char* name, double value, double lowest, double highest) {
-  if (value >= lowest && value <= highest) return;
+void requireRange(const char* name, double value, const NumberRange& range) {
+  if (range.holds(value)) return;
   std::string text = std::string("--") + name + ": ";
   if (std::isfinite(value)) {
     appendDecimal(text, value);
@@ -27,23 +27,19 @@ void requireRange(const char* name, double value, double lowest, double highest)
   } else {
     text += "not a finite number; give ";
   }
-  appendDecimal(text, lowest);
-  text += " to ";
-  appendDecimal(text, highest);
-  throw UsageError(text);
+  throw UsageError(text + range.text());
 }
 
 void requireRanges(const SynthOptions& options) {
   if (options.output.empty()) throw UsageError("no output named; give a file such as finger.mp4");
-  requireRange("bpm", options.bpm, 20, 300);
-  requireRange("spo2", options.spo2, 50, 100);
-  // A thousandth of a second is still one frame.
-  requireRange("seconds", options.seconds.value_or(1), 0.001, 86400);
-  requireRange("fps", options.fps, 1, 240);
-  requireRange("size: width", static_cast<double>(options.width), 16, 7680);
-  requireRange("size: height", static_cast<double>(options.height), 16, 4320);
-  requireRange("noise", options.noise, 0, 50);
-  requireRange("motion", options.motion, 0, 10);
+  requireRange("bpm", options.bpm, SynthOptions::rates);
+  requireRange("spo2", options.spo2, SynthOptions::saturations);
+  requireRange("seconds", options.seconds.value_or(1), SynthOptions::lengths);
+  requireRange("fps", options.fps, SynthOptions::frameRates);
+  requireRange("size: width", static_cast<double>(options.width), SynthOptions::widths);
+  requireRange("size: height", static_cast<double>(options.height), SynthOptions::heights);
+  requireRange("noise", options.noise, SynthOptions::noises);
+  requireRange("motion", options.motion, SynthOptions::motions);
 }
 
 bool isSeries(const std::string& path) { return endingOf(path) == ".csv"; }

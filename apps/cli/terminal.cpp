@@ -4,9 +4,12 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <string_view>
+
+#include "platform/linux/text_columns.h"
 
 namespace veyla {
 
@@ -66,6 +69,34 @@ Terminal terminalBehind(int fileDescriptor) {
     terminal.rows = size.ws_row;
   }
   return terminal;
+}
+
+std::string wrapped(const std::string& text, const Terminal& terminal) {
+  if (!terminal.interactive) return text;
+  std::string result;
+  std::size_t column = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    // A word with the blanks before it, which stay behind where the line breaks.
+    const std::size_t word = std::min(text.find_first_not_of(' ', at), text.size());
+    const std::size_t end = std::min(text.find_first_of(" \n", word), text.size());
+    const std::size_t width = columnsOf(text.substr(word, end - word));
+    if (column > 0 && column + (word - at) + width > terminal.columns) {
+      result += '\n';
+      column = 0;
+    } else {
+      result.append(word - at, ' ');
+      column += word - at;
+    }
+    result += text.substr(word, end - word);
+    column += width;
+    at = end;
+    if (at < text.size() && text[at] == '\n') {
+      result += '\n';
+      column = 0;
+      ++at;
+    }
+  }
+  return result;
 }
 
 HiddenCursor::HiddenCursor() {

@@ -18,6 +18,10 @@ struct Terminal {
 /// NO_COLOR, the locale).
 Terminal terminalBehind(int fileDescriptor);
 
+/// The text with its lines broken between words where the terminal ends; as it is for a stream that
+/// is none.
+std::string wrapped(const std::string& text, const Terminal& terminal);
+
 /// Hides the cursor while it lives; also brings it back when the program is interrupted.
 class HiddenCursor {
  public:

@@ -280,7 +280,7 @@ class PictureWriter {
     line("plot " + layers(data, width * smallestDistance(data) / shown.length(), settings));
   }
 
-  /// So that circles stand clear of the area's ends, and the outer labels inside the picture.
+  /// So that circles and the outer labels stand inside the area.
   static double marginFor(const GnuplotChart& chart, Range times, const LineDataSet& data) {
     constexpr double widthOfLetter = 0.58;
     constexpr double mostMargin = 80;
@@ -289,7 +289,7 @@ class PictureWriter {
     if (!axis.keepsEndLabelsInside) return circle;
     const double label =
         lengthOf(labelOf(axis, times.from)) * widthOfLetter * sizeOf(axis.labelFont);
-    return std::clamp(label / 2 - chart.settings().viewPortOffsets.left, circle, mostMargin);
+    return std::clamp(label / 2, circle, mostMargin);
   }
 
   void axisBelow(const GnuplotChart& chart, Range times, double width) {
@@ -427,6 +427,11 @@ std::string polishedSvg(std::string svg, const std::string& heading) {
   }
   replaceAll("<title>Gnuplot</title>", "<title>" + heading + "</title>");
   return svg;
+}
+
+std::string textMark(const TextChartStyle& style) {
+  const std::string line = style.color ? "-" : "*";
+  return line + (style.unicode ? "●" : "o") + line;
 }
 
 std::string textScript(std::span<const GnuplotChart> charts, const GnuplotChart& chart,

@@ -61,6 +61,9 @@ struct TextChartStyle {
   bool unicode = false;
 };
 
+/// A piece of the line with a point, as such a drawing shows them: for its legend.
+std::string textMark(const TextChartStyle& style);
+
 /// The script that draws one chart with data, over the time of all the charts, in characters.
 std::string textScript(std::span<const GnuplotChart> charts, const GnuplotChart& chart,
                        const TextChartStyle& style);

@@ -40,7 +40,11 @@ TEST_F(BadInputTest, WrongUsageIsOneLineWithTheWayOut) {
       {{"measure", "--foo"}, {"--foo: no such option; see veyla measure --help"}},
       {{"measure", "a", "b"}, {"b: not expected here"}},
       {{"measure", ""}, {"INPUT: its text is empty"}},
+      {{"measure", "--", "f.csv", "--no-save", "x"}, {"--no-save: not expected here; see"}},
+      {{"--data", "x", "history"}, {"--data: no such option before the command; see"}},
+      {{"history", "foo", "bar"}, {"foo: no such command; see veyla history --help"}},
       {{"measure", "--start"}, {"--start: its value is missing"}},
+      {{"measure", "--only", "spo2", "--only", "spo2"}, {"--only: given more than once"}},
       {{"measure", "--start", "-1"}, {"--start: \"-1\" is no number from 0 to 1000000"}},
       {{"measure", "--start", "nan"}, {"--start: \"nan\""}},
       {{"measure", "--duration", "0"}, {"--duration: \"0\""}},
@@ -64,6 +68,7 @@ TEST_F(BadInputTest, WrongUsageIsOneLineWithTheWayOut) {
 
 TEST_F(BadInputTest, WhatIsNoVideoIsRefused) {
   expectUnreadable(file("absent.mp4"), {"no such file"});
+  expectUnreadable("-", {"standard input is not read"});
   expectUnreadable(file("line\nfeed\x1b[31m\xC2\x9B\x7F\u00e9.mp4"),
                    {"line?feed?[31m??\u00e9.mp4: no"});
   expectUnreadable(folder(), {"a folder"});

@@ -70,20 +70,20 @@ TEST_F(ChartTest, PicturesAreWrittenByTheirEndingForEveryPeriodAndLabel) {
 TEST_F(ChartTest, WithoutAFileTheChartsAreDrawnInTheTerminal) {
   demoHistory();
   const std::string plain = run(chart()).out;
-  EXPECT_THAT(plain, StartsWith("Week\n\n─●─ heartrate (data points are averaged for each day)\n"));
+  EXPECT_THAT(plain, StartsWith("Week\n\n*●* heartrate (data points are averaged for each day)\n"));
   EXPECT_THAT(plain, HasSubstr("spo2 (data points are averaged for each day)"));
   EXPECT_THAT(plain, HasSubstr(" 150\n"));
   EXPECT_THAT(plain, Not(HasSubstr("\x1b")));
   EXPECT_LE(widest(plain), 80U);
   environment["LC_ALL"] = "C";
   const std::string ascii = run(chart({"--period", "month", "--label", "Resting"})).out;
-  EXPECT_THAT(ascii, StartsWith("Month - Resting\n\n-o- heartrate"));
+  EXPECT_THAT(ascii, StartsWith("Month - Resting\n\n*o* heartrate"));
   EXPECT_TRUE(std::all_of(ascii.begin(), ascii.end(), [](char c) { return c > 0; })) << ascii;
   environment["LC_ALL"] = "C.UTF-8";
   for (const std::size_t columns : {20U, 60U, 200U}) {
     const Result shown = onTerminal(chart({"--period", "3months"}), columns);
     EXPECT_EQ(shown.status, 0);
-    EXPECT_THAT(shown.out, HasSubstr("\x1b[1;31m─●─ "));
+    EXPECT_THAT(shown.out, HasSubstr("\x1b[1;31m-●- "));
   }
   environment["NO_COLOR"] = "1";
   EXPECT_THAT(onTerminal(chart(), 60).out, Not(HasSubstr("\x1b")));
@@ -95,9 +95,20 @@ TEST_F(ChartTest, WithoutDataEachChartSaysSo) {
   EXPECT_FALSE(std::filesystem::exists(file("home"))) << "a store was made for nothing";
   ASSERT_EQ(run({"measure", "--only", "spo2", "--data", data_}).status, 0);
   const std::string half = run(chart()).out;
-  EXPECT_THAT(half, HasSubstr("Not enough heartrate data\n\n─●─ spo2"));
+  EXPECT_THAT(half, HasSubstr("Not enough heartrate data\n\n*●* spo2"));
   EXPECT_EQ(run(chart({"--label", "Active", "-o", "none.svg"})).status, 0);
   EXPECT_THAT(contentsOf(file("none.svg")), HasSubstr("Not enough SpO2 data"));
+}
+
+TEST_F(ChartTest, ValuesBeyondTheRangeAreTold) {
+  demoHistory("3");
+  change("UPDATE entries SET value = replace(value, '\"hr\":', '\"hr\":9') WHERE key = 'values'");
+  for (const Arguments& arguments : {chart(), chart({"-o", "picture.png"})}) {
+    const Result drawn = run(arguments);
+    EXPECT_EQ(drawn.status, 0);
+    EXPECT_THAT(drawn.error, testing::MatchesRegex(
+                                 "veyla: [0-9] heart rates? lies? outside 50 to 150 and .*\n"));
+  }
 }
 
 TEST_F(ChartTest, WrongUsageNamesTheOptionAndTouchesNothing) {
@@ -170,6 +181,10 @@ TEST_F(ChartTest, RandomEntriesNeverMixWithAHistory) {
   EXPECT_EQ(run(chart({"--period", "all"})).status, 0);
   expectRefused(run({"demo-history", "--data", data_}), 2, {"--data: ", "a history already"});
   EXPECT_EQ(contentsOf(data_ + "/veyla.db"), store);
+  std::filesystem::create_directory(file("letters"));
+  write("letters/letter", "");
+  expectRefused(run({"demo-history", "--data", file("letters")}), 2, {"holds other things"});
+  EXPECT_FALSE(std::filesystem::exists(file("letters/veyla.db")));
 }
 
 }  // namespace

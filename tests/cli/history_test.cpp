@@ -38,7 +38,7 @@ class HistoryTest : public Program {
   }
   void keepThree() const {
     keep(Value::Array{entry(60.4, 95.5, 1709640000, flags(0)), entry(0, 97.4, 1709650000, flags(3)),
-                      entry(110.5, 0, 1720000000)});
+                      entry(static_cast<double>(110.3847F), 0, 1720000000)});
   }
   Value kept() const { return SqliteKeyValueStore(data()).value("values").value_or(Value()); }
 
@@ -75,7 +75,7 @@ TEST_F(HistoryTest, TheListIsNewestFirstAndAligned) {
   const auto list = json({"history", "--data", data()});
   ASSERT_EQ(list.size(), 3U);
   EXPECT_EQ(list[0]["number"], 1);
-  EXPECT_EQ(list[0]["heartrate"], 110.5);
+  EXPECT_EQ(list[0]["heartrate"], 110.3847) << "as it was measured, in single precision";
   EXPECT_TRUE(list[0]["spo2"].is_null());
   EXPECT_EQ(list[1]["date"], "2024-03-05T14:46:40.000Z");
   EXPECT_EQ(list[2]["labels"], nlohmann::json({"Resting"}));
@@ -85,8 +85,14 @@ TEST_F(HistoryTest, AHistoryThatIsNotThereIsEmptyAndIsNotMade) {
   EXPECT_THAT(run({"history"}).out, HasSubstr("No measurements in " + file("home/veyla") + " yet"));
   EXPECT_EQ(json({"history"}), nlohmann::json::array());
   expectRefused(run({"history", "delete", "1"}), 2, {"no entry 1", "is empty"});
-  expectRefused(run({"history", "mail"}), 3, {"no measurements", "yet to mail"});
+  expectRefused(run({"history", "mail", "-o", "-"}), 2, {"nothing to mail, no measurements in"});
   EXPECT_EQ(run({"history", "export", "-o", "-"}).out, "Date,Heart Rate,Saturation");
+  for (const char* command : {"history", "health"}) {
+    const Result exported = run({command, "export", "-o", file("empty")});
+    EXPECT_EQ(exported.status, 0);
+    EXPECT_THAT(exported.error, HasSubstr(" yet: veyla "));
+    EXPECT_TRUE(std::filesystem::remove(file("empty")));
+  }
   EXPECT_THAT(run({"health"}).out, HasSubstr("not decided yet"));
   EXPECT_FALSE(std::filesystem::exists(file("home")));
   // A named folder is one that is known to hold something.
@@ -113,7 +119,7 @@ TEST_F(HistoryTest, LabelsArePutOnAndTakenOff) {
   EXPECT_THAT(printed({"label", "3", "none"}), Not(HasSubstr("Resting")));
   const Value expected =
       Value::Array{entry(60.4, 95.5, 1709640000), entry(0, 97.4, 1709650000, flags(4)),
-                   entry(110.5, 0, 1720000000)};
+                   entry(static_cast<double>(110.3847F), 0, 1720000000)};
   EXPECT_EQ(kept(), expected);
 }
 
@@ -267,7 +273,7 @@ TEST_F(HistoryTest, HealthRecordsAreAllowedAndExported) {
     arguments.insert(arguments.end(), {"--data", data()});
     return run(arguments);
   };
-  expectRefused(health({"export", "-o", "-"}), 3, {"Observations.ndjson: no such file", "allow"});
+  expectRefused(health({"export", "-o", "-"}), 3, {"veyla.db: no such file; name the folder"});
   EXPECT_FALSE(std::filesystem::exists(data()));
   EXPECT_EQ(health({"allow", "heartrate"}).status, 0);
   EXPECT_EQ(health({"deny", "spo2"}).out, "heartrate  allowed\nspo2       denied\n");

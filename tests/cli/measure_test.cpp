@@ -9,6 +9,7 @@
 namespace veyla {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
@@ -99,7 +100,9 @@ TEST_F(MeasureTest, WhatEndsEarlyIsToldAndNotKept) {
   const Json few = json({"measure", "--duration", "8"}, 1);
   EXPECT_EQ(few["outcome"], "endOfInput");
   EXPECT_TRUE(few["heartrate"].is_null());
-  EXPECT_THAT(run({"measure", "--start", "100"}).out, HasSubstr("needs 2 seconds of countdown"));
+  EXPECT_THAT(run({"measure", "--duration", "8"}).out, HasSubstr("\n--duration 8 ended it: "));
+  EXPECT_THAT(run({"measure", "--start", "100"}).out,
+              AllOf(HasSubstr("needs 2 seconds of countdown"), HasSubstr("\n--start 100 left")));
   EXPECT_EQ(json({"measure", "--no-save", "--start", "5", "--duration", "30"})["outcome"],
             "finished");
 
@@ -110,7 +113,9 @@ TEST_F(MeasureTest, WhatEndsEarlyIsToldAndNotKept) {
   environment["LC_ALL"] = "C";
   const Result plain = run({"measure", file("low.csv"), "--only", "spo2"});
   EXPECT_EQ(plain.status, 1);
-  EXPECT_THAT(plain.out, HasSubstr("after 1/2-1 second"));
+  EXPECT_THAT(plain.out, AllOf(HasSubstr("after 1/2-1 second"),
+                               HasSubstr("\nThis camera's colours gave no oxygen saturation of 93 "
+                                         "% or more in 60 of 60 estimates")));
   EXPECT_THAT(historyIn(folder() / "home" / "veyla"), IsEmpty());
 }
 

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <sstream>
+
 #include "tests/cli/program.h"
 
 namespace veyla {
@@ -104,6 +106,9 @@ TEST_F(TerminalTest, IntendedUseAndPermissionsComeOnce) {
   EXPECT_EQ(first.status, 0);
   EXPECT_EQ(countOf("INTENDED USE", first.out), 1U);
   EXPECT_EQ(countOf("[y/N]", first.out), 2U);
+  const std::string before = first.out.substr(0, first.out.find("[y/N]"));
+  std::istringstream lines(before);
+  for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 81U) << line;
   EXPECT_LT(first.out.rfind("[y/N]"), first.out.find(hidden)) << "asked with a hidden cursor";
   const Result second = onTerminal({"measure"});
   EXPECT_EQ(second.status, 0);
