@@ -9,7 +9,7 @@ import {
 } from "ionicons/icons";
 
 import type { WebApp } from "./core";
-import { make, makeCustom } from "./dom";
+import { make, makeCustom, showModal } from "./dom";
 import type { AlertField, AlertShown } from "./page";
 
 const icons: Readonly<Record<AlertShown["kind"], string>> = {
@@ -67,7 +67,7 @@ export class AlertDialogs {
     if (alert.kind === "waiting") {
       dialog.show();
     } else {
-      dialog.showModal();
+      showModal(dialog);
     }
   }
 

@@ -2,7 +2,7 @@
 import { chevronBack, chevronForward } from "ionicons/icons";
 
 import type { WebApp } from "./core";
-import { iconButton, make } from "./dom";
+import { iconButton, make, showModal } from "./dom";
 import { ElementViews } from "./element_views";
 import { illustration } from "./illustrations";
 import type { DisplayViews } from "./page";
@@ -79,7 +79,7 @@ export class IntroScreen {
     });
     // Browsers close it all the same where they are asked to twice.
     this.dialog.addEventListener("close", () => {
-      if (this.shown && !this.dialog.open) this.dialog.showModal();
+      if (this.shown && !this.dialog.open) showModal(this.dialog);
     });
   }
 
@@ -98,7 +98,7 @@ export class IntroScreen {
     this.dots.replaceChildren(...pages.map(() => make("span.dot")));
     this.showPosition();
     document.body.append(this.dialog);
-    this.dialog.showModal();
+    showModal(this.dialog);
   }
 
   async dismiss(): Promise<void> {

@@ -1,6 +1,6 @@
 // Tells what the browser keeps from working, and what to do about it.
 import type { WebApp } from "./core";
-import { make, sheetCard } from "./dom";
+import { make, sheetCard, showModal } from "./dom";
 import { saveAsFile } from "./files";
 
 interface Action {
@@ -32,7 +32,7 @@ function showNotice(title: string, line: string, actions: readonly Action[] = []
     dialog.remove();
   });
   document.body.append(dialog);
-  dialog.showModal();
+  showModal(dialog);
 }
 
 /** `damagedKey` names an item that cannot be read; it is empty for anything else. */
