@@ -52,7 +52,7 @@ export class AlertDialogs {
     const card = make("div.alert-card", { tabindex: "-1" }, this.badge(alert), title);
     if (alert.subtitle) card.append(subtitle);
     if (alert.textField) card.append(this.field(id, alert.textField));
-    card.append(...buttons);
+    card.append(make("div.alert-buttons", {}, ...buttons));
     dialog.append(card);
     dialog.addEventListener("click", (event) => {
       if (event.target === dialog) this.core().tapAlertOutside(id);

@@ -118,6 +118,14 @@ describe("every screen is usable", () => {
     await back("Cancel");
     await page.getByRole("button", { name: "EDIT" }).click();
     await visit.alert("Email").waitFor();
+    await visit.still();
+    const card = await page.locator(".alert-card").boundingBox();
+    for (const name of ["Save", "Cancel"]) {
+      const button = await page.getByRole("button", { name, exact: true }).boundingBox();
+      // Not cut off by the card's edge, without scrolling.
+      const below = (card?.y ?? 0) + (card?.height ?? 0);
+      expect((button?.y ?? Infinity) + (button?.height ?? 0), name).toBeLessThanOrEqual(below);
+    }
     await check("email");
     await back("Cancel");
     await page.getByText("Introduction", { exact: true }).click();
