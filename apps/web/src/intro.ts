@@ -21,6 +21,7 @@ export class IntroScreen {
   private readonly subTitle = make("p.instruction");
   private readonly back: HTMLElement;
   private readonly next: HTMLElement;
+  private readonly skip = make("button.skip", { type: "button" });
   private shown = false;
 
   constructor(private readonly core: () => WebApp) {
@@ -41,8 +42,7 @@ export class IntroScreen {
     this.next = iconButton(chevronForward, "Next page", () => {
       this.swipe("left");
     });
-    const skip = make("button.skip", { type: "button" }, "Skip");
-    skip.addEventListener("click", () => {
+    this.skip.addEventListener("click", () => {
       this.core().introSkip();
     });
     this.dialog.append(
@@ -58,7 +58,7 @@ export class IntroScreen {
           this.subTitle,
         ),
         make("div.intro-foot", {}, this.back, this.dots, this.next),
-        skip,
+        this.skip,
       ),
     );
     followSwipes(this.dialog, {
@@ -124,7 +124,9 @@ export class IntroScreen {
     });
     this.dots.setAttribute("aria-label", `Page ${indicated + 1} of ${dots.length}`);
     this.back.toggleAttribute("disabled", currentPage === 0);
-    this.next.toggleAttribute("disabled", currentPage === dots.length - 1);
+    const isLast = currentPage === dots.length - 1;
+    this.next.toggleAttribute("disabled", isLast);
+    this.skip.textContent = isLast ? "Done" : "Skip";
   }
 
   private showImage(name: string): void {
