@@ -92,3 +92,17 @@ export function showInsecureAddress(): void {
       "with https://.",
   );
 }
+
+/** Where to allow the camera after all; undefined on iOS, whose Settings App the core's alert names. */
+export function cameraPermissionPlace(): string | undefined {
+  const { userAgent, maxTouchPoints } = window.navigator;
+  // An iPad says that it is a Macintosh, which has no touch screen.
+  const isTouchedMac = userAgent.includes("Macintosh") && maxTouchPoints > 1;
+  if (/iPhone|iPad|iPod/.test(userAgent) || isTouchedMac) return undefined;
+  const isInstalled = window.matchMedia("(display-mode: standalone)").matches;
+  return (
+    (isInstalled ? "For this app: open its page in the browser, tap " : "In this browser: tap ") +
+    "the symbol beside the page's address, allow the camera in the site's permissions, and load the " +
+    "page again."
+  );
+}

@@ -31,6 +31,7 @@ export interface Visitor {
   readonly colorScheme?: "light" | "dark";
   readonly viewport?: { readonly width: number; readonly height: number };
   readonly reducedMotion?: "reduce" | "no-preference";
+  readonly userAgent?: string;
   readonly locale?: string;
   readonly timezoneId?: string;
   readonly query?: string;
@@ -367,6 +368,7 @@ export class PhoneBrowser {
       isMobile: true,
       colorScheme: visitor.colorScheme ?? "light",
       reducedMotion: visitor.reducedMotion ?? "no-preference",
+      ...(visitor.userAgent !== undefined && { userAgent: visitor.userAgent }),
       locale: visitor.locale ?? "en-US",
       timezoneId: visitor.timezoneId ?? "UTC",
       permissions: this.setup.camera === "refused" ? [] : ["camera"],

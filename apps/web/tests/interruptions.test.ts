@@ -140,11 +140,19 @@ describe("with a camera and a torch", () => {
 it.each([
   { where: "at START" },
   { where: "where the browser tells nothing before", lacks: "camera permission" as const },
-])("a refused camera is told $where", async ({ lacks }) => {
+  { where: "on an iPhone", userAgent: "Mozilla/5.0 (iPhone; CPU iPhone OS 17_5 like Mac OS X)" },
+])("a refused camera is told $where", async ({ lacks, userAgent }) => {
   const phone = await PhoneBrowser.open({ camera: "refused" });
-  const visit = await phone.visit({ stored: acquainted, lacks });
+  const visit = await phone.visit({
+    stored: acquainted,
+    lacks,
+    ...(userAgent !== undefined && { userAgent }),
+  });
   await visit.start();
   await visit.alert("No Camera Access").waitFor();
+  // Other phones have no such Settings App as the text speaks of.
+  const told = await visit.alert("No Camera Access").textContent();
+  expect(told?.includes("In this browser: tap")).toBe(userAgent === undefined);
   await inspect(visit, "alert-no-camera-access");
   await visit.page.getByRole("button", { name: "Done" }).click();
   await expectIdle(visit);
