@@ -18,7 +18,8 @@ export interface CameraListener {
 
 // What TypeScript's own description of tracks lacks.
 interface CameraCapabilities extends MediaTrackCapabilities {
-  torch?: boolean;
+  /** Some browsers list what it can be. */
+  torch?: boolean | readonly boolean[];
   exposureMode?: string[];
   whiteBalanceMode?: string[];
   focusMode?: string[];
@@ -139,7 +140,7 @@ export class TrackCamera {
   }
 
   hasTorch(): boolean {
-    return this.capabilities().torch === true;
+    return this.trackHasTorch(this.track());
   }
 
   /** Whether the torch was to be switched on, and stayed dark. */
@@ -205,6 +206,11 @@ export class TrackCamera {
     return track && "getCapabilities" in track ? track.getCapabilities() : {};
   }
 
+  private trackHasTorch(track: MediaStreamTrack | undefined): boolean {
+    const { torch } = this.capabilities(track);
+    return torch === true || (Array.isArray(torch) && torch.includes(true));
+  }
+
   private async openStream(video: MediaTrackConstraints): Promise<MediaStream | undefined> {
     if (!("mediaDevices" in navigator) || !givesFrames) return undefined;
     try {
@@ -239,7 +245,7 @@ export class TrackCamera {
   private async streamWithTorch(): Promise<MediaStream | undefined> {
     const first = await this.firstStream();
     const track = first?.getVideoTracks().at(0);
-    if (!first || !track || this.capabilities(track).torch === true) return first;
+    if (!first || !track || this.trackHasTorch(track)) return first;
     const devices = await navigator.mediaDevices.enumerateDevices().catch((error: unknown) => {
       this.listener.log(`the cameras are not told: ${nameOf(error)}`);
       return [];
@@ -256,7 +262,7 @@ export class TrackCamera {
         ...lowPreset,
         deviceId: { exact: deviceId },
       });
-      if (other && this.capabilities(other.getVideoTracks().at(0)).torch === true) return other;
+      if (other && this.trackHasTorch(other.getVideoTracks().at(0))) return other;
       other?.getTracks().forEach((each) => {
         each.stop();
       });

@@ -52,8 +52,11 @@ describe("with a camera and a torch", () => {
     expect(await holdsCamera(visit)).toBe(false);
   });
 
-  it("STOP while measuring ends it, and the next START begins anew", async () => {
-    const visit = await phone.visit({ stored: acquainted });
+  it.each([
+    { how: "as such", torch: true as const },
+    { how: "as a list", torch: "listed" as const },
+  ])("STOP ends it, the next START begins anew, with a torch told $how", async ({ torch }) => {
+    const visit = await phone.visit({ stored: acquainted, torch });
     for (let round = 0; round < 2; ++round) {
       await visit.startMeasuring();
       expect(await holdsCamera(visit)).toBe(true);
