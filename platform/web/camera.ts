@@ -11,6 +11,8 @@ export interface CameraListener {
   /** Seconds of the video's own time, and how many frames nobody took since the last one. */
   takeFrame(time: number, missed: number): void;
   torchRefused(): void;
+  /** The camera that is in use gives no more pictures. */
+  lost(): void;
   log(line: string): void;
   /** Milliseconds that one frame has taken. */
   frameTaken(milliseconds: number): void;
@@ -39,6 +41,9 @@ const widestReading = 640;
 
 /** Rear cameras that are tried for one with a torch. */
 const mostCameras = 4;
+
+/** Browsers silence a camera for a moment, too, in milliseconds; longer, and somebody else has it. */
+const longestSilence = 1000;
 
 /** Whether the browser hands a video's frames to pages. */
 export const givesFrames = "requestVideoFrameCallback" in HTMLVideoElement.prototype;
@@ -117,6 +122,7 @@ export class TrackCamera {
     void this.streamWithTorch().then((stream) => {
       if (opening === this.opening) {
         this.stream = stream;
+        this.watch(this.track());
       } else {
         stream?.getTracks().forEach((track) => {
           track.stop();
@@ -209,6 +215,22 @@ export class TrackCamera {
   private trackHasTorch(track: MediaStreamTrack | undefined): boolean {
     const { torch } = this.capabilities(track);
     return torch === true || (Array.isArray(torch) && torch.includes(true));
+  }
+
+  /** Tells when the track ends or falls silent while it is in use. */
+  private watch(track: MediaStreamTrack | undefined): void {
+    let silence: ReturnType<typeof setTimeout> | undefined;
+    const lost = (): void => {
+      if (track !== undefined && track === this.track()) this.listener.lost();
+    };
+    track?.addEventListener("ended", lost);
+    track?.addEventListener("mute", () => {
+      clearTimeout(silence);
+      silence = setTimeout(lost, longestSilence);
+    });
+    track?.addEventListener("unmute", () => {
+      clearTimeout(silence);
+    });
   }
 
   private async openStream(video: MediaTrackConstraints): Promise<MediaStream | undefined> {

@@ -67,6 +67,9 @@ async function start(): Promise<void> {
     torchRefused() {
       core().torchRefused();
     },
+    lost() {
+      core().cameraLost();
+    },
     log(line) {
       if (log.enabled) log.line(line);
     },

@@ -18,6 +18,14 @@ function holdsCamera(visit: Visit): Promise<boolean> {
   return visit.page.evaluate(() => document.querySelector("video")?.srcObject != null);
 }
 
+/** What the camera's track is told, as when another program takes the camera. */
+async function tellCamera(visit: Visit, event: "ended" | "mute" | "unmute"): Promise<void> {
+  await visit.page.evaluate((type) => {
+    const stream = document.querySelector("video")?.srcObject as MediaStream;
+    for (const track of stream.getVideoTracks()) track.dispatchEvent(new Event(type));
+  }, event);
+}
+
 /** The locks that are asked for from now on. */
 async function countWakeLocks(visit: Visit): Promise<() => Promise<string[]>> {
   await visit.page.evaluate(() => {
@@ -84,6 +92,30 @@ describe("with a camera and a torch", () => {
     ]);
     // The browser lets the screen dim behind the page's back.
     expect(await locks()).toEqual(["screen"]);
+  });
+
+  it("a camera that is taken away ends it, and is told", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    const expectLost = async (): Promise<void> => {
+      await visit.alert("Camera lost").waitFor();
+      await expect.poll(() => holdsCamera(visit)).toBe(false);
+    };
+    await visit.startMeasuring();
+    await tellCamera(visit, "ended");
+    await expectLost();
+    await inspect(visit, "alert-camera-lost");
+    await visit.page.getByRole("button", { name: "OK" }).click();
+    await expectIdle(visit);
+
+    // A moment's silence is none of it.
+    await visit.startMeasuring();
+    await tellCamera(visit, "mute");
+    await tellCamera(visit, "unmute");
+    await visit.page.waitForTimeout(1500);
+    expect(await holdsCamera(visit)).toBe(true);
+    expect(await visit.alert("Camera lost").count()).toBe(0);
+    await tellCamera(visit, "mute");
+    await expectLost();
   });
 
   it("nothing ticked is nothing to run", async () => {
