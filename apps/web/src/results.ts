@@ -63,6 +63,9 @@ export class ResultsScreen implements ResultsViews {
     this.chooser.addEventListener("keydown", (event) => {
       if (event.key === "Escape") core.closeLabels();
     });
+    this.chooser.addEventListener("cancel", () => {
+      core.closeLabels();
+    });
     this.toolbar = make(
       "div.results-toolbar",
       { role: "toolbar", "aria-label": "Selected measurements" },

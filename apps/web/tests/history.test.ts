@@ -100,6 +100,11 @@ it("keeps labels that exclude each other apart, and stores every tap", async () 
   await expect
     .poll(async () => (await rowTexts(visit))[1]?.[3])
     .toBe("Resting, Training (Before), Sleep (After)");
+  // A phone's Back closes it, too.
+  await page.locator(".result").nth(1).click();
+  await label("Training (After)").waitFor();
+  await page.goBack();
+  for (const control of behind) await expect.poll(() => takesFocus(control)).toBe(true);
 });
 
 it("deletes from the chooser, by a swipe and by the selection", async () => {
