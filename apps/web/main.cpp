@@ -15,6 +15,7 @@ EMSCRIPTEN_BINDINGS(veyla) {
       .function("frameBuffer", &WebApp::frameBuffer)
       .function("takeFrame", &WebApp::takeFrame)
       .function("torchRefused", &WebApp::torchRefused)
+      .function("cameraLost", &WebApp::cameraLost)
       .function("tapAlertButton", &WebApp::tapAlertButton)
       .function("tapAlertClose", &WebApp::tapAlertClose)
       .function("tapAlertOutside", &WebApp::tapAlertOutside)

@@ -96,6 +96,14 @@ void WebApp::terminate() { AppDelegate::instance().applicationWillTerminate(); }
 
 void WebApp::torchRefused() { Utils::showOkAlert("", VideoProcessing::noTorch); }
 
+void WebApp::cameraLost() {
+  if (!screen().isRunning()) return;
+  screen().stopButtonPush();
+  Utils::showAlertWithTitle(
+      "Camera lost", "Another app has taken it, or it was unplugged. Tap START to measure again.",
+      "error");
+}
+
 void WebApp::tapAlertButton(int id, int button) {
   Alerts::instance().tapButton(id, static_cast<std::size_t>(button));
 }

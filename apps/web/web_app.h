@@ -55,6 +55,8 @@ class WebApp {
   emscripten::val frameBuffer(int width, int height) { return camera_.frameBuffer(width, height); }
   void takeFrame(double time, int missed) { camera_.takeFrame(time, missed); }
   void torchRefused();
+  /// The camera was taken away; what it measured ends.
+  void cameraLost();
 
   // Alerts.
 

@@ -11,6 +11,8 @@ export interface CameraListener {
   /** Seconds of the video's own time, and how many frames nobody took since the last one. */
   takeFrame(time: number, missed: number): void;
   torchRefused(): void;
+  /** The camera that is in use gives no more pictures. */
+  lost(): void;
   log(line: string): void;
   /** Milliseconds that one frame has taken. */
   frameTaken(milliseconds: number): void;
@@ -18,7 +20,8 @@ export interface CameraListener {
 
 // What TypeScript's own description of tracks lacks.
 interface CameraCapabilities extends MediaTrackCapabilities {
-  torch?: boolean;
+  /** Some browsers list what it can be. */
+  torch?: boolean | readonly boolean[];
   exposureMode?: string[];
   whiteBalanceMode?: string[];
   focusMode?: string[];
@@ -38,6 +41,9 @@ const widestReading = 640;
 
 /** Rear cameras that are tried for one with a torch. */
 const mostCameras = 4;
+
+/** Browsers silence a camera for a moment, too, in milliseconds; longer, and somebody else has it. */
+const longestSilence = 1000;
 
 /** Whether the browser hands a video's frames to pages. */
 export const givesFrames = "requestVideoFrameCallback" in HTMLVideoElement.prototype;
@@ -116,6 +122,7 @@ export class TrackCamera {
     void this.streamWithTorch().then((stream) => {
       if (opening === this.opening) {
         this.stream = stream;
+        this.watch(this.track());
       } else {
         stream?.getTracks().forEach((track) => {
           track.stop();
@@ -139,7 +146,7 @@ export class TrackCamera {
   }
 
   hasTorch(): boolean {
-    return this.capabilities().torch === true;
+    return this.trackHasTorch(this.track());
   }
 
   /** Whether the torch was to be switched on, and stayed dark. */
@@ -205,6 +212,27 @@ export class TrackCamera {
     return track && "getCapabilities" in track ? track.getCapabilities() : {};
   }
 
+  private trackHasTorch(track: MediaStreamTrack | undefined): boolean {
+    const { torch } = this.capabilities(track);
+    return torch === true || (Array.isArray(torch) && torch.includes(true));
+  }
+
+  /** Tells when the track ends or falls silent while it is in use. */
+  private watch(track: MediaStreamTrack | undefined): void {
+    let silence: ReturnType<typeof setTimeout> | undefined;
+    const lost = (): void => {
+      if (track !== undefined && track === this.track()) this.listener.lost();
+    };
+    track?.addEventListener("ended", lost);
+    track?.addEventListener("mute", () => {
+      clearTimeout(silence);
+      silence = setTimeout(lost, longestSilence);
+    });
+    track?.addEventListener("unmute", () => {
+      clearTimeout(silence);
+    });
+  }
+
   private async openStream(video: MediaTrackConstraints): Promise<MediaStream | undefined> {
     if (!("mediaDevices" in navigator) || !givesFrames) return undefined;
     try {
@@ -239,7 +267,7 @@ export class TrackCamera {
   private async streamWithTorch(): Promise<MediaStream | undefined> {
     const first = await this.firstStream();
     const track = first?.getVideoTracks().at(0);
-    if (!first || !track || this.capabilities(track).torch === true) return first;
+    if (!first || !track || this.trackHasTorch(track)) return first;
     const devices = await navigator.mediaDevices.enumerateDevices().catch((error: unknown) => {
       this.listener.log(`the cameras are not told: ${nameOf(error)}`);
       return [];
@@ -256,7 +284,7 @@ export class TrackCamera {
         ...lowPreset,
         deviceId: { exact: deviceId },
       });
-      if (other && this.capabilities(other.getVideoTracks().at(0)).torch === true) return other;
+      if (other && this.trackHasTorch(other.getVideoTracks().at(0))) return other;
       other?.getTracks().forEach((each) => {
         each.stop();
       });

@@ -1,5 +1,5 @@
 // The core's sheets of actions.
-import { make, sheetCard } from "./dom";
+import { make, sheetCard, showModal } from "./dom";
 import type { SheetShown } from "./page";
 
 export class ActionSheets {
@@ -41,7 +41,7 @@ export class ActionSheets {
     });
     document.body.append(dialog);
     this.dialog = dialog;
-    dialog.showModal();
+    showModal(dialog);
   }
 
   dismiss(): void {

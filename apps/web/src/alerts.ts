@@ -9,7 +9,7 @@ import {
 } from "ionicons/icons";
 
 import type { WebApp } from "./core";
-import { make, makeCustom } from "./dom";
+import { make, makeCustom, showModal } from "./dom";
 import type { AlertField, AlertShown } from "./page";
 
 const icons: Readonly<Record<AlertShown["kind"], string>> = {
@@ -24,16 +24,21 @@ const icons: Readonly<Record<AlertShown["kind"], string>> = {
 export class AlertDialogs {
   private readonly open = new Map<number, HTMLDialogElement>();
 
+  /** Stands below the text of alerts that are shown while it is set: what the page knows of its browser. */
+  note: string | undefined;
+
   constructor(private readonly core: () => WebApp) {}
 
   show(alert: AlertShown): void {
     const { id } = alert;
     const title = make("h2", { id: `alert-title-${id}` }, alert.title);
     const subtitle = make("p", { id: `alert-text-${id}` }, alert.subtitle);
+    const note =
+      this.note === undefined ? [] : [make("p.note", { id: `alert-note-${id}` }, this.note)];
     const dialog = make(`dialog.alert.${alert.kind}`, {
       role: "alertdialog",
       "aria-labelledby": title.id,
-      "aria-describedby": subtitle.id,
+      "aria-describedby": [subtitle, ...note].map((text) => text.id).join(" "),
     });
     dialog.style.setProperty("--alert-color", alert.color);
     dialog.style.setProperty("--alert-icon", alert.iconTint);
@@ -51,8 +56,9 @@ export class AlertDialogs {
     }
     const card = make("div.alert-card", { tabindex: "-1" }, this.badge(alert), title);
     if (alert.subtitle) card.append(subtitle);
+    card.append(...note);
     if (alert.textField) card.append(this.field(id, alert.textField));
-    card.append(...buttons);
+    card.append(make("div.alert-buttons", {}, ...buttons));
     dialog.append(card);
     dialog.addEventListener("click", (event) => {
       if (event.target === dialog) this.core().tapAlertOutside(id);
@@ -67,7 +73,7 @@ export class AlertDialogs {
     if (alert.kind === "waiting") {
       dialog.show();
     } else {
-      dialog.showModal();
+      showModal(dialog);
     }
   }
 

@@ -6,7 +6,7 @@ import { defineCustomElement as segmentButton } from "@ionic/core/components/ion
 import type { WebApp } from "./core";
 import { make, makeCustom } from "./dom";
 import { ElementViews } from "./element_views";
-import { LineChartView } from "./line_chart";
+import { LineChartView, SharedTime } from "./line_chart";
 import type { ChartName } from "./page";
 import { subPage } from "./text_pages";
 
@@ -15,8 +15,9 @@ export class ChartsScreen {
 
   constructor(core: WebApp) {
     for (const define of [label, segment, segmentButton]) define();
+    const time = new SharedTime();
     const lineChart = (name: ChartName): LineChartView =>
-      new LineChartView((axis, value) => core.chartAxisText(name, axis, value));
+      new LineChartView(time, (axis, value) => core.chartAxisText(name, axis, value));
     const charts: Readonly<Record<ChartName, LineChartView>> = {
       heartrate: lineChart("heartrate"),
       spo2: lineChart("spo2"),

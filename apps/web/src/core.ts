@@ -52,6 +52,7 @@ export interface WebApp {
   frameBuffer(width: number, height: number): Uint8Array;
   takeFrame(time: number, missed: number): void;
   torchRefused(): void;
+  cameraLost(): void;
 
   tapAlertButton(id: number, button: number): void;
   tapAlertClose(id: number): void;

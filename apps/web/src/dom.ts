@@ -33,6 +33,34 @@ export function sheetCard(...content: readonly Content[]): HTMLElement {
   return make("div.sheet-card", { tabindex: "-1" }, ...content);
 }
 
+/** What has the focus, within whatever component it stands. */
+function focused(): HTMLElement | undefined {
+  let element = document.activeElement;
+  while (element?.shadowRoot?.activeElement) element = element.shadowRoot.activeElement;
+  return element instanceof HTMLElement && element !== document.body ? element : undefined;
+}
+
+const openers = new WeakMap<HTMLDialogElement, HTMLElement>();
+
+/**
+ * Shows a modal dialog, at whose end the focus returns to what opened it. Browsers do so themselves, but
+ * not to what opened a dialog that is gone, as a sheet is when the mail that it led to is closed.
+ */
+export function showModal(dialog: HTMLDialogElement): void {
+  let opener = focused();
+  const before = opener?.closest("dialog");
+  if (before) opener = openers.get(before) ?? opener;
+  if (opener) openers.set(dialog, opener);
+  dialog.addEventListener(
+    "close",
+    () => {
+      if (!focused()) opener?.focus({ preventScroll: true });
+    },
+    { once: true },
+  );
+  dialog.showModal();
+}
+
 /** Whether motion is to be avoided, because it makes the user ill. */
 export const calmer = window.matchMedia("(prefers-reduced-motion: reduce)");
 

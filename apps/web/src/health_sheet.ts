@@ -1,5 +1,5 @@
 // Asks which health records may be kept, as a system's own sheet would.
-import { make, makeCustom, sheetCard } from "./dom";
+import { make, makeCustom, sheetCard, showModal } from "./dom";
 
 /** The kinds of records, under the names that the core knows them by. */
 export const healthRecordTexts: Readonly<Record<string, string>> = {
@@ -55,6 +55,6 @@ export function askForHealthRecords(names: readonly string[]): Promise<number> {
       ),
     );
     document.body.append(dialog);
-    dialog.showModal();
+    showModal(dialog);
   });
 }

@@ -2,7 +2,7 @@
 import { chevronBack, chevronForward } from "ionicons/icons";
 
 import type { WebApp } from "./core";
-import { iconButton, make } from "./dom";
+import { iconButton, make, showModal } from "./dom";
 import { ElementViews } from "./element_views";
 import { illustration } from "./illustrations";
 import type { DisplayViews } from "./page";
@@ -21,6 +21,7 @@ export class IntroScreen {
   private readonly subTitle = make("p.instruction");
   private readonly back: HTMLElement;
   private readonly next: HTMLElement;
+  private readonly skip = make("button.skip", { type: "button" });
   private shown = false;
 
   constructor(private readonly core: () => WebApp) {
@@ -41,8 +42,7 @@ export class IntroScreen {
     this.next = iconButton(chevronForward, "Next page", () => {
       this.swipe("left");
     });
-    const skip = make("button.skip", { type: "button" }, "Skip");
-    skip.addEventListener("click", () => {
+    this.skip.addEventListener("click", () => {
       this.core().introSkip();
     });
     this.dialog.append(
@@ -58,7 +58,7 @@ export class IntroScreen {
           this.subTitle,
         ),
         make("div.intro-foot", {}, this.back, this.dots, this.next),
-        skip,
+        this.skip,
       ),
     );
     followSwipes(this.dialog, {
@@ -79,7 +79,7 @@ export class IntroScreen {
     });
     // Browsers close it all the same where they are asked to twice.
     this.dialog.addEventListener("close", () => {
-      if (this.shown && !this.dialog.open) this.dialog.showModal();
+      if (this.shown && !this.dialog.open) showModal(this.dialog);
     });
   }
 
@@ -98,7 +98,7 @@ export class IntroScreen {
     this.dots.replaceChildren(...pages.map(() => make("span.dot")));
     this.showPosition();
     document.body.append(this.dialog);
-    this.dialog.showModal();
+    showModal(this.dialog);
   }
 
   async dismiss(): Promise<void> {
@@ -124,7 +124,9 @@ export class IntroScreen {
     });
     this.dots.setAttribute("aria-label", `Page ${indicated + 1} of ${dots.length}`);
     this.back.toggleAttribute("disabled", currentPage === 0);
-    this.next.toggleAttribute("disabled", currentPage === dots.length - 1);
+    const isLast = currentPage === dots.length - 1;
+    this.next.toggleAttribute("disabled", isLast);
+    this.skip.textContent = isLast ? "Done" : "Skip";
   }
 
   private showImage(name: string): void {

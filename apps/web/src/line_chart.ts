@@ -1,5 +1,5 @@
-// One line chart over time, drawn by uPlot as the core configures it. It pans and zooms under the
-// fingers, each direction by itself.
+// Line charts over time, drawn by uPlot as the core configures them. They pan and zoom under the
+// fingers, each direction by itself; charts that stand over each other show the same time.
 import "uplot/dist/uPlot.min.css";
 
 import uPlot from "uplot";
@@ -13,11 +13,6 @@ interface Range {
   readonly max: number;
 }
 
-interface View {
-  readonly x: Range;
-  readonly y: Range;
-}
-
 const dark = window.matchMedia("(prefers-color-scheme: dark)");
 
 // uPlot numbers the sides clockwise from the top; its names for them exist as types alone.
@@ -25,11 +20,15 @@ const dark = window.matchMedia("(prefers-color-scheme: dark)");
 const rightSide: uPlot.Axis.Side = 1;
 /** The closest look, as a part of the whole. */
 const closest = 1 / 40;
+const secondsPerDay = 86_400;
+/** Points are a day apart: a closer look in time could find none. */
+const shortestTime = 2 * secondsPerDay;
 /** Labels of the time axis are at least this far apart, in points. */
 const labelWidth = 48;
 /** Seven days stand side by side on a phone. */
 const timeFontSize = 10;
-const secondsPerHalfDay = 43_200;
+/** Of steps that come out a hair too long or too short. */
+const tolerance = 1e-6;
 /** Of what the core leaves to the chart. */
 const ownColor = "rgb(96 96 102 / 1)";
 
@@ -52,12 +51,62 @@ function within(range: Range, whole: Range): Range {
   return { min, max: min + span };
 }
 
-/** Zoomed by a factor about a place, 0 to 1 along the range. */
-function zoomed(range: Range, factor: number, place: number, whole: Range): Range {
-  const least = (whole.max - whole.min) * closest;
-  const span = Math.max((range.max - range.min) / factor, least);
-  const fixed = range.min + (range.max - range.min) * place;
+function lengthOf(range: Range): number {
+  return range.max - range.min;
+}
+
+function limits({ min, max }: Range): uPlot.Range.MinMax {
+  return [min, max];
+}
+
+/** Moved by a part of its length. */
+function moved(range: Range, part: number, whole: Range): Range {
+  const way = part * lengthOf(range);
+  return within({ min: range.min + way, max: range.max + way }, whole);
+}
+
+/** Zoomed by a factor about a place, 0 to 1 along the range, to no less than a length. */
+function zoomed(range: Range, factor: number, place: number, whole: Range, least = 0): Range {
+  const span = Math.max(lengthOf(range) / factor, lengthOf(whole) * closest, least);
+  const fixed = range.min + lengthOf(range) * place;
   return within({ min: fixed - span * place, max: fixed + span * (1 - place) }, whole);
+}
+
+/** The time that charts show together: all of their points, or what is looked at more closely. */
+export class SharedTime {
+  private readonly charts: LineChartView[] = [];
+  private closeUp: Range | undefined;
+
+  add(chart: LineChartView): void {
+    this.charts.push(chart);
+  }
+
+  /** The first point's time, from which the days are counted. */
+  get start(): number {
+    return Math.min(...this.charts.map(({ firstTime }) => firstTime));
+  }
+
+  get whole(): Range {
+    const min = this.start;
+    const max = Math.max(...this.charts.map(({ lastTime }) => lastTime));
+    // A single point stands in the middle of its day.
+    const around = min === max ? secondsPerDay / 2 : 0;
+    return { min: min - around, max: max + around };
+  }
+
+  get shown(): Range {
+    return this.closeUp ?? this.whole;
+  }
+
+  show(range: Range): void {
+    this.closeUp = range;
+    for (const chart of this.charts) chart.showView();
+  }
+
+  showWhole(): void {
+    this.closeUp = undefined;
+    for (const chart of this.charts) chart.showView();
+  }
 }
 
 export class LineChartView {
@@ -69,11 +118,16 @@ export class LineChartView {
   private data: LineData | undefined;
   private granularity = 0;
   private plot: uPlot | undefined;
-  private view: View | undefined;
+  /** Of the values; the whole where there is none. */
+  private closeUp: Range | undefined;
   private readonly fingers = new Map<number, PointerEvent>();
 
   /** `axisText` asks for what stands at a value of an axis. */
-  constructor(private readonly axisText: (axis: "x" | "right", value: number) => string) {
+  constructor(
+    private readonly time: SharedTime,
+    private readonly axisText: (axis: "x" | "right", value: number) => string,
+  ) {
+    time.add(this);
     this.element = make("figure.line-chart", {}, this.plotHolder, this.noData, this.legend);
     new ResizeObserver(() => {
       this.resize();
@@ -82,6 +136,16 @@ export class LineChartView {
       this.rebuild();
     });
     this.followFingers();
+  }
+
+  /** Infinity without points. */
+  get firstTime(): number {
+    return this.data?.x.at(0) ?? Infinity;
+  }
+
+  /** -Infinity without points. */
+  get lastTime(): number {
+    return this.data?.x.at(-1) ?? -Infinity;
   }
 
   configure(settings: ChartSettings): void {
@@ -107,7 +171,7 @@ export class LineChartView {
   private rebuild(): void {
     this.plot?.destroy();
     this.plot = undefined;
-    this.view = undefined;
+    this.closeUp = undefined;
     const { data, settings } = this;
     const hasPoints = data !== undefined && data.x.length > 0;
     this.noData.hidden = hasPoints;
@@ -118,10 +182,22 @@ export class LineChartView {
     this.legend.style.setProperty("--line", lineColor(data.color));
     this.plotHolder.setAttribute("role", "img");
     this.plotHolder.setAttribute("aria-label", this.description(data));
-    this.view = this.whole();
-    if (this.plotHolder.clientWidth === 0) return;
-    this.plot = new uPlot(this.options(settings, data), [data.x, data.y], this.plotHolder);
-    this.showView();
+    if (this.plotHolder.clientWidth > 0) {
+      this.plot = new uPlot(this.options(settings, data), [data.x, data.y], this.plotHolder);
+    }
+    // The other charts' time is this one's, too.
+    this.time.showWhole();
+  }
+
+  showView(): void {
+    const { plot } = this;
+    if (!plot) return;
+    plot.batch(() => {
+      plot.setScale("x", this.time.shown);
+      plot.setScale("y", this.shownValues());
+    });
+    // Up and down scrolls the page until there is something to pan to.
+    this.plotHolder.style.touchAction = this.closeUp ? "none" : "pan-y";
   }
 
   /** What a screen reader says: the line's name, and its last points. */
@@ -132,16 +208,13 @@ export class LineChartView {
     return `${data.label}. ${points.slice(-7).join(", ")}`;
   }
 
-  private whole(): View {
-    const x = this.data?.x ?? new Float64Array();
-    const [first = 0, last = 0] = [x.at(0), x.at(-1)];
-    // A single point stands in the middle of its day.
-    const around = first === last ? secondsPerHalfDay : 0;
+  private wholeValues(): Range {
     const axis = this.settings?.rightAxis;
-    return {
-      x: { min: first - around, max: last + around },
-      y: { min: axis?.minimum ?? 0, max: axis?.maximum ?? 100 },
-    };
+    return { min: axis?.minimum ?? 0, max: axis?.maximum ?? 100 };
+  }
+
+  private shownValues(): Range {
+    return this.closeUp ?? this.wholeValues();
   }
 
   private options(settings: ChartSettings, data: LineData): uPlot.Options {
@@ -167,8 +240,8 @@ export class LineChartView {
       legend: { show: false },
       cursor: { show: false },
       scales: {
-        x: { time: false, range: () => this.visible("x") },
-        y: { range: () => this.visible("y") },
+        x: { time: false, range: () => limits(this.time.shown) },
+        y: { range: () => limits(this.shownValues()) },
       },
       axes: [
         {
@@ -219,15 +292,10 @@ export class LineChartView {
     };
   }
 
-  private visible(direction: "x" | "y"): uPlot.Range.MinMax {
-    const { min, max } = (this.view ?? this.whole())[direction];
-    return [min, max];
-  }
-
   /** From one end of the whole range to the other, and between these where there is room. */
   private valuesAtAxis(): number[] {
-    const { y: whole } = this.whole();
-    const { y: shown } = this.view ?? this.whole();
+    const whole = this.wholeValues();
+    const shown = this.shownValues();
     let step = (whole.max - whole.min) / 5;
     while ((shown.max - shown.min) / step < 3) step /= 2;
     const first = Math.ceil((shown.min - whole.min) / step - 1e-9);
@@ -238,19 +306,19 @@ export class LineChartView {
     );
   }
 
-  /** No closer than the granularity, where it says anything, and than the labels are wide. */
+  /**
+   * Where labels may stand: at the points' times, whole days after the first one's, no closer than the
+   * granularity, where it says anything, and than the labels are wide.
+   */
   private timesAtAxis(): number[] {
-    const { x: whole } = this.whole();
-    const { x: shown } = this.view ?? this.whole();
+    const { start, shown } = this.time;
     const labels = Math.max(1, Math.floor(this.plotHolder.clientWidth / labelWidth));
-    const least = (shown.max - shown.min) / Math.min(6, labels);
     const granularity = Number.isFinite(this.granularity) ? this.granularity : 0;
-    const step = granularity > 0 ? granularity * Math.ceil(least / granularity - 1e-9) : least;
-    const times: number[] = [];
-    const start = granularity > 0 ? whole.min : (shown.min + shown.max) / 2;
-    const first = start + Math.ceil((shown.min - start) / step - 1e-9) * step;
-    for (let time = first; time <= shown.max + 1e-6 && step > 0; time += step) times.push(time);
-    return times;
+    const least = Math.max(granularity, lengthOf(shown) / labels);
+    const step = Math.max(1, Math.ceil(least / secondsPerDay - tolerance)) * secondsPerDay;
+    const first = Math.ceil((shown.min - start) / step - tolerance);
+    const last = Math.floor((shown.max - start) / step + tolerance);
+    return Array.from({ length: last - first + 1 }, (_, index) => start + (first + index) * step);
   }
 
   /** The first and the last label do not reach beyond the chart. */
@@ -258,24 +326,43 @@ export class LineChartView {
     if (!axis.drawsLabels) return;
     const { ctx, bbox } = plot;
     const density = window.devicePixelRatio;
+    const gap = 2 * density;
     ctx.save();
     ctx.font = font.replace("11px", `${timeFontSize * density}px`);
     ctx.fillStyle = adapted(axis.labelColor);
     ctx.textAlign = "center";
     ctx.textBaseline = "top";
+    const top = bbox.top + bbox.height + 8 * density;
     let free = -Infinity;
-    for (const time of this.timesAtAxis()) {
+    const times = this.timesAtAxis();
+    for (const time of times) {
       const text = this.axisText("x", time);
       const half = ctx.measureText(text).width / 2;
       let x = plot.valToPos(time, "x", true);
       if (axis.keepsEndLabelsInside) {
-        x = Math.min(Math.max(x, bbox.left + half), bbox.left + bbox.width - half);
+        x = Math.min(Math.max(x, gap + half), ctx.canvas.width - gap - half);
       }
       if (x - half < free) continue;
-      free = x + half + 2 * density;
-      ctx.fillText(text, x, bbox.top + bbox.height + 8 * density);
+      free = x + half + gap;
+      ctx.fillText(text, x, top);
+    }
+    // A single label does not tell how long a time is shown.
+    if (times.length < 2) {
+      const text = this.daysShown().join(" – ");
+      const below = times.length * 1.4 * timeFontSize * density;
+      ctx.fillStyle = adapted(null);
+      ctx.fillText(text, bbox.left + bbox.width / 2, top + below);
     }
     ctx.restore();
+  }
+
+  /** The first and the last day whose points are in sight. */
+  private daysShown(): string[] {
+    const { start, shown } = this.time;
+    const first = Math.ceil((shown.min - start) / secondsPerDay - tolerance);
+    const last = Math.floor((shown.max - start) / secondsPerDay + tolerance);
+    const days = last > first ? [first, last] : [];
+    return days.map((day) => this.axisText("x", start + day * secondsPerDay));
   }
 
   private resize(): void {
@@ -283,19 +370,6 @@ export class LineChartView {
     if (width === 0 || height === 0) return;
     if (this.plot) this.plot.setSize({ width, height });
     else this.rebuild();
-  }
-
-  private showView(): void {
-    const { plot, view } = this;
-    if (!plot || !view) return;
-    plot.batch(() => {
-      plot.setScale("x", view.x);
-      plot.setScale("y", view.y);
-    });
-    // Up and down scrolls the page until there is something to pan to.
-    const whole = this.whole();
-    const isWhole = view.y.max - view.y.min >= whole.y.max - whole.y.min;
-    this.plotHolder.style.touchAction = isWhole ? "pan-y" : "none";
   }
 
   private followFingers(): void {
@@ -327,23 +401,19 @@ export class LineChartView {
       { passive: false },
     );
     holder.addEventListener("dblclick", () => {
-      this.view = this.whole();
-      this.showView();
+      this.closeUp = undefined;
+      this.time.showWhole();
     });
   }
 
   private panFrom(before: PointerEvent, now: PointerEvent): void {
-    const { plot, view } = this;
-    if (!plot || !view) return;
-    const whole = this.whole();
-    const box = plot.over.getBoundingClientRect();
-    const x = ((before.clientX - now.clientX) / box.width) * (view.x.max - view.x.min);
-    const y = ((now.clientY - before.clientY) / box.height) * (view.y.max - view.y.min);
-    this.view = {
-      x: within({ min: view.x.min + x, max: view.x.max + x }, whole.x),
-      y: within({ min: view.y.min + y, max: view.y.max + y }, whole.y),
-    };
-    this.showView();
+    if (!this.plot) return;
+    const { width, height } = this.plot.over.getBoundingClientRect();
+    const [right, down] = [now.clientX - before.clientX, now.clientY - before.clientY];
+    this.look(
+      moved(this.time.shown, -right / width, this.time.whole),
+      moved(this.shownValues(), down / height, this.wholeValues()),
+    );
   }
 
   private zoomBetween(before: PointerEvent, now: PointerEvent, other: PointerEvent): void {
@@ -360,16 +430,19 @@ export class LineChartView {
   }
 
   private zoomAt(clientX: number, clientY: number, factorX: number, factorY: number): void {
-    const { plot, view } = this;
-    if (!plot || !view) return;
-    const whole = this.whole();
-    const box = plot.over.getBoundingClientRect();
+    if (!this.plot) return;
+    const box = this.plot.over.getBoundingClientRect();
     const placeX = (clientX - box.left) / box.width;
     const placeY = 1 - (clientY - box.top) / box.height;
-    this.view = {
-      x: zoomed(view.x, factorX, placeX, whole.x),
-      y: zoomed(view.y, factorY, placeY, whole.y),
-    };
-    this.showView();
+    this.look(
+      zoomed(this.time.shown, factorX, placeX, this.time.whole, shortestTime),
+      zoomed(this.shownValues(), factorY, placeY, this.wholeValues()),
+    );
+  }
+
+  private look(time: Range, values: Range): void {
+    const isPart = lengthOf(values) < lengthOf(this.wholeValues()) * (1 - tolerance);
+    this.closeUp = isPart ? values : undefined;
+    this.time.show(time);
   }
 }

@@ -10,7 +10,7 @@ import {
   share,
   type SharedMail,
 } from "../../../platform/web/sharing";
-import { make, sheetCard } from "./dom";
+import { make, sheetCard, showModal } from "./dom";
 import { saveAsFile } from "./files";
 
 export class MailComposer {
@@ -74,7 +74,7 @@ export class MailComposer {
     });
     document.body.append(dialog);
     this.dialog = dialog;
-    dialog.showModal();
+    showModal(dialog);
   }
 
   dismissMail(): void {

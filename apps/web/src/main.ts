@@ -23,6 +23,7 @@ import { MailComposer } from "./mail_composer";
 import { MeasuringScreen } from "./measuring";
 import { Navigator } from "./navigator";
 import {
+  cameraPermissionPlace,
   showInsecureAddress,
   showOldBrowser,
   showStartFailure,
@@ -54,7 +55,10 @@ async function start(): Promise<void> {
   const times = query.has("timing") ? new FrameTimes() : undefined;
   const listener: CameraListener = {
     settle(pending, answer) {
+      const isDenied = camera.authorization() === "denied";
+      alerts.note = isDenied ? cameraPermissionPlace() : undefined;
       core().settle(pending, answer);
+      alerts.note = undefined;
     },
     frameBuffer: (width, height) => core().frameBuffer(width, height),
     takeFrame(time, missed) {
@@ -62,6 +66,9 @@ async function start(): Promise<void> {
     },
     torchRefused() {
       core().torchRefused();
+    },
+    lost() {
+      core().cameraLost();
     },
     log(line) {
       if (log.enabled) log.line(line);

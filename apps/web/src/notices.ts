@@ -1,6 +1,6 @@
 // Tells what the browser keeps from working, and what to do about it.
 import type { WebApp } from "./core";
-import { make, sheetCard } from "./dom";
+import { make, sheetCard, showModal } from "./dom";
 import { saveAsFile } from "./files";
 
 interface Action {
@@ -32,7 +32,7 @@ function showNotice(title: string, line: string, actions: readonly Action[] = []
     dialog.remove();
   });
   document.body.append(dialog);
-  dialog.showModal();
+  showModal(dialog);
 }
 
 /** `damagedKey` names an item that cannot be read; it is empty for anything else. */
@@ -90,5 +90,19 @@ export function showInsecureAddress(): void {
     "No camera at this address",
     "Browsers give the camera to pages from HTTPS alone. Open this page by an address that begins " +
       "with https://.",
+  );
+}
+
+/** Where to allow the camera after all; undefined on iOS, whose Settings App the core's alert names. */
+export function cameraPermissionPlace(): string | undefined {
+  const { userAgent, maxTouchPoints } = window.navigator;
+  // An iPad says that it is a Macintosh, which has no touch screen.
+  const isTouchedMac = userAgent.includes("Macintosh") && maxTouchPoints > 1;
+  if (/iPhone|iPad|iPod/.test(userAgent) || isTouchedMac) return undefined;
+  const isInstalled = window.matchMedia("(display-mode: standalone)").matches;
+  return (
+    (isInstalled ? "For this app: open its page in the browser, tap " : "In this browser: tap ") +
+    "the symbol beside the page's address, allow the camera in the site's permissions, and load the " +
+    "page again."
   );
 }

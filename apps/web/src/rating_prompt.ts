@@ -1,5 +1,5 @@
 // Asks once whether the user would rate the application.
-import { make, sheetCard } from "./dom";
+import { make, sheetCard, showModal } from "./dom";
 
 export function showRatingPrompt(rate: () => void): void {
   const dialog = make("dialog.sheet", { "aria-labelledby": "rating-title" });
@@ -23,5 +23,5 @@ export function showRatingPrompt(rate: () => void): void {
     ),
   );
   document.body.append(dialog);
-  dialog.showModal();
+  showModal(dialog);
 }

@@ -63,6 +63,9 @@ export class ResultsScreen implements ResultsViews {
     this.chooser.addEventListener("keydown", (event) => {
       if (event.key === "Escape") core.closeLabels();
     });
+    this.chooser.addEventListener("cancel", () => {
+      core.closeLabels();
+    });
     this.toolbar = make(
       "div.results-toolbar",
       { role: "toolbar", "aria-label": "Selected measurements" },
@@ -177,12 +180,8 @@ export class ResultsScreen implements ResultsViews {
     // Nothing behind the chooser can be reached while it is there.
     for (const behind of [this.header, this.content]) behind.inert = !this.chooser.inert;
     view.style.pointerEvents = opacity === 0 ? "none" : "";
-    // A row that was covered is drawn anew; at once means before it is covered.
-    if (opacity === 0 && seconds > 0 && this.chosen !== undefined) {
-      const row = this.rows[this.chosen];
-      if (row) this.fill(row, this.core.resultsCell(this.chosen));
-      this.chosen = undefined;
-    }
+    // At once means before there is anything to leave.
+    if (opacity === 0 && seconds > 0) this.leaveChooser();
   }
 
   slideToolbar(upward: number, seconds: number): void {
@@ -314,10 +313,20 @@ export class ResultsScreen implements ResultsViews {
     return button;
   }
 
+  /** The row that was covered is drawn anew and takes the focus; where it was deleted, the next one. */
+  private leaveChooser(): void {
+    if (this.chosen === undefined) return;
+    const index = Math.min(this.chosen, this.rows.length - 1);
+    this.chosen = undefined;
+    const row = this.rows[index];
+    if (row) this.fill(row, this.core.resultsCell(index));
+    const control = row?.querySelector("ion-item")?.shadowRoot?.querySelector("button");
+    (control ?? this.right[0]).focus({ preventScroll: true });
+  }
+
   private controlRow(): HTMLElement {
     const remove = make("button.delete", { type: "button" }, "Delete");
     remove.addEventListener("click", () => {
-      this.chosen = undefined;
       this.core.tapDeleteRow();
     });
     const close = make("button.close", { type: "button" }, "Close");

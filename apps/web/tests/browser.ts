@@ -25,12 +25,13 @@ interface CameraSetup {
 
 /** How one visitor comes. */
 export interface Visitor {
-  /** Refused: the camera has one, but does not switch it on. */
-  readonly torch?: boolean | "refused";
+  /** Refused: the camera has one, but does not switch it on. Listed: told as a list of what it can be. */
+  readonly torch?: boolean | "refused" | "listed";
   readonly stored?: Readonly<Record<string, string>>;
   readonly colorScheme?: "light" | "dark";
   readonly viewport?: { readonly width: number; readonly height: number };
   readonly reducedMotion?: "reduce" | "no-preference";
+  readonly userAgent?: string;
   readonly locale?: string;
   readonly timezoneId?: string;
   readonly query?: string;
@@ -256,7 +257,7 @@ function keepAddresses(): void {
  * Stands in for what no generated camera has, at the edge of the track: a torch, and a mode that is set
  * beside it. As some browsers, it looks at the first of the advanced sets alone.
  */
-function addTorch(refuses: boolean): void {
+function addTorch(kind: true | "refused" | "listed"): void {
   const tracks = MediaStreamTrack.prototype;
   const torchSet: boolean[] = [];
   Object.assign(window, { torchSet });
@@ -265,7 +266,8 @@ function addTorch(refuses: boolean): void {
     applyConstraints: (this: MediaStreamTrack, constraints: MediaTrackConstraints) => Promise<void>;
   };
   tracks.getCapabilities = function (this: MediaStreamTrack): MediaTrackCapabilities {
-    return { ...capabilities.call(this), torch: true, exposureMode: ["continuous"] } as never;
+    const torch = kind === "listed" ? [false, true] : true;
+    return { ...capabilities.call(this), torch, exposureMode: ["continuous"] } as never;
   };
   tracks.applyConstraints = function (
     this: MediaStreamTrack,
@@ -274,7 +276,8 @@ function addTorch(refuses: boolean): void {
     const [first = {}] = (constraints?.advanced ?? []) as Record<string, unknown>[];
     const { torch, exposureMode, ...others } = first;
     if (exposureMode !== "continuous") return Promise.reject(new Error("the mode is lost"));
-    if (refuses && torch === true) return Promise.reject(new Error("the battery is low"));
+    if (kind === "refused" && torch === true)
+      return Promise.reject(new Error("the battery is low"));
     if (typeof torch === "boolean") torchSet.push(torch);
     return apply.call(this, { ...constraints, advanced: [others] });
   };
@@ -367,13 +370,14 @@ export class PhoneBrowser {
       isMobile: true,
       colorScheme: visitor.colorScheme ?? "light",
       reducedMotion: visitor.reducedMotion ?? "no-preference",
+      ...(visitor.userAgent !== undefined && { userAgent: visitor.userAgent }),
       locale: visitor.locale ?? "en-US",
       timezoneId: visitor.timezoneId ?? "UTC",
       permissions: this.setup.camera === "refused" ? [] : ["camera"],
     });
     await context.addInitScript(keepAddresses);
     await context.addInitScript(countFrames, visitor.videoTime ?? "runs");
-    if (visitor.torch !== false) await context.addInitScript(addTorch, visitor.torch === "refused");
+    if (visitor.torch !== false) await context.addInitScript(addTorch, visitor.torch ?? true);
     if (visitor.lacks === "the core") await context.route("**/*.wasm", (route) => route.abort());
     else if (visitor.lacks) await context.addInitScript(takeAway, visitor.lacks);
     if (visitor.storageBlocked) {

@@ -118,12 +118,66 @@ describe("every screen is usable", () => {
     await back("Cancel");
     await page.getByRole("button", { name: "EDIT" }).click();
     await visit.alert("Email").waitFor();
+    await visit.still();
+    const card = await page.locator(".alert-card").boundingBox();
+    for (const name of ["Save", "Cancel"]) {
+      const button = await page.getByRole("button", { name, exact: true }).boundingBox();
+      // Not cut off by the card's edge, without scrolling.
+      const below = (card?.y ?? 0) + (card?.height ?? 0);
+      expect((button?.y ?? Infinity) + (button?.height ?? 0), name).toBeLessThanOrEqual(below);
+    }
     await check("email");
     await back("Cancel");
     await page.getByText("Introduction", { exact: true }).click();
     await page.getByRole("heading", { name: "Step 1: Calibrate" }).waitFor();
     await check("introduction");
   });
+});
+
+it("gives the focus back to what opened a sheet", async () => {
+  const visit = await phone.visit({ stored: storedHistory(history), reducedMotion: "reduce" });
+  const { page } = visit;
+  const open = async (control: ReturnType<typeof page.locator>): Promise<void> => {
+    await control.focus();
+    await page.keyboard.press("Enter");
+    await expect.poll(() => hasFocus(control)).toBe(false);
+  };
+  const hasFocus = (control: ReturnType<typeof page.locator>): Promise<boolean> =>
+    control.evaluate((element) => element.matches(":focus"));
+  const expectFocus = (control: ReturnType<typeof page.locator>): Promise<void> =>
+    expect.poll(() => hasFocus(control)).toBe(true);
+
+  await page.getByRole("button", { name: "Results" }).click();
+  await page.getByRole("button", { name: "Edit" }).waitFor();
+  await visit.settled();
+  const rows = page.locator("ion-item button");
+  await open(rows.nth(2));
+  await page.keyboard.press("Escape");
+  await expectFocus(rows.nth(2));
+  // The next row comes to where one is deleted.
+  const next = (await page.locator(".result").nth(3).textContent()) ?? "";
+  await open(rows.nth(2));
+  await page.getByRole("dialog", { name: "Labels" }).getByText("Delete").press("Enter");
+  await expect.poll(() => page.locator(".result").nth(2).textContent()).toBe(next);
+  await expectFocus(rows.nth(2));
+
+  await page.getByRole("button", { name: "Edit" }).click();
+  await page.locator(".result").first().click();
+  const share = page.getByRole("toolbar").getByRole("button", { name: "Share" });
+  await open(share);
+  await page.getByRole("button", { name: "Email (text)" }).press("Enter");
+  await page.getByRole("heading", { name: "New mail" }).waitFor();
+  await page.keyboard.press("Escape");
+  await page.getByRole("heading", { name: "New mail" }).waitFor({ state: "detached" });
+  await expectFocus(share);
+
+  await page.getByRole("button", { name: "Chart" }).click();
+  const labels = page.getByRole("button", { name: "Choose Label" });
+  await labels.waitFor();
+  await visit.settled();
+  await open(labels);
+  await page.getByRole("button", { name: "None", exact: true }).last().press("Enter");
+  await expectFocus(labels);
 });
 
 /** What the animations change that are running while something goes on. */

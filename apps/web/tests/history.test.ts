@@ -100,6 +100,11 @@ it("keeps labels that exclude each other apart, and stores every tap", async () 
   await expect
     .poll(async () => (await rowTexts(visit))[1]?.[3])
     .toBe("Resting, Training (Before), Sleep (After)");
+  // A phone's Back closes it, too.
+  await page.locator(".result").nth(1).click();
+  await label("Training (After)").waitFor();
+  await page.goBack();
+  for (const control of behind) await expect.poll(() => takesFocus(control)).toBe(true);
 });
 
 it("deletes from the chooser, by a swipe and by the selection", async () => {
@@ -235,12 +240,96 @@ it("lists a long history as far as it is scrolled", async () => {
   await expect.poll(async () => (await rowTexts(visit)).length).toBeGreaterThan(first);
 });
 
+type Written = Readonly<Record<string, number>>;
+
+/** Follows what is written on canvases; tells a chart's dates, and how far from the left they stand. */
+async function followDates(visit: Visit): Promise<(chart: number) => Promise<Written>> {
+  await visit.page.evaluate(() => {
+    const written = new Map<unknown, Record<string, number>>();
+    Object.assign(window, { written });
+    const context = CanvasRenderingContext2D.prototype;
+    const { clearRect, fillText } = context as unknown as Record<
+      "clearRect" | "fillText",
+      (this: CanvasRenderingContext2D, ...all: unknown[]) => void
+    >;
+    context.clearRect = function (...all): void {
+      written.set(this.canvas, {});
+      clearRect.apply(this, all);
+    };
+    context.fillText = function (text, x, y): void {
+      const texts = written.get(this.canvas);
+      if (texts) texts[text] = x / window.devicePixelRatio;
+      fillText.call(this, text, x, y);
+    };
+  });
+  return async (chart) => {
+    await visit.still();
+    const texts = await visit.page.evaluate((index) => {
+      const { written } = window as unknown as { written: Map<unknown, Record<string, number>> };
+      return written.get(document.querySelectorAll(".line-chart canvas")[index]) ?? {};
+    }, chart);
+    return Object.fromEntries(Object.entries(texts).filter(([text]) => /[A-Z]/.test(text)));
+  };
+}
+
 function entryOf(
   hr: number,
   date: number,
 ): { hr: number; spo2: number; date: number; labels: number[] } {
   return { hr, spo2: 97, date, labels: [0] };
 }
+
+/** How a date days ago is written. */
+function dayAgo(now: number, ago: number): string {
+  return new Date((now - ago * day) * 1000)
+    .toLocaleDateString("en-GB", { day: "2-digit", month: "short", timeZone: "UTC" })
+    .replace("Sept", "Sep");
+}
+
+it("dates the charts' days, of both charts together", async () => {
+  const now = Math.floor(Date.now() / 1000);
+  // The oldest day has an SpO2 alone.
+  const month = Array.from({ length: 30 }, (_, ago) => ({
+    hr: ago === 29 ? 0 : 60 + ago,
+    spo2: 97,
+    date: now - ago * day,
+  })).reverse();
+  const visit = await openResults(month, { viewport: { width: 320, height: 568 } });
+  const { page } = visit;
+  await page.getByRole("button", { name: "Chart" }).click();
+  await page.getByRole("img", { name: /^spo2/ }).waitFor();
+  await visit.settled();
+  const datesOf = await followDates(visit);
+  const days = (...agos: number[]): string[] => agos.map((ago) => dayAgo(now, ago));
+
+  await page.locator("ion-segment-button", { hasText: /^Month/ }).click();
+  await expect.poll(async () => Object.keys(await datesOf(1))).toEqual(days(29, 24, 19, 14, 9, 4));
+  const places = await datesOf(1);
+  expect(await datesOf(0)).toEqual(places);
+  // Each stands below its day's points: none is pushed aside for the chart's edges.
+  const plot = await page.locator(".line-chart .u-over").first().boundingBox();
+  const all = await page.locator(".line-chart .plot").first().boundingBox();
+  const dayWidth = (plot?.width ?? 0) / 29;
+  Object.values(places).forEach((x, index) => {
+    const point = (plot?.x ?? 0) - (all?.x ?? 0) + 5 * index * dayWidth;
+    expect(Math.abs(x - point), String(index)).toBeLessThan(4);
+  });
+
+  // A closer look at one of them is one at both.
+  const at = (x: number): { x: number; y: number } => ({
+    x: (plot?.x ?? 0) + x,
+    y: (plot?.y ?? 0) + 50,
+  });
+  await visit.pinch([at(100), at(130)], [at(20), at(210)]);
+  const close = await datesOf(0);
+  expect(close).not.toEqual(places);
+  expect(await datesOf(1)).toEqual(close);
+  // Where labels as far apart as these must be would tell too little, the time shown is told.
+  await visit.pinch([at(100), at(110)], [at(0), at(230)]);
+  await expect
+    .poll(async () => Object.keys(await datesOf(1)).at(-1))
+    .toMatch(/^\d\d [A-Z][a-z]+ – \d\d [A-Z][a-z]+$/);
+});
 
 it("charts daily means by period and label, to be dragged and zoomed", async () => {
   const now = Math.floor(Date.now() / 1000);
@@ -260,11 +349,7 @@ it("charts daily means by period and label, to be dragged and zoomed", async () 
   await visit.picture("charts-week");
   const week = (await charts.first().getAttribute("aria-label")) ?? "";
   // The mean of the day's two, and the day before's one.
-  const named = (ago: number): string =>
-    new Date((now - ago * day) * 1000)
-      .toLocaleDateString("en-GB", { day: "2-digit", month: "short", timeZone: "UTC" })
-      .replace("Sept", "Sep");
-  expect(week).toMatch(new RegExp(`, ${named(1)}: 66\\.5, ${named(0)}: 81$`));
+  expect(week).toMatch(new RegExp(`, ${dayAgo(now, 1)}: 66\\.5, ${dayAgo(now, 0)}: 81$`));
 
   await page.locator("ion-segment-button", { hasText: "3 Months" }).click();
   await inspect(visit, "charts-3-months");

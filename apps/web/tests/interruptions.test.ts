@@ -18,6 +18,14 @@ function holdsCamera(visit: Visit): Promise<boolean> {
   return visit.page.evaluate(() => document.querySelector("video")?.srcObject != null);
 }
 
+/** What the camera's track is told, as when another program takes the camera. */
+async function tellCamera(visit: Visit, event: "ended" | "mute" | "unmute"): Promise<void> {
+  await visit.page.evaluate((type) => {
+    const stream = document.querySelector("video")?.srcObject as MediaStream;
+    for (const track of stream.getVideoTracks()) track.dispatchEvent(new Event(type));
+  }, event);
+}
+
 /** The locks that are asked for from now on. */
 async function countWakeLocks(visit: Visit): Promise<() => Promise<string[]>> {
   await visit.page.evaluate(() => {
@@ -52,8 +60,11 @@ describe("with a camera and a torch", () => {
     expect(await holdsCamera(visit)).toBe(false);
   });
 
-  it("STOP while measuring ends it, and the next START begins anew", async () => {
-    const visit = await phone.visit({ stored: acquainted });
+  it.each([
+    { how: "as such", torch: true as const },
+    { how: "as a list", torch: "listed" as const },
+  ])("STOP ends it, the next START begins anew, with a torch told $how", async ({ torch }) => {
+    const visit = await phone.visit({ stored: acquainted, torch });
     for (let round = 0; round < 2; ++round) {
       await visit.startMeasuring();
       expect(await holdsCamera(visit)).toBe(true);
@@ -81,6 +92,30 @@ describe("with a camera and a torch", () => {
     ]);
     // The browser lets the screen dim behind the page's back.
     expect(await locks()).toEqual(["screen"]);
+  });
+
+  it("a camera that is taken away ends it, and is told", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    const expectLost = async (): Promise<void> => {
+      await visit.alert("Camera lost").waitFor();
+      await expect.poll(() => holdsCamera(visit)).toBe(false);
+    };
+    await visit.startMeasuring();
+    await tellCamera(visit, "ended");
+    await expectLost();
+    await inspect(visit, "alert-camera-lost");
+    await visit.page.getByRole("button", { name: "OK" }).click();
+    await expectIdle(visit);
+
+    // A moment's silence is none of it.
+    await visit.startMeasuring();
+    await tellCamera(visit, "mute");
+    await tellCamera(visit, "unmute");
+    await visit.page.waitForTimeout(1500);
+    expect(await holdsCamera(visit)).toBe(true);
+    expect(await visit.alert("Camera lost").count()).toBe(0);
+    await tellCamera(visit, "mute");
+    await expectLost();
   });
 
   it("nothing ticked is nothing to run", async () => {
@@ -140,11 +175,19 @@ describe("with a camera and a torch", () => {
 it.each([
   { where: "at START" },
   { where: "where the browser tells nothing before", lacks: "camera permission" as const },
-])("a refused camera is told $where", async ({ lacks }) => {
+  { where: "on an iPhone", userAgent: "Mozilla/5.0 (iPhone; CPU iPhone OS 17_5 like Mac OS X)" },
+])("a refused camera is told $where", async ({ lacks, userAgent }) => {
   const phone = await PhoneBrowser.open({ camera: "refused" });
-  const visit = await phone.visit({ stored: acquainted, lacks });
+  const visit = await phone.visit({
+    stored: acquainted,
+    lacks,
+    ...(userAgent !== undefined && { userAgent }),
+  });
   await visit.start();
   await visit.alert("No Camera Access").waitFor();
+  // Other phones have no such Settings App as the text speaks of.
+  const told = await visit.alert("No Camera Access").textContent();
+  expect(told?.includes("In this browser: tap")).toBe(userAgent === undefined);
   await inspect(visit, "alert-no-camera-access");
   await visit.page.getByRole("button", { name: "Done" }).click();
   await expectIdle(visit);

@@ -133,6 +133,45 @@ it("leads to every page to read", async () => {
   await expect.poll(() => visit.element("labelGrey").isVisible()).toBe(true);
 });
 
+it("a phone's Back leads back through the screens, and closes what is open over them", async () => {
+  const visit = await openOptions();
+  const { page } = visit;
+  // How many more times Back stays in the application.
+  const backs = (): Promise<number> =>
+    page.evaluate(() => (history.state as { depth?: number } | null)?.depth ?? 0);
+  await page.getByText("Terms", { exact: true }).click();
+  await page.getByRole("button", { name: "Back", exact: true }).waitFor();
+  await visit.settled();
+  await expect.poll(backs).toBe(2);
+  await page.goBack();
+  await page.getByRole("button", { name: "Back", exact: true }).waitFor({ state: "detached" });
+  await page.getByRole("button", { name: "EDIT" }).click();
+  await visit.alert("Email").waitFor();
+  await page.goBack();
+  await visit.alert("Email").waitFor({ state: "detached" });
+  await expect.poll(backs).toBe(1);
+  await page.goBack();
+  await page.getByRole("button", { name: "START" }).waitFor();
+  await visit.settled();
+  expect(await backs()).toBe(0);
+
+  // The page's own ways back take the browser's history with them, and no way forward is left.
+  await page.getByRole("button", { name: "Options" }).click();
+  await expect.poll(backs).toBe(1);
+  await visit.settled();
+  await page.getByRole("button", { name: "Close" }).click();
+  await expect.poll(backs).toBe(0);
+  await page.goForward();
+  await expect.poll(backs).toBe(0);
+  await page.getByRole("button", { name: "Results" }).click();
+  await expect.poll(backs).toBe(1);
+  await visit.settled();
+  // A page that is loaded again begins with the first screen.
+  await page.reload();
+  await page.getByRole("button", { name: "START" }).waitFor();
+  await expect.poll(backs).toBe(0);
+});
+
 it("keeps the decision about health records, and saves them as a file", async () => {
   const visit = await openOptions();
   const { page } = visit;
