@@ -15,6 +15,9 @@ namespace {
 constexpr std::size_t oldWindow = 90;
 constexpr std::size_t oldWindowOnIphone4or4s = 150;
 constexpr float largestSpo2 = 100;
+/// In steps of 8 bits. Below it, rounding alone moves the value's distance from 100 by an eighth,
+/// and a camera's black level by half or more.
+constexpr float leastBlue = 4;
 
 ChannelPulsation pulsationOf(std::span<const double> window) {
   const float dc = VectorUtils::minOf(window).value_or(0);
@@ -118,6 +121,10 @@ float Spo2Processing::calculateNew(const Label& label) {
 bool Spo2Processing::isDone() const {
   const int needed = Utils::getSpo2Settings("neededValidSpo2").intValue();
   return static_cast<std::int64_t>(data_->spo2Values()->size()) == needed;
+}
+
+bool Spo2Processing::lacksBlue() const {
+  return Utils::getSpo2Settings("useNewAlgorithm").boolValue() && figures_.blue.dc < leastBlue;
 }
 
 }  // namespace veyla

@@ -42,6 +42,11 @@ class Spo2Processing {
   /// Whether exactly "neededValidSpo2" values have been accepted.
   bool isDone() const;
 
+  /// Whether the last estimate of the new algorithm stands on next to no blue light. Its formula
+  /// takes the blue minimum for a factor, so the value then tends to 100 whatever the blood does,
+  /// and nothing else in it tells. The measuring flow does not ask; whoever shows a value should.
+  bool lacksBlue() const;
+
   /// Does nothing: no state outlives an estimate.
   void reset() {}
 

@@ -15,6 +15,10 @@ generate() { # name, options
 generate 72 --bpm 72
 generate 96 --bpm 96
 generate low --spo2 80
+series=build/web-recordings/series.csv dark=build/web-recordings/dark-blue.csv
+build/veyla synth $series --seconds 45
+awk -F, -v OFS=, 'NR > 1 { $4 *= 0.1 } 1' $series >$dark
+generate dark-blue --from $dark
 
 cd apps/web
 npm test

@@ -129,6 +129,7 @@ MeasurementReport MeasurementRun::run() {
   report.outcome = outcomeOf(tally, alerts_);
   if (screen.isHeartrateDone()) report.heartrate = screen.finalHeartrate();
   if (screen.isSpo2Done()) report.spo2 = screen.finalSpo2();
+  report.spo2LacksBlue = report.spo2 && screen.spo2Processing()->lacksBlue();
   report.seconds = tally.seconds();
   report.heartrateSeconds = tally.heartrateSeconds();
   report.spo2Seconds = tally.spo2Seconds();

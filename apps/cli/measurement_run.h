@@ -29,6 +29,8 @@ struct MeasurementReport {
   /// Final values; nothing for one that was not requested or did not become final.
   std::optional<float> heartrate;
   std::optional<float> spo2;
+  /// Whether the final saturation is one that means nothing; see `Spo2Processing::lacksBlue`.
+  bool spo2LacksBlue = false;
   /// From the first stored frame to the last, in the recording's time.
   double seconds = 0;
   /// The same up to the last accepted estimate of each value: when a final one became final.

@@ -96,6 +96,7 @@ std::string reportAsJson(const MeasurementReport& report) {
   const Json object{{"outcome", nameOf(report.outcome)},
                     {"heartrate", numberOf(report.heartrate)},
                     {"spo2", numberOf(report.spo2)},
+                    {"spo2LacksBlue", report.spo2LacksBlue},
                     {"seconds", std::round(report.seconds * 1000) / 1000},
                     {"frames", report.frames},
                     {"framedrops", report.framedrops},
@@ -110,6 +111,11 @@ std::string reportAsText(const MeasurementReport& report, const MeasurementReque
   std::string text;
   if (request.heartrate) text += valueLine("Heart rate", report.heartrate, "beats per minute");
   if (request.spo2) text += valueLine("SpO2", report.spo2, "%");
+  if (report.spo2LacksBlue) {
+    text +=
+        "The camera saw next to no blue light: the saturation then tends to 100 % whatever the "
+        "blood does. Do not rely on it.\n";
+  }
   return text + explanation(report, request);
 }
 

@@ -78,6 +78,7 @@ void WebApp::launch() {
   AppDelegate& application = AppDelegate::instance();
   application.application(LaunchOptions{});
   screen().viewDidLoad();
+  screen().setObserver(&saturationDoubt_);
   application.applicationDidBecomeActive();
 }
 

@@ -11,6 +11,7 @@
 #include "apps/web/page_display.h"
 #include "apps/web/page_lists.h"
 #include "apps/web/page_shell.h"
+#include "apps/web/saturation_doubt.h"
 #include "history/chart_results_view_controller.h"
 #include "history/results_view_controller.h"
 #include "history/table_view_controller.h"
@@ -179,6 +180,7 @@ class WebApp {
   PageSharing sharing_;
   CommandCanvas canvas_;
   std::unique_ptr<Platform> platform_;
+  SaturationDoubt saturationDoubt_;
   std::unique_ptr<IntroViewController> intro_;
 
   /// Screens and the views that they stand on.

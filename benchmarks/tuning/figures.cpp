@@ -62,6 +62,11 @@ Tally::Figures Tally::figures() const {
   return figures;
 }
 
+Limits Limits::times(double factor) const {
+  return {meanError * factor,  over5 * factor,  over10 * factor,
+          unfinished * factor, median * factor, ninetieth * factor};
+}
+
 double costOf(const Figures& figures, const Limits& limits) {
   return std::max(figures.meanError, figures.meanErrorPerTime) / limits.meanError +
          0.5 * excess(figures.over5, limits.over5) + 0.5 * excess(figures.over10, limits.over10) +

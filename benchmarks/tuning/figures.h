@@ -50,6 +50,8 @@ struct Limits {
   double median = 18.5;
   /// Short recordings finish later: fingers and phones of all kinds.
   double ninetieth = 32;
+
+  Limits times(double factor) const;
 };
 
 /// The greater mean error as a part of its limit, and what every other figure costs as soon as it
@@ -61,8 +63,10 @@ double beyond(const Figures& figures, const Limits& limits);
 
 /// What becomes of generated fingers.
 struct FingerFigures {
-  /// Up to 160 beats per minute: unfinished, or farther from the truth than one bin.
-  int wrong = 0;
+  /// Up to 160 beats per minute, in per cent: without a number, and farther from the truth than
+  /// one bin.
+  double unfinished = 0;
+  double wrong = 0;
   /// Up to 180: mean absolute error in per cent of the truth.
   double meanPercentageError = 0;
 };

@@ -46,26 +46,28 @@ Window windowOf(const Reference& reference, std::size_t recording, int start) {
 
 }  // namespace
 
-Material materialIn(const std::filesystem::path& folder) {
+Material materialIn(const std::vector<std::string>& folders) {
   Material material;
   std::vector<std::vector<std::string>> personsOfSet;
-  const ReferencedFolder recorded = recordingsIn(folder);
-  if (!recorded.faults.empty()) throw InputError(recorded.faults.front());
-  for (const ReferencedRecording& found : recorded.recordings) {
-    Recording recording;
-    recording.name = found.name;
-    recording.path = found.path;
-    recording.seconds = found.seconds;
-    recording.set = placeIn(material.sets, setOf(found.name));
-    personsOfSet.resize(material.sets.size());
-    recording.fold = placeIn(personsOfSet[recording.set], personOf(found.name)) % foldCount;
-    const int every = found.seconds <= longestShortRecording ? 2 : 5;
-    for (int start = 0; start + windowSeconds <= found.seconds; start += every) {
-      material.windows.push_back(windowOf(found.reference, material.recordings.size(), start));
+  for (const std::string& folder : folders) {
+    const ReferencedFolder recorded = recordingsIn(folder);
+    if (!recorded.faults.empty()) throw InputError(recorded.faults.front());
+    for (const ReferencedRecording& found : recorded.recordings) {
+      Recording recording;
+      recording.name = found.name;
+      recording.path = found.path;
+      recording.seconds = found.seconds;
+      recording.set = placeIn(material.sets, setOf(found.name));
+      personsOfSet.resize(material.sets.size());
+      recording.fold = placeIn(personsOfSet[recording.set], personOf(found.name)) % foldCount;
+      const int every = found.seconds <= longestShortRecording ? 2 : 5;
+      for (int start = 0; start + windowSeconds <= found.seconds; start += every) {
+        material.windows.push_back(windowOf(found.reference, material.recordings.size(), start));
+      }
+      material.recordings.push_back(std::move(recording));
     }
-    material.recordings.push_back(std::move(recording));
   }
-  for (std::uint64_t seed = 1; seed <= 3; ++seed) {
+  for (std::uint64_t seed = 1; seed <= 2; ++seed) {
     for (const double rate : {15.0, 24.0, 25.0, 30.0, 60.0}) {
       for (int bpm = 48; bpm <= 180; ++bpm) {
         material.fingers.push_back({bpm, rate, seed, {}});
@@ -81,14 +83,15 @@ void gather(Material& material, int rawDataSize) {
     recording.estimates =
         gatherEstimates(openRecording(recording.path), rawDataSize, recording.seconds + 1);
   });
+  constexpr int seconds = windowSeconds + 1;
   inParallel(material.fingers.size(), 0, [&](std::size_t i) {
     Finger& finger = material.fingers[i];
     FingerOptions options;
     options.bpm = finger.bpm;
     options.seed = finger.seed;
-    finger.estimates = gatherEstimates(
-        std::make_unique<SyntheticSeries>(options, fingerSeconds, finger.framesPerSecond),
-        rawDataSize, fingerSeconds);
+    finger.estimates =
+        gatherEstimates(std::make_unique<SyntheticSeries>(options, seconds, finger.framesPerSecond),
+                        rawDataSize, seconds);
   });
 }
 

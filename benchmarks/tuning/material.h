@@ -57,12 +57,14 @@ struct Material {
 
 /// How many parts the recordings are split into.
 inline constexpr std::size_t foldCount = 3;
-/// Seconds that a generated finger is given to finish in.
-inline constexpr int fingerSeconds = 26;
+/// A generated finger is measured as often, each time from a frame later on: its beats then meet
+/// the estimates in other phases.
+inline constexpr int fingerStarts = 5;
 
-/// Without estimates yet. Windows start every 20 s and, as the others of the search, every 2 s of a
-/// recording of up to 3 minutes and every 5 s of a longer one. Throws `InputError`.
-Material materialIn(const std::filesystem::path& folder);
+/// Out of several folders, without estimates yet. Windows start every 20 s and, as the others of
+/// the search, every 2 s of a recording of up to 3 minutes and every 5 s of a longer one. Throws
+/// `InputError`.
+Material materialIn(const std::vector<std::string>& folders);
 
 /// Fills in the estimates from `rawDataSize` frames each.
 void gather(Material& material, int rawDataSize);

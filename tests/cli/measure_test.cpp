@@ -47,8 +47,9 @@ using MeasureTest = Program;
 TEST_F(MeasureTest, TheFingertipIsMeasuredAndReportedAlikeAtEveryRun) {
   const Json report = json({"measure", "--no-save"});
   EXPECT_EQ(report, json({"measure", "--no-save"}));
-  EXPECT_THAT(keysOf(report), UnorderedElementsAre("outcome", "heartrate", "spo2", "seconds",
-                                                   "frames", "framedrops", "estimates", "device"));
+  EXPECT_THAT(keysOf(report),
+              UnorderedElementsAre("outcome", "heartrate", "spo2", "spo2LacksBlue", "seconds",
+                                   "frames", "framedrops", "estimates", "device"));
   EXPECT_EQ(report["outcome"], "finished");
   EXPECT_NEAR(report["heartrate"].get<double>(), 72, bin);
   EXPECT_GE(report["spo2"].get<double>(), 93);
@@ -173,12 +174,28 @@ TEST_F(MeasureTest, SyntheticFingertipsGiveTheirHeartRateAsVideoAndAsSeries) {
     const Json measured = json({"measure", "--no-save", video});
     EXPECT_EQ(measured["outcome"], "finished") << measured;
     if (measured["heartrate"].is_number()) {
-      EXPECT_NEAR(measured["heartrate"].get<double>(), bpm, bin);
+      // A beat in step with the estimates, as near 75 and 112, may be taken for its neighbour.
+      EXPECT_NEAR(measured["heartrate"].get<double>(), bpm, 2 * bin);
     }
     ASSERT_EQ(run({"series", video, "-o", file("series.csv")}).status, 0);
     EXPECT_EQ(json({"measure", "--no-save", file("series.csv")}), measured);
     std::filesystem::remove(video);
   }
+}
+
+TEST_F(MeasureTest, ASaturationFromHardlyAnyBlueIsToldToMeanNothing) {
+  ASSERT_EQ(run({"synth", file("finger.csv"), "--seconds", "40"}).status, 0);
+  std::istringstream rows(contentsOf(file("finger.csv")));
+  std::string dark;
+  for (std::string row; std::getline(rows, row);) {
+    dark += row.substr(0, row.rfind(',')) + (dark.empty() ? ",B\n" : ",2\n");
+  }
+  write("dark.csv", dark);
+  const Json report = json({"measure", "--no-save", file("dark.csv")});
+  EXPECT_GT(report["spo2"].get<double>(), 99);
+  EXPECT_EQ(report["spo2LacksBlue"], true);
+  EXPECT_EQ(json({"measure", "--no-save", file("finger.csv")})["spo2LacksBlue"], false);
+  EXPECT_THAT(run({"measure", "--no-save", file("dark.csv")}).out, HasSubstr("Do not rely on it."));
 }
 
 TEST_F(MeasureTest, KilledInTheMiddleTheStoreHoldsWholeEntries) {

@@ -200,3 +200,14 @@ describe("a finger that gives low values", () => {
     await phone.close();
   });
 });
+
+describe("a camera that sees next to no blue", () => {
+  it("has its saturation told to mean nothing", async () => {
+    const phone = await PhoneBrowser.open({ camera: recording("dark-blue") });
+    const visit = await phone.visit({ stored: acquainted });
+    await visit.start();
+    await visit.alert("Do not rely on this SpO2 value").waitFor(finished);
+    await inspect(visit, "alert-no-blue");
+    await phone.close();
+  });
+});
