@@ -107,7 +107,7 @@ std::string errorOverRateScript(const std::vector<Set>& sets) {
               "absolute error, beats per minute") +
          blocks + "set yrange [0:*]\n" +
          "plot 0.1 * x with lines linecolor rgb '#3c3c40' linewidth 0.8 dashtype 2 " +
-         "title 'a tenth of the rate'" + plot + "\n";
+         "title 'a tenth'" + plot + "\n";
 }
 
 std::unique_ptr<OutputFile> pictureIn(const std::string& folder, const char* name) {

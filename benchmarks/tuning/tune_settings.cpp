@@ -51,28 +51,31 @@ void printHead(const Material& material, bool fingers) {
               fingers ? " | unfin   bin  MAPE" : "");
 }
 
-/// The mean error of each set over the median time to the finish, with the frames per estimate.
+/// The mean error of each set and its median time to the finish over the frames per estimate, on
+/// all windows of the search.
 std::string waitingScript(const Material& material, const std::vector<Candidate>& found) {
-  std::string script = plotBegin(1400, 900) +
-                       plotTitles("What waiting is worth", "median time to finish, seconds",
-                                  "mean absolute error, beats per minute") +
-                       "set yrange [0:*]\n";
+  std::string script =
+      plotBegin(1400, 900) +
+      plotTitles("What waiting is worth", "frames per estimate, 15 a second",
+                 "mean absolute error, beats per minute") +
+      "set yrange [0:*]\nset y2range [0:*]\nset ytics nomirror\nset y2tics\nset border 11\n"
+      "set y2label 'median time to finish, seconds'\nset rmargin 12\n";
   std::string plot;
   for (std::size_t set = 0; set < material.sets.size(); ++set) {
     script += formatText("$set%zu << EOD\n", set);
     for (const Candidate& candidate : found) {
-      script += formatText("%.3f %.3f %d\n", candidate.declared[set].median,
-                           candidate.declared[set].meanError, candidate.settings.rawDataSize);
+      script += formatText("%d %.3f %.3f\n", candidate.settings.rawDataSize,
+                           candidate.all[set].meanError, candidate.all[set].median);
     }
     script += "EOD\n";
-    plot += (plot.empty() ? "plot " : ", ") +
-            formatText("$set%zu with linespoints pointtype 7 pointsize 1.1 linecolor rgb '#%s' ",
-                       set, plotColors[set % plotColors.size()]) +
-            "title " + plotText(material.sets[set]) +
-            formatText(
-                ", $set%zu using 1:2:3 with labels offset 0,1 font 'Inter,14' textcolor rgb "
-                "'#3c3c40' notitle",
-                set);
+    const char* colour = plotColors[set % plotColors.size()];
+    plot +=
+        (plot.empty() ? "plot " : ", ") +
+        formatText("$set%zu with linespoints pointtype 7 linecolor rgb '#%s' title ", set, colour) +
+        plotText(material.sets[set] + ", error") +
+        formatText(", $set%zu using 1:3 axes x1y2 with lines dashtype 2 linecolor rgb '#%s' ", set,
+                   colour) +
+        "title " + plotText(material.sets[set] + ", seconds");
   }
   return script + plot + "\n";
 }
