@@ -82,8 +82,11 @@ float Spo2Processing::calculateOld() {
   red = pulsationOf(VectorUtils::lastObjectsOf(*data_->rawRedValues(), window));
   blue = pulsationOf(VectorUtils::lastObjectsOf(*data_->rawBlueValues(), window));
 
+  const float measuredRange = blue.ac;
+  lacksBlue_ = blue.dc < leastBlue;
   const std::string profile = Utils::platformString();
   if (profile == "iphone4s" || profile == "iphone4") correctForDevice(red, blue);
+  lacksBlue_ = lacksBlue_ || blue.ac != measuredRange;
 
   const float spo2 = oldSpo2 = redOverBlue(red, blue);
   logLine("spo2: %.1f, ACred: %.1f, DCred: %.1f, ACblue: %.1f, DCblue: %.1f",
@@ -108,6 +111,7 @@ float Spo2Processing::calculateNew(const Label& label) {
   green = channel(*data_->rawGreenValues());
   blue = channel(*data_->rawBlueValues());
 
+  lacksBlue_ = blue.dc < leastBlue;
   const float spo2 = redOverGreenAndBlue(figures_);
   oldSpo2 = redOverBlue(red, blue);
 
@@ -121,10 +125,6 @@ float Spo2Processing::calculateNew(const Label& label) {
 bool Spo2Processing::isDone() const {
   const int needed = Utils::getSpo2Settings("neededValidSpo2").intValue();
   return static_cast<std::int64_t>(data_->spo2Values()->size()) == needed;
-}
-
-bool Spo2Processing::lacksBlue() const {
-  return Utils::getSpo2Settings("useNewAlgorithm").boolValue() && figures_.blue.dc < leastBlue;
 }
 
 }  // namespace veyla

@@ -42,10 +42,11 @@ class Spo2Processing {
   /// Whether exactly "neededValidSpo2" values have been accepted.
   bool isDone() const;
 
-  /// Whether the last estimate of the new algorithm stands on next to no blue light. Its formula
-  /// takes the blue minimum for a factor, so the value then tends to 100 whatever the blood does,
-  /// and nothing else in it tells. The measuring flow does not ask; whoever shows a value should.
-  bool lacksBlue() const;
+  /// Whether the last estimate stands on next to no blue light. Both formulas take the blue minimum
+  /// for a factor, so the value then tends to 100 whatever the blood does, and nothing else in it
+  /// tells; the same where standard figures stand for blue. The measuring flow does not ask;
+  /// whoever shows a value should.
+  bool lacksBlue() const { return lacksBlue_; }
 
   /// Does nothing: no state outlives an estimate.
   void reset() {}
@@ -65,6 +66,7 @@ class Spo2Processing {
   bool usingIphone4or4s_;
   Data* data_;
   Spo2Figures figures_;
+  bool lacksBlue_ = false;
 };
 
 }  // namespace veyla

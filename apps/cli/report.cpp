@@ -113,8 +113,8 @@ std::string reportAsText(const MeasurementReport& report, const MeasurementReque
   if (request.spo2) text += valueLine("SpO2", report.spo2, "%");
   if (report.spo2LacksBlue) {
     text +=
-        "The camera saw next to no blue light: the saturation then tends to 100 % whatever the "
-        "blood does. Do not rely on it.\n";
+        "The camera saw next to no blue light, without which the saturation says nothing about the "
+        "blood. Do not rely on it.\n";
   }
   return text + explanation(report, request);
 }

@@ -20,8 +20,8 @@ class SaturationDoubt : public MeasurementObserver {
     if (!screen.spo2Processing()->lacksBlue()) return;
     Utils::showAlertWithTitle(
         "Do not rely on this SpO2 value",
-        "This camera sees next to no blue light, and the value then tends to 100 % whatever the "
-        "blood does. Untick SpO2 to measure the heart rate alone.",
+        "This camera sees next to no blue light, without which the value says nothing about the "
+        "blood. Untick SpO2 to measure the heart rate alone.",
         "warning");
   }
 };

@@ -105,19 +105,23 @@ TEST(Spo2ProcessingTest, TheNewAlgorithmDiscardsWhatExceedsAHundred) {
   EXPECT_EQ(newSpo2Of({100, 110}, {80, 110}, {0, 5}), 100) << "100 itself stays";
 }
 
-TEST(Spo2ProcessingTest, TellsWhenTheNewFormulaStandsOnHardlyAnyBlue) {
-  const auto lacksBlue = [](bool newAlgorithm, Range blue) {
-    TestPlatform platform(otherPhone);
+TEST(Spo2ProcessingTest, TellsWhenAValueStandsOnHardlyAnyBlue) {
+  const auto lacksBlue = [](const char* hardware, bool newAlgorithm, Range blue) {
+    TestPlatform platform(hardware);
     withSpo2Settings({{"useNewAlgorithm", newAlgorithm}, {"rawDataSize", 10}});
     addSwing({240, 242}, {20, 26}, blue);
     Spo2Processing& processing = Spo2Processing::instance();
     EXPECT_GT(processing.calculateSpo2({}), 93);
     return processing.lacksBlue();
   };
-  EXPECT_TRUE(lacksBlue(true, {0, 1}));
-  EXPECT_TRUE(lacksBlue(true, {3.9F, 9}));
-  EXPECT_FALSE(lacksBlue(true, {4, 9}));
-  EXPECT_FALSE(lacksBlue(false, {1, 2})) << "the old formula takes the blue range into account";
+  EXPECT_TRUE(lacksBlue(otherPhone, true, {0, 1}));
+  EXPECT_TRUE(lacksBlue(otherPhone, true, {3.9F, 9}));
+  EXPECT_FALSE(lacksBlue(otherPhone, true, {4, 9}));
+  EXPECT_TRUE(lacksBlue(otherPhone, false, {1, 2}));
+  EXPECT_FALSE(lacksBlue(otherPhone, false, {20, 24}));
+  EXPECT_TRUE(lacksBlue(iphone4s, false, {0, 5}));
+  EXPECT_TRUE(lacksBlue(iphone4s, false, {8, 9})) << "a standard range stands for the measured one";
+  EXPECT_FALSE(lacksBlue(iphone4s, false, {20, 24}));
 }
 
 TEST(Spo2ProcessingTest, TheNewWindowAndItsDetrendingComeFromTheSettings) {

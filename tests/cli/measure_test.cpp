@@ -174,8 +174,8 @@ TEST_F(MeasureTest, SyntheticFingertipsGiveTheirHeartRateAsVideoAndAsSeries) {
     const Json measured = json({"measure", "--no-save", video});
     EXPECT_EQ(measured["outcome"], "finished") << measured;
     if (measured["heartrate"].is_number()) {
-      // A beat in step with the estimates, as near 75 and 112, may be taken for its neighbour.
-      EXPECT_NEAR(measured["heartrate"].get<double>(), bpm, 2 * bin);
+      // 75 beats meet the estimates in the same three phases, and may be taken for their neighbour.
+      EXPECT_NEAR(measured["heartrate"].get<double>(), bpm, bpm == 75 ? 2 * bin : bin);
     }
     ASSERT_EQ(run({"series", video, "-o", file("series.csv")}).status, 0);
     EXPECT_EQ(json({"measure", "--no-save", file("series.csv")}), measured);
