@@ -146,7 +146,8 @@ void printWithin(const Material& material, std::vector<Candidate> candidates, st
   }
 }
 
-/// The cheapest of those within all limits with which every generated finger gets a number, or of
+/// The cheapest of those within all limits with which every generated finger up to 160 beats per
+/// minute gets a number, or of
 /// the ones that come closest to the limits.
 template <class Beyond, class Cost>
 const Candidate& choose(const std::vector<Candidate>& candidates, const Beyond& beyond,
@@ -197,7 +198,8 @@ void tune(Options options) {
   const auto cost = [](const Candidate& of) { return of.cost; };
   const auto beyond = [](const Candidate& of) { return of.beyond; };
   std::printf(
-      "\nChosen: a number for every generated finger, within every limit, then the least cost\n");
+      "\nChosen: a number for every generated finger up to 160, within every limit, then the least "
+      "cost\n");
   printHead(material, true);
   std::printf("%s\n", rowOf(choose(candidates, beyond, cost)).c_str());
   std::printf("\nChosen so without a third of the recordings, measured on that third\n");
