@@ -104,6 +104,10 @@ struct CaptureDeviceInput {
 
 /// What a session delivers its frames to, and how.
 struct VideoDataOutput {
+  /// A running session delivers as many, whatever the camera's own rate is: rates are measured by
+  /// counting frames.
+  static constexpr int framesPerSecond = 15;
+
   bool alwaysDiscardsLateVideoFrames = false;
   /// Four-character code.
   std::string pixelFormat;
