@@ -37,6 +37,9 @@ void Data::reset() {
   fourierValues_ = emptySequence<HeartrateResult>(neededValidHeartrate);
   heartrateValues_ = emptySequence<float>(neededValidHeartrate);
 
+  // The record is the same on every phone; if one should ever need another, it parts here.
+  static_cast<void>(Utils::isIphone6or6plus());
+
   const int neededValidSpo2 = Utils::getSpo2Settings("neededValidSpo2").intValue();
   spo2Values_ = emptySequence<float>(neededValidSpo2);
 }

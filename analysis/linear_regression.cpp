@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/platform.h"
-
 namespace veyla {
 
 LinearRegression& LinearRegression::sharedInstance() {
-  return Platform::current().shared<LinearRegression>();
+  static LinearRegression fitter;
+  return fitter;
 }
 
 std::vector<DataItem>& LinearRegression::workingArray() {

@@ -17,13 +17,15 @@ struct RegressionResult {
 };
 
 /// Least-squares fits of chart points that are collected one by one, or given as a whole. For one
-/// thread.
+/// thread at a time.
 ///
 /// The intercept is taken with the fitter's own `slope`, which no fit sets, and not with the slope
 /// just found: unless a caller has set it, the intercept is the mean of y.
 class LinearRegression {
  public:
-  /// The shared fitter of the platform in force.
+  /// The one fitter of the process, made once, whichever thread asks first: unlike other shared
+  /// instances it needs no platform, which is in force on its own thread alone. Its use is for one
+  /// thread all the same.
   static LinearRegression& sharedInstance();
 
   // The working list.

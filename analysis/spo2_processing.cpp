@@ -123,6 +123,8 @@ float Spo2Processing::calculateNew(const Label& label) {
 }
 
 bool Spo2Processing::isDone() const {
+  // The count is the same on every phone; if one should ever need another, it parts here.
+  static_cast<void>(Utils::isIphone6or6plus());
   const int needed = Utils::getSpo2Settings("neededValidSpo2").intValue();
   return static_cast<std::int64_t>(data_->spo2Values()->size()) == needed;
 }

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "acquisition/sd_ios_version.h"
-#include "tests/support/test_platform.h"
+#include "tests/support/measuring_rig.h"
 
 namespace veyla {
 namespace {
@@ -89,6 +89,23 @@ TEST(SettingsTest, DeviceQuestionsKeepTheirFirstAnswerButForTheOneAskedAnew) {
   platform.device.model = "iPhone6,1";
   EXPECT_TRUE(Utils::isIphone5s());
   EXPECT_FALSE(Utils::isIphone6or6plus());
+}
+
+TEST(SettingsTest, PhonesAreToldApartAlsoWhereNothingDependsOnIt) {
+  MeasuringRig rig;
+  ScriptedDeviceInfo& device = rig.platform.device;
+  device.model = "iPhone3,1";
+  rig.appear();
+  rig.startMeasuring();
+  rig.frame();
+  device.model = "iPhone4,1";
+  EXPECT_FALSE(Utils::isIphone4s()) << "the first frame has settled it";
+
+  device.modelQuestions = 0;
+  rig.screen.data()->reset();
+  EXPECT_EQ(device.modelQuestions, 1);
+  rig.screen.spo2Processing()->isDone();
+  EXPECT_EQ(device.modelQuestions, 2);
 }
 
 }  // namespace

@@ -2,9 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <barrier>
 #include <cmath>
-
-#include "tests/support/test_platform.h"
+#include <thread>
 
 namespace veyla {
 namespace {
@@ -31,10 +32,25 @@ TEST(LinearRegressionTest, TheInterceptTakesTheFittersOwnSlope) {
               0.5, 1e-12);
 }
 
+TEST(LinearRegressionTest, EveryThreadGetsTheOneSharedFitter) {
+  constexpr std::size_t threads = 8;
+  std::array<LinearRegression*, threads> found{};
+  std::barrier together(threads);
+  {
+    std::vector<std::thread> asking;
+    for (LinearRegression*& fitter : found) {
+      asking.emplace_back([&together, &fitter] {
+        together.arrive_and_wait();
+        fitter = &LinearRegression::sharedInstance();
+      });
+    }
+    for (std::thread& thread : asking) thread.join();
+  }
+  EXPECT_THAT(found, testing::Each(&LinearRegression::sharedInstance()));
+}
+
 TEST(LinearRegressionTest, TheWorkingListIsFittedAndOtherwiseLeftAlone) {
-  const TestPlatform platform;
-  LinearRegression& fitter = LinearRegression::sharedInstance();
-  EXPECT_EQ(&fitter, &LinearRegression::sharedInstance());
+  LinearRegression fitter;
   for (const DataItem& point : rising) fitter.addDataObject(point);
   const auto copy = fitter.getArray();
   EXPECT_EQ(fitter.calculate().slope, 2);
