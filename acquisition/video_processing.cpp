@@ -11,7 +11,6 @@ namespace veyla {
 
 namespace {
 
-constexpr int torchOff = 0;
 constexpr int dumpInterval = 15;
 
 [[noreturn]] void assertionFailure(const char* assertion) {
@@ -22,12 +21,23 @@ constexpr int dumpInterval = 15;
 
 const char* yesOrNo(bool answer) { return answer ? "YES" : "NO"; }
 
-/// One part of the dump: which of the modes 0 to 2 the device supports, under their names.
-template <class IsSupported>
-void logSupportedModes(const char* const (&names)[3], IsSupported isSupported) {
+template <class Mode>
+int numberOf(Mode mode) {
+  return static_cast<int>(mode);
+}
+
+template <class Mode>
+Mode cameraSetting(const char* key) {
+  return static_cast<Mode>(Utils::getCameraSettings(key).intValue());
+}
+
+/// One part of the dump: which modes the device supports, under the names of the modes 0 to 2.
+template <class Mode>
+void logSupportedModes(const char* const (&names)[3], const CaptureDevice& device,
+                       bool (CaptureDevice::*isSupported)(Mode) const) {
   logLine("\tsupported:");
   for (int mode = 0; mode < 3; ++mode) {
-    logLine("\t\t%s: %s", names[mode], yesOrNo(isSupported(mode)));
+    logLine("\t\t%s: %s", names[mode], yesOrNo((device.*isSupported)(static_cast<Mode>(mode))));
   }
 }
 
@@ -77,39 +87,39 @@ bool VideoProcessing::startRecording() {
 void VideoProcessing::applyCameraSettings() {
   CaptureDevice& device = *videoDevice_;
 
-  const int exposureMode = Utils::getCameraSettings("exposureMode").intValue();
+  const auto exposureMode = cameraSetting<CaptureMode>("exposureMode");
   if (device.isExposureModeSupported(exposureMode)) {
-    logLine("setting exposure: %i", exposureMode);
+    logLine("setting exposure: %i", numberOf(exposureMode));
     device.setExposureMode(exposureMode);
   } else {
     // Readers of old logs look for this wording.
-    logLine("Device does not support focusMode: %i", exposureMode);
+    logLine("Device does not support focusMode: %i", numberOf(exposureMode));
   }
 
-  const int whiteBalanceMode = Utils::getCameraSettings("whiteBalanceMode").intValue();
+  const auto whiteBalanceMode = cameraSetting<CaptureMode>("whiteBalanceMode");
   if (device.isWhiteBalanceModeSupported(whiteBalanceMode)) {
-    logLine("setting whitebalance: %i", whiteBalanceMode);
+    logLine("setting whitebalance: %i", numberOf(whiteBalanceMode));
     device.setWhiteBalanceMode(whiteBalanceMode);
   } else {
-    logLine("Device does not support whitebalance: %i", whiteBalanceMode);
+    logLine("Device does not support whitebalance: %i", numberOf(whiteBalanceMode));
   }
 
-  const int focusMode = Utils::getCameraSettings("focusMode").intValue();
+  const auto focusMode = cameraSetting<CaptureMode>("focusMode");
   if (device.isFocusModeSupported(focusMode)) {
-    logLine("setting focusMode: %i", focusMode);
+    logLine("setting focusMode: %i", numberOf(focusMode));
     device.setFocusMode(focusMode);
   } else {
-    logLine("Device does not support focusMode: %i", focusMode);
+    logLine("Device does not support focusMode: %i", numberOf(focusMode));
   }
 
   // A device that restricts its focus range already takes another restriction; whether it could
   // take one at all is not asked. The value travels under the flash's key.
-  const int rangeRestriction = Utils::getCameraSettings("flashMode").intValue();
-  if (device.autoFocusRangeRestriction() != 0) {
-    logLine("setting autoFocusRangeRestriction: %i", rangeRestriction);
+  const auto rangeRestriction = cameraSetting<FocusRange>("flashMode");
+  if (device.autoFocusRangeRestriction() != FocusRange::unrestricted) {
+    logLine("setting autoFocusRangeRestriction: %i", numberOf(rangeRestriction));
     device.setAutoFocusRangeRestriction(rangeRestriction);
   } else {
-    logLine("Device does not support autoFocusRangeRestriction: %i", rangeRestriction);
+    logLine("Device does not support autoFocusRangeRestriction: %i", numberOf(rangeRestriction));
   }
 
   const bool lowLightBoost =
@@ -126,7 +136,7 @@ void VideoProcessing::applyCameraSettings() {
 void VideoProcessing::stopRecording() {
   if (videoDevice_) {
     videoDevice_->lockForConfiguration();
-    videoDevice_->setTorchMode(torchOff);
+    videoDevice_->setTorchMode(LightMode::off);
     videoDevice_->unlockForConfiguration();
   }
   after_ = services().clock.now();
@@ -213,19 +223,16 @@ void VideoProcessing::avCaptureSettings() {
 
   device.lockForConfiguration();
   logLine("-------------CAN CHANGE---");
-  logLine("exposureMode: %ld", long{device.exposureMode()});
-  logSupportedModes(lockAutoContinuous,
-                    [&](int mode) { return device.isExposureModeSupported(mode); });
-  logLine("torchMode: %ld", long{device.torchMode()});
-  logSupportedModes(offOnAuto, [&](int mode) { return device.isTorchModeSupported(mode); });
-  logLine("focusMode: %ld", long{device.focusMode()});
-  logSupportedModes(lockAutoContinuous,
-                    [&](int mode) { return device.isFocusModeSupported(mode); });
-  logLine("whiteBalanceMode: %ld", long{device.whiteBalanceMode()});
-  logSupportedModes(lockAutoContinuous,
-                    [&](int mode) { return device.isWhiteBalanceModeSupported(mode); });
+  logLine("exposureMode: %ld", long{numberOf(device.exposureMode())});
+  logSupportedModes(lockAutoContinuous, device, &CaptureDevice::isExposureModeSupported);
+  logLine("torchMode: %ld", long{numberOf(device.torchMode())});
+  logSupportedModes(offOnAuto, device, &CaptureDevice::isTorchModeSupported);
+  logLine("focusMode: %ld", long{numberOf(device.focusMode())});
+  logSupportedModes(lockAutoContinuous, device, &CaptureDevice::isFocusModeSupported);
+  logLine("whiteBalanceMode: %ld", long{numberOf(device.whiteBalanceMode())});
+  logSupportedModes(lockAutoContinuous, device, &CaptureDevice::isWhiteBalanceModeSupported);
   logLine("videoZoomFactor: %f", device.videoZoomFactor());
-  logLine("autoFocusRangeRestriction: %ld", long{device.autoFocusRangeRestriction()});
+  logLine("autoFocusRangeRestriction: %ld", long{numberOf(device.autoFocusRangeRestriction())});
   logLine("automaticallyEnablesLowLightBoostWhenAvailable: %i",
           device.automaticallyEnablesLowLightBoostWhenAvailable());
   logLine("\tsupported: %s", yesOrNo(device.isLowLightBoostSupported()));

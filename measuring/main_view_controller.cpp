@@ -36,10 +36,6 @@ constexpr std::int32_t countdownSeconds = 2;
 constexpr double buttonDelay = 0.020;
 constexpr double releaseNotesDelay = 0.5;
 
-constexpr int torchOff = 0;
-constexpr int torchOn = 1;
-constexpr int flashOn = 1;
-
 constexpr std::string_view runningFont = "HelveticaNeue-Light";
 constexpr std::string_view finalFont = "HelveticaNeue-Medium";
 constexpr const char* noValue = "--";
@@ -447,11 +443,11 @@ void MainViewController::showLogSigAlert() {
 
 void MainViewController::startTorch() {
   const auto& device = videoProcessing_->videoDevice();
-  if (!device || device->torchMode() != torchOff) return;
+  if (!device || device->torchMode() != LightMode::off) return;
   logLine("starting torch/flash");
   device->lockForConfiguration();
-  device->setTorchMode(torchOn);
-  device->setFlashMode(flashOn);
+  device->setTorchMode(LightMode::on);
+  device->setFlashMode(LightMode::on);
   device->unlockForConfiguration();
 }
 

@@ -52,9 +52,16 @@ class SampleBufferDelegate {
 
 enum class CaptureDeviceType { dualCamera, wideAngleCamera, telephotoCamera };
 
-/// A camera with its light. Modes are the platform's own numbers: exposure, white balance and focus
-/// 0 locked, 1 auto, 2 continuous; torch and flash 0 off, 1 on, 2 auto; focus range restriction
-/// 0 none, 1 near, 2 far. Changes need the lock for configuration.
+// The numbers are the settings' and the log's. Settings may hold one that stands for none of these;
+// devices are asked whether they support it.
+
+/// Of exposure, white balance and focus; automatic is once, then locked.
+enum class CaptureMode : int { locked = 0, automatic = 1, continuous = 2 };
+/// Of torch and flash.
+enum class LightMode : int { off = 0, on = 1, automatic = 2 };
+enum class FocusRange : int { unrestricted = 0, near = 1, far = 2 };
+
+/// A camera with its light. Changes need the lock for configuration.
 class CaptureDevice {
  public:
   virtual ~CaptureDevice() = default;
@@ -64,32 +71,32 @@ class CaptureDevice {
   virtual bool lockForConfiguration() = 0;
   virtual void unlockForConfiguration() = 0;
 
-  virtual bool isExposureModeSupported(int mode) const = 0;
-  virtual int exposureMode() const = 0;
-  virtual void setExposureMode(int mode) = 0;
+  virtual bool isExposureModeSupported(CaptureMode mode) const = 0;
+  virtual CaptureMode exposureMode() const = 0;
+  virtual void setExposureMode(CaptureMode mode) = 0;
 
-  virtual bool isWhiteBalanceModeSupported(int mode) const = 0;
-  virtual int whiteBalanceMode() const = 0;
-  virtual void setWhiteBalanceMode(int mode) = 0;
+  virtual bool isWhiteBalanceModeSupported(CaptureMode mode) const = 0;
+  virtual CaptureMode whiteBalanceMode() const = 0;
+  virtual void setWhiteBalanceMode(CaptureMode mode) = 0;
 
-  virtual bool isFocusModeSupported(int mode) const = 0;
-  virtual int focusMode() const = 0;
-  virtual void setFocusMode(int mode) = 0;
+  virtual bool isFocusModeSupported(CaptureMode mode) const = 0;
+  virtual CaptureMode focusMode() const = 0;
+  virtual void setFocusMode(CaptureMode mode) = 0;
 
-  virtual int autoFocusRangeRestriction() const = 0;
-  virtual void setAutoFocusRangeRestriction(int restriction) = 0;
+  virtual FocusRange autoFocusRangeRestriction() const = 0;
+  virtual void setAutoFocusRangeRestriction(FocusRange restriction) = 0;
 
   virtual bool isLowLightBoostSupported() const = 0;
   virtual bool automaticallyEnablesLowLightBoostWhenAvailable() const = 0;
   virtual void setAutomaticallyEnablesLowLightBoostWhenAvailable(bool enabled) = 0;
 
   virtual bool hasTorch() const = 0;
-  virtual bool isTorchModeSupported(int mode) const = 0;
-  virtual int torchMode() const = 0;
-  virtual void setTorchMode(int mode) = 0;
+  virtual bool isTorchModeSupported(LightMode mode) const = 0;
+  virtual LightMode torchMode() const = 0;
+  virtual void setTorchMode(LightMode mode) = 0;
   /// 0 to 1.
   virtual float torchLevel() const = 0;
-  virtual void setFlashMode(int mode) = 0;
+  virtual void setFlashMode(LightMode mode) = 0;
 
   virtual double videoZoomFactor() const = 0;
   virtual bool isAdjustingWhiteBalance() const = 0;

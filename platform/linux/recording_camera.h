@@ -20,20 +20,20 @@ class RecordedDevice : public CaptureDevice {
   bool lockForConfiguration() override { return true; }
   void unlockForConfiguration() override {}
 
-  bool isExposureModeSupported(int) const override { return true; }
-  int exposureMode() const override { return exposureMode_; }
-  void setExposureMode(int mode) override { exposureMode_ = mode; }
+  bool isExposureModeSupported(CaptureMode) const override { return true; }
+  CaptureMode exposureMode() const override { return exposureMode_; }
+  void setExposureMode(CaptureMode mode) override { exposureMode_ = mode; }
 
-  bool isWhiteBalanceModeSupported(int) const override { return true; }
-  int whiteBalanceMode() const override { return whiteBalanceMode_; }
-  void setWhiteBalanceMode(int mode) override { whiteBalanceMode_ = mode; }
+  bool isWhiteBalanceModeSupported(CaptureMode) const override { return true; }
+  CaptureMode whiteBalanceMode() const override { return whiteBalanceMode_; }
+  void setWhiteBalanceMode(CaptureMode mode) override { whiteBalanceMode_ = mode; }
 
-  bool isFocusModeSupported(int) const override { return true; }
-  int focusMode() const override { return focusMode_; }
-  void setFocusMode(int mode) override { focusMode_ = mode; }
+  bool isFocusModeSupported(CaptureMode) const override { return true; }
+  CaptureMode focusMode() const override { return focusMode_; }
+  void setFocusMode(CaptureMode mode) override { focusMode_ = mode; }
 
-  int autoFocusRangeRestriction() const override { return autoFocusRangeRestriction_; }
-  void setAutoFocusRangeRestriction(int restriction) override {
+  FocusRange autoFocusRangeRestriction() const override { return autoFocusRangeRestriction_; }
+  void setAutoFocusRangeRestriction(FocusRange restriction) override {
     autoFocusRangeRestriction_ = restriction;
   }
 
@@ -44,12 +44,12 @@ class RecordedDevice : public CaptureDevice {
   }
 
   bool hasTorch() const override { return true; }
-  bool isTorchModeSupported(int) const override { return true; }
-  int torchMode() const override { return torchMode_; }
-  void setTorchMode(int mode) override { torchMode_ = mode; }
-  float torchLevel() const override { return torchMode_ == 0 ? 0.0F : 1.0F; }
-  void setFlashMode(int mode) override { flashMode_ = mode; }
-  int flashMode() const { return flashMode_; }
+  bool isTorchModeSupported(LightMode) const override { return true; }
+  LightMode torchMode() const override { return torchMode_; }
+  void setTorchMode(LightMode mode) override { torchMode_ = mode; }
+  float torchLevel() const override { return torchMode_ == LightMode::off ? 0.0F : 1.0F; }
+  void setFlashMode(LightMode mode) override { flashMode_ = mode; }
+  LightMode flashMode() const { return flashMode_; }
 
   double videoZoomFactor() const override { return 1; }
   bool isAdjustingWhiteBalance() const override { return false; }
@@ -57,14 +57,14 @@ class RecordedDevice : public CaptureDevice {
   bool isAdjustingExposure() const override { return false; }
 
  private:
-  int exposureMode_ = 0;
-  int whiteBalanceMode_ = 0;
-  int focusMode_ = 0;
-  /// Not "none": only a device that restricts its range already is given the settings' restriction.
-  int autoFocusRangeRestriction_ = 1;
+  CaptureMode exposureMode_ = CaptureMode::locked;
+  CaptureMode whiteBalanceMode_ = CaptureMode::locked;
+  CaptureMode focusMode_ = CaptureMode::locked;
+  /// Only a device that restricts its range already is given the settings' restriction.
+  FocusRange autoFocusRangeRestriction_ = FocusRange::near;
   bool lowLightBoost_ = false;
-  int torchMode_ = 0;
-  int flashMode_ = 0;
+  LightMode torchMode_ = LightMode::off;
+  LightMode flashMode_ = LightMode::off;
 };
 
 /// Which part of a recording is played, in seconds of its own time.

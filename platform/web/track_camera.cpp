@@ -42,38 +42,44 @@ class TrackCamera::Device : public CaptureDevice {
     if (std::exchange(changed_, false)) page_.call<void>("apply", constraints_);
   }
 
-  bool isExposureModeSupported(int mode) const override { return supports("exposureMode", mode); }
-  int exposureMode() const override { return mode("exposureMode"); }
-  void setExposureMode(int mode) override { setMode("exposureMode", mode); }
+  bool isExposureModeSupported(CaptureMode mode) const override {
+    return supports("exposureMode", mode);
+  }
+  CaptureMode exposureMode() const override { return mode("exposureMode"); }
+  void setExposureMode(CaptureMode mode) override { setMode("exposureMode", mode); }
 
-  bool isWhiteBalanceModeSupported(int mode) const override {
+  bool isWhiteBalanceModeSupported(CaptureMode mode) const override {
     return supports("whiteBalanceMode", mode);
   }
-  int whiteBalanceMode() const override { return mode("whiteBalanceMode"); }
-  void setWhiteBalanceMode(int mode) override { setMode("whiteBalanceMode", mode); }
+  CaptureMode whiteBalanceMode() const override { return mode("whiteBalanceMode"); }
+  void setWhiteBalanceMode(CaptureMode mode) override { setMode("whiteBalanceMode", mode); }
 
-  bool isFocusModeSupported(int mode) const override { return supports("focusMode", mode); }
-  int focusMode() const override { return mode("focusMode"); }
-  void setFocusMode(int mode) override { setMode("focusMode", mode); }
+  bool isFocusModeSupported(CaptureMode mode) const override { return supports("focusMode", mode); }
+  CaptureMode focusMode() const override { return mode("focusMode"); }
+  void setFocusMode(CaptureMode mode) override { setMode("focusMode", mode); }
 
-  int autoFocusRangeRestriction() const override { return 0; }
-  void setAutoFocusRangeRestriction(int) override {}
+  FocusRange autoFocusRangeRestriction() const override { return FocusRange::unrestricted; }
+  void setAutoFocusRangeRestriction(FocusRange) override {}
 
   bool isLowLightBoostSupported() const override { return false; }
   bool automaticallyEnablesLowLightBoostWhenAvailable() const override { return false; }
   void setAutomaticallyEnablesLowLightBoostWhenAvailable(bool) override {}
 
   bool hasTorch() const override { return page_.call<bool>("hasTorch"); }
-  bool isTorchModeSupported(int mode) const override { return hasTorch() && mode < 2; }
-  int torchMode() const override { return page_.call<bool>("isTorchRefused") ? 0 : torchMode_; }
-  void setTorchMode(int mode) override {
+  bool isTorchModeSupported(LightMode mode) const override {
+    return hasTorch() && (mode == LightMode::off || mode == LightMode::on);
+  }
+  LightMode torchMode() const override {
+    return page_.call<bool>("isTorchRefused") ? LightMode::off : torchMode_;
+  }
+  void setTorchMode(LightMode mode) override {
     if (mode == torchMode_) return;
     torchMode_ = mode;
-    set("torch", val(mode != 0));
+    set("torch", val(mode != LightMode::off));
   }
-  float torchLevel() const override { return torchMode() == 0 ? 0.0F : 1.0F; }
+  float torchLevel() const override { return torchMode() == LightMode::off ? 0.0F : 1.0F; }
   // A video track has a torch and no flash.
-  void setFlashMode(int) override {}
+  void setFlashMode(LightMode) override {}
 
   double videoZoomFactor() const override {
     const val zoom = page_.call<val>("setting", std::string("zoom"));
@@ -85,21 +91,21 @@ class TrackCamera::Device : public CaptureDevice {
   bool isAdjustingExposure() const override { return false; }
 
  private:
-  bool supports(const char* constraint, int mode) const {
-    if (mode < 0 || mode >= static_cast<int>(modeNames.size())) return false;
-    return page_.call<bool>("supports", std::string(constraint),
-                            std::string(modeNames[static_cast<std::size_t>(mode)]));
+  bool supports(const char* constraint, CaptureMode mode) const {
+    const auto index = static_cast<std::size_t>(mode);
+    if (index >= modeNames.size()) return false;
+    return page_.call<bool>("supports", std::string(constraint), std::string(modeNames[index]));
   }
 
-  int mode(const char* constraint) const {
+  CaptureMode mode(const char* constraint) const {
     const val name = page_.call<val>("setting", std::string(constraint));
     for (std::size_t i = 0; name.isString() && i < modeNames.size(); ++i) {
-      if (name.as<std::string>() == modeNames[i]) return static_cast<int>(i);
+      if (name.as<std::string>() == modeNames[i]) return static_cast<CaptureMode>(i);
     }
-    return 0;
+    return CaptureMode::locked;
   }
 
-  void setMode(const char* constraint, int mode) {
+  void setMode(const char* constraint, CaptureMode mode) {
     set(constraint, val(std::string(modeNames.at(static_cast<std::size_t>(mode)))));
   }
 
@@ -111,7 +117,7 @@ class TrackCamera::Device : public CaptureDevice {
   val page_;
   val constraints_ = val::object();
   bool changed_ = false;
-  int torchMode_ = 0;
+  LightMode torchMode_ = LightMode::off;
 };
 
 class TrackCamera::Session : public CaptureSession {

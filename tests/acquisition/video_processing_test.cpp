@@ -60,7 +60,7 @@ TEST_F(VideoProcessingTest, ASettingThatTheDeviceLacksIsLoggedAndTheStartGoesOn)
   withCameraSettings({{"exposureMode", 1}, {"focusMode", 2}, {"flashMode", 1}});
   auto& device = *platform_.camera.device;
   device.exposureModes = device.whiteBalanceModes = device.focusModes = {};
-  device.rangeRestriction = 0;
+  device.rangeRestriction = FocusRange::unrestricted;
   device.lowLightBoost = false;
   device.lockable = false;
   EXPECT_TRUE(video_.startRecording());
@@ -196,7 +196,7 @@ TEST_F(VideoProcessingTest, OneProfileAveragesTheWholeFrameAndSkipsOneThatCannot
 TEST_F(VideoProcessingTest, TheDumpTellsTheCamerasStateOnEveryFifteenthFrame) {
   video_.startRecording();
   platform_.log.lines.clear();
-  platform_.camera.device->focusModes = {1};
+  platform_.camera.device->focusModes = {CaptureMode::automatic};
   video_.setCounter(14);
   video_.avCaptureSettings();
   EXPECT_THAT(platform_.log.lines, IsEmpty());

@@ -232,13 +232,14 @@ TEST_F(RecordingCameraTest, TheDeviceTakesEverySettingAndRemembersIt) {
   CaptureDevice& device = *devices->front();
   EXPECT_EQ(device.deviceType(), CaptureDeviceType::wideAngleCamera);
   EXPECT_TRUE(device.hasTorch());
-  EXPECT_NE(device.autoFocusRangeRestriction(), 0) << "or its setting would not be applied";
-  device.setExposureMode(2);
-  device.setAutoFocusRangeRestriction(0);
-  device.setTorchMode(1);
-  EXPECT_EQ(camera_->device().exposureMode(), 2);
-  EXPECT_EQ(camera_->device().autoFocusRangeRestriction(), 0);
-  EXPECT_EQ(camera_->device().torchMode(), 1);
+  EXPECT_NE(device.autoFocusRangeRestriction(), FocusRange::unrestricted)
+      << "or its setting would not be applied";
+  device.setExposureMode(CaptureMode::continuous);
+  device.setAutoFocusRangeRestriction(FocusRange::unrestricted);
+  device.setTorchMode(LightMode::on);
+  EXPECT_EQ(camera_->device().exposureMode(), CaptureMode::continuous);
+  EXPECT_EQ(camera_->device().autoFocusRangeRestriction(), FocusRange::unrestricted);
+  EXPECT_EQ(camera_->device().torchMode(), LightMode::on);
 }
 
 }  // namespace

@@ -22,11 +22,11 @@ class ScriptedDevice : public CaptureDevice {
   bool lockable = true;
   bool torch = true;
   bool lowLightBoost = true;
-  int rangeRestriction = 1;
+  FocusRange rangeRestriction = FocusRange::near;
   int torchState = 0;
-  std::set<int> exposureModes{0, 1, 2};
-  std::set<int> whiteBalanceModes{0, 1, 2};
-  std::set<int> focusModes{0, 1, 2};
+  std::set<CaptureMode> exposureModes = allModes;
+  std::set<CaptureMode> whiteBalanceModes = allModes;
+  std::set<CaptureMode> focusModes = allModes;
 
   CaptureDeviceType deviceType() const override { return type_; }
   bool lockForConfiguration() override {
@@ -34,19 +34,21 @@ class ScriptedDevice : public CaptureDevice {
     return lockable;
   }
   void unlockForConfiguration() override { journal_.add("device unlock"); }
-  bool isExposureModeSupported(int mode) const override { return exposureModes.contains(mode); }
-  int exposureMode() const override { return 2; }
-  void setExposureMode(int mode) override { record("exposure", mode); }
-  bool isWhiteBalanceModeSupported(int mode) const override {
+  bool isExposureModeSupported(CaptureMode mode) const override {
+    return exposureModes.contains(mode);
+  }
+  CaptureMode exposureMode() const override { return CaptureMode::continuous; }
+  void setExposureMode(CaptureMode mode) override { record("exposure", mode); }
+  bool isWhiteBalanceModeSupported(CaptureMode mode) const override {
     return whiteBalanceModes.contains(mode);
   }
-  int whiteBalanceMode() const override { return 1; }
-  void setWhiteBalanceMode(int mode) override { record("white balance", mode); }
-  bool isFocusModeSupported(int mode) const override { return focusModes.contains(mode); }
-  int focusMode() const override { return 0; }
-  void setFocusMode(int mode) override { record("focus", mode); }
-  int autoFocusRangeRestriction() const override { return rangeRestriction; }
-  void setAutoFocusRangeRestriction(int restriction) override {
+  CaptureMode whiteBalanceMode() const override { return CaptureMode::automatic; }
+  void setWhiteBalanceMode(CaptureMode mode) override { record("white balance", mode); }
+  bool isFocusModeSupported(CaptureMode mode) const override { return focusModes.contains(mode); }
+  CaptureMode focusMode() const override { return CaptureMode::locked; }
+  void setFocusMode(CaptureMode mode) override { record("focus", mode); }
+  FocusRange autoFocusRangeRestriction() const override { return rangeRestriction; }
+  void setAutoFocusRangeRestriction(FocusRange restriction) override {
     record("focus range", restriction);
   }
   bool isLowLightBoostSupported() const override { return lowLightBoost; }
@@ -55,23 +57,27 @@ class ScriptedDevice : public CaptureDevice {
     record("low-light boost", enabled);
   }
   bool hasTorch() const override { return torch; }
-  bool isTorchModeSupported(int mode) const override { return mode < 2; }
-  int torchMode() const override { return torchState; }
-  void setTorchMode(int mode) override {
-    torchState = mode;
+  bool isTorchModeSupported(LightMode mode) const override { return mode != LightMode::automatic; }
+  LightMode torchMode() const override { return static_cast<LightMode>(torchState); }
+  void setTorchMode(LightMode mode) override {
+    torchState = static_cast<int>(mode);
     record("torch", mode);
   }
   float torchLevel() const override { return 0.5F; }
-  void setFlashMode(int mode) override { record("flash", mode); }
+  void setFlashMode(LightMode mode) override { record("flash", mode); }
   double videoZoomFactor() const override { return 1.25; }
   bool isAdjustingWhiteBalance() const override { return true; }
   bool isAdjustingFocus() const override { return false; }
   bool isAdjustingExposure() const override { return true; }
 
  private:
-  void record(const std::string& what, int value) {
-    journal_.add("device " + what + ' ' + std::to_string(value));
+  template <class Value>
+  void record(const std::string& what, Value value) {
+    journal_.add("device " + what + ' ' + std::to_string(static_cast<int>(value)));
   }
+
+  inline static const std::set<CaptureMode> allModes{CaptureMode::locked, CaptureMode::automatic,
+                                                     CaptureMode::continuous};
 
   CaptureDeviceType type_;
   Journal& journal_;
