@@ -191,7 +191,7 @@ ExitStatus chart(const ChartOptions& options) {
     if (store->failure()) throw StoreError(*store->failure());
     if (values) history.setValue(Utils::valuesKey, *values);
   }
-  OutputFile output(format ? options.output : "-");
+  OutputFile output(format ? options.output : "-", Readers::ownerAlone);
   NoSharing sharing;
   HistoryPlatform platform(history, sharing);
 

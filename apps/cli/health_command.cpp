@@ -75,7 +75,7 @@ ExitStatus exportRecords(const HealthOptions& options) {
   }
   const std::string records = FhirHealthStore::contentsIn(folder).value_or("");
 
-  OutputFile output(options.output);
+  OutputFile output(options.output, Readers::ownerAlone);
   const NlohmannJsonParser json;
   std::size_t damaged = 0;
   std::size_t firstDamaged = 0;

@@ -296,7 +296,7 @@ ExitStatus exportCsv(const HistoryOptions& options) {
   if (history.entries().empty()) complain(history.nothingThere());
   const ExitStatus status = history.tellDamaged(history.selectedRows());
   const Mail mail = history.share("Email (csv)");
-  OutputFile output(options.output);
+  OutputFile output(options.output, Readers::ownerAlone);
   output.write(mail.attachments.front().data);
   // The last line has no end, which on a terminal would leave the prompt behind it.
   if (options.output == "-" && ::isatty(STDOUT_FILENO) == 1) output.write("\n");
@@ -327,7 +327,7 @@ ExitStatus mail(const HistoryOptions& options) {
   const Mail mail = history.share(options.text ? "Email (text)" : "Email (csv)");
   const bool handsOver = options.output.empty();
   const std::string file = handsOver ? draftFile(history.folder()) : options.output;
-  OutputFile output(file);
+  OutputFile output(file, Readers::ownerAlone);
   output.write(mailDraft(mail, mailSender(), services().clock.now()));
   output.commit();
   if (handsOver) {

@@ -4,6 +4,7 @@
 #include <limits.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <array>
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <utility>
+#include <vector>
 
 #include "platform/linux/file_problem.h"
 
@@ -86,6 +88,31 @@ bool isFolder(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+/// Gives `to` the access list of `from`, or its lack of one; false when it cannot.
+bool copyAccessList(const char* from, const char* to) {
+  constexpr const char* list = "system.posix_acl_access";
+  std::vector<char> value(XATTR_SIZE_MAX);
+  const ssize_t size = getxattr(from, list, value.data(), value.size());
+  if (size >= 0) return setxattr(to, list, value.data(), static_cast<std::size_t>(size), 0) == 0;
+  // The folder may have given it one.
+  return removexattr(to, list) == 0 || errno == ENODATA || errno == ENOTSUP;
+}
+
+/// Makes the new file at `to` accessible to those to whom the one at `from` is.
+void copyAccess(const char* from, const char* to) {
+  struct stat former {};
+  if (stat(from, &former) != 0) return;
+  constexpr uid_t sameOwner = static_cast<uid_t>(-1);
+  constexpr gid_t sameGroup = static_cast<gid_t>(-1);
+  mode_t mode = former.st_mode & 0777U;
+  if (chown(to, sameOwner, former.st_gid) != 0 || !copyAccessList(from, to)) {
+    mode = (mode & 0707U) | (mode & 0007U) << 3;
+  }
+  // What the system does not allow leaves the file to its owner alone, which harms nobody.
+  [[maybe_unused]] const bool allowed =
+      chmod(to, mode) == 0 && chown(to, former.st_uid, sameGroup) == 0;
+}
+
 [[noreturn]] void refuseOutput(const std::string& path, int systemError) {
   throw OutputError(path == "-" ? fileProblem("standard output", systemError, FilePlace::stream)
                                 : fileProblem(path, systemError, FilePlace::outputFile));
@@ -106,7 +133,8 @@ void requireNoKeptData(const std::string& path) {
   }
 }
 
-PendingFile::PendingFile(const std::string& target) : target_(target), place_(target) {
+PendingFile::PendingFile(const std::string& target, Readers readers)
+    : target_(target), place_(target) {
   requireNoKeptData(target);
   if (isFolder(target)) refuse(EISDIR);
   if (!isRegularOrAbsent(target)) {
@@ -115,13 +143,16 @@ PendingFile::PendingFile(const std::string& target) : target_(target), place_(ta
   std::error_code unresolved;
   const auto resolved = std::filesystem::weakly_canonical(target, unresolved);
   if (!unresolved) place_ = resolved.string();
-  if (access(place_.c_str(), F_OK) == 0 && access(place_.c_str(), W_OK) != 0) refuse(errno);
+  replaces_ = access(place_.c_str(), F_OK) == 0;
+  if (replaces_ && access(place_.c_str(), W_OK) != 0) refuse(errno);
 
+  // Until it is whole nobody reads it to whom the former file is closed.
+  const mode_t mode = replaces_ || readers == Readers::ownerAlone ? 0600 : 0666;
   constexpr int attempts = 100;
   for (int attempt = 0; attempt < attempts; ++attempt) {
     path_ = place_ + ".part" + std::to_string(getpid()) + (attempt ? std::to_string(-attempt) : "");
     const InterruptionsHeldBack heldBack;
-    const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (file >= 0) {
       close(file);
       rememberPending(path_);
@@ -141,6 +172,7 @@ PendingFile::~PendingFile() {
 }
 
 void PendingFile::commit() {
+  if (replaces_) copyAccess(place_.c_str(), path_.c_str());
   if (std::rename(path_.c_str(), place_.c_str()) != 0) refuse(errno);
   forgetPending(path_);
   path_.clear();
@@ -154,11 +186,11 @@ void removePendingFilesWhenInterrupted() {
 
 void PendingFile::refuse(int systemError) const { refuseOutput(target_, systemError); }
 
-OutputFile::OutputFile(const std::string& path) : path_(path), file_(stdout) {
+OutputFile::OutputFile(const std::string& path, Readers readers) : path_(path), file_(stdout) {
   if (path == "-") return;
   std::string opened = path;
   if (isFolder(path) || isRegularOrAbsent(path)) {
-    pending_ = std::make_unique<PendingFile>(path);
+    pending_ = std::make_unique<PendingFile>(path, readers);
     opened = pending_->path();
   }
   file_ = std::fopen(opened.c_str(), "wbe");

@@ -18,13 +18,20 @@ class OutputError : public std::runtime_error {
 /// or the health records beside one. Nothing that is written elsewhere may take its place.
 void requireNoKeptData(const std::string& path);
 
+/// Who may read a file that is new: whom the umask lets, or nobody but its owner, as is right for
+/// what was measured of somebody over days.
+enum class Readers { asUmaskSays, ownerAlone };
+
 /// A name beside a target under which a file is written until it is whole, so that the target is
 /// either what it was or complete. What was not committed is removed with the object.
+///
+/// A target that is there already keeps its permissions, and its owner and group where the system
+/// allows that; where its group cannot be kept, another group gets no more than everybody.
 class PendingFile {
  public:
   /// Makes an empty file beside `target`, which must be a regular file or not exist yet. Throws
   /// `OutputError`.
-  explicit PendingFile(const std::string& target);
+  explicit PendingFile(const std::string& target, Readers readers = Readers::asUmaskSays);
   ~PendingFile();
   PendingFile(const PendingFile&) = delete;
   PendingFile& operator=(const PendingFile&) = delete;
@@ -40,6 +47,8 @@ class PendingFile {
   std::string target_;
   /// Where the target's name leads, through symbolic links.
   std::string place_;
+  /// Whether a file was there.
+  bool replaces_ = false;
   std::string path_;
 };
 
@@ -52,7 +61,7 @@ void removePendingFilesWhenInterrupted();
 class OutputFile {
  public:
   /// Throws `OutputError`, as the others do.
-  explicit OutputFile(const std::string& path);
+  explicit OutputFile(const std::string& path, Readers readers = Readers::asUmaskSays);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <cmath>
 
@@ -197,6 +198,35 @@ TEST_F(HistoryTest, AMailIsADraftForTheMailProgram) {
   const std::string opened = contentsOf(file("opened"));
   EXPECT_THAT(opened, StartsWith(drafts));
   EXPECT_THAT(contentsOf(opened), HasSubstr("X-Unsent: 1"));
+}
+
+TEST_F(HistoryTest, WhatHoldsSomebodysMeasurementsIsForItsOwnerAlone) {
+  ASSERT_EQ(run({"health", "allow", "heartrate", "--data", data()}).status, 0);
+  ASSERT_EQ(run({"measure", "--data", data()}).status, 0);
+  const std::string drafts = data() + "/drafts";
+  for (const mode_t mask : {0022U, 0U}) {
+    const auto made = [&](const Arguments& arguments, const std::string& name) {
+      EXPECT_EQ(run(arguments, [=] { umask(mask); }).status, 0) << name;
+      struct stat status {};
+      EXPECT_EQ(stat(name.c_str(), &status), 0) << name;
+      std::filesystem::remove(name);
+      return status.st_mode & 0777;
+    };
+    const std::string out = file("out.png");
+    EXPECT_EQ(made({"history", "export", "-o", out, "--data", data()}, out), 0600U);
+    EXPECT_EQ(made({"history", "mail", "-o", out, "--data", data()}, out), 0600U);
+    EXPECT_EQ(made({"health", "export", "-o", out, "--data", data()}, out), 0600U);
+    EXPECT_EQ(made({"chart", "-o", out, "--data", data()}, out), 0600U);
+    ASSERT_EQ(run({"history", "mail", "--data", data()}, [=] { umask(mask); }).status, 0);
+    for (const auto& draft : std::filesystem::directory_iterator(drafts)) {
+      EXPECT_EQ(draft.status().permissions(), std::filesystem::perms(0600));
+    }
+    for (const char* name : {"out.csv", "out.mp4"}) {
+      EXPECT_EQ(made({"synth", file(name), "--seconds", "1", "--size", "16x16"}, file(name)),
+                0666 & ~mask);
+    }
+  }
+  EXPECT_FALSE(std::filesystem::is_empty(drafts));
 }
 
 TEST_F(HistoryTest, ADamagedEntryIsShownAndLeftAloneAndTheOthersWork) {

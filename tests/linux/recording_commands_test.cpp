@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -234,6 +235,53 @@ TEST_F(RecordingCommandsTest, OutputThatCannotBeWrittenLeavesNothingBehind) {
     EXPECT_THAT(folder_.names(), ElementsAre(name));
     unlink(former.c_str());
   }
+}
+
+TEST_F(RecordingCommandsTest, AFileInTheFormersPlaceIsForThoseForWhomThatWas) {
+  const std::string input = folder_.write("a.csv", "time,R,G,B\n0,1,2,3\n");
+  const std::string output = folder_.write("b.csv", "kept");
+  const auto replaced = [&] {
+    EXPECT_EQ(series(input, output).status, 0);
+    EXPECT_NE(contentsOf(output), "kept");
+    struct stat status {};
+    stat(output.c_str(), &status);
+    return status;
+  };
+  for (const mode_t mask : {0022U, 0U}) {
+    const mode_t former = umask(mask);
+    for (const mode_t mode : {0600U, 0646U}) {
+      chmod(output.c_str(), mode);
+      EXPECT_EQ(replaced().st_mode & 0777, mode);
+    }
+    umask(former);
+  }
+  // User 1 may write, the group may nothing, which the mode does not say.
+  const char list[] =
+      "\2\0\0\0"
+      "\1\0\6\0\377\377\377\377\2\0\6\0\1\0\0\0\4\0\0\0\377\377\377\377"
+      "\20\0\6\0\377\377\377\377\40\0\0\0\377\377\377\377";
+  constexpr std::size_t listSize = sizeof list - 1;
+  constexpr const char* listName = "system.posix_acl_access";
+  if (setxattr(output.c_str(), listName, list, listSize, 0) == 0) {
+    EXPECT_EQ(replaced().st_mode & 0777, 0660U);
+    char kept[listSize] = {};
+    EXPECT_EQ(getxattr(output.c_str(), listName, kept, sizeof kept), ssize_t{sizeof kept});
+    EXPECT_EQ(std::string(kept, sizeof kept), std::string(list, listSize));
+    removexattr(output.c_str(), listName);
+  }
+  if (geteuid() != 0) return;  // Only root gives files away.
+  ASSERT_EQ(chown(output.c_str(), 1, 2), 0);
+  chmod(output.c_str(), 0672);
+  EXPECT_EQ(replaced().st_uid, 1U);
+  EXPECT_EQ(replaced().st_gid, 2U);
+  EXPECT_EQ(replaced().st_mode & 0777, 0672U);
+  // Who cannot keep the group gives another one no more than everybody has.
+  chmod(folder_.path().c_str(), 0777);
+  EXPECT_EQ(inChild([&] {
+              if (setgid(3) != 0 || setuid(3) != 0) return std::string("no other user");
+              return std::to_string(replaced().st_mode & 0777);
+            }),
+            std::to_string(0622));
 }
 
 TEST_F(RecordingCommandsTest, LinksAndDevicesAreWrittenThrough) {
