@@ -2,52 +2,56 @@
 
 #include <emscripten/val.h>
 
-#include <cstddef>
 #include <string>
 #include <utility>
 
-#include "platform/action_sheet.h"
+#include "apps/web/page_display.h"
+#include "history/chart_results_view_controller.h"
 #include "platform/line_chart.h"
 
 namespace veyla {
 
-/// One line chart of the page's: `page` answers the operations by their names, each with the
-/// chart's name first. What stands at an axis is asked for by `axisText`.
+/// One line chart of the page's: `page` answers the operations by their names. What stands at an
+/// axis is asked for by `axisText`.
 class PageChart : public LineChart {
  public:
-  PageChart(emscripten::val page, std::string name)
-      : page_(std::move(page)), name_(std::move(name)) {}
+  explicit PageChart(emscripten::val page) : page_(std::move(page)) {}
 
   void configure(const LineChartSettings& settings) override;
-  void clear() override { page_.call<void>("clear", name_); }
+  void clear() override { page_.call<void>("clear"); }
   void setData(const LineDataSet& data) override;
-  void setGranularity(double seconds) override {
-    page_.call<void>("setGranularity", name_, seconds);
-  }
+  void setGranularity(double seconds) override { page_.call<void>("setGranularity", seconds); }
 
-  /// The text at a value of an axis, "left", "right" or "x".
+  /// The text at a value of an axis, "x" or the right one.
   std::string axisText(const std::string& axis, double value) const;
 
  private:
   emscripten::val page_;
-  std::string name_;
   LineChartSettings settings_;
 };
 
-/// The page's sheet of actions: `present(sheet)` gets an object with title, tint and the actions'
-/// titles, and answers a tap by `choose`.
-class PageActionSheet : public ActionSheetView {
+/// What the charts screen stands on: `page` has `display`, `heartrate` and `spo2`.
+struct PageChartViews {
+  PageChartViews(const emscripten::val& page, MainQueue& queue)
+      : display(page["display"], queue), heartrate(page["heartrate"]), spo2(page["spo2"]) {}
+
+  PageDisplay display;
+  PageChart heartrate;
+  PageChart spo2;
+};
+
+/// The charts screen with its views, which lasts as long as the page keeps it.
+class PageChartsScreen : private PageChartViews, public ChartResultsViewController {
  public:
-  explicit PageActionSheet(emscripten::val page) : page_(std::move(page)) {}
+  PageChartsScreen(const emscripten::val& page, MainQueue& queue, ActionSheetView& sheets)
+      : PageChartViews(page, queue), ChartResultsViewController(display, sheets, heartrate, spo2) {}
 
-  void present(const ActionSheet& sheet) override;
-  void dismiss() override { page_.call<void>("dismiss"); }
-
-  void choose(std::size_t action);
-
- private:
-  emscripten::val page_;
-  ActionSheet sheet_;
+  std::string heartrateAxisText(const std::string& axis, double value) const {
+    return heartrate.axisText(axis, value);
+  }
+  std::string spo2AxisText(const std::string& axis, double value) const {
+    return spo2.axisText(axis, value);
+  }
 };
 
 }  // namespace veyla

@@ -1,19 +1,52 @@
 #include "apps/web/page_lists.h"
 
-#include "apps/web/page_shell.h"
+#include <emscripten/bind.h>
+
+#include "platform/web/page_types.h"
 
 namespace veyla {
 
 using emscripten::val;
 
+template <>
+struct PageNames<ActionStyle> {
+  static constexpr std::array<std::string_view, 2> names{"standard", "cancel"};
+};
+
+template <>
+struct PageNames<RowAnimation> {
+  static constexpr std::array<std::string_view, 2> names{"none", "fade"};
+};
+
+EMSCRIPTEN_BINDINGS(page_lists) {
+  emscripten::value_object<SheetAction>("SheetAction")
+      .field("title", &SheetAction::title)
+      .field("style", &SheetAction::style);
+  emscripten::value_object<ActionSheet>("ActionSheet")
+      .field("title", &ActionSheet::title)
+      .field("message", &ActionSheet::message)
+      .field("tint", &ActionSheet::tint)
+      .field("actions", &ActionSheet::actions);
+}
+
+void PageActionSheet::present(const ActionSheet& sheet) {
+  sheet_ = sheet;
+  page_.call<void>("present", sheet);
+}
+
+void PageActionSheet::choose(std::size_t action) {
+  if (action >= sheet_.actions.size()) return;
+  // A copy: the action may present another sheet.
+  const auto chosen = sheet_.actions[action].action;
+  if (chosen) chosen();
+}
+
 void PageResults::setLeftButton(std::string_view title) {
-  page_.call<void>("setLeftButton", std::string(title));
+  page_.call<void>("setLeftButton", title);
 }
 
 void PageResults::setRightButtons(const std::vector<std::string_view>& titles) {
-  val list = val::array();
-  for (const std::string_view title : titles) list.call<void>("push", std::string(title));
-  page_.call<void>("setRightButtons", list);
+  page_.call<void>("setRightButtons", titles);
 }
 
 std::int32_t PageResults::listHeight() const { return page_.call<int>("listHeight"); }
@@ -22,26 +55,22 @@ void PageResults::setEditing(bool editing, bool animated) {
   page_.call<void>("setEditing", editing, animated);
 }
 
-void PageResults::selectRow(std::size_t row, bool) {
-  page_.call<void>("setSelected", static_cast<int>(row), true);
-}
+void PageResults::selectRow(std::size_t row, bool) { page_.call<void>("setSelected", row, true); }
 
 void PageResults::deselectRow(std::size_t row, bool) {
-  page_.call<void>("setSelected", static_cast<int>(row), false);
+  page_.call<void>("setSelected", row, false);
 }
 
 void PageResults::deleteRows(const std::vector<std::size_t>& rows, RowAnimation animation) {
-  val list = val::array();
-  for (const std::size_t row : rows) list.call<void>("push", static_cast<int>(row));
-  page_.call<void>("deleteRows", list, animation == RowAnimation::fade);
+  page_.call<void>("deleteRows", rows, animation);
 }
 
 void PageResults::setCheckMark(std::size_t chooserRow, bool shown) {
-  page_.call<void>("setCheckMark", static_cast<int>(chooserRow), shown);
+  page_.call<void>("setCheckMark", chooserRow, shown);
 }
 
 void PageResults::setOpacity(Element element, double opacity, double seconds) {
-  page_.call<void>("setOpacity", nameOf(element), opacity, seconds);
+  page_.call<void>("setOpacity", element, opacity, seconds);
 }
 
 void PageResults::slideToolbar(std::int32_t upward, std::int32_t, double seconds) {
@@ -49,11 +78,11 @@ void PageResults::slideToolbar(std::int32_t upward, std::int32_t, double seconds
 }
 
 void PageOptions::setText(Element element, const std::string& text) {
-  page_.call<void>("setText", nameOf(element), text);
+  page_.call<void>("setText", element, text);
 }
 
 void PageOptions::setAccessoryButton(Element cell, const AccessoryButton& button) {
-  page_.call<void>("setAccessoryButton", nameOf(cell), std::string(button.title));
+  page_.call<void>("setAccessoryButton", cell, button.title);
 }
 
 }  // namespace veyla

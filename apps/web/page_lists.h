@@ -3,15 +3,33 @@
 #include <emscripten/val.h>
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "history/results_view_controller.h"
+#include "history/table_view_controller.h"
 #include "platform/action_sheet.h"
 #include "platform/options_view.h"
 #include "platform/results_view.h"
 
 namespace veyla {
+
+/// The page's sheet of actions: `present(sheet)` gets its texts, and answers a tap by `choose`.
+class PageActionSheet : public ActionSheetView {
+ public:
+  explicit PageActionSheet(emscripten::val page) : page_(std::move(page)) {}
+
+  void present(const ActionSheet& sheet) override;
+  void dismiss() override { page_.call<void>("dismiss"); }
+
+  void choose(std::size_t action);
+
+ private:
+  emscripten::val page_;
+  ActionSheet sheet_;
+};
 
 /// The results screen's views in the page: `page` answers the operations by their names, but for
 /// the sheets, which `sheets` shows.
@@ -49,6 +67,22 @@ class PageOptions : public OptionsView {
 
  private:
   emscripten::val page_;
+};
+
+// Screens with their views, which last as long as the page keeps them.
+
+class PageResultsScreen : private PageResults, public ResultsViewController {
+ public:
+  PageResultsScreen(emscripten::val page, ActionSheetView& sheets, std::function<void()> dismiss)
+      : PageResults(std::move(page), sheets),
+        ResultsViewController(static_cast<PageResults&>(*this), std::move(dismiss)) {}
+};
+
+class PageOptionsScreen : private PageOptions, public TableViewController {
+ public:
+  PageOptionsScreen(emscripten::val page, std::function<void()> dismiss)
+      : PageOptions(std::move(page)),
+        TableViewController(static_cast<PageOptions&>(*this), std::move(dismiss)) {}
 };
 
 }  // namespace veyla

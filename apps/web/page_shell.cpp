@@ -1,106 +1,71 @@
 #include "apps/web/page_shell.h"
 
-#include "platform/format.h"
+#include <emscripten/bind.h>
+
+#include "platform/web/page_types.h"
 #include "shell/release_notes.h"
 
 namespace veyla {
 
-using emscripten::val;
+template <>
+struct PageNames<AlertKind> {
+  static constexpr std::array<std::string_view, 6> names{"plain",   "warning", "error",
+                                                         "waiting", "notice",  "edit"};
+};
 
-namespace {
+template <>
+struct PageNames<Keyboard> {
+  static constexpr std::array<std::string_view, 2> names{"text", "email"};
+};
 
-const char* nameOf(AlertKind kind) {
-  switch (kind) {
-    case AlertKind::plain:
-      return "plain";
-    case AlertKind::warning:
-      return "warning";
-    case AlertKind::error:
-      return "error";
-    case AlertKind::waiting:
-      return "waiting";
-    case AlertKind::edit:
-      return "edit";
-    case AlertKind::notice:
-      break;
-  }
-  return "notice";
+/// By its title: the page answers with its place.
+template <>
+struct PageType<AlertButton> {
+  using Carried = std::string;
+  static Carried to(const AlertButton& button) { return button.title; }
+};
+
+EMSCRIPTEN_BINDINGS(page_shell) {
+  emscripten::value_object<Appearance>("Appearance")
+      .field("tableCellTint", &Appearance::tableCellTint)
+      .field("navigationBarTint", &Appearance::navigationBarTint)
+      .field("navigationBarTitle", &Appearance::navigationBarTitle)
+      .field("pageIndicatorDot", &Appearance::pageIndicatorDot)
+      .field("pageIndicatorCurrentDot", &Appearance::pageIndicatorCurrentDot)
+      .field("segmentedControlTint", &Appearance::segmentedControlTint);
+  emscripten::value_object<AlertTextField>("AlertTextField")
+      .field("placeholder", &AlertTextField::placeholder)
+      .field("text", &AlertTextField::text)
+      .field("keyboard", &AlertTextField::keyboard)
+      .field("autocapitalizes", &AlertTextField::autocapitalizes)
+      .field("autocorrects", &AlertTextField::autocorrects);
+  emscripten::value_object<Alert>("Alert")
+      .field("kind", &Alert::kind)
+      .field("title", &Alert::title)
+      .field("subtitle", &Alert::subtitle)
+      .field("textField", &Alert::textField)
+      .field("buttons", &Alert::buttons)
+      .field("closeButton", &Alert::closeButton)
+      .field("color", &Alert::color)
+      .field("iconTint", &Alert::iconTint);
 }
-
-val fieldOf(const std::optional<AlertTextField>& field) {
-  if (!field) return val::null();
-  val object = val::object();
-  object.set("placeholder", field->placeholder);
-  object.set("text", field->text);
-  object.set("isEmail", field->keyboard == Keyboard::email);
-  object.set("autocapitalizes", field->autocapitalizes);
-  object.set("autocorrects", field->autocorrects);
-  return object;
-}
-
-}  // namespace
 
 void PageScreens::performTransition(std::string_view name) {
-  page_.call<void>("performTransition", std::string(name));
+  page_.call<void>("performTransition", name);
 }
 
 void PageScreens::showRemoteReleaseNotes() { Utils::showReleaseNotesPopup(); }
 
-void PageScreens::setTitle(std::string_view title) {
-  page_.call<void>("setTitle", std::string(title));
-}
-
-void PageScreens::setBackSwipeEnabled(bool enabled) {
-  page_.call<void>("setBackSwipeEnabled", enabled);
-}
-
-void PageScreens::setIdleTimerDisabled(bool disabled) {
-  page_.call<void>("setIdleTimerDisabled", disabled);
-}
+void PageScreens::setTitle(std::string_view title) { page_.call<void>("setTitle", title); }
 
 void PageScreens::setAppearance(const Appearance& appearance) {
-  val colors = val::object();
-  colors.set("tableCellTint", cssColor(appearance.tableCellTint));
-  colors.set("navigationBarTint", cssColor(appearance.navigationBarTint));
-  colors.set("navigationBarTitle", cssColor(appearance.navigationBarTitle));
-  colors.set("pageIndicatorDot", cssColor(appearance.pageIndicatorDot));
-  colors.set("pageIndicatorCurrentDot", cssColor(appearance.pageIndicatorCurrentDot));
-  colors.set("segmentedControlTint", cssColor(appearance.segmentedControlTint));
-  page_.call<void>("setAppearance", colors);
+  page_.call<void>("setAppearance", appearance);
 }
 
-void PageAlerts::show(int id, const Alert& alert) {
-  val titles = val::array();
-  for (const AlertButton& button : alert.buttons) titles.call<void>("push", button.title);
-  val shown = val::object();
-  shown.set("id", id);
-  shown.set("kind", std::string(nameOf(alert.kind)));
-  shown.set("title", alert.title);
-  shown.set("subtitle", alert.subtitle);
-  shown.set("buttons", titles);
-  shown.set("closeButton", alert.closeButton ? val(*alert.closeButton) : val::null());
-  shown.set("duration", alert.duration ? val(*alert.duration) : val::null());
-  shown.set("textField", fieldOf(alert.textField));
-  shown.set("color", cssColor(alert.color));
-  shown.set("iconTint", cssColor(alert.iconTint));
-  page_.call<void>("show", shown);
-}
+void PageAlerts::show(int id, const Alert& alert) { page_.call<void>("show", id, alert); }
 
-void PageAlerts::hide(int id) { page_.call<void>("hide", id); }
-
-void PageAlerts::setFieldText(int id, const std::string& text) {
-  page_.call<void>("setFieldText", id, text);
-}
-
-void PageAlerts::focusField(int id) { page_.call<void>("focusField", id); }
-
-void PageLog::line(std::string_view text) { page_.call<void>("line", std::string(text)); }
+void PageLog::line(std::string_view text) { page_.call<void>("line", text); }
 
 std::string nameOf(Element element) { return std::string(element.name); }
-
-std::string cssColor(const Color& color) {
-  return formatText("rgb(%.4g %.4g %.4g / %.4g)", color.red * 255, color.green * 255,
-                    color.blue * 255, color.alpha);
-}
 
 }  // namespace veyla

@@ -24,8 +24,12 @@ class PageScreens : public Screens {
   void showRemoteReleaseNotes() override;
   void showRatingPrompt() override { page_.call<void>("showRatingPrompt"); }
   void setTitle(std::string_view title) override;
-  void setBackSwipeEnabled(bool enabled) override;
-  void setIdleTimerDisabled(bool disabled) override;
+  void setBackSwipeEnabled(bool enabled) override {
+    page_.call<void>("setBackSwipeEnabled", enabled);
+  }
+  void setIdleTimerDisabled(bool disabled) override {
+    page_.call<void>("setIdleTimerDisabled", disabled);
+  }
   void setAppearance(const Appearance& appearance) override;
   // The browser's sheets have colours of their own.
   void setNavigationBarTint(std::optional<Color>) override {}
@@ -39,16 +43,18 @@ class PageScreens : public Screens {
   emscripten::val page_;
 };
 
-/// Alerts as the page's dialogs: `show(alert)` gets an object with the alert's fields and its id,
-/// `hide(id)` takes it away.
+/// Alerts as the page's dialogs, each under its number: `page` answers the operations by their
+/// names.
 class PageAlerts : public AlertView {
  public:
   explicit PageAlerts(emscripten::val page) : page_(std::move(page)) {}
 
   void show(int id, const Alert& alert) override;
-  void hide(int id) override;
-  void setFieldText(int id, const std::string& text) override;
-  void focusField(int id) override;
+  void hide(int id) override { page_.call<void>("hide", id); }
+  void setFieldText(int id, const std::string& text) override {
+    page_.call<void>("setFieldText", id, text);
+  }
+  void focusField(int id) override { page_.call<void>("focusField", id); }
 
  private:
   emscripten::val page_;
@@ -83,8 +89,5 @@ class PageDevice : public DeviceInfo {
 
 /// As the page knows it.
 std::string nameOf(Element element);
-
-/// Such as "rgb(200 2 0 / 1)".
-std::string cssColor(const Color& color);
 
 }  // namespace veyla

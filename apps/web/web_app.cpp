@@ -9,8 +9,6 @@
 #include "measuring/measuring_screen.h"
 #include "platform/portable/embedded_resources.h"
 #include "shell/alerts.h"
-#include "shell/faq.h"
-#include "shell/pages.h"
 
 namespace veyla {
 
@@ -105,31 +103,10 @@ void WebApp::cameraLost() {
       "error");
 }
 
-void WebApp::tapAlertButton(int id, int button) {
-  Alerts::instance().tapButton(id, static_cast<std::size_t>(button));
-}
-
-void WebApp::tapAlertClose(int id) { Alerts::instance().tapClose(id); }
-void WebApp::tapAlertOutside(int id) { Alerts::instance().tapOutside(id); }
-
-void WebApp::typeInAlert(int id, const std::string& text) {
-  Alerts::instance().typeInField(id, text);
-}
-
-void WebApp::measuringWillAppear() { screen().viewWillAppear(); }
-void WebApp::measuringDidAppear() { screen().viewDidAppear(); }
-
 void WebApp::measuringWillDisappear() {
   camera_.abandonPreparing();
   screen().viewWillDisappear();
 }
-
-void WebApp::beginButtonPush() { screen().beginButtonPush(); }
-void WebApp::stopButtonPush() { screen().stopButtonPush(); }
-void WebApp::buttonCheckboxHeartrateTapped() { screen().buttonCheckboxHeartrateTapped(); }
-void WebApp::buttonCheckboxSpo2Tapped() { screen().buttonCheckboxSpo2Tapped(); }
-void WebApp::swipeLeft() { screen().swipeLeft(); }
-void WebApp::swipeRight() { screen().swipeRight(); }
 
 val WebApp::draw(const std::string& element, double width, double height) {
   canvas_.clear();
@@ -152,130 +129,23 @@ val WebApp::draw(const std::string& element, double width, double height) {
   return drawing;
 }
 
-val WebApp::introPages() {
-  intro_->viewDidLoad();
-  val pages = val::array();
-  for (std::size_t i = 0; i < IntroViewController::pages; ++i) {
-    val page = val::object();
-    page.set("title", intro_->titles()[i]);
-    page.set("subTitle", intro_->subTitles()[i]);
-    page.set("image", intro_->images()[i]);
-    pages.call<void>("push", page);
-  }
-  return pages;
+std::unique_ptr<PageChartsScreen> WebApp::charts(const val& views) {
+  return std::make_unique<PageChartsScreen>(views, loop_, actionSheet_);
 }
 
-val WebApp::introPosition() const {
-  val position = val::object();
-  position.set("currentPage", intro_->currentPage());
-  position.set("indicatedPage", intro_->indicatedPage());
-  position.set("currentDotColor", cssColor(intro_->currentDotColor()));
-  return position;
+std::unique_ptr<PageResultsScreen> WebApp::results(val views) {
+  return std::make_unique<PageResultsScreen>(std::move(views), actionSheet_,
+                                             [this] { screens_.dismissScreen(); });
 }
 
-void WebApp::chartsDidLoad(val charts, val display) {
-  charts_ = std::make_unique<Charts>(*this, charts, std::move(display));
-  charts_->screen.viewDidLoad();
-}
-
-val WebApp::chartPeriodTitles() const {
-  val titles = val::array();
-  for (const std::string_view title : ChartResultsViewController::periodTitles) {
-    titles.call<void>("push", std::string(title));
-  }
-  return titles;
-}
-
-std::string WebApp::chartAxisText(const std::string& chart, const std::string& axis,
-                                  double value) const {
-  return (chart == "spo2" ? charts_->spo2 : charts_->heartrate).axisText(axis, value);
-}
-
-void WebApp::resultsDidLoad(val views) {
-  results_ = std::make_unique<Results>(*this, std::move(views));
-  results().viewDidLoad();
-}
-
-val WebApp::resultsCell(int row) {
-  const HistoryTableViewCell cell = results().listCell(index(row));
-  val object = val::object();
-  object.set("date", cell.dateLabel);
-  object.set("heartrate", cell.heartrateLabel);
-  object.set("spo2", cell.spo2Label);
-  object.set("labels", cell.labelNames);
-  return object;
-}
-
-val WebApp::resultsSwipeAction() {
-  const SwipeAction action = results().swipeAction();
-  val object = val::object();
-  object.set("title", std::string(action.title));
-  object.set("background", cssColor(action.background));
-  return object;
-}
-
-void WebApp::selectResult(int row) {
-  results().didSelectRow(index(row), ResultsViewController::listTag);
-}
-
-int WebApp::chooserRowCount() {
-  return static_cast<int>(results().numberOfRows(ResultsViewController::chooserTag));
-}
-
-val WebApp::chooserCell(int row) {
-  const TableCell cell = results().chooserCell(index(row));
-  val object = val::object();
-  object.set("labelName", cell.labelName);
-  object.set("isChecked", cell.isChecked);
-  object.set("isControls", cell.reuseIdentifier == "labelsButtons");
-  return object;
-}
-
-void WebApp::tapLabel(int row) {
-  results().didSelectRow(index(row), ResultsViewController::chooserTag);
-}
-
-void WebApp::optionsDidLoad(val views) {
-  options_ = std::make_unique<Options>(*this, std::move(views));
-  options_->screen.viewDidLoad();
-}
-
-val WebApp::optionsRows() const {
-  val sections = val::array();
-  for (const auto& rows : Utils::optionsRows()) {
-    val section = val::array();
-    for (const OptionsRow& row : rows) {
-      val object = val::object();
-      object.set("title", row.title);
-      object.set("subTitle", row.subTitle);
-      object.set("page", row.page);
-      object.set("isEmail", row.isEmail);
-      section.call<void>("push", object);
-    }
-    sections.call<void>("push", section);
-  }
-  return sections;
+std::unique_ptr<PageOptionsScreen> WebApp::options(val views) {
+  return std::make_unique<PageOptionsScreen>(std::move(views),
+                                             [this] { screens_.dismissScreen(); });
 }
 
 void WebApp::rateMyApp() {
   OptionsView noViews;
   TableViewController(noViews, {}).rateMyApp();
-}
-
-val WebApp::textPage(const std::string& name) const {
-  const auto page = Utils::page(name);
-  if (!page) return val::null();
-  val sections = val::array();
-  for (const auto& [heading, text] : page->sections) {
-    val section = val::object();
-    section.set("heading", heading);
-    section.set("text", text);
-    sections.call<void>("push", section);
-  }
-  val object = val::object();
-  object.set("title", page->title);
-  object.set("sections", sections);
-  return object;
 }
 
 bool WebApp::isHealthRecordAllowed(const std::string& name) const {
@@ -292,23 +162,5 @@ void WebApp::allowHealthRecord(const std::string& name, bool allowed) {
     if (name == HealthPermissions::nameOf(type)) healthStore_.allow(type, allowed);
   }
 }
-
-val WebApp::faqs() const {
-  val entries = val::array();
-  for (const auto& [question, answer] : Utils::faqs()) {
-    val entry = val::object();
-    entry.set("question", question);
-    entry.set("answer", answer);
-    entries.call<void>("push", entry);
-  }
-  return entries;
-}
-
-val WebApp::rawStoredText(const std::string& key) const {
-  const auto text = store_.rawText(key);
-  return text ? val(*text) : val::null();
-}
-
-void WebApp::setStoredTextAside(const std::string& key) { store_.setAside(key, loop_.now()); }
 
 }  // namespace veyla

@@ -10,24 +10,24 @@ export class ActionSheets {
 
   present(sheet: SheetShown): void {
     this.dismiss();
-    const dialog = make("dialog.sheet.actions", { "aria-label": sheet.title || "Actions" });
+    const dialog = make("dialog.sheet.actions", { "aria-label": sheet.title ?? "Actions" });
     const card = sheetCard();
     for (const text of [sheet.title, sheet.message]) {
       if (text) card.append(make("p.sheet-title", {}, text));
     }
     const cancel = make("div.sheet-card.cancel");
-    sheet.actions.forEach(({ title, isCancel }, index) => {
+    sheet.actions.forEach(({ title, style }, index) => {
       const button = make("button", { type: "button" }, title);
       if (sheet.tint) button.style.setProperty("--tint", sheet.tint);
       button.addEventListener("click", () => {
         this.choose(index);
       });
-      (isCancel ? cancel : card).append(button);
+      (style === "cancel" ? cancel : card).append(button);
     });
     dialog.append(card);
     if (cancel.childElementCount > 0) dialog.append(cancel);
     // A tap beside it, or Escape, stands for the action that cancels, where there is one.
-    const cancelIndex = sheet.actions.findIndex(({ isCancel }) => isCancel);
+    const cancelIndex = sheet.actions.findIndex(({ style }) => style === "cancel");
     const leave = (): void => {
       if (cancelIndex >= 0) this.choose(cancelIndex);
       else this.dismiss();

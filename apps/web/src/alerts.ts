@@ -29,8 +29,7 @@ export class AlertDialogs {
 
   constructor(private readonly core: () => WebApp) {}
 
-  show(alert: AlertShown): void {
-    const { id } = alert;
+  show(id: number, alert: AlertShown): void {
     const title = make("h2", { id: `alert-title-${id}` }, alert.title);
     const subtitle = make("p", { id: `alert-text-${id}` }, alert.subtitle);
     const note =
@@ -44,13 +43,13 @@ export class AlertDialogs {
     dialog.style.setProperty("--alert-icon", alert.iconTint);
     const buttons = alert.buttons.map((text, index) =>
       this.button(text, () => {
-        this.core().tapAlertButton(id, index);
+        this.core().alerts().tapButton(id, index);
       }),
     );
     if (alert.closeButton !== null) {
       buttons.push(
         this.button(alert.closeButton, () => {
-          this.core().tapAlertClose(id);
+          this.core().alerts().tapClose(id);
         }),
       );
     }
@@ -61,12 +60,12 @@ export class AlertDialogs {
     card.append(make("div.alert-buttons", {}, ...buttons));
     dialog.append(card);
     dialog.addEventListener("click", (event) => {
-      if (event.target === dialog) this.core().tapAlertOutside(id);
+      if (event.target === dialog) this.core().alerts().tapOutside(id);
     });
     // The Escape key stands for the close button; the core knows whether there is one.
     dialog.addEventListener("cancel", (event) => {
       event.preventDefault();
-      this.core().tapAlertClose(id);
+      this.core().alerts().tapClose(id);
     });
     document.body.append(dialog);
     this.open.set(id, dialog);
@@ -100,9 +99,9 @@ export class AlertDialogs {
 
   private field(id: number, { placeholder, text, ...field }: AlertField): HTMLInputElement {
     const input = make("input", {
-      type: field.isEmail ? "email" : "text",
-      inputmode: field.isEmail ? "email" : "text",
-      autocomplete: field.isEmail ? "email" : "off",
+      type: field.keyboard,
+      inputmode: field.keyboard,
+      autocomplete: field.keyboard === "email" ? "email" : "off",
       autocapitalize: field.autocapitalizes ? "sentences" : "none",
       autocorrect: field.autocorrects ? "on" : "off",
       spellcheck: String(field.autocorrects),
@@ -111,7 +110,7 @@ export class AlertDialogs {
     });
     input.value = text;
     input.addEventListener("input", () => {
-      this.core().typeInAlert(id, input.value);
+      this.core().alerts().typeInField(id, input.value);
     });
     return input;
   }

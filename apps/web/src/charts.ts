@@ -7,36 +7,32 @@ import type { WebApp } from "./core";
 import { make, makeCustom } from "./dom";
 import { ElementViews } from "./element_views";
 import { LineChartView, SharedTime } from "./line_chart";
-import type { ChartName } from "./page";
 import { subPage } from "./text_pages";
 
 export class ChartsScreen {
   readonly page: HTMLElement;
 
-  constructor(core: WebApp) {
+  constructor(app: WebApp) {
     for (const define of [label, segment, segmentButton]) define();
     const time = new SharedTime();
-    const lineChart = (name: ChartName): LineChartView =>
-      new LineChartView(time, (axis, value) => core.chartAxisText(name, axis, value));
-    const charts: Readonly<Record<ChartName, LineChartView>> = {
-      heartrate: lineChart("heartrate"),
-      spo2: lineChart("spo2"),
-    };
-
-    const periods = makeCustom("ion-segment", { value: "0", "aria-label": "Period" });
-    core.chartPeriodTitles().forEach((title, index) => {
-      const text = makeCustom("ion-label", {}, title);
-      periods.append(makeCustom("ion-segment-button", { value: String(index) }, text));
-    });
-    periods.addEventListener("ionChange", (event) => {
-      core.tapSegmentPeriod(Number((event as CustomEvent<{ value: string }>).detail.value));
-    });
+    const heartrate = new LineChartView(time, (axis, value) => core.heartrateAxisText(axis, value));
+    const spo2 = new LineChartView(time, (axis, value) => core.spo2AxisText(axis, value));
     const normal = make("span.normal", {}, "Choose Label");
     const highlighted = make("span.highlighted", { "aria-hidden": "true" }, "Choose label");
     const elements = new Map<string, HTMLElement>([
       ["buttonLabels", normal],
       ["buttonLabelsHighlighted", highlighted],
     ]);
+    const core = app.charts({ display: new ElementViews(elements), heartrate, spo2 });
+
+    const periods = makeCustom("ion-segment", { value: "0", "aria-label": "Period" });
+    core.periodTitles().forEach((title, index) => {
+      const text = makeCustom("ion-label", {}, title);
+      periods.append(makeCustom("ion-segment-button", { value: String(index) }, text));
+    });
+    periods.addEventListener("ionChange", (event) => {
+      core.tapSegmentPeriod(Number((event as CustomEvent<{ value: string }>).detail.value));
+    });
     const labels = make("button.choose-label", { type: "button" }, normal, highlighted);
     labels.addEventListener("click", () => {
       core.tapButtonLabels();
@@ -47,29 +43,16 @@ export class ChartsScreen {
         "div.charts",
         {},
         make("div.chart-choices", {}, periods, labels),
-        charts.heartrate.element,
-        charts.spo2.element,
+        heartrate.element,
+        spo2.element,
       ),
     );
+    core.viewDidLoad();
     this.page.addEventListener("ionViewWillEnter", () => {
-      core.chartsWillAppear();
+      core.viewWillAppear();
     });
-    core.chartsDidLoad(
-      {
-        configure(name, settings) {
-          charts[name].configure(settings);
-        },
-        clear(name) {
-          charts[name].clear();
-        },
-        setData(name, data) {
-          charts[name].setData(data);
-        },
-        setGranularity(name, seconds) {
-          charts[name].setGranularity(seconds);
-        },
-      },
-      new ElementViews(elements),
-    );
+    this.page.addEventListener("ionViewWillUnload", () => {
+      core.delete();
+    });
   }
 }

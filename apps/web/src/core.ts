@@ -1,33 +1,92 @@
-// The core as the page sees it: what it may be told and asked. It answers through the page's own
-// objects, see `Page`.
+// The core as the page sees it: what it may be told and asked, under the core's own names. It answers
+// through the page's own objects, see `Page`.
 import createVeyla from "veyla-core";
 
 import type { Drawing } from "../../../platform/web/canvas";
-import type { ChartName, ChartViews, DisplayViews, OptionsViews, Page, ResultsViews } from "./page";
+import type { ChartsViews, OptionsViews, Page, ResultsViews } from "./page";
 
-export interface IntroPage {
-  readonly title: string;
-  readonly subTitle: string;
-  readonly image: string;
+/** A screen that lasts until the page is done with it. */
+interface Kept {
+  delete(): void;
 }
 
-export interface FaqEntry {
-  readonly question: string;
-  readonly answer: string;
+export interface Alerts {
+  tapButton(id: number, button: number): void;
+  tapClose(id: number): void;
+  tapOutside(id: number): void;
+  typeInField(id: number, text: string): void;
 }
 
-export interface ResultCell {
-  readonly date: string;
-  readonly heartrate: string;
-  readonly spo2: string;
-  readonly labels: string;
+export interface MainViewController {
+  viewWillAppear(): void;
+  viewDidAppear(): void;
+  beginButtonPush(): void;
+  stopButtonPush(): void;
+  buttonCheckboxHeartrateTapped(): void;
+  buttonCheckboxSpo2Tapped(): void;
+  swipeLeft(): void;
+  swipeRight(): void;
 }
 
-export interface ChooserCell {
+export interface IntroViewController {
+  viewDidLoad(): void;
+  swipeleft(): void;
+  swiperight(): void;
+  buttonSkipTapped(): void;
+  titles(): string[];
+  subTitles(): string[];
+  images(): string[];
+  currentPage(): number;
+  indicatedPage(): number;
+  currentDotColor(): string;
+}
+
+export interface ChartResultsViewController extends Kept {
+  viewDidLoad(): void;
+  viewWillAppear(): void;
+  periodTitles(): string[];
+  tapSegmentPeriod(index: number): void;
+  tapButtonLabels(): void;
+  heartrateAxisText(axis: "x" | "right", value: number): string;
+  spo2AxisText(axis: "x" | "right", value: number): string;
+}
+
+export interface HistoryTableViewCell {
+  readonly dateLabel: string;
+  readonly heartrateLabel: string;
+  readonly spo2Label: string;
+  readonly labelNames: string;
+}
+
+export interface TableCell {
+  readonly reuseIdentifier: "labelCell" | "labelsButtons";
   readonly labelName: string;
   readonly isChecked: boolean;
-  /** The row has controls in place of a label. */
-  readonly isControls: boolean;
+}
+
+export const listTag = 0;
+export const chooserTag = 1;
+
+export interface ResultsViewController extends Kept {
+  viewDidLoad(): void;
+  viewWillAppear(): void;
+  viewWillDisappear(): void;
+  numberOfRows(tag: number): number;
+  listCell(row: number): HistoryTableViewCell;
+  chooserCell(row: number): TableCell;
+  swipeAction(): { readonly title: string; readonly background: string };
+  isSelected(row: number): boolean;
+  didSelectRow(row: number, tag: number): void;
+  didDeselectRow(row: number): void;
+  showChart(): void;
+  tapLeftButton(): void;
+  tapEditButton(): void;
+  touchesBegan(): void;
+  clickCloseResultsLabelsView(): void;
+  tapDeleteRow(): void;
+  tapSwipeAction(row: number): void;
+  clickTrash(): void;
+  clickShare(): void;
 }
 
 export interface OptionsRow {
@@ -35,6 +94,14 @@ export interface OptionsRow {
   readonly subTitle: string;
   readonly page: string;
   readonly isEmail: boolean;
+}
+
+export interface TableViewController extends Kept {
+  viewDidLoad(): void;
+  viewWillAppear(): void;
+  buttonCloseTap(): void;
+  didSelectRow(section: number, row: number): void;
+  accessoryButtonTapped(): void;
 }
 
 export interface TextPage {
@@ -54,74 +121,24 @@ export interface WebApp {
   torchRefused(): void;
   cameraLost(): void;
 
-  tapAlertButton(id: number, button: number): void;
-  tapAlertClose(id: number): void;
-  tapAlertOutside(id: number): void;
-  typeInAlert(id: number, text: string): void;
-
-  measuringWillAppear(): void;
-  measuringDidAppear(): void;
-  measuringWillDisappear(): void;
-  beginButtonPush(): void;
-  stopButtonPush(): void;
-  buttonCheckboxHeartrateTapped(): void;
-  buttonCheckboxSpo2Tapped(): void;
-  swipeLeft(): void;
-  swipeRight(): void;
-  draw(element: string, width: number, height: number): Drawing;
-
-  introPages(): IntroPage[];
-  introPosition(): { currentPage: number; indicatedPage: number; currentDotColor: string };
-  introSwipeLeft(): void;
-  introSwipeRight(): void;
-  introSkip(): void;
-
+  alerts(): Alerts;
   chooseSheetAction(action: number): void;
 
-  // Screens that begin anew each time they are loaded, with views of their own.
+  measuring(): MainViewController;
+  measuringWillDisappear(): void;
+  draw(element: string, width: number, height: number): Drawing;
 
-  chartsDidLoad(charts: ChartViews, display: DisplayViews): void;
-  chartsWillAppear(): void;
-  chartPeriodTitles(): string[];
-  tapSegmentPeriod(index: number): void;
-  tapButtonLabels(): void;
-  chartAxisText(chart: ChartName, axis: "x" | "right", value: number): string;
-
-  resultsDidLoad(views: ResultsViews): void;
-  resultsWillAppear(): void;
-  resultsWillDisappear(): void;
-  resultsCount(): number;
-  resultsCell(row: number): ResultCell;
-  resultsSwipeAction(): { title: string; background: string };
-  isResultSelected(row: number): boolean;
-  selectResult(row: number): void;
-  deselectResult(row: number): void;
-  tapSwipeAction(row: number): void;
-  tapResultsLeftButton(): void;
-  tapResultsEditButton(): void;
-  resultsTouchesBegan(): void;
-  clickTrash(): void;
-  clickShare(): void;
-  showChart(): void;
-  chooserRowCount(): number;
-  chooserCell(row: number): ChooserCell;
-  tapLabel(row: number): void;
-  tapDeleteRow(): void;
-  closeLabels(): void;
-
-  optionsDidLoad(views: OptionsViews): void;
-  optionsWillAppear(): void;
-  optionsClose(): void;
+  intro(): IntroViewController;
+  charts(views: ChartsViews): ChartResultsViewController;
+  results(views: ResultsViews): ResultsViewController;
+  options(views: OptionsViews): TableViewController;
   optionsRows(): OptionsRow[][];
-  optionsSelectRow(section: number, row: number): void;
-  optionsAccessoryButtonTapped(): void;
   rateMyApp(): void;
-  textPage(name: string): TextPage | null;
+  page(name: string): TextPage | null;
+  faqs(): { readonly question: string; readonly answer: string }[];
 
   isHealthRecordAllowed(name: string): boolean;
   allowHealthRecord(name: string, allowed: boolean): void;
-
-  faqs(): FaqEntry[];
 
   rawStoredText(key: string): string | null;
   setStoredTextAside(key: string): void;

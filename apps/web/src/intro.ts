@@ -1,7 +1,7 @@
 // The introduction: a full-screen dialog over whatever is shown.
 import { chevronBack, chevronForward } from "ionicons/icons";
 
-import type { WebApp } from "./core";
+import type { IntroViewController, WebApp } from "./core";
 import { iconButton, make, showModal } from "./dom";
 import { ElementViews } from "./element_views";
 import { illustration } from "./illustrations";
@@ -24,7 +24,7 @@ export class IntroScreen {
   private readonly skip = make("button.skip", { type: "button" });
   private shown = false;
 
-  constructor(private readonly core: () => WebApp) {
+  constructor(private readonly app: () => WebApp) {
     this.views = new ElementViews(
       new Map<string, HTMLElement>([
         ["labelTitle", this.title],
@@ -43,7 +43,7 @@ export class IntroScreen {
       this.swipe("left");
     });
     this.skip.addEventListener("click", () => {
-      this.core().introSkip();
+      this.core.buttonSkipTapped();
     });
     this.dialog.append(
       make(
@@ -83,19 +83,24 @@ export class IntroScreen {
     });
   }
 
+  private get core(): IntroViewController {
+    return this.app().intro();
+  }
+
   get isOpen(): boolean {
     return this.shown;
   }
 
   show(): void {
-    const pages = this.core().introPages();
-    const first = pages[0];
-    if (!first || this.shown) return;
+    if (this.shown) return;
     this.shown = true;
-    this.title.textContent = first.title;
-    this.subTitle.textContent = first.subTitle;
-    this.showImage(first.image);
-    this.dots.replaceChildren(...pages.map(() => make("span.dot")));
+    const { core } = this;
+    core.viewDidLoad();
+    const [titles, subTitles, images] = [core.titles(), core.subTitles(), core.images()];
+    this.title.textContent = titles[0] ?? "";
+    this.subTitle.textContent = subTitles[0] ?? "";
+    this.showImage(images[0] ?? "");
+    this.dots.replaceChildren(...titles.map(() => make("span.dot")));
     this.showPosition();
     document.body.append(this.dialog);
     showModal(this.dialog);
@@ -110,21 +115,21 @@ export class IntroScreen {
   }
 
   private swipe(direction: "left" | "right"): void {
-    if (direction === "left") this.core().introSwipeLeft();
-    else this.core().introSwipeRight();
+    if (direction === "left") this.core.swipeleft();
+    else this.core.swiperight();
     this.showPosition();
   }
 
   private showPosition(): void {
-    const { currentPage, indicatedPage, currentDotColor } = this.core().introPosition();
+    const { core } = this;
     const dots = [...this.dots.children] as HTMLElement[];
-    const indicated = Math.max(0, indicatedPage);
+    const [current, indicated] = [core.currentPage(), Math.max(0, core.indicatedPage())];
     dots.forEach((dot, index) => {
-      dot.style.background = index === indicated ? currentDotColor : "";
+      dot.style.background = index === indicated ? core.currentDotColor() : "";
     });
     this.dots.setAttribute("aria-label", `Page ${indicated + 1} of ${dots.length}`);
-    this.back.toggleAttribute("disabled", currentPage === 0);
-    const isLast = currentPage === dots.length - 1;
+    this.back.toggleAttribute("disabled", current === 0);
+    const isLast = current === dots.length - 1;
     this.next.toggleAttribute("disabled", isLast);
     this.skip.textContent = isLast ? "Done" : "Skip";
   }

@@ -6,7 +6,7 @@ import uPlot from "uplot";
 
 import { darkColors } from "../../../platform/web/canvas";
 import { make } from "./dom";
-import type { ChartAxisSettings, ChartSettings, LineData } from "./page";
+import type { ChartAxisSettings, ChartSettings, ChartViews, LineData } from "./page";
 
 interface Range {
   readonly min: number;
@@ -43,6 +43,11 @@ function adapted(color: string | null): string {
 /** A line's colour, bright enough for the ground that the page has now. */
 function lineColor(color: string): string {
   return dark.matches ? `color-mix(in srgb, ${color} 60%, white)` : color;
+}
+
+/** The colour of the area below a line. */
+function filled({ drawsFilled, fillColor, fillAlpha }: LineData): string {
+  return `color-mix(in srgb, ${fillColor} ${drawsFilled ? 100 * fillAlpha : 0}%, transparent)`;
 }
 
 function within(range: Range, whole: Range): Range {
@@ -109,7 +114,7 @@ export class SharedTime {
   }
 }
 
-export class LineChartView {
+export class LineChartView implements ChartViews {
   readonly element: HTMLElement;
   private readonly plotHolder = make("div.plot");
   private readonly noData = make("p.no-data");
@@ -133,19 +138,20 @@ export class LineChartView {
       this.resize();
     }).observe(this.plotHolder);
     dark.addEventListener("change", () => {
-      this.rebuild();
+      // The screen of one that has gone answers no more.
+      if (this.element.isConnected) this.rebuild();
     });
     this.followFingers();
   }
 
   /** Infinity without points. */
   get firstTime(): number {
-    return this.data?.x.at(0) ?? Infinity;
+    return this.data?.entries.at(0)?.x ?? Infinity;
   }
 
   /** -Infinity without points. */
   get lastTime(): number {
-    return this.data?.x.at(-1) ?? -Infinity;
+    return this.data?.entries.at(-1)?.x ?? -Infinity;
   }
 
   configure(settings: ChartSettings): void {
@@ -163,8 +169,7 @@ export class LineChartView {
   }
 
   setData(data: LineData): void {
-    // The core's own memory, which it uses again.
-    this.data = { ...data, x: data.x.slice(), y: data.y.slice() };
+    this.data = data;
     this.rebuild();
   }
 
@@ -173,7 +178,7 @@ export class LineChartView {
     this.plot = undefined;
     this.closeUp = undefined;
     const { data, settings } = this;
-    const hasPoints = data !== undefined && data.x.length > 0;
+    const hasPoints = data !== undefined && data.entries.length > 0;
     this.noData.hidden = hasPoints;
     this.legend.hidden = !hasPoints || settings?.legendEnabled !== true;
     this.plotHolder.removeAttribute("role");
@@ -183,7 +188,11 @@ export class LineChartView {
     this.plotHolder.setAttribute("role", "img");
     this.plotHolder.setAttribute("aria-label", this.description(data));
     if (this.plotHolder.clientWidth > 0) {
-      this.plot = new uPlot(this.options(settings, data), [data.x, data.y], this.plotHolder);
+      const columns: uPlot.AlignedData = [
+        data.entries.map(({ x }) => x),
+        data.entries.map(({ y }) => y),
+      ];
+      this.plot = new uPlot(this.options(settings, data), columns, this.plotHolder);
     }
     // The other charts' time is this one's, too.
     this.time.showWhole();
@@ -202,10 +211,10 @@ export class LineChartView {
 
   /** What a screen reader says: the line's name, and its last points. */
   private description(data: LineData): string {
-    const points = [...data.x].map(
-      (x, index) => `${this.axisText("x", x)}: ${this.axisText("right", data.y[index] ?? 0)}`,
-    );
-    return `${data.label}. ${points.slice(-7).join(", ")}`;
+    const points = data.entries
+      .slice(-7)
+      .map(({ x, y }) => `${this.axisText("x", x)}: ${this.axisText("right", y)}`);
+    return `${data.label}. ${points.join(", ")}`;
   }
 
   private wholeValues(): Range {
@@ -229,7 +238,7 @@ export class LineChartView {
       grid: {
         show: axis.drawsGridLines,
         stroke: `color-mix(in srgb, ${adapted(axis.gridColor)} 30%, transparent)`,
-        dash: [...axis.gridLineDash],
+        dash: [...(axis.gridLineDash ?? [])],
         width: 1,
       },
     });
@@ -265,13 +274,13 @@ export class LineChartView {
         {
           stroke: lineColor(data.color),
           width: data.lineWidth,
-          fill: data.fillColor,
+          fill: filled(data),
           points: {
             show: data.drawsCircles,
             size: 2 * data.circleRadius,
             width: 2,
             stroke: lineColor(data.circleColor),
-            fill: adapted(data.circleHoleColor),
+            fill: adapted(data.drawsCircleHoles ? data.circleHoleColor : data.circleColor),
           },
         },
       ],

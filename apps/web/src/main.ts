@@ -99,12 +99,12 @@ async function start(): Promise<void> {
     if (--covers === 0) uncovered();
   };
   measuring.page.addEventListener("ionViewWillEnter", () => {
-    core().measuringWillAppear();
+    core().measuring().viewWillAppear();
   });
   measuring.page.addEventListener("ionViewDidEnter", () => {
     uncovered = (): void => {
       uncovered = (): void => undefined;
-      core().measuringDidAppear();
+      core().measuring().viewDidAppear();
     };
     if (covers === 0) uncovered();
   });

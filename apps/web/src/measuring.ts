@@ -83,10 +83,10 @@ export class MeasuringScreen {
     this.page.append(this.navigationBar(), content);
     followSwipes(content, {
       left: () => {
-        this.core().swipeLeft();
+        this.core().measuring().swipeLeft();
       },
       right: () => {
-        this.core().swipeRight();
+        this.core().measuring().swipeRight();
       },
     });
   }
@@ -116,10 +116,10 @@ export class MeasuringScreen {
 
   private navigationBar(): HTMLElement {
     const results = iconButton(list, "Results", () => {
-      this.core().swipeRight();
+      this.core().measuring().swipeRight();
     });
     const options = iconButton(optionsOutline, "Options", () => {
-      this.core().swipeLeft();
+      this.core().measuring().swipeLeft();
     });
     return this.named(
       "navBar",
@@ -148,8 +148,8 @@ export class MeasuringScreen {
       }),
     );
     checkbox.addEventListener("click", () => {
-      if (names === heartrate) this.core().buttonCheckboxHeartrateTapped();
-      else this.core().buttonCheckboxSpo2Tapped();
+      if (names === heartrate) this.core().measuring().buttonCheckboxHeartrateTapped();
+      else this.core().measuring().buttonCheckboxSpo2Tapped();
     });
     const value = this.named(names.value, make("span.value"));
     const dial = this.named(
@@ -218,11 +218,11 @@ export class MeasuringScreen {
       make("button.round.begin", { type: "button" }, "START"),
     );
     begin.addEventListener("click", () => {
-      this.core().beginButtonPush();
+      this.core().measuring().beginButtonPush();
     });
     const stop = this.named("stopButton", make("button.round.stop", { type: "button" }, "STOP"));
     stop.addEventListener("click", () => {
-      this.core().stopButtonPush();
+      this.core().measuring().stopButtonPush();
     });
     return make("div.buttons", {}, begin, stop);
   }

@@ -1,24 +1,27 @@
 // The options screen, and the pages that its rows lead to.
-import type { OptionsRow, WebApp } from "./core";
+import type { OptionsRow, TableViewController, WebApp } from "./core";
 import { make, makeCustom } from "./dom";
 import type { OptionsViews } from "./page";
 import { textPage } from "./text_pages";
 
 export class OptionsScreen implements OptionsViews {
   readonly page: HTMLElement;
+  private readonly core: TableViewController;
   private readonly elements = new Map<string, HTMLElement>();
 
   /** `open` shows another page; `healthControls` stand on the page about health records. */
   constructor(
-    private readonly core: WebApp,
+    private readonly app: WebApp,
     private readonly open: (page: HTMLElement) => void,
     private readonly healthControls: () => HTMLElement,
   ) {
+    const core = app.options(this);
+    this.core = core;
     const close = make("button.bar-button", { type: "button" }, "Close");
     close.addEventListener("click", () => {
-      core.optionsClose();
+      core.buttonCloseTap();
     });
-    const lists = core
+    const lists = app
       .optionsRows()
       .map((rows, section) =>
         makeCustom(
@@ -44,9 +47,12 @@ export class OptionsScreen implements OptionsViews {
       ),
       content,
     );
-    core.optionsDidLoad(this);
+    core.viewDidLoad();
     this.page.addEventListener("ionViewWillEnter", () => {
-      core.optionsWillAppear();
+      core.viewWillAppear();
+    });
+    this.page.addEventListener("ionViewWillUnload", () => {
+      core.delete();
     });
   }
 
@@ -58,7 +64,7 @@ export class OptionsScreen implements OptionsViews {
   setAccessoryButton(cell: string, title: string): void {
     const button = make("button.accessory", { type: "button", slot: "end" }, title);
     button.addEventListener("click", () => {
-      this.core.optionsAccessoryButtonTapped();
+      this.core.accessoryButtonTapped();
     });
     this.elements.get(cell)?.append(button);
   }
@@ -76,9 +82,9 @@ export class OptionsScreen implements OptionsViews {
     }
     const cell = makeCustom("ion-item", { button: "true" }, text);
     cell.addEventListener("click", () => {
-      this.core.optionsSelectRow(section, index);
+      this.core.didSelectRow(section, index);
       if (row.page === "") return;
-      const page = this.core.textPage(row.page);
+      const page = this.app.page(row.page);
       if (!page) return;
       const controls = row.page === "HealthHowTo" ? [this.healthControls()] : [];
       this.open(textPage(page, ...controls));

@@ -26,19 +26,17 @@ export interface DisplayViews {
 export interface AlertField {
   readonly placeholder: string;
   readonly text: string;
-  readonly isEmail: boolean;
+  readonly keyboard: "text" | "email";
   readonly autocapitalizes: boolean;
   readonly autocorrects: boolean;
 }
 
 export interface AlertShown {
-  readonly id: number;
   readonly kind: "plain" | "warning" | "error" | "waiting" | "notice" | "edit";
   readonly title: string;
   readonly subtitle: string;
   readonly buttons: readonly string[];
   readonly closeButton: string | null;
-  readonly duration: number | null;
   readonly textField: AlertField | null;
   readonly color: string;
   readonly iconTint: string;
@@ -83,11 +81,10 @@ export interface CameraViews {
 }
 
 export interface SheetShown {
-  /** Empty for none, as the message. */
-  readonly title: string;
-  readonly message: string;
+  readonly title: string | null;
+  readonly message: string | null;
   readonly tint: string | null;
-  readonly actions: readonly { readonly title: string; readonly isCancel: boolean }[];
+  readonly actions: readonly { readonly title: string; readonly style: "standard" | "cancel" }[];
 }
 
 export interface ChartAxisSettings {
@@ -95,8 +92,8 @@ export interface ChartAxisSettings {
   readonly minimum: number | null;
   readonly maximum: number | null;
   readonly drawsGridLines: boolean;
-  /** Points drawn and left out; empty for a whole line. */
-  readonly gridLineDash: readonly number[];
+  /** Points drawn and left out. */
+  readonly gridLineDash: readonly [on: number, off: number] | null;
   readonly drawsAxisLine: boolean;
   readonly drawsLabels: boolean;
   readonly drawsTopLabel: boolean;
@@ -108,11 +105,9 @@ export interface ChartAxisSettings {
 }
 
 export interface ChartSettings {
-  readonly descriptionText: string;
   readonly noDataText: string;
   readonly scaleEnabled: boolean;
   readonly dragEnabled: boolean;
-  readonly pinchZoomEnabled: boolean;
   readonly viewPortOffsets: {
     readonly left: number;
     readonly top: number;
@@ -128,26 +123,32 @@ export interface ChartSettings {
 }
 
 export interface LineData {
-  /** Seconds since 1970, ascending. */
-  readonly x: Float64Array;
-  readonly y: Float64Array;
+  /** At seconds since 1970, ascending. */
+  readonly entries: readonly { readonly x: number; readonly y: number }[];
   readonly label: string;
   readonly color: string;
   readonly lineWidth: number;
   readonly drawsCircles: boolean;
   readonly circleRadius: number;
   readonly circleColor: string;
+  readonly drawsCircleHoles: boolean;
   readonly circleHoleColor: string;
+  readonly drawsFilled: boolean;
   readonly fillColor: string;
+  readonly fillAlpha: number;
 }
 
-export type ChartName = "heartrate" | "spo2";
-
 export interface ChartViews {
-  configure(name: ChartName, settings: ChartSettings): void;
-  clear(name: ChartName): void;
-  setData(name: ChartName, data: LineData): void;
-  setGranularity(name: ChartName, seconds: number): void;
+  configure(settings: ChartSettings): void;
+  clear(): void;
+  setData(data: LineData): void;
+  setGranularity(seconds: number): void;
+}
+
+export interface ChartsViews {
+  readonly display: DisplayViews;
+  readonly heartrate: ChartViews;
+  readonly spo2: ChartViews;
 }
 
 export interface ResultsViews {
@@ -156,7 +157,7 @@ export interface ResultsViews {
   listHeight(): number;
   setEditing(editing: boolean, animated: boolean): void;
   setSelected(row: number, selected: boolean): void;
-  deleteRows(rows: readonly number[], fade: boolean): void;
+  deleteRows(rows: readonly number[], animation: "none" | "fade"): void;
   reloadChooser(): void;
   setCheckMark(chooserRow: number, shown: boolean): void;
   setOpacity(element: string, opacity: number, seconds: number): void;
@@ -176,7 +177,7 @@ export interface SharingViews {
 }
 
 export interface AlertViews {
-  show(alert: AlertShown): void;
+  show(id: number, alert: AlertShown): void;
   hide(id: number): void;
   setFieldText(id: number, text: string): void;
   focusField(id: number): void;

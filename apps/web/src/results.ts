@@ -10,7 +10,14 @@ import {
   trashOutline,
 } from "ionicons/icons";
 
-import type { ChooserCell, ResultCell, WebApp } from "./core";
+import {
+  chooserTag,
+  type HistoryTableViewCell,
+  listTag,
+  type ResultsViewController,
+  type TableCell,
+  type WebApp,
+} from "./core";
 import { calmer, iconButton, make, makeCustom } from "./dom";
 import type { ResultsViews } from "./page";
 
@@ -24,6 +31,7 @@ interface SlidingElement extends HTMLElement {
 export class ResultsScreen implements ResultsViews {
   readonly page: HTMLElement;
 
+  private readonly core: ResultsViewController;
   private readonly list = makeCustom("ion-list", { class: "results-list" });
   private readonly content = makeCustom("ion-content");
   private readonly empty = make("p.empty", {}, "No measurements yet");
@@ -42,29 +50,31 @@ export class ResultsScreen implements ResultsViews {
   private editing = false;
   private chosen: number | undefined;
 
-  constructor(private readonly core: WebApp) {
+  constructor(app: WebApp) {
     for (const define of [itemSliding, itemOptions, itemOption]) define();
+    const core = app.results(this);
+    this.core = core;
     this.right = [
       make("button.bar-button", { type: "button" }),
       make("button.bar-button", { type: "button" }),
     ];
     this.left.addEventListener("click", () => {
-      core.tapResultsLeftButton();
+      core.tapLeftButton();
     });
     this.right[0].addEventListener("click", () => {
-      core.tapResultsEditButton();
+      core.tapEditButton();
     });
     this.right[1].addEventListener("click", () => {
       core.showChart();
     });
     this.dim.addEventListener("click", () => {
-      core.resultsTouchesBegan();
+      core.touchesBegan();
     });
     this.chooser.addEventListener("keydown", (event) => {
-      if (event.key === "Escape") core.closeLabels();
+      if (event.key === "Escape") core.clickCloseResultsLabelsView();
     });
     this.chooser.addEventListener("cancel", () => {
-      core.closeLabels();
+      core.clickCloseResultsLabelsView();
     });
     this.toolbar = make(
       "div.results-toolbar",
@@ -104,14 +114,17 @@ export class ResultsScreen implements ResultsViews {
     new IntersectionObserver((entries) => {
       if (entries.some((entry) => entry.isIntersecting)) this.addRows();
     }).observe(this.more);
-    core.resultsDidLoad(this);
+    core.viewDidLoad();
     this.addRows();
     this.showWhetherEmpty();
     this.page.addEventListener("ionViewWillEnter", () => {
-      core.resultsWillAppear();
+      core.viewWillAppear();
     });
     this.page.addEventListener("ionViewWillLeave", () => {
-      core.resultsWillDisappear();
+      core.viewWillDisappear();
+    });
+    this.page.addEventListener("ionViewWillUnload", () => {
+      core.delete();
     });
   }
 
@@ -145,12 +158,12 @@ export class ResultsScreen implements ResultsViews {
     if (element) this.setChecked(element, selected);
   }
 
-  deleteRows(rows: readonly number[], fade: boolean): void {
+  deleteRows(rows: readonly number[], animation: "none" | "fade"): void {
     // From below, so that the numbers above stay what they are.
     for (const row of [...rows].sort((left, right) => right - left)) {
       const [element] = this.rows.splice(row, 1);
       if (!element) continue;
-      if (fade) this.fadeOut(element);
+      if (animation === "fade") this.fadeOut(element);
       else element.remove();
     }
     this.addRows();
@@ -158,9 +171,11 @@ export class ResultsScreen implements ResultsViews {
   }
 
   reloadChooser(): void {
-    const rows = [...Array(this.core.chooserRowCount()).keys()].map((row) => {
+    const rows = [...Array(this.core.numberOfRows(chooserTag)).keys()].map((row) => {
       const cell = this.core.chooserCell(row);
-      return cell.isControls ? this.controlRow() : this.labelRow(row, cell);
+      return cell.reuseIdentifier === "labelsButtons"
+        ? this.controlRow()
+        : this.labelRow(row, cell);
     });
     this.chooser.replaceChildren(...rows);
     this.chooser.querySelector("button")?.focus({ preventScroll: true });
@@ -194,14 +209,14 @@ export class ResultsScreen implements ResultsViews {
   // Rows.
 
   private addRows(): void {
-    const count = this.core.resultsCount();
+    const count = this.core.numberOfRows(listTag);
     const end = Math.min(count, this.rows.length + rowsAtOnce);
     while (this.rows.length < end) {
       const row = this.makeRow();
-      this.fill(row, this.core.resultsCell(this.rows.length));
+      this.fill(row, this.core.listCell(this.rows.length));
       if (this.editing) {
         row.setAttribute("disabled", "");
-        this.setChecked(row, this.core.isResultSelected(this.rows.length));
+        this.setChecked(row, this.core.isSelected(this.rows.length));
       }
       this.rows.push(row);
       this.list.append(row);
@@ -210,12 +225,12 @@ export class ResultsScreen implements ResultsViews {
   }
 
   private showWhetherEmpty(): void {
-    this.empty.hidden = this.core.resultsCount() > 0;
+    this.empty.hidden = this.core.numberOfRows(listTag) > 0;
   }
 
   private makeRow(): SlidingElement {
     const option = makeCustom("ion-item-option", { color: "danger", expandable: "true" });
-    const swipe = this.core.resultsSwipeAction();
+    const swipe = this.core.swipeAction();
     option.textContent = swipe.title;
     option.style.setProperty("--background", swipe.background);
     // Part of what is read out of a row, while it is shown.
@@ -249,15 +264,15 @@ export class ResultsScreen implements ResultsViews {
     return row;
   }
 
-  private fill(row: HTMLElement, cell: ResultCell): void {
+  private fill(row: HTMLElement, cell: HistoryTableViewCell): void {
     const set = (name: string, text: string): void => {
       const view = row.querySelector(`.${name}`);
       if (view) view.textContent = text;
     };
-    set("date", cell.date);
-    set("heartrate", cell.heartrate);
-    set("spo2", cell.spo2);
-    set("labels", cell.labels);
+    set("date", cell.dateLabel);
+    set("heartrate", cell.heartrateLabel);
+    set("spo2", cell.spo2Label);
+    set("labels", cell.labelNames);
   }
 
   private tap(row: HTMLElement): void {
@@ -265,12 +280,12 @@ export class ResultsScreen implements ResultsViews {
     if (index < 0) return;
     if (!this.editing) {
       this.chosen = index;
-      this.core.selectResult(index);
+      this.core.didSelectRow(index, listTag);
       return;
     }
-    if (this.core.isResultSelected(index)) this.core.deselectResult(index);
-    else this.core.selectResult(index);
-    this.setChecked(row, this.core.isResultSelected(index));
+    if (this.core.isSelected(index)) this.core.didDeselectRow(index);
+    else this.core.didSelectRow(index, listTag);
+    this.setChecked(row, this.core.isSelected(index));
   }
 
   private setChecked(row: HTMLElement, checked: boolean): void {
@@ -298,7 +313,7 @@ export class ResultsScreen implements ResultsViews {
 
   // The label chooser.
 
-  private labelRow(row: number, cell: ChooserCell): HTMLElement {
+  private labelRow(row: number, cell: TableCell): HTMLElement {
     const mark = makeCustom("ion-icon", { "aria-hidden": "true" });
     Object.assign(mark, { icon: checkmark });
     const button = make(
@@ -308,7 +323,7 @@ export class ResultsScreen implements ResultsViews {
       mark,
     );
     button.addEventListener("click", () => {
-      this.core.tapLabel(row);
+      this.core.didSelectRow(row, chooserTag);
     });
     return button;
   }
@@ -319,7 +334,7 @@ export class ResultsScreen implements ResultsViews {
     const index = Math.min(this.chosen, this.rows.length - 1);
     this.chosen = undefined;
     const row = this.rows[index];
-    if (row) this.fill(row, this.core.resultsCell(index));
+    if (row) this.fill(row, this.core.listCell(index));
     const control = row?.querySelector("ion-item")?.shadowRoot?.querySelector("button");
     (control ?? this.right[0]).focus({ preventScroll: true });
   }
@@ -331,7 +346,7 @@ export class ResultsScreen implements ResultsViews {
     });
     const close = make("button.close", { type: "button" }, "Close");
     close.addEventListener("click", () => {
-      this.core.closeLabels();
+      this.core.clickCloseResultsLabelsView();
     });
     return make("div.control-row", {}, remove, close);
   }
