@@ -1,14 +1,11 @@
 #include "platform/linux/ffmpeg_source.h"
 
 extern "C" {
-#include <libavutil/avstring.h>
 #include <libavutil/pixdesc.h>
 }
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <cstring>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -16,52 +13,11 @@ extern "C" {
 #include "platform/format.h"
 #include "platform/linux/bgra_frame.h"
 #include "platform/linux/ffmpeg_support.h"
-#include "platform/linux/input_file.h"
+#include "platform/linux/ffmpeg_track.h"
 
 namespace veyla {
 
 namespace {
-
-constexpr AVRational fallbackRate{30, 1};
-
-/// Text that the libraries would draw as the screen of a terminal.
-bool isDrawnText(AVCodecID codec) {
-  return codec == AV_CODEC_ID_ANSI || codec == AV_CODEC_ID_BINTEXT || codec == AV_CODEC_ID_XBIN ||
-         codec == AV_CODEC_ID_IDF;
-}
-
-/// Formats that are no recording themselves but lead to other files, devices or scripts.
-bool leadsElsewhere(const AVInputFormat& format) {
-  constexpr std::array<std::string_view, 8> names{"concat", "dash", "hls",    "imf",
-                                                  "mlv",    "sdp",  "vobsub", "webm_dash_manifest"};
-  return (format.flags & AVFMT_NOFILE) != 0 ||
-         std::any_of(names.begin(), names.end(), [&](std::string_view name) {
-           return av_match_name(name.data(), format.name) != 0;
-         });
-}
-
-/// The names of all formats that hold their recording themselves, as the libraries take them.
-std::string formatsOfOneFile() {
-  std::string names;
-  void* position = nullptr;
-  while (const AVInputFormat* format = av_demuxer_iterate(&position)) {
-    if (!leadsElsewhere(*format)) names += (names.empty() ? "" : ",") + std::string(format->name);
-  }
-  return names;
-}
-
-/// Phones write a video's index at its end; without it the file opens as nothing at all.
-bool startsLikeMp4(const std::string& path) {
-  std::array<char, 8> start{};
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
-                                                             std::fclose);
-  return file && std::fread(start.data(), 1, start.size(), file.get()) == start.size() &&
-         std::string_view(start.data() + 4, 4) == "ftyp";
-}
-
-double seconds(std::int64_t timestamp, AVRational base) {
-  return static_cast<double>(timestamp) * base.num / base.den;
-}
 
 std::string counted(int count, const char* singular, const char* plural) {
   return std::to_string(count) + " " + (count == 1 ? singular : plural);
@@ -72,23 +28,16 @@ std::string counted(int count, const char* singular, const char* plural) {
 /// From the file to decoded frames, and what kept it from more.
 class FfmpegSource::Reader {
  public:
-  explicit Reader(const std::string& path) : path_(path) {
-    ffmpeg::silenceLog();
-    requireInputFile(path);
-    openFile();
-    openDecoder(chooseStream());
-  }
+  explicit Reader(const std::string& path) : path_(path), track_(path) { openDecoder(); }
+
+  const ffmpeg::Track& track() const { return track_; }
 
   /// Decodes into `frame`; false at the end.
   bool read(AVFrame& frame) {
-    while (true) {
+    while (failuresInARow_ < mostFailuresInARow) {
       const int error = avcodec_receive_frame(codec_.get(), &frame);
-      if (error == 0) {
-        if (!sws_isSupportedInput(static_cast<AVPixelFormat>(frame.format))) {
-          ++undecodable_;
-          av_frame_unref(&frame);
-          continue;
-        }
+      if (error == 0 && sws_isSupportedInput(static_cast<AVPixelFormat>(frame.format))) {
+        failuresInARow_ = 0;
         if (frame.decode_error_flags != 0) ++damaged_;
         noteEnd(frame);
         return true;
@@ -100,35 +49,30 @@ class FfmpegSource::Reader {
       if (error == AVERROR(EAGAIN)) {
         feed();
       } else {
-        ++undecodable_;
+        av_frame_unref(&frame);
+        noteFailure();
       }
     }
-  }
-
-  AVRational timeBase() const { return stream_->time_base; }
-
-  AVRational frameRate() const {
-    const AVRational rate = av_guess_frame_rate(input_.get(), stream_, nullptr);
-    return rate.num > 0 && rate.den > 0 ? rate : fallbackRate;
-  }
-
-  [[noreturn]] void refuse(const std::string& reason) const {
-    throw InputError(path_ + ": " + reason);
+    return false;
   }
 
   /// `lastTime` is that of the last frame, `gap` the step after it at which the recording ends.
   std::string remark(double lastTime, std::optional<double> gap) const {
     std::string text;
     const auto add = [&](const std::string& part) { text += (text.empty() ? "" : "; ") + part; };
-    if (undecodable_ > 0) {
-      add(counted(undecodable_, "frame", "frames") + " could not be decoded and " +
-          (undecodable_ == 1 ? "was" : "were") + " passed over");
+    const bool gaveUp = failuresInARow_ >= mostFailuresInARow;
+    if (const int passedOver = undecodable_ - (gaveUp ? failuresInARow_ : 0); passedOver > 0) {
+      add(counted(passedOver, "frame", "frames") + " could not be decoded and " +
+          (passedOver == 1 ? "was" : "were") + " passed over");
     }
     if (damaged_ > 0) {
       add(counted(damaged_, "frame is", "frames are") + " damaged and " +
           (damaged_ == 1 ? "was" : "were") + " used as far as decoded");
     }
     if (isCutOff()) add(formatText("cut off after %.1f s, what came before was used", lastTime));
+    if (gaveUp) {
+      add(formatText("cannot be decoded after %.1f s, what came before was used", lastTime));
+    }
     if (gap) {
       add(formatText("used up to %.1f s, where its times leap by %.6g s; ", lastTime, *gap) +
           "cut the video there to use the rest");
@@ -137,49 +81,12 @@ class FfmpegSource::Reader {
   }
 
  private:
-  void openFile() {
-    AVFormatContext* input = nullptr;
-    AVDictionary* options = nullptr;
-    av_dict_set(&options, "protocol_whitelist", "file", 0);
-    av_dict_set(&options, "format_whitelist", formatsOfOneFile().c_str(), 0);
-    int error = avformat_open_input(&input, ffmpeg::fileUrl(path_).c_str(), nullptr, &options);
-    av_dict_free(&options);
-    if (error < 0) {
-      if (startsLikeMp4(path_)) {
-        refuse("a video without its index, as when recording or copying broke off; copy it again");
-      }
-      refuseAsNoVideo();
-    }
-    input_.reset(input);
-    error = avformat_find_stream_info(input, nullptr);
-    if (error < 0) refuse("cannot be read (" + ffmpeg::errorText(error) + "); copy it again");
-  }
+  /// What fails for ten seconds of thirty frames each does not recover in time: frames so far apart
+  /// end a recording, too.
+  static constexpr int mostFailuresInARow = 300;
 
-  [[noreturn]] void refuseAsNoVideo() const {
-    refuse("not a video; give a video, or a colour series whose first line names time, R, G and B");
-  }
-
-  AVStream& chooseStream() {
-    const auto isVideo = [](const AVStream* stream) {
-      return stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO &&
-             (stream->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0;
-    };
-    const int best = av_find_best_stream(input_.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-    for (unsigned i = 0; i < input_->nb_streams; ++i) {
-      AVStream* stream = input_->streams[i];
-      const bool preferred = static_cast<int>(i) == best;
-      if (isVideo(stream) && (!stream_ || preferred)) stream_ = stream;
-    }
-    if (!stream_) refuse("a file without a video track; give one with a video track");
-    if (isDrawnText(stream_->codecpar->codec_id)) refuseAsNoVideo();
-    for (unsigned i = 0; i < input_->nb_streams; ++i) {
-      if (input_->streams[i] != stream_) input_->streams[i]->discard = AVDISCARD_ALL;
-    }
-    return *stream_;
-  }
-
-  void openDecoder(const AVStream& stream) {
-    const AVCodecParameters& parameters = *stream.codecpar;
+  void openDecoder() {
+    const AVCodecParameters& parameters = track_.parameters();
     const AVCodec* decoder = avcodec_find_decoder(parameters.codec_id);
     if (!decoder) {
       std::array<char, AV_FOURCC_MAX_STRING_SIZE> tag{};
@@ -187,75 +94,53 @@ class FfmpegSource::Reader {
       const std::string name = parameters.codec_id == AV_CODEC_ID_NONE
                                    ? tag.data()
                                    : avcodec_get_name(parameters.codec_id);
-      refuse("no decoder for its video format " + name + "; convert it to H.264");
+      track_.refuse("no decoder for its video format " + name + "; convert it to H.264");
     }
     codec_.reset(avcodec_alloc_context3(decoder));
     avcodec_parameters_to_context(codec_.get(), &parameters);
-    codec_->pkt_timebase = stream.time_base;
+    codec_->pkt_timebase = track_.timeBase();
     // As many threads as there are processors, as the ffmpeg program takes by default.
     codec_->thread_count = 0;
     const int error = avcodec_open2(codec_.get(), decoder, nullptr);
     if (error < 0) {
-      refuse("its video cannot be decoded (" + ffmpeg::errorText(error) + "); convert it to H.264");
+      track_.refuse("its video cannot be decoded (" + ffmpeg::errorText(error) +
+                    "); convert it to H.264");
     }
   }
 
   /// Gives the decoder one more packet, or at the end the sign to hand out what it holds.
   void feed() {
-    while (true) {
-      const int error = av_read_frame(input_.get(), packet_.get());
-      if (error == AVERROR(EAGAIN)) continue;
-      if (error < 0) {
-        if (error != AVERROR_EOF || lastPacketIncomplete_) brokenOff_ = true;
-        if (input_->pb && input_->pb->error < 0) brokenOff_ = true;
-        avcodec_send_packet(codec_.get(), nullptr);
-        return;
-      }
-      if (packet_->stream_index == stream_->index) break;
-      av_packet_unref(packet_.get());
-    }
-    lastPacketIncomplete_ = (packet_->flags & AV_PKT_FLAG_CORRUPT) != 0;
-    if (avcodec_send_packet(codec_.get(), packet_.get()) < 0) ++undecodable_;
+    const bool found = track_.read(*packet_);
+    if (avcodec_send_packet(codec_.get(), found ? packet_.get() : nullptr) < 0) noteFailure();
     av_packet_unref(packet_.get());
+  }
+
+  void noteFailure() {
+    ++undecodable_;
+    ++failuresInARow_;
   }
 
   void noteEnd(const AVFrame& frame) {
     if (frame.best_effort_timestamp == AV_NOPTS_VALUE) return;
-    end_ = std::max(
-        end_, seconds(frame.best_effort_timestamp + std::max<std::int64_t>(frame.pkt_duration, 0),
-                      stream_->time_base));
+    const std::int64_t end =
+        frame.best_effort_timestamp + std::max<std::int64_t>(frame.pkt_duration, 0);
+    end_ = std::max(end_, ffmpeg::seconds(end, track_.timeBase()));
   }
 
   /// Broken off while reading, or well before the end that the file's head promises.
   bool isCutOff() const {
     constexpr double tolerance = 0.5;
-    if (!ended_) return false;
-    if (brokenOff_) return true;
-    const auto startOr0 = [](std::int64_t start) { return start == AV_NOPTS_VALUE ? 0 : start; };
-    if (stream_->duration > 0) {
-      const double promised =
-          seconds(startOr0(stream_->start_time) + stream_->duration, stream_->time_base);
-      return end_ + tolerance < promised;
-    }
-    // The whole file's length says as much where there is nothing in it but the video.
-    if (input_->nb_streams > 1 || input_->duration <= 0 ||
-        input_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) {
-      return false;
-    }
-    const double promised =
-        static_cast<double>(startOr0(input_->start_time) + input_->duration) / AV_TIME_BASE;
-    return end_ + tolerance < promised;
+    const auto promised = track_.promisedEnd();
+    return ended_ && (track_.brokenOff() || (promised && end_ + tolerance < *promised));
   }
 
   std::string path_;
-  ffmpeg::Input input_;
-  AVStream* stream_ = nullptr;
+  ffmpeg::Track track_;
   ffmpeg::Codec codec_;
   ffmpeg::Packet packet_{av_packet_alloc()};
   int undecodable_ = 0;
+  int failuresInARow_ = 0;
   int damaged_ = 0;
-  bool lastPacketIncomplete_ = false;
-  bool brokenOff_ = false;
   /// All that could be decoded was handed out.
   bool ended_ = false;
   /// Of the last frame, on the file's own scale.
@@ -271,13 +156,13 @@ class FfmpegSource::Clock {
   double timeOf(const AVFrame& frame) {
     const bool stamped = frame.best_effort_timestamp != AV_NOPTS_VALUE;
     if (!last_) {
-      if (stamped) zero_ = seconds(frame.best_effort_timestamp, base_);
+      if (stamped) zero_ = ffmpeg::seconds(frame.best_effort_timestamp, base_);
       last_ = 0;
       return 0;
     }
     double time = *last_ + frameDuration_;
     if (stamped) {
-      const double own = seconds(frame.best_effort_timestamp, base_);
+      const double own = ffmpeg::seconds(frame.best_effort_timestamp, base_);
       // Recordings that were joined end to end start their times again.
       if (own - zero_ < *last_ - longestStepBack) zero_ = own - time;
       time = std::max(own - zero_, *last_);
@@ -410,10 +295,11 @@ class FfmpegSource::Scaler {
 
 FfmpegSource::FfmpegSource(const std::string& path)
     : reader_(std::make_unique<Reader>(path)),
-      clock_(std::make_unique<Clock>(reader_->timeBase(), reader_->frameRate())),
+      clock_(std::make_unique<Clock>(reader_->track().timeBase(), reader_->track().frameRate())),
       scaler_(std::make_unique<Scaler>()) {
   readNext();
-  if (!nextTime_) reader_->refuse("no frame of it could be decoded; copy or record it again");
+  if (!nextTime_)
+    reader_->track().refuse("no frame of it could be decoded; copy or record it again");
 }
 
 FfmpegSource::~FfmpegSource() = default;
@@ -439,7 +325,8 @@ bool FfmpegSource::advance() {
 
 void FfmpegSource::deliver(SampleBufferDelegate& delegate) {
   if (!scaler_->scaleInto(scaler_->output())) {
-    reader_->refuse("frames of its size and pixel format cannot be scaled; convert it to H.264");
+    reader_->track().refuse(
+        "frames of its size and pixel format cannot be scaled; convert it to H.264");
   }
   delegate.captureOutput(scaler_->output());
 }

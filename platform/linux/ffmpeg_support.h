@@ -7,6 +7,7 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -36,6 +37,10 @@ void silenceLog();
 
 /// The libraries' words for one of their error numbers.
 std::string errorText(int error);
+
+inline double seconds(std::int64_t timestamp, AVRational base) {
+  return static_cast<double>(timestamp) * base.num / base.den;
+}
 
 /// How the libraries take a path, whatever characters are in it: never as the address of a network,
 /// a pipe or a list of files.

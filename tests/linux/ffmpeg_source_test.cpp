@@ -195,6 +195,35 @@ TEST_F(FfmpegSourceTest, FramesThatCannotBeDecodedArePassedOverAndCounted) {
   EXPECT_NEAR(played.times.back(), 119 / 30.0, 0.002);
 }
 
+TEST_F(FfmpegSourceTest, AVideoEndsWhereNoMoreOfItCanBeDecoded) {
+  // At a rate at which what follows would still come in time.
+  const std::string whole =
+      contentsOf(folder_.ffmpeg(pictures("16x16", "100", "5") + "-c:v png", "a.mov"));
+  struct {
+    bool (*isDamaged)(int picture);
+    std::size_t frames;
+    const char* remark;
+  } const cases[] = {
+      {[](int i) { return i >= 50 && i % 200 != 0 && i != 499; }, 53,
+       ": 447 frames could not be decoded and were passed over"},
+      {[](int i) { return i >= 50 && i < 400; }, 50,
+       ": cannot be decoded after 0.5 s, what came before was used"},
+  };
+  for (const auto& [isDamaged, frames, remark] : cases) {
+    std::string video = whole;
+    std::size_t head = 0;
+    for (int i = 0; i < 500; ++i) {
+      head = video.find("\x89PNG", head + 1);
+      ASSERT_NE(head, std::string::npos);
+      if (isDamaged(i)) video.replace(head, 8, 8, 'x');
+    }
+    const std::string path = folder_.write("damaged.mov", video);
+    const auto played = read(path);
+    EXPECT_EQ(played.frames.size(), frames);
+    EXPECT_EQ(played.remark, path + remark);
+  }
+}
+
 TEST_F(FfmpegSourceTest, RefusalsNameTheReason) {
   EXPECT_EQ(refusal(folder_.file("absent.mp4")), "no such file; check the name");
   EXPECT_EQ(refusal(folder_.file("")), "a folder; name a file in it");
