@@ -1,5 +1,7 @@
 #include "apps/web/web_app.h"
 
+#include <emscripten/bind.h>
+
 #include <array>
 #include <cstddef>
 #include <utility>
@@ -8,6 +10,7 @@
 #include "measuring/app_delegate.h"
 #include "measuring/measuring_screen.h"
 #include "platform/portable/embedded_resources.h"
+#include "platform/web/page_types.h"
 #include "shell/alerts.h"
 
 namespace veyla {
@@ -25,12 +28,20 @@ MainViewController& screen() { return MainViewController::instance(); }
 
 }  // namespace
 
+EMSCRIPTEN_BINDINGS(drawing) {
+  emscripten::value_object<TextExtents>("TextExtents")
+      .field("width", &TextExtents::width)
+      .field("ascent", &TextExtents::ascent)
+      .field("descent", &TextExtents::descent);
+}
+
 WebApp::WebApp(val page)
     : page_(std::move(page)),
       log_(page_["log"]),
       device_(page_["device"]),
       text_(page_["text"]),
-      store_(page_["storage"]),
+      items_(page_["storage"]),
+      store_(items_),
       healthStore_(page_["health"], pending_, store_, text_),
       camera_(page_["camera"], pending_),
       measuringDisplay_(page_["measuring"], loop_),
@@ -39,7 +50,9 @@ WebApp::WebApp(val page)
       screens_(page_["screens"]),
       actionSheet_(page_["actionSheet"]),
       sharing_(page_["sharing"], pending_),
-      canvas_(page_["canvas"]) {
+      canvas_([canvas = page_["canvas"]](const std::string& text, const Font& font) {
+        return canvas.call<TextExtents>("measureText", text, font.size, font.weight());
+      }) {
   store_.failed = [storage = page_["storage"]](const std::string& damagedKey,
                                                const std::string& line) {
     storage.call<void>("failed", damagedKey, line);
@@ -123,8 +136,9 @@ val WebApp::draw(const std::string& element, double width, double height) {
   if (isNamed(MeasuringScreen::chartFourierView)) {
     screen().chartFourierView().drawRect(canvas_, size);
   }
+  const std::vector<double>& numbers = canvas_.numbers();
   val drawing = val::object();
-  drawing.set("numbers", canvas_.numbers());
+  drawing.set("numbers", emscripten::typed_memory_view(numbers.size(), numbers.data()));
   drawing.set("texts", canvas_.texts());
   return drawing;
 }

@@ -20,6 +20,7 @@
 #include "platform/web/event_loop.h"
 #include "platform/web/local_store.h"
 #include "platform/web/page_health_store.h"
+#include "platform/web/page_items.h"
 #include "platform/web/page_sharing.h"
 #include "platform/web/track_camera.h"
 #include "shell/intro_view_controller.h"
@@ -95,6 +96,7 @@ class WebApp {
   PageLog log_;
   PageDevice device_;
   BrowserText text_;
+  PageItems items_;
   LocalStore store_;
   PageHealthStore healthStore_;
   TrackCamera camera_;

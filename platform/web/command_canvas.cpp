@@ -2,21 +2,9 @@
 
 namespace veyla {
 
-using emscripten::val;
-
 void CommandCanvas::clear() {
   numbers_.clear();
   texts_.clear();
-}
-
-val CommandCanvas::numbers() const {
-  return val(emscripten::typed_memory_view(numbers_.size(), numbers_.data()));
-}
-
-val CommandCanvas::texts() const {
-  val list = val::array();
-  for (const std::string& text : texts_) list.call<void>("push", text);
-  return list;
 }
 
 void CommandCanvas::fill(const Paint& paint) {
@@ -49,12 +37,7 @@ void CommandCanvas::drawText(const std::string& text, Point at, TextAlign align,
 
 TextExtents CommandCanvas::measureText(const std::string& text, const Font& font) {
   const auto [place, isNew] = measured_.try_emplace({text, {font.size, font.weight()}});
-  if (isNew) {
-    const val extents = page_.call<val>("measureText", text, font.size, font.weight());
-    place->second = {.width = extents["width"].as<double>(),
-                     .ascent = extents["ascent"].as<double>(),
-                     .descent = extents["descent"].as<double>()};
-  }
+  if (isNew) place->second = measure_(text, font);
   return place->second;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <emscripten/val.h>
-
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -40,14 +39,14 @@ class CommandCanvas : public Canvas {
     drawText,
   };
 
-  /// `page` answers `measureText(text, size, weight)`.
-  explicit CommandCanvas(emscripten::val page) : page_(std::move(page)) {}
+  using MeasureText = std::function<TextExtents(const std::string& text, const Font& font)>;
+
+  explicit CommandCanvas(MeasureText measure) : measure_(std::move(measure)) {}
 
   /// Begins an empty drawing.
   void clear();
-  /// Numbers in memory that the next drawing reuses, and the texts.
-  emscripten::val numbers() const;
-  emscripten::val texts() const;
+  const std::vector<double>& numbers() const { return numbers_; }
+  const std::vector<std::string>& texts() const { return texts_; }
 
   void save() override { write(Command::save); }
   void restore() override { write(Command::restore); }
@@ -81,7 +80,7 @@ class CommandCanvas : public Canvas {
   void write(const Color& color);
   void write(const std::vector<GradientStop>& stops);
 
-  emscripten::val page_;
+  MeasureText measure_;
   std::vector<double> numbers_;
   std::vector<std::string> texts_;
   /// A dial asks for the same few texts at every redraw.

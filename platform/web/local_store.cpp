@@ -5,8 +5,6 @@
 
 namespace veyla {
 
-using emscripten::val;
-
 std::optional<Value> LocalStore::value(std::string_view key) {
   const auto changed = pending_.find(key);
   if (changed != pending_.end()) {
@@ -60,14 +58,7 @@ void LocalStore::tellDamaged(const std::string& key) const {
 
 void LocalStore::synchronize() {
   if (nesting_ > 1 || pending_.empty()) return;
-  val changes = val::array();
-  for (const auto& [key, text] : pending_) {
-    val change = val::array();
-    change.call<void>("push", key);
-    change.call<void>("push", text ? val(*text) : val::null());
-    changes.call<void>("push", change);
-  }
-  const auto reason = page_.call<std::string>("write", changes);
+  const std::string reason = items_.write({pending_.begin(), pending_.end()});
   if (reason.empty()) {
     pending_.clear();
   } else {
@@ -81,12 +72,6 @@ void LocalStore::exclusively(const std::function<void()>& changes) {
   changes();
   if (nesting_ == 1) synchronize();
   --nesting_;
-}
-
-std::optional<std::string> LocalStore::rawText(const std::string& key) const {
-  const val text = page_.call<val>("read", key);
-  if (text.isNull() || text.isUndefined()) return std::nullopt;
-  return text.as<std::string>();
 }
 
 void LocalStore::setAside(const std::string& key, Date now) {

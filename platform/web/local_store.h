@@ -1,7 +1,5 @@
 #pragma once
 
-#include <emscripten/val.h>
-
 #include <functional>
 #include <map>
 #include <optional>
@@ -9,10 +7,24 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/key_value_store.h"
 
 namespace veyla {
+
+/// The texts that the browser keeps for the page, each under its key.
+class LocalItems {
+ public:
+  /// A key and its new text; none to remove it.
+  using Change = std::pair<std::string, std::optional<std::string>>;
+
+  virtual ~LocalItems() = default;
+
+  virtual std::optional<std::string> read(const std::string& key) const = 0;
+  /// Makes all changes or none; the reason for that, or an empty text.
+  virtual std::string write(const std::vector<Change>& changes) = 0;
+};
 
 /// The key-value store in the browser's `localStorage`: an item a key, its value as `writeJson`
 /// writes it.
@@ -23,9 +35,8 @@ namespace veyla {
 /// Another tab's changes are seen by the next reading; the browser has no lock on them.
 class LocalStore : public KeyValueStore {
  public:
-  /// `page` answers `read(key)`, a text or null, and `write(changes)`, pairs of a key and a text or
-  /// null, with a reason why nothing was written or an empty text.
-  explicit LocalStore(emscripten::val page) : page_(std::move(page)) {}
+  /// `items` must outlive the store.
+  explicit LocalStore(LocalItems& items) : items_(items) {}
 
   /// Told of each thing that goes wrong: the key, empty where it is about all of them, and one line
   /// for the user. A damaged item is told of when it is first read and at each change it refuses.
@@ -39,7 +50,7 @@ class LocalStore : public KeyValueStore {
   void exclusively(const std::function<void()>& changes) override;
 
   /// The text of an item, as it is.
-  std::optional<std::string> rawText(const std::string& key) const;
+  std::optional<std::string> rawText(const std::string& key) const { return items_.read(key); }
   /// Keeps a damaged item under a name of its own, so that the key can be used anew.
   void setAside(const std::string& key, Date now);
 
@@ -52,7 +63,7 @@ class LocalStore : public KeyValueStore {
     Value value;
   };
 
-  emscripten::val page_;
+  LocalItems& items_;
   /// Not written yet; without a text, a removal.
   std::map<std::string, std::optional<std::string>, std::less<>> pending_;
   /// What was read last: the history is long and read often.

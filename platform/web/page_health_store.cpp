@@ -1,6 +1,15 @@
 #include "platform/web/page_health_store.h"
 
+#include "platform/web/page_types.h"
+
 namespace veyla {
+
+/// By the names under which permissions are kept.
+template <>
+struct PageType<HealthSampleType> {
+  using Carried = std::string;
+  static Carried to(HealthSampleType type) { return HealthPermissions::nameOf(type); }
+};
 
 using emscripten::val;
 
@@ -18,17 +27,13 @@ void PageHealthStore::requestAuthorization(const std::vector<HealthSampleType>& 
     if (completion) completion(true);
     return;
   }
-  val names = val::array();
-  for (const HealthSampleType type : undetermined) {
-    names.call<void>("push", std::string(HealthPermissions::nameOf(type)));
-  }
   const int number = pending_.keep([this, undetermined, completion](int answer) {
     for (std::size_t i = 0; answer >= 0 && i < undetermined.size(); ++i) {
       allow(undetermined[i], (answer >> i & 1) != 0);
     }
     if (completion) completion(answer >= 0);
   });
-  page_.call<void>("ask", names, number);
+  page_.call<void>("ask", undetermined, number);
 }
 
 void PageHealthStore::save(const HealthSample& sample,

@@ -1,30 +1,29 @@
 #include "platform/web/page_sharing.h"
 
+#include <emscripten/bind.h>
+
+#include "platform/web/page_types.h"
+
 namespace veyla {
 
-using emscripten::val;
+EMSCRIPTEN_BINDINGS(page_sharing) {
+  emscripten::value_object<MailAttachment>("MailAttachment")
+      .field("data", &MailAttachment::data)
+      .field("mimeType", &MailAttachment::mimeType)
+      .field("fileName", &MailAttachment::fileName);
+  emscripten::value_object<Mail>("Mail")
+      .field("recipients", &Mail::recipients)
+      .field("subject", &Mail::subject)
+      .field("body", &Mail::body)
+      .field("isHtml", &Mail::isHtml)
+      .field("attachments", &Mail::attachments);
+}
 
 void PageSharing::composeMail(const Mail& mail, MailFinished finished) {
-  val recipients = val::array();
-  for (const std::string& recipient : mail.recipients) recipients.call<void>("push", recipient);
-  val attachments = val::array();
-  for (const MailAttachment& attachment : mail.attachments) {
-    val each = val::object();
-    each.set("text", attachment.data);
-    each.set("mimeType", attachment.mimeType);
-    each.set("fileName", attachment.fileName);
-    attachments.call<void>("push", each);
-  }
-  val object = val::object();
-  object.set("recipients", recipients);
-  object.set("subject", mail.subject);
-  object.set("body", mail.body);
-  object.set("isHtml", mail.isHtml);
-  object.set("attachments", attachments);
   const int number = pending_.keep([finished = std::move(finished)](int answer) {
     if (finished) finished(static_cast<MailResult>(answer), "");
   });
-  page_.call<void>("composeMail", object, number);
+  page_.call<void>("composeMail", mail, number);
 }
 
 void PageSharing::composeMessage(const std::string& body, MessageFinished finished) {

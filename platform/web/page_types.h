@@ -87,7 +87,7 @@ template <class T>
 struct PageNames;
 
 template <class T>
-  requires requires { PageNames<T>::names; }
+requires requires { PageNames<T>::names; }
 struct PageType<T> {
   using Carried = std::string;
   static Carried to(T value) {
@@ -96,7 +96,9 @@ struct PageType<T> {
 };
 
 template <class T>
-concept HasPageType = requires { typename PageType<T>::Carried; };
+concept HasPageType = requires {
+  typename PageType<T>::Carried;
+};
 
 }  // namespace veyla
 
@@ -104,8 +106,9 @@ concept HasPageType = requires { typename PageType<T>::Carried; };
 namespace emscripten::internal {
 
 template <class T>
-  requires veyla::HasPageType<std::remove_cvref_t<T>>
-struct TypeID<T, void> : TypeID<typename veyla::PageType<std::remove_cvref_t<T>>::Carried> {};
+requires veyla::HasPageType<std::remove_cvref_t<T>>
+struct TypeID<T, void> : TypeID<typename veyla::PageType<std::remove_cvref_t<T>>::Carried> {
+};
 
 template <veyla::HasPageType T>
 struct BindingType<T, void> {

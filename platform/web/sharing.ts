@@ -9,7 +9,7 @@ export interface SharedMail {
 }
 
 export interface SharedFile {
-  readonly text: string;
+  readonly data: string;
   readonly mimeType: string;
   readonly fileName: string;
 }
@@ -50,7 +50,7 @@ export function messageAddress(body: string): string {
 
 export function filesOf(mail: SharedMail): File[] {
   return mail.attachments.map(
-    ({ text, fileName, mimeType }) => new File([text], fileName, { type: mimeType }),
+    ({ data, fileName, mimeType }) => new File([data], fileName, { type: mimeType }),
   );
 }
 

@@ -37,7 +37,7 @@ export class MailComposer {
     fields.append(make("dt", {}, "Subject"), make("dd", {}, mail.subject));
     const files = mail.attachments.map((file) =>
       button("attachment", `Save ${file.fileName}`, () => {
-        saveAsFile(file.fileName, file.mimeType, file.text);
+        saveAsFile(file.fileName, file.mimeType, file.data);
       }),
     );
     const card = sheetCard(
@@ -59,7 +59,7 @@ export class MailComposer {
     card.append(
       button("primary", "Open mail app", () => {
         // A mail program's address takes no files: they are saved, to be attached there.
-        for (const file of mail.attachments) saveAsFile(file.fileName, file.mimeType, file.text);
+        for (const file of mail.attachments) saveAsFile(file.fileName, file.mimeType, file.data);
         openAddress(mailAddress(mail));
         finish("saved");
       }),
