@@ -1,9 +1,7 @@
 // What the page may call: the application, and the core's screens as they are.
-#include <emscripten/bind.h>
-
 #include "apps/web/web_app.h"
 #include "measuring/main_view_controller.h"
-#include "platform/web/page_types.h"
+#include "platform/web/page_fields.h"
 #include "shell/alerts.h"
 #include "shell/faq.h"
 #include "shell/pages.h"
@@ -15,7 +13,10 @@ using emscripten::allow_raw_pointers;
 using emscripten::base;
 using emscripten::class_;
 using emscripten::optional_override;
-using emscripten::value_object;
+
+std::array<std::string_view, 4> periodTitles(const ChartResultsViewController& /*screen*/) {
+  return ChartResultsViewController::periodTitles;
+}
 
 bool isSelected(const ResultsViewController& screen, std::size_t row) {
   return screen.selectedRows().contains(row);
@@ -24,138 +25,63 @@ bool isSelected(const ResultsViewController& screen, std::size_t row) {
 }  // namespace
 
 EMSCRIPTEN_BINDINGS(texts) {
-  value_object<FaqEntry>("FaqEntry")
-      .field("question", &FaqEntry::question)
-      .field("answer", &FaqEntry::answer);
-  value_object<PageSection>("PageSection")
-      .field("heading", &PageSection::heading)
-      .field("text", &PageSection::text);
-  value_object<Page>("Page").field("title", &Page::title).field("sections", &Page::sections);
+  VEYLA_VALUE(FaqEntry, question, answer);
+  VEYLA_VALUE(PageSection, heading, text);
+  VEYLA_VALUE(Page, title, sections);
 }
 
 EMSCRIPTEN_BINDINGS(application) {
   class_<WebApp>("WebApp")
       .constructor<emscripten::val>()
-      .function("launch", &WebApp::launch)
-      .function("enterBackground", &WebApp::enterBackground)
-      .function("enterForeground", &WebApp::enterForeground)
-      .function("terminate", &WebApp::terminate)
-      .function("settle", &WebApp::settle)
-      .function("frameBuffer", &WebApp::frameBuffer)
-      .function("takeFrame", &WebApp::takeFrame)
-      .function("torchRefused", &WebApp::torchRefused)
-      .function("cameraLost", &WebApp::cameraLost)
-      .function("measuringWillDisappear", &WebApp::measuringWillDisappear)
-      .function("draw", &WebApp::draw)
-      .function("chooseSheetAction", &WebApp::chooseSheetAction)
-      .function("rateMyApp", &WebApp::rateMyApp)
-      .function("faqs", optional_override([](const WebApp&) { return Utils::faqs(); }))
-      .function("page", optional_override([](const WebApp&, const std::string& name) {
-                  return Utils::page(name);
-                }))
-      .function("optionsRows",
-                optional_override([](const WebApp&) { return Utils::optionsRows(); }))
-      .function("isHealthRecordAllowed", &WebApp::isHealthRecordAllowed)
-      .function("allowHealthRecord", &WebApp::allowHealthRecord)
-      .function("rawStoredText", &WebApp::rawStoredText)
-      .function("setStoredTextAside", &WebApp::setStoredTextAside)
       .function("alerts", optional_override([](WebApp&) { return &Alerts::instance(); }),
                 allow_raw_pointers())
       .function("measuring",
                 optional_override([](WebApp&) { return &MainViewController::instance(); }),
                 allow_raw_pointers())
       .function("intro", &WebApp::intro, allow_raw_pointers())
-      .function("charts", &WebApp::charts)
-      .function("results", &WebApp::results)
-      .function("options", &WebApp::options);
+      .function("optionsRows", optional_override([](WebApp&) { return Utils::optionsRows(); }))
+      .function("page", optional_override(
+                            [](WebApp&, const std::string& name) { return Utils::page(name); }))
+      .function("faqs", optional_override([](WebApp&) { return Utils::faqs(); })) VEYLA_METHODS(
+          WebApp, launch, enterBackground, enterForeground, terminate, settle, frameBuffer,
+          takeFrame, torchRefused, cameraLost, measuringWillDisappear, draw, charts, results,
+          options, chooseSheetAction, rateMyApp, isHealthRecordAllowed, allowHealthRecord,
+          rawStoredText, setStoredTextAside);
 }
 
 EMSCRIPTEN_BINDINGS(screens) {
-  class_<Alerts>("Alerts")
-      .function("tapButton", &Alerts::tapButton)
-      .function("tapClose", &Alerts::tapClose)
-      .function("tapOutside", &Alerts::tapOutside)
-      .function("typeInField", &Alerts::typeInField);
+  class_<Alerts>("Alerts") VEYLA_METHODS(Alerts, tapButton, tapClose, tapOutside, typeInField);
 
-  class_<MainViewController>("MainViewController")
-      .function("viewWillAppear", &MainViewController::viewWillAppear)
-      .function("viewDidAppear", &MainViewController::viewDidAppear)
-      .function("beginButtonPush", &MainViewController::beginButtonPush)
-      .function("stopButtonPush", &MainViewController::stopButtonPush)
-      .function("buttonCheckboxHeartrateTapped", &MainViewController::buttonCheckboxHeartrateTapped)
-      .function("buttonCheckboxSpo2Tapped", &MainViewController::buttonCheckboxSpo2Tapped)
-      .function("swipeLeft", &MainViewController::swipeLeft)
-      .function("swipeRight", &MainViewController::swipeRight);
+  class_<MainViewController>("MainViewController") VEYLA_METHODS(
+      MainViewController, viewWillAppear, viewDidAppear, beginButtonPush, stopButtonPush,
+      buttonCheckboxHeartrateTapped, buttonCheckboxSpo2Tapped, swipeLeft, swipeRight);
 
   class_<IntroViewController>("IntroViewController")
-      .function("viewDidLoad", &IntroViewController::viewDidLoad)
-      .function("swipeleft", &IntroViewController::swipeleft)
-      .function("swiperight", &IntroViewController::swiperight)
-      .function("buttonSkipTapped", &IntroViewController::buttonSkipTapped)
-      .function("titles", &IntroViewController::titles)
-      .function("subTitles", &IntroViewController::subTitles)
-      .function("images", &IntroViewController::images)
-      .function("currentPage", &IntroViewController::currentPage)
-      .function("indicatedPage", &IntroViewController::indicatedPage)
-      .function("currentDotColor", &IntroViewController::currentDotColor);
+      VEYLA_METHODS(IntroViewController, viewDidLoad, swipeleft, swiperight, buttonSkipTapped,
+                    titles, subTitles, images, currentPage, indicatedPage, currentDotColor);
 
   class_<ChartResultsViewController>("ChartResultsViewController")
-      .function("viewDidLoad", &ChartResultsViewController::viewDidLoad)
-      .function("periodTitles", optional_override([](const ChartResultsViewController& screen) {
-                  return screen.periodTitles;
-                }))
-      .function("viewWillAppear", &ChartResultsViewController::viewWillAppear)
-      .function("tapSegmentPeriod", &ChartResultsViewController::tapSegmentPeriod)
-      .function("tapButtonLabels", &ChartResultsViewController::tapButtonLabels);
+      .function("periodTitles", &periodTitles)
+          VEYLA_METHODS(ChartResultsViewController, viewDidLoad, viewWillAppear, tapSegmentPeriod,
+                        tapButtonLabels);
   class_<PageChartsScreen, base<ChartResultsViewController>>("ChartsScreen")
-      .function("heartrateAxisText", &PageChartsScreen::heartrateAxisText)
-      .function("spo2AxisText", &PageChartsScreen::spo2AxisText);
+      VEYLA_METHODS(PageChartsScreen, heartrateAxisText, spo2AxisText);
 
-  value_object<HistoryTableViewCell>("HistoryTableViewCell")
-      .field("dateLabel", &HistoryTableViewCell::dateLabel)
-      .field("heartrateLabel", &HistoryTableViewCell::heartrateLabel)
-      .field("spo2Label", &HistoryTableViewCell::spo2Label)
-      .field("labelNames", &HistoryTableViewCell::labelNames);
-  value_object<TableCell>("TableCell")
-      .field("reuseIdentifier", &TableCell::reuseIdentifier)
-      .field("labelName", &TableCell::labelName)
-      .field("isChecked", &TableCell::isChecked);
-  value_object<SwipeAction>("SwipeAction")
-      .field("title", &SwipeAction::title)
-      .field("background", &SwipeAction::background);
+  VEYLA_VALUE(HistoryTableViewCell, dateLabel, heartrateLabel, spo2Label, labelNames);
+  VEYLA_VALUE(TableCell, reuseIdentifier, labelName, isChecked);
+  VEYLA_VALUE(SwipeAction, title, background);
   class_<ResultsViewController>("ResultsViewController")
-      .function("viewDidLoad", &ResultsViewController::viewDidLoad)
-      .function("viewWillAppear", &ResultsViewController::viewWillAppear)
-      .function("viewWillDisappear", &ResultsViewController::viewWillDisappear)
-      .function("numberOfRows", &ResultsViewController::numberOfRows)
-      .function("listCell", &ResultsViewController::listCell)
-      .function("chooserCell", &ResultsViewController::chooserCell)
-      .function("swipeAction", &ResultsViewController::swipeAction)
-      .function("isSelected", &isSelected)
-      .function("didSelectRow", &ResultsViewController::didSelectRow)
-      .function("didDeselectRow", &ResultsViewController::didDeselectRow)
-      .function("showChart", &ResultsViewController::showChart)
-      .function("tapLeftButton", &ResultsViewController::tapLeftButton)
-      .function("tapEditButton", &ResultsViewController::tapEditButton)
-      .function("touchesBegan", &ResultsViewController::touchesBegan)
-      .function("clickCloseResultsLabelsView", &ResultsViewController::clickCloseResultsLabelsView)
-      .function("tapDeleteRow", &ResultsViewController::tapDeleteRow)
-      .function("tapSwipeAction", &ResultsViewController::tapSwipeAction)
-      .function("clickTrash", &ResultsViewController::clickTrash)
-      .function("clickShare", &ResultsViewController::clickShare);
+      .function("isSelected", &isSelected) VEYLA_METHODS(
+          ResultsViewController, viewDidLoad, viewWillAppear, viewWillDisappear, numberOfRows,
+          listCell, chooserCell, swipeAction, didSelectRow, didDeselectRow, showChart,
+          tapLeftButton, tapEditButton, touchesBegan, clickCloseResultsLabelsView, tapDeleteRow,
+          tapSwipeAction, clickTrash, clickShare);
   class_<PageResultsScreen, base<ResultsViewController>>("ResultsScreen");
 
-  value_object<OptionsRow>("OptionsRow")
-      .field("title", &OptionsRow::title)
-      .field("subTitle", &OptionsRow::subTitle)
-      .field("page", &OptionsRow::page)
-      .field("isEmail", &OptionsRow::isEmail);
+  VEYLA_VALUE(OptionsRow, title, subTitle, page, isEmail);
   class_<TableViewController>("TableViewController")
-      .function("viewDidLoad", &TableViewController::viewDidLoad)
-      .function("viewWillAppear", &TableViewController::viewWillAppear)
-      .function("buttonCloseTap", &TableViewController::buttonCloseTap)
-      .function("didSelectRow", &TableViewController::didSelectRow)
-      .function("accessoryButtonTapped", &TableViewController::accessoryButtonTapped);
+      VEYLA_METHODS(TableViewController, viewDidLoad, viewWillAppear, buttonCloseTap, didSelectRow,
+                    accessoryButtonTapped);
   class_<PageOptionsScreen, base<TableViewController>>("OptionsScreen");
 }
 

@@ -1,8 +1,6 @@
 #include "apps/web/page_lists.h"
 
-#include <emscripten/bind.h>
-
-#include "platform/web/page_types.h"
+#include "platform/web/page_fields.h"
 
 namespace veyla {
 
@@ -19,14 +17,8 @@ struct PageNames<RowAnimation> {
 };
 
 EMSCRIPTEN_BINDINGS(page_lists) {
-  emscripten::value_object<SheetAction>("SheetAction")
-      .field("title", &SheetAction::title)
-      .field("style", &SheetAction::style);
-  emscripten::value_object<ActionSheet>("ActionSheet")
-      .field("title", &ActionSheet::title)
-      .field("message", &ActionSheet::message)
-      .field("tint", &ActionSheet::tint)
-      .field("actions", &ActionSheet::actions);
+  VEYLA_VALUE(SheetAction, title, style);
+  VEYLA_VALUE(ActionSheet, title, message, tint, actions);
 }
 
 void PageActionSheet::present(const ActionSheet& sheet) {

@@ -1,8 +1,6 @@
 #include "apps/web/page_shell.h"
 
-#include <emscripten/bind.h>
-
-#include "platform/web/page_types.h"
+#include "platform/web/page_fields.h"
 #include "shell/release_notes.h"
 
 namespace veyla {
@@ -26,28 +24,10 @@ struct PageType<AlertButton> {
 };
 
 EMSCRIPTEN_BINDINGS(page_shell) {
-  emscripten::value_object<Appearance>("Appearance")
-      .field("tableCellTint", &Appearance::tableCellTint)
-      .field("navigationBarTint", &Appearance::navigationBarTint)
-      .field("navigationBarTitle", &Appearance::navigationBarTitle)
-      .field("pageIndicatorDot", &Appearance::pageIndicatorDot)
-      .field("pageIndicatorCurrentDot", &Appearance::pageIndicatorCurrentDot)
-      .field("segmentedControlTint", &Appearance::segmentedControlTint);
-  emscripten::value_object<AlertTextField>("AlertTextField")
-      .field("placeholder", &AlertTextField::placeholder)
-      .field("text", &AlertTextField::text)
-      .field("keyboard", &AlertTextField::keyboard)
-      .field("autocapitalizes", &AlertTextField::autocapitalizes)
-      .field("autocorrects", &AlertTextField::autocorrects);
-  emscripten::value_object<Alert>("Alert")
-      .field("kind", &Alert::kind)
-      .field("title", &Alert::title)
-      .field("subtitle", &Alert::subtitle)
-      .field("textField", &Alert::textField)
-      .field("buttons", &Alert::buttons)
-      .field("closeButton", &Alert::closeButton)
-      .field("color", &Alert::color)
-      .field("iconTint", &Alert::iconTint);
+  VEYLA_VALUE(Appearance, tableCellTint, navigationBarTint, navigationBarTitle, pageIndicatorDot,
+              pageIndicatorCurrentDot, segmentedControlTint);
+  VEYLA_VALUE(AlertTextField, placeholder, text, keyboard, autocapitalizes, autocorrects);
+  VEYLA_VALUE(Alert, kind, title, subtitle, textField, buttons, closeButton, color, iconTint);
 }
 
 void PageScreens::performTransition(std::string_view name) {

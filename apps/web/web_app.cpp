@@ -1,7 +1,5 @@
 #include "apps/web/web_app.h"
 
-#include <emscripten/bind.h>
-
 #include <array>
 #include <cstddef>
 #include <utility>
@@ -10,7 +8,7 @@
 #include "measuring/app_delegate.h"
 #include "measuring/measuring_screen.h"
 #include "platform/portable/embedded_resources.h"
-#include "platform/web/page_types.h"
+#include "platform/web/page_fields.h"
 #include "shell/alerts.h"
 
 namespace veyla {
@@ -28,12 +26,7 @@ MainViewController& screen() { return MainViewController::instance(); }
 
 }  // namespace
 
-EMSCRIPTEN_BINDINGS(drawing) {
-  emscripten::value_object<TextExtents>("TextExtents")
-      .field("width", &TextExtents::width)
-      .field("ascent", &TextExtents::ascent)
-      .field("descent", &TextExtents::descent);
-}
+EMSCRIPTEN_BINDINGS(drawing) { VEYLA_VALUE(TextExtents, width, ascent, descent); }
 
 WebApp::WebApp(val page)
     : page_(std::move(page)),

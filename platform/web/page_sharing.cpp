@@ -1,22 +1,12 @@
 #include "platform/web/page_sharing.h"
 
-#include <emscripten/bind.h>
-
-#include "platform/web/page_types.h"
+#include "platform/web/page_fields.h"
 
 namespace veyla {
 
 EMSCRIPTEN_BINDINGS(page_sharing) {
-  emscripten::value_object<MailAttachment>("MailAttachment")
-      .field("data", &MailAttachment::data)
-      .field("mimeType", &MailAttachment::mimeType)
-      .field("fileName", &MailAttachment::fileName);
-  emscripten::value_object<Mail>("Mail")
-      .field("recipients", &Mail::recipients)
-      .field("subject", &Mail::subject)
-      .field("body", &Mail::body)
-      .field("isHtml", &Mail::isHtml)
-      .field("attachments", &Mail::attachments);
+  VEYLA_VALUE(MailAttachment, data, mimeType, fileName);
+  VEYLA_VALUE(Mail, recipients, subject, body, isHtml, attachments);
 }
 
 void PageSharing::composeMail(const Mail& mail, MailFinished finished) {

@@ -3,7 +3,7 @@ import { defineCustomElement as label } from "@ionic/core/components/ion-label.j
 import { defineCustomElement as segment } from "@ionic/core/components/ion-segment.js";
 import { defineCustomElement as segmentButton } from "@ionic/core/components/ion-segment-button.js";
 
-import type { WebApp } from "./core";
+import { followPage, type WebApp } from "./core";
 import { make, makeCustom } from "./dom";
 import { ElementViews } from "./element_views";
 import { LineChartView, SharedTime } from "./line_chart";
@@ -48,11 +48,6 @@ export class ChartsScreen {
       ),
     );
     core.viewDidLoad();
-    this.page.addEventListener("ionViewWillEnter", () => {
-      core.viewWillAppear();
-    });
-    this.page.addEventListener("ionViewWillUnload", () => {
-      core.delete();
-    });
+    followPage(this.page, core);
   }
 }

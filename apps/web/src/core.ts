@@ -5,9 +5,25 @@ import createVeyla from "veyla-core";
 import type { Drawing } from "../../../platform/web/canvas";
 import type { ChartsViews, OptionsViews, Page, ResultsViews } from "./page";
 
-/** A screen that lasts until the page is done with it. */
-interface Kept {
+/** A screen that lasts as long as its page. */
+interface Screen {
+  viewDidLoad(): void;
+  viewWillAppear(): void;
+  viewWillDisappear?(): void;
   delete(): void;
+}
+
+/** Tells a screen what becomes of its page. */
+export function followPage(page: HTMLElement, screen: Screen): void {
+  page.addEventListener("ionViewWillEnter", () => {
+    screen.viewWillAppear();
+  });
+  page.addEventListener("ionViewWillLeave", () => {
+    screen.viewWillDisappear?.();
+  });
+  page.addEventListener("ionViewWillUnload", () => {
+    screen.delete();
+  });
 }
 
 export interface Alerts {
@@ -41,9 +57,7 @@ export interface IntroViewController {
   currentDotColor(): string;
 }
 
-export interface ChartResultsViewController extends Kept {
-  viewDidLoad(): void;
-  viewWillAppear(): void;
+export interface ChartResultsViewController extends Screen {
   periodTitles(): string[];
   tapSegmentPeriod(index: number): void;
   tapButtonLabels(): void;
@@ -67,10 +81,7 @@ export interface TableCell {
 export const listTag = 0;
 export const chooserTag = 1;
 
-export interface ResultsViewController extends Kept {
-  viewDidLoad(): void;
-  viewWillAppear(): void;
-  viewWillDisappear(): void;
+export interface ResultsViewController extends Screen {
   numberOfRows(tag: number): number;
   listCell(row: number): HistoryTableViewCell;
   chooserCell(row: number): TableCell;
@@ -96,9 +107,7 @@ export interface OptionsRow {
   readonly isEmail: boolean;
 }
 
-export interface TableViewController extends Kept {
-  viewDidLoad(): void;
-  viewWillAppear(): void;
+export interface TableViewController extends Screen {
   buttonCloseTap(): void;
   didSelectRow(section: number, row: number): void;
   accessoryButtonTapped(): void;

@@ -61,6 +61,17 @@ export function showModal(dialog: HTMLDialogElement): void {
   dialog.showModal();
 }
 
+/** A button with a text. */
+export function textButton(
+  description: "button" | `button.${string}`,
+  text: string,
+  tapped: () => void,
+): HTMLButtonElement {
+  const button = make(description, { type: "button" }, text);
+  button.addEventListener("click", tapped);
+  return button;
+}
+
 /** Whether motion is to be avoided, because it makes the user ill. */
 export const calmer = window.matchMedia("(prefers-reduced-motion: reduce)");
 

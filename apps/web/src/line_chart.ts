@@ -238,7 +238,7 @@ export class LineChartView implements ChartViews {
       grid: {
         show: axis.drawsGridLines,
         stroke: `color-mix(in srgb, ${adapted(axis.gridColor)} 30%, transparent)`,
-        dash: [...(axis.gridLineDash ?? [])],
+        dash: axis.gridLineDash ? [axis.gridLineDash.on, axis.gridLineDash.off] : [],
         width: 1,
       },
     });

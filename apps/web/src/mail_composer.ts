@@ -10,7 +10,7 @@ import {
   share,
   type SharedMail,
 } from "../../../platform/web/sharing";
-import { make, sheetCard, showModal } from "./dom";
+import { make, sheetCard, showModal, textButton } from "./dom";
 import { saveAsFile } from "./files";
 
 export class MailComposer {
@@ -25,18 +25,13 @@ export class MailComposer {
       this.settle(pending, mailResults.indexOf(result));
     };
     const dialog = make("dialog.sheet.composer", { "aria-labelledby": "composer-title" });
-    const button = (style: string, text: string, tapped: () => void): HTMLButtonElement => {
-      const made = make(`button.${style}`, { type: "button" }, text);
-      made.addEventListener("click", tapped);
-      return made;
-    };
     const fields = make("dl.mail-fields");
     if (mail.recipients.length > 0) {
       fields.append(make("dt", {}, "To"), make("dd", {}, mail.recipients.join(", ")));
     }
     fields.append(make("dt", {}, "Subject"), make("dd", {}, mail.subject));
     const files = mail.attachments.map((file) =>
-      button("attachment", `Save ${file.fileName}`, () => {
+      textButton("button.attachment", `Save ${file.fileName}`, () => {
         saveAsFile(file.fileName, file.mimeType, file.data);
       }),
     );
@@ -48,7 +43,7 @@ export class MailComposer {
     );
     if (canShare(mail)) {
       card.append(
-        button("primary", "Share …", () => {
+        textButton("button.primary", "Share …", () => {
           void share(mail).then((result) => {
             // Whoever turns back may want another way.
             if (result !== "cancelled") finish(result);
@@ -57,13 +52,13 @@ export class MailComposer {
       );
     }
     card.append(
-      button("primary", "Open mail app", () => {
+      textButton("button.primary", "Open mail app", () => {
         // A mail program's address takes no files: they are saved, to be attached there.
         for (const file of mail.attachments) saveAsFile(file.fileName, file.mimeType, file.data);
         openAddress(mailAddress(mail));
         finish("saved");
       }),
-      button("quiet", "Cancel", () => {
+      textButton("button.quiet", "Cancel", () => {
         finish("cancelled");
       }),
     );

@@ -1,6 +1,6 @@
 // The options screen, and the pages that its rows lead to.
-import type { OptionsRow, TableViewController, WebApp } from "./core";
-import { make, makeCustom } from "./dom";
+import { followPage, type OptionsRow, type TableViewController, type WebApp } from "./core";
+import { make, makeCustom, textButton } from "./dom";
 import type { OptionsViews } from "./page";
 import { textPage } from "./text_pages";
 
@@ -17,8 +17,7 @@ export class OptionsScreen implements OptionsViews {
   ) {
     const core = app.options(this);
     this.core = core;
-    const close = make("button.bar-button", { type: "button" }, "Close");
-    close.addEventListener("click", () => {
+    const close = textButton("button.bar-button", "Close", () => {
       core.buttonCloseTap();
     });
     const lists = app
@@ -48,12 +47,7 @@ export class OptionsScreen implements OptionsViews {
       content,
     );
     core.viewDidLoad();
-    this.page.addEventListener("ionViewWillEnter", () => {
-      core.viewWillAppear();
-    });
-    this.page.addEventListener("ionViewWillUnload", () => {
-      core.delete();
-    });
+    followPage(this.page, core);
   }
 
   setText(element: string, text: string): void {

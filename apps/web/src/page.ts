@@ -93,7 +93,7 @@ export interface ChartAxisSettings {
   readonly maximum: number | null;
   readonly drawsGridLines: boolean;
   /** Points drawn and left out. */
-  readonly gridLineDash: readonly [on: number, off: number] | null;
+  readonly gridLineDash: { readonly on: number; readonly off: number } | null;
   readonly drawsAxisLine: boolean;
   readonly drawsLabels: boolean;
   readonly drawsTopLabel: boolean;

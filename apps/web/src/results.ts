@@ -12,13 +12,14 @@ import {
 
 import {
   chooserTag,
+  followPage,
   type HistoryTableViewCell,
   listTag,
   type ResultsViewController,
   type TableCell,
   type WebApp,
 } from "./core";
-import { calmer, iconButton, make, makeCustom } from "./dom";
+import { calmer, iconButton, make, makeCustom, textButton } from "./dom";
 import type { ResultsViews } from "./page";
 
 /** Rows that are made at a time: a long history is made as far as somebody scrolls. */
@@ -36,8 +37,17 @@ export class ResultsScreen implements ResultsViews {
   private readonly content = makeCustom("ion-content");
   private readonly empty = make("p.empty", {}, "No measurements yet");
   private readonly more = make("div.more", { "aria-hidden": "true" });
-  private readonly left = make("button.bar-button", { type: "button" });
-  private readonly right: readonly [HTMLButtonElement, HTMLButtonElement];
+  private readonly left = textButton("button.bar-button", "", () => {
+    this.core.tapLeftButton();
+  });
+  private readonly right = [
+    textButton("button.bar-button", "", () => {
+      this.core.tapEditButton();
+    }),
+    textButton("button.bar-button", "", () => {
+      this.core.showChart();
+    }),
+  ] as const;
   private readonly dim = make("div.dim");
   private readonly chooser = make("div.chooser", {
     role: "dialog",
@@ -54,19 +64,6 @@ export class ResultsScreen implements ResultsViews {
     for (const define of [itemSliding, itemOptions, itemOption]) define();
     const core = app.results(this);
     this.core = core;
-    this.right = [
-      make("button.bar-button", { type: "button" }),
-      make("button.bar-button", { type: "button" }),
-    ];
-    this.left.addEventListener("click", () => {
-      core.tapLeftButton();
-    });
-    this.right[0].addEventListener("click", () => {
-      core.tapEditButton();
-    });
-    this.right[1].addEventListener("click", () => {
-      core.showChart();
-    });
     this.dim.addEventListener("click", () => {
       core.touchesBegan();
     });
@@ -117,15 +114,7 @@ export class ResultsScreen implements ResultsViews {
     core.viewDidLoad();
     this.addRows();
     this.showWhetherEmpty();
-    this.page.addEventListener("ionViewWillEnter", () => {
-      core.viewWillAppear();
-    });
-    this.page.addEventListener("ionViewWillLeave", () => {
-      core.viewWillDisappear();
-    });
-    this.page.addEventListener("ionViewWillUnload", () => {
-      core.delete();
-    });
+    followPage(this.page, core);
   }
 
   // What the core does to the views.
@@ -340,14 +329,15 @@ export class ResultsScreen implements ResultsViews {
   }
 
   private controlRow(): HTMLElement {
-    const remove = make("button.delete", { type: "button" }, "Delete");
-    remove.addEventListener("click", () => {
-      this.core.tapDeleteRow();
-    });
-    const close = make("button.close", { type: "button" }, "Close");
-    close.addEventListener("click", () => {
-      this.core.clickCloseResultsLabelsView();
-    });
-    return make("div.control-row", {}, remove, close);
+    return make(
+      "div.control-row",
+      {},
+      textButton("button.delete", "Delete", () => {
+        this.core.tapDeleteRow();
+      }),
+      textButton("button.close", "Close", () => {
+        this.core.clickCloseResultsLabelsView();
+      }),
+    );
   }
 }
