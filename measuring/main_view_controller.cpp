@@ -44,8 +44,16 @@ constexpr const char* coverInstruction = "Cover flash and camera lens with finge
 
 Display& display() { return services().measuringDisplay; }
 
-void play(Element element, std::string_view animation, std::function<void()> then = {}) {
-  display().animate(element, animation, std::move(then));
+/// The element comes by this animation, or goes by it.
+void enter(Element element, std::string_view animation, std::function<void()> then = {}) {
+  display().animate(element, animation, true, std::move(then));
+}
+void leave(Element element, std::string_view animation, std::function<void()> then = {}) {
+  display().animate(element, animation, false, std::move(then));
+}
+
+void showGauge(Element panel, bool shown) {
+  display().animate(panel, shown ? "zoomIn" : "zoomOut", shown, {});
 }
 
 std::string wholeNumber(float value) { return formatText("%.0f", static_cast<double>(value)); }
@@ -230,7 +238,7 @@ void MainViewController::buttonCheckboxHeartrateTapped() {
   runHeartrate_ = !runHeartrate_;
   display().setImage(buttonCheckboxHeartrate,
                      runHeartrate_ ? "checkbox_marked.png" : "checkbox_unmarked.png");
-  play(viewGaugeHeartrate, runHeartrate_ ? "zoomIn" : "zoomOut");
+  showGauge(viewGaugeHeartrate, runHeartrate_);
 }
 
 void MainViewController::buttonCheckboxSpo2Tapped() {
@@ -238,7 +246,7 @@ void MainViewController::buttonCheckboxSpo2Tapped() {
   runSpo2_ = !runSpo2_;
   display().setImage(buttonCheckboxSpo2,
                      runSpo2_ ? "checkbox_marked.png" : "checkbox_unmarked.png");
-  play(viewGaugeSpo2, runSpo2_ ? "zoomIn" : "zoomOut");
+  showGauge(viewGaugeSpo2, runSpo2_);
 }
 
 void MainViewController::swipeLeft() { services().screens.performTransition("settings"); }
@@ -380,8 +388,8 @@ void MainViewController::doneHeartrate() {
 
   display().setFont(labelHeartrate, {finalFont, labelValuesFontSize_});
   display().setText(labelLastHeartrate, wholeNumber(finalHeartrate_));
-  play(labelLastHeartrate, "zoomIn");
-  play(labelHeartrate, "zoomIn");
+  enter(labelLastHeartrate, "zoomIn");
+  enter(labelHeartrate, "zoomIn");
   display().setShimmering(labelMeasuringHeartrate, false);
   HKUtils().writeHeartrateWithValue(static_cast<double>(finalHeartrate_));
   if (isSpo2Done_ || !runSpo2_) done();
@@ -397,10 +405,10 @@ void MainViewController::doneSpo2() {
   showSpo2(finalSpo2_);
 
   display().setFont(labelSpo2, {finalFont, labelValuesFontSize_});
-  play(labelSpo2, "zoomIn");
+  enter(labelSpo2, "zoomIn");
   gaugeSpo2_.setValue(finalSpo2_, true);
   display().setText(labelLastSpo2, wholeNumber(finalSpo2_));
-  play(labelLastSpo2, "zoomIn");
+  enter(labelLastSpo2, "zoomIn");
   display().setShimmering(labelMeasuringSpo2, false);
   HKUtils().writeSpo2WithValue(static_cast<double>(finalSpo2_));
   if (isHeartrateDone_ || !runHeartrate_) done();
@@ -524,7 +532,7 @@ void MainViewController::showStateTappedStart() {
   showValueDefaults();
   showChart(false);
   showCheckboxes(false);
-  play(beginButton, "fadeOut", [] { play(stopButton, "fadeIn"); });
+  leave(beginButton, "fadeOut", [] { enter(stopButton, "fadeIn"); });
   display().setText(labelGrey, coverInstruction);
   display().setOpacity(labelGrey, 1);
   display().setText(labelRed, "Will begin in a couple of seconds ...");
@@ -532,30 +540,30 @@ void MainViewController::showStateTappedStart() {
 }
 
 void MainViewController::showStateMeasuring() {
-  play(labelRed, "slideLeft", [] {
+  leave(labelRed, "slideLeft", [] {
     display().setText(labelRed, "Analyzing - hold steady ...");
-    play(labelRed, "slideRight");
+    enter(labelRed, "slideRight");
   });
   if (runHeartrate_) display().setShimmering(labelMeasuringHeartrate, true);
   if (runSpo2_) display().setShimmering(labelMeasuringSpo2, true);
 }
 
 void MainViewController::showStateChart() {
-  play(viewCenter, "zoomOut", [this] {
+  leave(viewCenter, "zoomOut", [this] {
     showChart(true);
-    play(viewCenter, "zoomIn");
+    enter(viewCenter, "zoomIn");
   });
 }
 
 void MainViewController::showStateDone() {
-  play(stopButton, "slideUp", [] { play(beginButton, "slideUp"); });
+  leave(stopButton, "slideUp", [] { enter(beginButton, "slideUp"); });
   showInstruction();
   display().setText(labelRed, "FINISHED");
-  play(labelRed, "fadeIn");
+  enter(labelRed, "fadeIn");
   showCheckboxes(true);
-  play(viewCenter, "zoomOut", [this] {
+  leave(viewCenter, "zoomOut", [this] {
     showChart(false);
-    play(viewCenter, "zoomIn");
+    enter(viewCenter, "zoomIn");
   });
 }
 
@@ -571,9 +579,9 @@ void MainViewController::showStateAfterLowSig() {
 
 void MainViewController::showStateTappedStop() {
   showChart(false);
-  play(stopButton, "slideUp", [] { play(beginButton, "slideUp"); });
+  leave(stopButton, "slideUp", [] { enter(beginButton, "slideUp"); });
   showInstruction();
-  play(labelRed, "fadeIn");
+  enter(labelRed, "fadeIn");
   stopShimmering();
   showCheckboxes(true);
   zeroGaugesAndRings(true);
@@ -582,7 +590,7 @@ void MainViewController::showStateTappedStop() {
 
 void MainViewController::showInstruction() {
   display().setText(labelGrey, startInstruction);
-  play(labelGrey, "fadeIn");
+  enter(labelGrey, "fadeIn");
 }
 
 void MainViewController::showValueDefaults() {

@@ -56,10 +56,11 @@ void IntroViewController::showPage(std::int32_t page, std::string_view exit,
   indicatedPage_ = page;
   const auto index = static_cast<std::size_t>(page);
   const auto replace = [&](Element element, std::function<void()> setContent) {
-    display_.animate(element, exit, [this, element, entry, setContent = std::move(setContent)] {
-      setContent();
-      display_.animate(element, entry, {});
-    });
+    display_.animate(element, exit, false,
+                     [this, element, entry, setContent = std::move(setContent)] {
+                       setContent();
+                       display_.animate(element, entry, true, {});
+                     });
   };
   replace(IntroScreen::labelTitle,
           [this, index] { display_.setText(IntroScreen::labelTitle, titles_[index]); });

@@ -1,7 +1,5 @@
 #include "shell/screen_state.h"
 
-#include "shell/view_animation.h"
-
 namespace veyla {
 
 void ScreenState::setText(Element element, const std::string& text) {
@@ -34,13 +32,9 @@ void ScreenState::setShimmering(Element element, bool shimmering) {
   notify();
 }
 
-void ScreenState::animate(Element element, std::string_view animation,
+void ScreenState::animate(Element element, std::string_view /*animation*/, bool endsVisible,
                           std::function<void()> completion) {
-  if (const auto played = viewAnimation(animation)) {
-    View& shown = at(element);
-    shown.opacity = played->endsVisible(shown.opacity > 0) ? 1 : 0;
-  }
-  notify();
+  setOpacity(element, endsVisible ? 1 : 0);
   if (completion) completion();
 }
 

@@ -9,8 +9,7 @@
 
 namespace veyla {
 
-/// A screen without views: remembers what every element shows. Animations are over at once; what
-/// they leave behind, an element that can be seen or not, is kept.
+/// A screen without views: remembers what every element shows. Animations are over at once.
 class ScreenState : public Display {
  public:
   /// Called when anything to see has changed; may be empty.
@@ -22,7 +21,7 @@ class ScreenState : public Display {
   void setOpacity(Element element, double opacity) override;
   void setHidden(Element element, bool hidden) override;
   void setShimmering(Element element, bool shimmering) override;
-  void animate(Element element, std::string_view animation,
+  void animate(Element element, std::string_view animation, bool endsVisible,
                std::function<void()> completion) override;
   void setNeedsDisplay(Element element) override;
 

@@ -7,33 +7,26 @@ namespace veyla {
 
 namespace {
 
-using Effect = ViewAnimation::Effect;
-
 /// Slides are short ways: what they show changes place, it does not travel across the screen.
 constexpr double slide = 60;
 
 constexpr std::array<ViewAnimation, 7> animations{{
-    {"fadeIn", 0.3, Effect::enters, {.opacity = 0}},
-    {"fadeOut", 0.3, Effect::leaves, {.opacity = 0}},
-    {"zoomIn", 0.35, Effect::enters, {.opacity = 0, .scale = 0.6}},
-    {"zoomOut", 0.25, Effect::leaves, {.opacity = 0, .scale = 0.6}},
-    {"slideLeft", 0.3, Effect::swaps, {.opacity = 0, .x = -slide}},
-    {"slideRight", 0.3, Effect::swaps, {.opacity = 0, .x = slide}},
-    {"slideUp", 0.3, Effect::swaps, {.opacity = 0, .y = -slide}},
+    {"fadeIn", 0.3, {.opacity = 0}},
+    {"fadeOut", 0.3, {.opacity = 0}},
+    {"zoomIn", 0.35, {.opacity = 0, .scale = 0.6}},
+    {"zoomOut", 0.25, {.opacity = 0, .scale = 0.6}},
+    {"slideLeft", 0.3, {.opacity = 0, .x = -slide}},
+    {"slideRight", 0.3, {.opacity = 0, .x = slide}},
+    {"slideUp", 0.3, {.opacity = 0, .y = -slide}},
 }};
 
 }  // namespace
 
-bool ViewAnimation::endsVisible(bool isVisible) const {
-  return effect == Effect::swaps ? !isVisible : effect == Effect::enters;
-}
-
-ElementPose ViewAnimation::poseAt(double elapsed, bool wasVisible) const {
-  const bool enters = endsVisible(wasVisible);
+ElementPose ViewAnimation::poseAt(double elapsed, bool endsVisible) const {
   const double part = std::clamp(elapsed / seconds, 0.0, 1.0);
   // What comes slows down into its place, what goes gathers speed.
-  const double away = enters ? (1 - part) * (1 - part) : part * part;
-  const double direction = enters ? -1 : 1;
+  const double away = endsVisible ? (1 - part) * (1 - part) : part * part;
+  const double direction = endsVisible ? -1 : 1;
   return {.opacity = 1 + (gone.opacity - 1) * away,
           .scale = 1 + (gone.scale - 1) * away,
           .x = direction * gone.x * away,

@@ -20,25 +20,13 @@ struct ElementPose {
 
 /// One of the named animations of the screens' elements.
 struct ViewAnimation {
-  enum class Effect {
-    /// The element comes, and stays.
-    enters,
-    /// The element goes, and stays away.
-    leaves,
-    /// An element that can be seen goes, another comes.
-    swaps,
-  };
-
   std::string_view name;
   double seconds = 0;
-  Effect effect = Effect::enters;
   /// The element that is gone; one that comes starts on the opposite side and moves the same way.
   ElementPose gone;
 
-  /// Whether an element can be seen afterwards.
-  bool endsVisible(bool isVisible) const;
-  /// The element `elapsed` seconds after the animation began, when it was visible then or not.
-  ElementPose poseAt(double elapsed, bool wasVisible) const;
+  /// The element `elapsed` seconds after the animation began, as it comes or goes.
+  ElementPose poseAt(double elapsed, bool endsVisible) const;
 };
 
 /// Nothing for a name that no animation has.

@@ -32,8 +32,8 @@ class PageChart : public LineChart {
 
 /// What the charts screen stands on: `page` has `display`, `heartrate` and `spo2`.
 struct PageChartViews {
-  PageChartViews(const emscripten::val& page, MainQueue& queue)
-      : display(page["display"], queue), heartrate(page["heartrate"]), spo2(page["spo2"]) {}
+  PageChartViews(const emscripten::val& page, Pending& pending)
+      : display(page["display"], pending), heartrate(page["heartrate"]), spo2(page["spo2"]) {}
 
   PageDisplay display;
   PageChart heartrate;
@@ -43,8 +43,9 @@ struct PageChartViews {
 /// The charts screen with its views, which lasts as long as the page keeps it.
 class PageChartsScreen : private PageChartViews, public ChartResultsViewController {
  public:
-  PageChartsScreen(const emscripten::val& page, MainQueue& queue, ActionSheetView& sheets)
-      : PageChartViews(page, queue), ChartResultsViewController(display, sheets, heartrate, spo2) {}
+  PageChartsScreen(const emscripten::val& page, Pending& pending, ActionSheetView& sheets)
+      : PageChartViews(page, pending),
+        ChartResultsViewController(display, sheets, heartrate, spo2) {}
 
   std::string heartrateAxisText(const std::string& axis, double value) const {
     return heartrate.axisText(axis, value);

@@ -12,11 +12,11 @@ namespace {
 /// Enough for the eye: the page draws straight ways between them.
 constexpr int poseCount = 13;
 
-val posesOf(const ViewAnimation& animation, bool wasVisible) {
+val posesOf(const ViewAnimation& animation, bool endsVisible) {
   val poses = val::array();
   for (int i = 0; i < poseCount; ++i) {
     const double elapsed = animation.seconds * i / (poseCount - 1);
-    const ElementPose pose = animation.poseAt(elapsed, wasVisible);
+    const ElementPose pose = animation.poseAt(elapsed, endsVisible);
     val each = val::object();
     each.set("opacity", pose.opacity);
     each.set("scale", pose.scale);
@@ -42,7 +42,6 @@ void PageDisplay::setImage(Element element, std::string_view image) {
 }
 
 void PageDisplay::setOpacity(Element element, double opacity) {
-  shown(element) = opacity > 0;
   page_.call<void>("setOpacity", nameOf(element), opacity);
 }
 
@@ -54,15 +53,19 @@ void PageDisplay::setShimmering(Element element, bool shimmering) {
   page_.call<void>("setShimmering", nameOf(element), shimmering);
 }
 
-void PageDisplay::animate(Element element, std::string_view animation,
+void PageDisplay::animate(Element element, std::string_view animation, bool endsVisible,
                           std::function<void()> completion) {
   const auto played = viewAnimation(animation);
-  if (played) {
-    const bool wasVisible = std::exchange(shown(element), played->endsVisible(shown(element)));
-    page_.call<void>("animate", nameOf(element), played->seconds, posesOf(*played, wasVisible),
-                     shown(element));
+  if (!played) {
+    setOpacity(element, endsVisible ? 1 : 0);
+    if (completion) completion();
+    return;
   }
-  if (completion) queue_.after(played ? played->seconds : 0, std::move(completion));
+  const int pending = pending_.keep([completion = std::move(completion)](int finished) {
+    if (finished != 0 && completion) completion();
+  });
+  page_.call<void>("animate", nameOf(element), played->seconds, posesOf(*played, endsVisible),
+                   endsVisible, pending);
 }
 
 void PageDisplay::setNeedsDisplay(Element element) {

@@ -37,8 +37,8 @@ WebApp::WebApp(val page)
       store_(items_),
       healthStore_(page_["health"], pending_, store_, text_),
       camera_(page_["camera"], pending_),
-      measuringDisplay_(page_["measuring"], loop_),
-      introDisplay_(page_["intro"], loop_),
+      measuringDisplay_(page_["measuring"], pending_),
+      introDisplay_(page_["intro"], pending_),
       alerts_(page_["alerts"]),
       screens_(page_["screens"]),
       actionSheet_(page_["actionSheet"]),
@@ -137,7 +137,7 @@ val WebApp::draw(const std::string& element, double width, double height) {
 }
 
 std::unique_ptr<PageChartsScreen> WebApp::charts(const val& views) {
-  return std::make_unique<PageChartsScreen>(views, loop_, actionSheet_);
+  return std::make_unique<PageChartsScreen>(views, pending_, actionSheet_);
 }
 
 std::unique_ptr<PageResultsScreen> WebApp::results(val views) {

@@ -91,17 +91,17 @@ TEST_F(MeasuringScreenDrawingTest, ShowsWhatCanBeSeenAndNothingElse) {
   EXPECT_THAT(texts(), Not(Contains("STOP")));
   EXPECT_THAT(texts(), Not(Contains("Pulse")));
 
-  views_.animate(beginButton, "fadeOut", {});
-  views_.animate(stopButton, "fadeIn", {});
+  views_.animate(beginButton, "fadeOut", false, {});
+  views_.animate(stopButton, "fadeIn", true, {});
   views_.setOpacity(labelRed, 0);
   views_.setHidden(chartFourierView, false);
   views_.setHidden(viewLastMeasurements, true);
-  views_.animate(viewGaugeSpo2, "zoomOut", {});
+  views_.animate(viewGaugeSpo2, "zoomOut", false, {});
   EXPECT_THAT(texts(), IsSupersetOf({"64", "SpO₂", "Pulse", "STOP"}));
   for (const char* gone : {"START", "the status", "Last measurement", "71", "98", "93"}) {
     EXPECT_THAT(texts(), Not(Contains(gone)));
   }
-  views_.animate(viewCenter, "zoomOut", {});
+  views_.animate(viewCenter, "zoomOut", false, {});
   EXPECT_THAT(texts(), Not(Contains("Pulse")));
 }
 

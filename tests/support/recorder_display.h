@@ -50,7 +50,7 @@ class RecorderDisplay : public Display {
     shimmering[element.name] = shimmers;
     record(element, shimmers ? "shimmers" : "stops shimmering");
   }
-  void animate(Element element, std::string_view animation,
+  void animate(Element element, std::string_view animation, bool /*endsVisible*/,
                std::function<void()> completion) override {
     record(element, std::string(animation));
     if (!completion) return;

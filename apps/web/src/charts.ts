@@ -23,7 +23,10 @@ export class ChartsScreen {
       ["buttonLabels", normal],
       ["buttonLabelsHighlighted", highlighted],
     ]);
-    const core = app.charts({ display: new ElementViews(elements), heartrate, spo2 });
+    const display = new ElementViews(elements, (pending, answer) => {
+      app.settle(pending, answer);
+    });
+    const core = app.charts({ display, heartrate, spo2 });
 
     const periods = makeCustom("ion-segment", { value: "0", "aria-label": "Period" });
     core.periodTitles().forEach((title, index) => {

@@ -9,9 +9,16 @@ function keyframe({ opacity, scale, x, y }: Pose): Keyframe {
 }
 
 export class ElementViews implements DisplayViews {
-  /** Element by name; `redraw` is called for widgets that draw themselves. */
+  /** What an element plays, and the number under which its end is waited for. */
+  private readonly playing = new Map<HTMLElement, { animation: Animation; pending: number }>();
+
+  /**
+   * Element by name. `settle` answers what waits for the end of an animation, 1 for over, 0 for
+   * cancelled; `redraw` is called for widgets that draw themselves.
+   */
   constructor(
     private readonly elements: ReadonlyMap<string, HTMLElement>,
+    private readonly settle: (pending: number, answer: number) => void,
     private readonly redraw: (element: string) => void = () => undefined,
     private readonly showImage: (element: HTMLElement, image: string) => void = () => undefined,
   ) {}
@@ -37,8 +44,8 @@ export class ElementViews implements DisplayViews {
 
   setOpacity(element: string, opacity: number): void {
     this.with(element, (view) => {
-      for (const animation of view.getAnimations()) animation.cancel();
-      this.settle(view, opacity);
+      this.cancel(view);
+      this.show(view, opacity);
     });
   }
 
@@ -54,19 +61,46 @@ export class ElementViews implements DisplayViews {
     });
   }
 
-  animate(element: string, seconds: number, poses: readonly Pose[], endsVisible: boolean): void {
-    this.with(element, (view) => {
-      // The animation covers what stays when it is over.
-      this.settle(view, endsVisible ? 1 : 0);
-      view.animate(poses.map(keyframe), { duration: seconds * 1000 });
-    });
+  animate(
+    element: string,
+    seconds: number,
+    poses: readonly Pose[],
+    endsVisible: boolean,
+    pending: number,
+  ): void {
+    const view = this.elements.get(element);
+    if (!view) {
+      this.settle(pending, 1);
+      return;
+    }
+    const wasVisible = view.style.opacity !== "0";
+    this.cancel(view);
+    // The animation covers what stays when it is over.
+    this.show(view, endsVisible ? 1 : 0);
+    const keyframes = wasVisible || endsVisible ? poses.map(keyframe) : [];
+    const animation = view.animate(keyframes, { duration: seconds * 1000 });
+    this.playing.set(view, { animation, pending });
+    animation.onfinish = (): void => {
+      // Its end may have been on the way already when it was cancelled.
+      if (this.playing.get(view)?.animation !== animation) return;
+      this.playing.delete(view);
+      this.settle(pending, 1);
+    };
   }
 
   setNeedsDisplay(element: string): void {
     this.redraw(element);
   }
 
-  private settle(view: HTMLElement, opacity: number): void {
+  private cancel(view: HTMLElement): void {
+    const played = this.playing.get(view);
+    if (!played) return;
+    this.playing.delete(view);
+    played.animation.cancel();
+    this.settle(played.pending, 0);
+  }
+
+  private show(view: HTMLElement, opacity: number): void {
     view.style.opacity = String(opacity);
     // What cannot be seen takes no taps and is not read out.
     view.inert = opacity === 0;

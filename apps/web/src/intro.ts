@@ -31,6 +31,9 @@ export class IntroScreen {
         ["image", this.image],
         ["labelSubTitle", this.subTitle],
       ]),
+      (pending, answer) => {
+        this.core().settle(pending, answer);
+      },
       undefined,
       (_element, image) => {
         this.showImage(image);

@@ -64,6 +64,9 @@ export class MeasuringScreen {
   constructor(private readonly core: () => WebApp) {
     this.views = new ElementViews(
       this.elements,
+      (pending, answer) => {
+        this.core().settle(pending, answer);
+      },
       (element) => this.widgets.get(element)?.setNeedsDisplay(),
       (checkbox, image) => {
         checkbox.setAttribute("aria-checked", String(image === markedCheckbox));

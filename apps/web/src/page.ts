@@ -19,7 +19,13 @@ export interface DisplayViews {
   setOpacity(element: string, opacity: number): void;
   setHidden(element: string, hidden: boolean): void;
   setShimmering(element: string, shimmering: boolean): void;
-  animate(element: string, seconds: number, poses: readonly Pose[], endsVisible: boolean): void;
+  animate(
+    element: string,
+    seconds: number,
+    poses: readonly Pose[],
+    endsVisible: boolean,
+    pending: number,
+  ): void;
   setNeedsDisplay(element: string): void;
 }
 
