@@ -32,7 +32,7 @@ export class IntroScreen {
         ["labelSubTitle", this.subTitle],
       ]),
       (pending, answer) => {
-        this.core().settle(pending, answer);
+        this.app().settle(pending, answer);
       },
       undefined,
       (_element, image) => {
