@@ -1,11 +1,9 @@
 #include "measuring/main_view_controller.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "acquisition/settings.h"
-#include "analysis/vector_utils.h"
 #include "history/history_store.h"
 #include "measuring/camera_permission.h"
 #include "measuring/display_settings.h"
@@ -24,14 +22,7 @@ namespace {
 
 using namespace MeasuringScreen;
 
-constexpr std::size_t medianWindow = 11;
-constexpr float lowestAcceptedSpo2 = 93.0F;
-constexpr std::uint64_t lowSignalLimit = 60;
-// Failures before these many leave the live value standing. The SpO2 limit is one higher.
-constexpr std::int32_t heartrateFailuresBeforeBlank = 29;
-constexpr std::int32_t spo2FailuresBeforeBlank = 30;
 constexpr std::size_t framesBeforeChart = 30;
-constexpr std::int32_t countdownSeconds = 2;
 // Lets the button's tap be seen before the work begins.
 constexpr double buttonDelay = 0.020;
 constexpr double releaseNotesDelay = 0.5;
@@ -44,12 +35,8 @@ constexpr const char* coverInstruction = "Cover flash and camera lens with finge
 
 Display& display() { return services().measuringDisplay; }
 
-/// The element comes by this animation, or goes by it.
-void enter(Element element, std::string_view animation, std::function<void()> then = {}) {
-  display().animate(element, animation, true, std::move(then));
-}
-void leave(Element element, std::string_view animation, std::function<void()> then = {}) {
-  display().animate(element, animation, false, std::move(then));
+void enter(Element element, std::string_view animation) {
+  display().animate(element, animation, true, {});
 }
 
 void showGauge(Element panel, bool shown) {
@@ -72,10 +59,6 @@ std::int32_t remainder(std::int32_t number, std::int32_t divisor) {
   return divisor == 0 ? number : number % divisor;
 }
 
-float medianOfLast(const std::vector<float>& values, std::size_t count) {
-  return static_cast<float>(VectorUtils::medianOf(VectorUtils::lastObjectsOf(values, count)));
-}
-
 float progressOf(std::size_t accepted, int needed) {
   return std::min(static_cast<float>(accepted) / static_cast<float>(needed), 1.0F);
 }
@@ -96,6 +79,8 @@ MainViewController& MainViewController::instance() {
   return Platform::current().shared<MainViewController>();
 }
 
+MainViewController::MainViewController() : animations_(services().measuringDisplay) {}
+
 MainViewController::~MainViewController() {
   if (videoProcessing_) NotificationCenter::instance().remove(this);
 }
@@ -106,7 +91,6 @@ void MainViewController::viewDidLoad() {
   labelValuesFontSize_ = Utils::isIphone4() || Utils::isIphone4s() ? 20.0F : 25.0F;
   runHeartrate_ = true;
   runSpo2_ = true;
-  isRunning_ = false;
 
   Utils::gaugeSettings(gaugeHR_, 50, 100, 10);
   Utils::gaugeSettings(gaugeSpo2_, 93, 100, 7);
@@ -144,33 +128,49 @@ void MainViewController::viewDidLoad() {
 
 void MainViewController::viewWillAppear() {
   services().screens.setBackSwipeEnabled(false);
-  stopRunning();
+  endMeasurement(MeasurementEnd::left);
   services().screens.setTitle("Veyla");
   showStateInitial();
 }
 
 void MainViewController::viewDidAppear() { cameraRequest(); }
 
-void MainViewController::viewWillDisappear() { stopRunning(); }
+void MainViewController::viewWillDisappear() { endMeasurement(MeasurementEnd::left); }
 
-void MainViewController::didEnterBackground() { stopRunning(); }
+void MainViewController::didEnterBackground() { endMeasurement(MeasurementEnd::background); }
 
-void MainViewController::didBecomeActive() { showStateInitial(); }
+void MainViewController::didBecomeActive() {
+  measurement_->isInterrupted = true;
+  showStateInitial();
+}
+
+void MainViewController::cameraLost() {
+  if (!measurement_->isUnderWay()) return;
+  endMeasurement(MeasurementEnd::cameraLost, [this] {
+    showStateTappedStop();
+    Utils::showAlertWithTitle(
+        "Camera lost", "Another app has taken it, or it was unplugged. Tap START to measure again.",
+        "error");
+  });
+}
 
 // What the user does.
 
 void MainViewController::beginButtonPush() {
-  isRunning_ = true;
+  // The second of a double tap.
+  if (measurement_->isUnderWay() && !measurement_->isInterrupted) return;
   if (!runSpo2_ && !runHeartrate_) {
     Alerts::instance().show(modalAlert(
         AlertKind::warning, "Nothing to run",
         "You have disabled both heartrate and spo2 measurements. Enable at least one of them "
         "before tapping START."));
-    isRunning_ = false;
     return;
   }
-  services().mainQueue.after(buttonDelay,
-                             [this] { services().camera.prepare([this] { beginMeasurement(); }); });
+  if (measurement_->isUnderWay()) endMeasurement(MeasurementEnd::replaced);
+  measurement_ = Measurement::accepted();
+  services().mainQueue.after(buttonDelay, measurement_->whileItLasts([this] {
+    services().camera.prepare(measurement_->whileItLasts([this] { beginMeasurement(); }));
+  }));
 }
 
 void MainViewController::beginMeasurement() {
@@ -181,35 +181,25 @@ void MainViewController::beginMeasurement() {
         "Without camera access this app won't work. It's essential for Veyla to have access to the "
         "Camera. Please go to the iOS Settings App, scroll down and find Veyla, and allow Veyla to "
         "access the Camera."));
-    isRunning_ = false;
+    measurement_->end(MeasurementEnd::refused);
+    reportEnd();
     return;
   }
-
-  resetMeasurement();
-  showStateTappedStart();
-  if (videoProcessing_->startRecording()) {
-    countDownToMeasuring();
-  } else {
-    Alerts::instance().show(modalAlert(
-        AlertKind::error, "Error",
-        "There seems to be a problem with the video camera. Check your camera settings."));
-  }
-}
-
-void MainViewController::resetMeasurement() {
-  canBegin_ = false;
-  isDone_ = false;
-  isHeartrateDone_ = false;
-  isSpo2Done_ = false;
-  failedHeartratesCounter_ = 0;
-  failedSpo2Counter_ = 0;
-  framesWhereLowSig_ = 0;
-  countDown_ = countdownSeconds;
 
   heartrateProcessing_->reset();
   spo2Processing_->reset();
   data_->reset();
   chartFourierView_.reset();
+  showStateTappedStart();
+  if (videoProcessing_->startRecording()) {
+    countDownToMeasuring();
+    return;
+  }
+  Alerts::instance().show(
+      modalAlert(AlertKind::error, "Error",
+                 "There seems to be a problem with the video camera. Check your camera settings."));
+  measurement_->fail();
+  reportEnd();
 }
 
 void MainViewController::countDownToMeasuring() {
@@ -217,20 +207,20 @@ void MainViewController::countDownToMeasuring() {
   starting.kind = AlertKind::waiting;
   starting.title = "Starting ...";
   starting.subtitle = coverInstruction;
-  starting.duration = countDown_;
-  starting.onDismiss = [this] {
-    if (isDone_) return;
+  starting.duration = measurement_->countDown;
+  starting.onDismiss = measurement_->whileItLasts([this] {
     startTorch();
-    canBegin_ = true;
+    measurement_->canBegin = true;
     showStateMeasuring();
-  };
-  Alerts::instance().show(std::move(starting));
+  });
+  measurement_->startingAlert = Alerts::instance().show(std::move(starting));
 }
 
 void MainViewController::stopButtonPush() {
-  services().mainQueue.after(buttonDelay, [this] {
-    stopRunning();
-    showStateTappedStop();
+  services().mainQueue.after(buttonDelay, [this, tapped = std::weak_ptr(measurement_)] {
+    const auto measurement = tapped.lock();
+    if (!measurement || !measurement->isRunning) return;
+    endMeasurement(MeasurementEnd::stopped, [this] { showStateTappedStop(); });
   });
 }
 
@@ -258,7 +248,7 @@ void MainViewController::swipeRight() { services().screens.performTransition("re
 void MainViewController::updateMeasurementsWithRed(float red, float green, float blue, float hr) {
   const std::int32_t counter = videoProcessing_->counter() + 1;
   videoProcessing_->setCounter(counter);
-  if (isDone_ || !canBegin_) return;
+  if (measurement_->isDone || !measurement_->canBegin) return;
 
   logLine("red %i, green %i, blue: %i", Value(red).intValue(), Value(green).intValue(),
           Value(blue).intValue());
@@ -282,7 +272,9 @@ void MainViewController::updateMeasurementsWithRed(float red, float green, float
 void MainViewController::estimateHeartrateIfDue(std::int32_t counter) {
   const int rawDataSize = Utils::getHeartrateSettings("rawDataSize").intValue();
   const int skipFrames = Utils::getHeartrateSettings("skipFramesBetweenMeasurements").intValue();
-  if (!runHeartrate_ || isHeartrateDone_) return;
+  // The chart below is the heart rate's curve: it does not show where none is wanted, nor replace a
+  // value that is final already.
+  if (!runHeartrate_ || measurement_->isHeartrateDone) return;
   const auto count = static_cast<std::int64_t>(data_->rawHRValues()->size());
   if (count < rawDataSize) return;
 
@@ -305,32 +297,25 @@ void MainViewController::estimateSpo2IfDue(std::int32_t counter) {
   }
   logLine("not skipping spo2 frame %i", counter);
   const auto count = static_cast<std::int64_t>(data_->rawRedValues()->size());
-  if (runSpo2_ && count >= framesBefore + rawDataSize && !isSpo2Done_) manageSpo2();
+  if (runSpo2_ && count >= framesBefore + rawDataSize && !measurement_->isSpo2Done) manageSpo2();
 }
 
 void MainViewController::manageHeartrate() {
   HeartrateResult result = heartrateProcessing_->calculateHeartrate();
   const int validPercent = Utils::getHeartrateSettings("TTValidPercent").intValue();
-  const bool accepted = result.diffPercent >= static_cast<float>(validPercent);
-  if (observer_) {
-    const auto rejection =
-        std::isnan(result.diffPercent) ? EstimateVerdict::none : EstimateVerdict::rejected;
-    observer_->heartrateEstimated(videoProcessing_->counter(), result,
-                                  accepted ? EstimateVerdict::accepted : rejection);
-  }
+  const EstimateVerdict verdict = measurement_->judgeHeartrate(result, validPercent);
+  if (observer_) observer_->heartrateEstimated(videoProcessing_->counter(), result, verdict);
 
-  if (!accepted) {
-    if (isHeartrateDone_) return;
-    if (failedHeartratesCounter_++ >= heartrateFailuresBeforeBlank) showHeartrateDefault();
+  if (measurement_->isHeartrateDone) return;
+  if (verdict != EstimateVerdict::accepted) {
+    if (measurement_->hasLostHeartrate()) showHeartrateDefault();
     return;
   }
-  failedHeartratesCounter_ = 0;
-  if (isHeartrateDone_) return;
   const float heartrate = result.heartrate;
   data_->addFourierValues(std::move(result));
   data_->addHeartrateValue(heartrate);
 
-  const float median = medianOfLast(*data_->heartrateValues(), medianWindow);
+  const float median = Measurement::runningMedian(*data_->heartrateValues());
   logLine("hr: %.0f", static_cast<double>(median));
   showHeartrate(median);
   gaugeHR_.setValue(median, true);
@@ -344,34 +329,28 @@ void MainViewController::manageSpo2() {
   const float spo2 = spo2Processing_->calculateSpo2(
       [](const std::string& text) { display().setText(testLabel, text); });
   logLine("spo2 %.2f, counter: %i", static_cast<double>(spo2), videoProcessing_->counter());
-  const auto verdict = spo2 >= lowestAcceptedSpo2 ? EstimateVerdict::accepted
-                       : spo2 > 0                 ? EstimateVerdict::low
-                                                  : EstimateVerdict::none;
+  const EstimateVerdict verdict = measurement_->judgeSpo2(spo2);
   if (observer_) {
     observer_->spo2Estimated(videoProcessing_->counter(), spo2, spo2Processing_->figures(),
                              verdict);
   }
 
   if (verdict == EstimateVerdict::none) {
-    // A not-a-number counts for nothing.
-    if (spo2 <= 0 && failedSpo2Counter_++ >= spo2FailuresBeforeBlank) showSpo2Default();
+    if (measurement_->hasLostSpo2()) showSpo2Default();
     return;
   }
   if (verdict == EstimateVerdict::accepted) {
     acceptSpo2(spo2);
   } else {
-    ++framesWhereLowSig_;
     showSpo2Default();
-    if (framesWhereLowSig_ >= lowSignalLimit) showLogSigAlert();
+    if (measurement_->hasLowSignal()) showLogSigAlert();
   }
   if (spo2Processing_->isDone()) doneSpo2();
 }
 
 void MainViewController::acceptSpo2(float spo2) {
-  framesWhereLowSig_ = 0;
   data_->addSpo2Value(spo2);
-  failedSpo2Counter_ = 0;
-  const float median = medianOfLast(*data_->spo2Values(), medianWindow);
+  const float median = Measurement::runningMedian(*data_->spo2Values());
   showSpo2(median);
   gaugeSpo2_.setValue(median, true);
   const int needed = Utils::getSpo2Settings("neededValidSpo2").intValue();
@@ -379,74 +358,84 @@ void MainViewController::acceptSpo2(float spo2) {
 }
 
 void MainViewController::doneHeartrate() {
+  if (measurement_->hasEnded()) return;
   logLine("Done HR");
-  isHeartrateDone_ = true;
-  finalHeartrate_ = medianOfLast(*data_->heartrateValues(), medianWindow);
-  Utils::setLastHeartrate(finalHeartrate_);
-  showHeartrate(finalHeartrate_);
-  gaugeHR_.setValue(finalHeartrate_, true);
+  measurement_->finishHeartrate(*data_->heartrateValues());
+  const float heartrate = measurement_->finalHeartrate;
+  Utils::setLastHeartrate(heartrate);
+  showHeartrate(heartrate);
+  gaugeHR_.setValue(heartrate, true);
 
   display().setFont(labelHeartrate, {finalFont, labelValuesFontSize_});
-  display().setText(labelLastHeartrate, wholeNumber(finalHeartrate_));
+  display().setText(labelLastHeartrate, wholeNumber(heartrate));
   enter(labelLastHeartrate, "zoomIn");
   enter(labelHeartrate, "zoomIn");
   display().setShimmering(labelMeasuringHeartrate, false);
-  HKUtils().writeHeartrateWithValue(static_cast<double>(finalHeartrate_));
-  if (isSpo2Done_ || !runSpo2_) done();
+  HKUtils().writeHeartrateWithValue(static_cast<double>(heartrate));
+  if (measurement_->isSpo2Done || !runSpo2_) done();
 }
 
 void MainViewController::doneSpo2() {
+  // The same estimate may have been one low signal too many.
+  if (measurement_->hasEnded()) return;
   logLine("Done Spo2");
-  isSpo2Done_ = true;
   const std::vector<float>& values = *data_->spo2Values();
   logLine("spo2 values: %s", listed(values).c_str());
-  finalSpo2_ = medianOfLast(values, values.size());
-  Utils::setLastSpo2(finalSpo2_);
-  showSpo2(finalSpo2_);
+  measurement_->finishSpo2(values);
+  const float spo2 = measurement_->finalSpo2;
+  Utils::setLastSpo2(spo2);
+  showSpo2(spo2);
 
   display().setFont(labelSpo2, {finalFont, labelValuesFontSize_});
   enter(labelSpo2, "zoomIn");
-  gaugeSpo2_.setValue(finalSpo2_, true);
-  display().setText(labelLastSpo2, wholeNumber(finalSpo2_));
+  gaugeSpo2_.setValue(spo2, true);
+  display().setText(labelLastSpo2, wholeNumber(spo2));
   enter(labelLastSpo2, "zoomIn");
   display().setShimmering(labelMeasuringSpo2, false);
-  HKUtils().writeSpo2WithValue(static_cast<double>(finalSpo2_));
-  if (isHeartrateDone_ || !runHeartrate_) done();
+  HKUtils().writeSpo2WithValue(static_cast<double>(spo2));
+  if (measurement_->isHeartrateDone || !runHeartrate_) done();
 }
 
 void MainViewController::done() {
+  if (measurement_->hasEnded()) return;
   logLine("Done Both");
-  stopRunning();
-  showStateDone();
-  Utils::saveHeartrate(runHeartrate_ ? static_cast<double>(finalHeartrate_) : 0,
-                       runSpo2_ ? static_cast<double>(finalSpo2_) : 0, services().clock.now(),
-                       std::nullopt);
-  RatingPrompt::instance().logSignificantEvent();
-  if (observer_) {
-    observer_->measurementEnded(videoProcessing_->counter(), MeasurementEnd::finished);
-  }
+  endMeasurement(MeasurementEnd::finished, [this] {
+    showStateDone();
+    Utils::saveHeartrate(runHeartrate_ ? static_cast<double>(finalHeartrate()) : 0,
+                         runSpo2_ ? static_cast<double>(finalSpo2()) : 0, services().clock.now(),
+                         std::nullopt);
+    RatingPrompt::instance().logSignificantEvent();
+  });
 }
 
-void MainViewController::stopRunning() {
+void MainViewController::stopRunning() { endMeasurement(MeasurementEnd::stopped); }
+
+/// `present` shows and keeps what the end means, whether or not a measurement was under way.
+void MainViewController::endMeasurement(MeasurementEnd how, const std::function<void()>& present) {
   videoProcessing_->stopRecording();
   stopShimmering();
-  isDone_ = true;
-  canBegin_ = false;
-  isRunning_ = false;
+  if (const auto alert = measurement_->startingAlert) Alerts::instance().withdraw(*alert);
+  const bool ends = measurement_->end(how);
+  if (present) present();
+  if (ends) reportEnd();
+}
+
+void MainViewController::reportEnd() {
+  if (!observer_) return;
+  observer_->measurementEnded(videoProcessing_->counter(), *measurement_->howEnded());
 }
 
 void MainViewController::showLogSigAlert() {
-  stopRunning();
-  showStateAfterLowSig();
-  Alert alert = modalAlert(
-      AlertKind::warning, "Got problems?",
-      "If you keep getting '--' spo2 values, remove your finger, then tap START, and replace your "
-      "finger on the flash and camera lens after ½-1 second.");
-  alert.buttons.push_back({"Read FAQ", [] { services().screens.showFaq(); }});
-  Alerts::instance().show(std::move(alert));
-  if (observer_) {
-    observer_->measurementEnded(videoProcessing_->counter(), MeasurementEnd::lowSignal);
-  }
+  if (measurement_->hasEnded()) return;
+  endMeasurement(MeasurementEnd::lowSignal, [this] {
+    showStateAfterLowSig();
+    Alert alert = modalAlert(
+        AlertKind::warning, "Got problems?",
+        "If you keep getting '--' spo2 values, remove your finger, then tap START, and replace "
+        "your finger on the flash and camera lens after ½-1 second.");
+    alert.buttons.push_back({"Read FAQ", [] { services().screens.showFaq(); }});
+    Alerts::instance().show(std::move(alert));
+  });
 }
 
 void MainViewController::startTorch() {
@@ -512,6 +501,7 @@ void MainViewController::showSpo2Default() {
 // Presentations of the screen's states.
 
 void MainViewController::showStateInitial() {
+  animations_.settle();
   showChart(false);
   display().setText(labelLastHeartrate,
                     Utils::hasLastHeartrate() ? wholeNumber(Utils::getLastHeartrate()) : noValue);
@@ -528,11 +518,12 @@ void MainViewController::showStateInitial() {
 }
 
 void MainViewController::showStateTappedStart() {
+  animations_.settle();
   zeroGaugesAndRings(true);
   showValueDefaults();
   showChart(false);
   showCheckboxes(false);
-  leave(beginButton, "fadeOut", [] { enter(stopButton, "fadeIn"); });
+  animations_.play({{beginButton, "fadeOut", false}, {stopButton, "fadeIn", true}});
   display().setText(labelGrey, coverInstruction);
   display().setOpacity(labelGrey, 1);
   display().setText(labelRed, "Will begin in a couple of seconds ...");
@@ -540,34 +531,32 @@ void MainViewController::showStateTappedStart() {
 }
 
 void MainViewController::showStateMeasuring() {
-  leave(labelRed, "slideLeft", [] {
-    display().setText(labelRed, "Analyzing - hold steady ...");
-    enter(labelRed, "slideRight");
-  });
+  animations_.settle();
+  animations_.play({{labelRed, "slideLeft", false}, {labelRed, "slideRight", true, [] {
+                                                       display().setText(
+                                                           labelRed, "Analyzing - hold steady ...");
+                                                     }}});
   if (runHeartrate_) display().setShimmering(labelMeasuringHeartrate, true);
   if (runSpo2_) display().setShimmering(labelMeasuringSpo2, true);
 }
 
 void MainViewController::showStateChart() {
-  leave(viewCenter, "zoomOut", [this] {
-    showChart(true);
-    enter(viewCenter, "zoomIn");
-  });
+  // Belongs to the presentation that it falls into, whose other animations go on.
+  turnCenter(true);
 }
 
 void MainViewController::showStateDone() {
-  leave(stopButton, "slideUp", [] { enter(beginButton, "slideUp"); });
+  animations_.settle();
+  exchangeStopForStart();
   showInstruction();
   display().setText(labelRed, "FINISHED");
   enter(labelRed, "fadeIn");
   showCheckboxes(true);
-  leave(viewCenter, "zoomOut", [this] {
-    showChart(false);
-    enter(viewCenter, "zoomIn");
-  });
+  turnCenter(false);
 }
 
 void MainViewController::showStateAfterLowSig() {
+  animations_.settle();
   display().setOpacity(stopButton, 0);
   display().setOpacity(beginButton, 1);
   display().setText(labelGrey, startInstruction);
@@ -578,14 +567,24 @@ void MainViewController::showStateAfterLowSig() {
 }
 
 void MainViewController::showStateTappedStop() {
+  animations_.settle();
   showChart(false);
-  leave(stopButton, "slideUp", [] { enter(beginButton, "slideUp"); });
+  exchangeStopForStart();
   showInstruction();
   enter(labelRed, "fadeIn");
   stopShimmering();
   showCheckboxes(true);
   zeroGaugesAndRings(true);
   showValueDefaults();
+}
+
+void MainViewController::exchangeStopForStart() {
+  animations_.play({{stopButton, "slideUp", false}, {beginButton, "slideUp", true}});
+}
+
+void MainViewController::turnCenter(bool toChart) {
+  animations_.play({{viewCenter, "zoomOut", false},
+                    {viewCenter, "zoomIn", true, [this, toChart] { showChart(toChart); }}});
 }
 
 void MainViewController::showInstruction() {

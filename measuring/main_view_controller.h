@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -10,25 +11,27 @@
 #include "analysis/chart_fourier_view.h"
 #include "analysis/heartrate_processing.h"
 #include "analysis/spo2_processing.h"
+#include "measuring/animation_chains.h"
 #include "measuring/circle_progress_bar.h"
+#include "measuring/measurement.h"
 #include "measuring/measurement_observer.h"
 #include "measuring/wm_gauge_view.h"
 #include "platform/alert_view.h"
 
 namespace veyla {
 
-/// The measuring screen: owns one measurement from the tap on START to the saved history entry.
+/// The measuring screen: leads one measurement after the other from the tap on START to its end.
 ///
 /// The frame source calls it once per frame; on chosen frames it asks each estimator for a value,
-/// accepts or rejects it and shows it, and when every requested value is final it stores the
-/// measurement. It drives views through the platform's display alone and runs the same with none.
-/// All operations run on the main thread.
+/// has the measurement judge it and shows what came of it, and when every requested value is final
+/// it stores them. It drives views through the platform's display alone and runs the same with
+/// none. All operations run on the main thread.
 class MainViewController : public VideoDelegate {
  public:
   /// The shared screen of the platform in force.
   static MainViewController& instance();
 
-  MainViewController() = default;
+  MainViewController();
   ~MainViewController() override;
   MainViewController(const MainViewController&) = delete;
   MainViewController& operator=(const MainViewController&) = delete;
@@ -41,6 +44,8 @@ class MainViewController : public VideoDelegate {
   void viewWillDisappear();
   void didEnterBackground();
   void didBecomeActive();
+  /// Another program has taken the camera, or it was unplugged.
+  void cameraLost();
 
   // What the user does.
 
@@ -88,39 +93,46 @@ class MainViewController : public VideoDelegate {
   /// Ends the animations of gauges and rings where they were going.
   void finishAnimations();
 
-  // State of the measurement.
-
   /// The user wants this value.
   bool runHeartrate() const { return runHeartrate_; }
   bool runSpo2() const { return runSpo2_; }
-  /// A START has been accepted and not yet ended.
-  bool isRunning() const { return isRunning_; }
+
+  // State of the last measurement, or of none before the first START.
+
+  /// From an accepted START to the measurement's end. It stays true where the camera did not start,
+  /// as STOP is shown then; the next START is accepted all the same.
+  bool isRunning() const { return measurement_->isRunning; }
   /// Frames are to be used: the countdown has run out.
-  bool canBegin() const { return canBegin_; }
-  void setCanBegin(bool canBegin) { canBegin_ = canBegin; }
+  bool canBegin() const { return measurement_->canBegin; }
+  void setCanBegin(bool canBegin) { measurement_->canBegin = canBegin; }
   /// The measurement has ended, in whatever way.
-  bool isDone() const { return isDone_; }
-  void setIsDone(bool isDone) { isDone_ = isDone; }
-  bool isHeartrateDone() const { return isHeartrateDone_; }
-  void setIsHeartrateDone(bool isHeartrateDone) { isHeartrateDone_ = isHeartrateDone; }
-  bool isSpo2Done() const { return isSpo2Done_; }
-  void setIsSpo2Done(bool isSpo2Done) { isSpo2Done_ = isSpo2Done; }
+  bool isDone() const { return measurement_->isDone; }
+  void setIsDone(bool isDone) { measurement_->isDone = isDone; }
+  bool isHeartrateDone() const { return measurement_->isHeartrateDone; }
+  void setIsHeartrateDone(bool isDone) { measurement_->isHeartrateDone = isDone; }
+  bool isSpo2Done() const { return measurement_->isSpo2Done; }
+  void setIsSpo2Done(bool isDone) { measurement_->isSpo2Done = isDone; }
   /// Beats per minute and per cent; meaningful once done.
-  float finalHeartrate() const { return finalHeartrate_; }
-  void setFinalHeartrate(float finalHeartrate) { finalHeartrate_ = finalHeartrate; }
-  float finalSpo2() const { return finalSpo2_; }
-  void setFinalSpo2(float finalSpo2) { finalSpo2_ = finalSpo2; }
-  /// Consecutive estimates rejected, and consecutive ones without a value.
-  std::int32_t failedHeartratesCounter() const { return failedHeartratesCounter_; }
-  void setFailedHeartratesCounter(std::int32_t count) { failedHeartratesCounter_ = count; }
-  std::int32_t failedSpo2Counter() const { return failedSpo2Counter_; }
-  void setFailedSpo2Counter(std::int32_t count) { failedSpo2Counter_ = count; }
+  float finalHeartrate() const { return measurement_->finalHeartrate; }
+  void setFinalHeartrate(float heartrate) { measurement_->finalHeartrate = heartrate; }
+  float finalSpo2() const { return measurement_->finalSpo2; }
+  void setFinalSpo2(float spo2) { measurement_->finalSpo2 = spo2; }
+  /// Heart-rate estimates since the last accepted one, those without a value included.
+  std::int32_t failedHeartratesCounter() const { return measurement_->failedHeartratesCounter; }
+  void setFailedHeartratesCounter(std::int32_t count) {
+    measurement_->failedHeartratesCounter = count;
+  }
+  /// SpO2 estimates of 0 or less since the last accepted one; low ones in between do not count and
+  /// do not start the count anew.
+  std::int32_t failedSpo2Counter() const { return measurement_->failedSpo2Counter; }
+  void setFailedSpo2Counter(std::int32_t count) { measurement_->failedSpo2Counter = count; }
   /// Seconds of the start countdown.
-  std::int32_t countDown() const { return countDown_; }
-  void setCountDown(std::int32_t countDown) { countDown_ = countDown; }
-  /// SpO2 values below the acceptance limit since the last accepted one.
-  std::uint64_t framesWhereLowSig() const { return framesWhereLowSig_; }
-  void setFramesWhereLowSig(std::uint64_t frames) { framesWhereLowSig_ = frames; }
+  std::int32_t countDown() const { return measurement_->countDown; }
+  void setCountDown(std::int32_t countDown) { measurement_->countDown = countDown; }
+  /// SpO2 values below the acceptance limit since the last accepted one; estimates without a value
+  /// in between do not start the count anew.
+  std::uint64_t framesWhereLowSig() const { return measurement_->framesWhereLowSig; }
+  void setFramesWhereLowSig(std::uint64_t frames) { measurement_->framesWhereLowSig = frames; }
 
   /// In points.
   float labelValuesFontSize() const { return labelValuesFontSize_; }
@@ -150,11 +162,14 @@ class MainViewController : public VideoDelegate {
 
  private:
   void beginMeasurement();
-  void resetMeasurement();
   void countDownToMeasuring();
+  void endMeasurement(MeasurementEnd how, const std::function<void()>& present = {});
+  void reportEnd();
   void estimateHeartrateIfDue(std::int32_t counter);
   void estimateSpo2IfDue(std::int32_t counter);
   void acceptSpo2(float spo2);
+  void exchangeStopForStart();
+  void turnCenter(bool toChart);
   void showInstruction();
   void showValueDefaults();
   void showCheckboxes(bool shown);
@@ -164,17 +179,8 @@ class MainViewController : public VideoDelegate {
 
   bool runHeartrate_ = false;
   bool runSpo2_ = false;
-  bool isRunning_ = false;
-  bool canBegin_ = false;
-  bool isDone_ = false;
-  bool isHeartrateDone_ = false;
-  bool isSpo2Done_ = false;
-  float finalHeartrate_ = 0;
-  float finalSpo2_ = 0;
-  std::int32_t failedHeartratesCounter_ = 0;
-  std::int32_t failedSpo2Counter_ = 0;
-  std::int32_t countDown_ = 0;
-  std::uint64_t framesWhereLowSig_ = 0;
+  /// Held here alone: what is left of an older one finds it gone.
+  std::shared_ptr<Measurement> measurement_ = std::make_shared<Measurement>();
   float labelValuesFontSize_ = 0;
 
   Data* data_ = nullptr;
@@ -186,6 +192,7 @@ class MainViewController : public VideoDelegate {
   CircleProgressBar circleprogressHeartrate_;
   CircleProgressBar circleprogressSpo2_;
   ChartFourierView chartFourierView_;
+  AnimationChains animations_;
   MeasurementObserver* observer_ = nullptr;
 };
 

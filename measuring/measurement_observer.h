@@ -10,7 +10,27 @@ namespace veyla {
 /// What becomes of one estimate. Only SpO2 estimates can be low.
 enum class EstimateVerdict { accepted, rejected, low, none };
 
-enum class MeasurementEnd { finished, lowSignal, stopped };
+/// How a measurement ended; each does so once.
+enum class MeasurementEnd {
+  /// Every requested value is final, and stored.
+  finished,
+  /// Too many saturations were too low.
+  lowSignal,
+  /// By STOP.
+  stopped,
+  /// The application went to the background.
+  background,
+  /// Another screen was opened.
+  left,
+  /// Another program took the camera, or it was unplugged.
+  cameraLost,
+  /// The camera may not be used.
+  refused,
+  /// The camera did not start.
+  failed,
+  /// By another START, after an interruption that had brought START back.
+  replaced,
+};
 
 /// Follows a measurement from outside, for traces and reports; it changes nothing. `counter` is the
 /// frame counter at which the event fell.

@@ -54,7 +54,7 @@ struct Alert {
   Color color = accentRed;
   Color iconTint{1, 1, 1, 1};
   AlertStyle style;
-  /// Called once, when the alert has gone away by whatever means; may be empty.
+  /// Called once, when the alert has gone away by whatever means but `Alerts::withdraw`; may be empty.
   std::function<void()> onDismiss;
 };
 

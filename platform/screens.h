@@ -27,7 +27,7 @@ class Screens {
  public:
   virtual ~Screens() = default;
 
-  /// Opens the screen behind the transition `name` ("settings", "results").
+  /// Opens the screen behind the transition `name` ("settings", "results", "chart").
   virtual void performTransition(std::string_view name) = 0;
   virtual void showIntro() = 0;
   virtual void showFaq() = 0;

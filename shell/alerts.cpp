@@ -61,6 +61,10 @@ void Alerts::focusField(int id) {
   if (isShowing(id)) services().alertView.focusField(id);
 }
 
+void Alerts::withdraw(int id) {
+  if (showing_.erase(id) > 0) services().alertView.hide(id);
+}
+
 void Alerts::dismiss(int id) {
   const auto found = showing_.find(id);
   if (found == showing_.end()) return;

@@ -31,6 +31,9 @@ class Alerts {
   void setFieldText(int id, const std::string& text);
   void focusField(int id);
 
+  /// Takes an alert back that means nothing any more, without its `onDismiss`.
+  void withdraw(int id);
+
   bool isShowing(int id) const { return showing_.contains(id); }
 
  private:

@@ -8,6 +8,7 @@
 
 #include "apps/cli/complain.h"
 #include "apps/cli/parallel.h"
+#include "measuring/measurement.h"
 #include "platform/format.h"
 #include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
@@ -19,7 +20,6 @@ namespace veyla {
 namespace {
 
 constexpr std::string_view referenceEnding = ".reference.csv";
-constexpr double countdownSeconds = 2;
 
 double lengthOf(const std::filesystem::path& path) {
   const auto source = openRecording(path);
@@ -75,7 +75,7 @@ void measure(EvaluatedWindow& window, const ReferencedRecording& recording,
 
   const MeasurementReport& report = window.report;
   const Reference& reference = recording.reference;
-  const double from = window.start + countdownSeconds;
+  const double from = window.start + Measurement::countdownSeconds;
   const double to = from + report.heartrateSeconds;
   window.heartrate = compared(report.heartrate, reference.heartrate(from, to));
   window.heartratePerTime = compared(report.heartrate, reference.heartratePerTime(from, to));

@@ -54,7 +54,7 @@ class MeasurementTally : public MeasurementObserver {
   /// From the first stored frame to the newest accepted estimate of each value.
   double heartrateSeconds() const { return heartrateSeconds_; }
   double spo2Seconds() const { return spo2Seconds_; }
-  /// Nothing while the measurement has not ended by itself.
+  /// Nothing before the measurement has ended.
   std::optional<MeasurementEnd> end() const { return end_; }
 
  private:

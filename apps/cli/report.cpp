@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/cli/json_number.h"
+#include "measuring/measurement.h"
 #include "platform/format.h"
 
 namespace veyla {
@@ -54,10 +55,9 @@ std::string shortfall(const MeasurementReport& report, const MeasurementRequest&
 /// The option that ended the measurement or kept the recording's first part from it, and what to
 /// give instead; empty without one.
 std::string shortenedBy(const MeasurementReport& report, const MeasurementRequest& request) {
-  constexpr double countdownSeconds = 2;
   // Some frames before and after what was measured.
   constexpr double unusedSeconds = 0.3;
-  const double used = countdownSeconds + report.seconds + unusedSeconds;
+  const double used = Measurement::countdownSeconds + report.seconds + unusedSeconds;
   if (request.duration && *request.duration <= used) {
     return formatText("--duration %g ended it: 45 s are plenty.", *request.duration);
   }

@@ -101,13 +101,7 @@ void WebApp::terminate() { AppDelegate::instance().applicationWillTerminate(); }
 
 void WebApp::torchRefused() { Utils::showOkAlert("", VideoProcessing::noTorch); }
 
-void WebApp::cameraLost() {
-  if (!screen().isRunning()) return;
-  screen().stopButtonPush();
-  Utils::showAlertWithTitle(
-      "Camera lost", "Another app has taken it, or it was unplugged. Tap START to measure again.",
-      "error");
-}
+void WebApp::cameraLost() { screen().cameraLost(); }
 
 void WebApp::measuringWillDisappear() {
   camera_.abandonPreparing();

@@ -5,13 +5,13 @@
 
 #include "apps/cli/evaluation.h"
 #include "apps/cli/parallel.h"
+#include "measuring/measurement.h"
 #include "platform/linux/synthetic_finger.h"
 
 namespace veyla::tuning {
 
 namespace {
 
-constexpr int countdownSeconds = 2;
 constexpr int declaredEvery = 20;
 constexpr double longestShortRecording = 180;
 
@@ -34,7 +34,7 @@ Window windowOf(const Reference& reference, std::size_t recording, int start) {
   window.recording = recording;
   window.startFrame = start * framesPerSecond;
   window.declared = start % declaredEvery == 0;
-  const double from = start + countdownSeconds;
+  const double from = start + Measurement::countdownSeconds;
   for (int frames = 0; frames <= windowFrames; ++frames) {
     const double to = from + static_cast<double>(frames - 1) / framesPerSecond;
     window.reference.push_back(static_cast<float>(reference.heartrate(from, to).value_or(0)));

@@ -170,6 +170,8 @@ TEST_F(MainViewControllerTest, ANewStartForgetsTheMeasurementBefore) {
   EXPECT_EQ(screen_.failedSpo2Counter(), 1);
   EXPECT_EQ(screen_.failedHeartratesCounter(), 2);
 
+  screen_.stopButtonPush();
+  platform_.time.runFor(0.02);
   rig_.startMeasuring();
   EXPECT_EQ(screen_.framesWhereLowSig(), 0U);
   EXPECT_EQ(screen_.failedSpo2Counter(), 0);
