@@ -6,16 +6,14 @@
 #include <utility>
 
 #include "history/date_value_formatter.h"
+#include "platform/date.h"
 #include "platform/platform.h"
 
 namespace veyla {
 
 namespace {
 
-constexpr Color red{1, 0, 0, 1};
 constexpr Color blue{0, 0, 1, 1};
-constexpr Color clear{0, 0, 0, 0};
-constexpr double secondsPerDay = 86400;
 
 /// Decimal numbers in the device's locale.
 class DecimalValueFormatter : public AxisValueFormatter {
@@ -81,7 +79,7 @@ LineDataSet lineThrough(std::vector<ChartDataEntry> points, std::string_view tit
   line.drawsValues = false;
   line.valueFont = Font{"DroidSans", 9};
   line.drawsFilled = true;
-  line.fillColor = clear;
+  line.fillColor = transparent;
   line.fillAlpha = fillOpacity / opaque;
   return line;
 }
@@ -125,7 +123,7 @@ void ChartResultsViewController::tapSegmentPeriod(std::int32_t selectedSegmentIn
 }
 
 void ChartResultsViewController::tapButtonLabels() {
-  ActionSheet sheet{.title = "Choose label", .message = {}, .actions = {}, .tint = red};
+  ActionSheet sheet{.title = "Choose label", .message = {}, .actions = {}, .tint = pureRed};
   const auto add = [&](std::string_view title, std::int32_t label) {
     sheet.actions.push_back({.title = std::string(title),
                              .style = ActionStyle::standard,
@@ -203,7 +201,7 @@ void ChartResultsViewController::showChartData() {
   chartHeartrate_.setGranularity(granularity);
   chartSpo2_.setGranularity(granularity);
   chartHeartrate_.setData(
-      lineThrough(series.hr, "heartrate (data points are averaged for each day)", red));
+      lineThrough(series.hr, "heartrate (data points are averaged for each day)", pureRed));
   chartSpo2_.setData(
       lineThrough(series.spo2, "spo2 (data points are averaged for each day)", blue));
 }

@@ -12,7 +12,6 @@ namespace veyla::Utils {
 
 namespace {
 
-constexpr std::int32_t secondsPerDay = 86400;
 constexpr std::string_view dayKeyPattern = "dd/MM";
 constexpr std::string_view dayPattern = "yyyy-MM-dd";
 

@@ -23,9 +23,6 @@ constexpr double slideSeconds = 0.5;
 /// In points.
 constexpr std::int32_t toolbarHeight = 44;
 
-constexpr Color black{0, 0, 0, 1};
-constexpr Color red{1, 0, 0, 1};
-
 constexpr std::size_t trainingBefore = 3;
 constexpr std::size_t trainingAfter = 4;
 constexpr std::size_t sleepBefore = 5;
@@ -134,7 +131,7 @@ TableCell ResultsViewController::chooserCell(std::size_t row) const {
   return cell;
 }
 
-SwipeAction ResultsViewController::swipeAction() const { return {"Delete", red}; }
+SwipeAction ResultsViewController::swipeAction() const { return {"Delete", pureRed}; }
 
 // What the user does.
 

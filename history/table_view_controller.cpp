@@ -19,12 +19,8 @@ namespace {
 
 using namespace OptionsScreen;
 
-constexpr Color black{0, 0, 0, 1};
-constexpr Color white{1, 1, 1, 1};
-constexpr Color clear{0, 0, 0, 0};
-
 constexpr AccessoryButton editButton{
-    "emaileditbutton.png", "EDIT", white, {"HelveticaNeue-Regular", 14}, clear};
+    "emaileditbutton.png", "EDIT", white, {"HelveticaNeue-Regular", 14}, transparent};
 
 /// What people call the model of each number; numbers 1 and 2 are no models.
 constexpr std::array<std::string_view, 32> modelNames{"Simulator",

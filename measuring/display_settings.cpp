@@ -6,9 +6,6 @@ namespace veyla::Utils {
 
 namespace {
 
-constexpr Color black{0, 0, 0, 1};
-constexpr Color white{1, 1, 1, 1};
-constexpr Color red{1, 0, 0, 1};
 constexpr Color lightGrey{2.0 / 3, 2.0 / 3, 2.0 / 3, 1};
 
 }  // namespace
@@ -51,14 +48,14 @@ void circleProgressBarSettings(CircleProgressBar& ring) {
 }
 
 void setAppearance() {
-  services().screens.setAppearance({.tableCellTint = red,
+  services().screens.setAppearance({.tableCellTint = pureRed,
                                     .navigationBarTint = white,
                                     .navigationBarTitle = white,
                                     .navigationBarImage = "topbar.png",
                                     .pageIndicatorDot = lightGrey,
                                     .pageIndicatorCurrentDot = black,
                                     .pageIndicatorBackground = white,
-                                    .segmentedControlTint = red});
+                                    .segmentedControlTint = pureRed});
 }
 
 }  // namespace veyla::Utils

@@ -8,8 +8,6 @@ namespace veyla {
 
 namespace {
 
-constexpr Color white{1, 1, 1, 1};
-
 void write(HealthSampleType type, double quantity, const char* unit, const char* refusal) {
   HealthStore& store = services().healthStore;
   if (!store.isHealthDataAvailable()) return;

@@ -9,7 +9,6 @@ namespace {
 
 using namespace MeasuringScreen;
 
-constexpr Color white{1, 1, 1, 1};
 constexpr Color ink{0.11, 0.11, 0.12, 1};
 constexpr Color grey{0.39, 0.39, 0.42, 1};
 constexpr Color panelColor{0.965, 0.965, 0.972, 1};

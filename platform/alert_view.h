@@ -52,7 +52,7 @@ struct Alert {
   std::optional<double> duration;
   bool closesOnOutsideTap = false;
   Color color = accentRed;
-  Color iconTint{1, 1, 1, 1};
+  Color iconTint = white;
   AlertStyle style;
   /// Called once, when the alert has gone away by whatever means but `Alerts::withdraw`; may be empty.
   std::function<void()> onDismiss;

@@ -12,6 +12,11 @@ struct Color {
   bool operator==(const Color&) const = default;
 };
 
+inline constexpr Color black{0, 0, 0, 1};
+inline constexpr Color white{1, 1, 1, 1};
+inline constexpr Color pureRed{1, 0, 0, 1};
+inline constexpr Color transparent{0, 0, 0, 0};
+
 /// The red of alerts, rings and the page indicator.
 inline constexpr Color accentRed{200.0 / 255, 2.0 / 255, 0, 1};
 

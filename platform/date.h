@@ -1,6 +1,7 @@
 #pragma once
 
 #include <compare>
+#include <cstdint>
 
 namespace veyla {
 
@@ -10,5 +11,7 @@ struct Date {
 
   auto operator<=>(const Date&) const = default;
 };
+
+inline constexpr std::int32_t secondsPerDay = 24 * 60 * 60;
 
 }  // namespace veyla

@@ -36,9 +36,6 @@ struct DashPattern {
   bool operator==(const DashPattern&) const = default;
 };
 
-inline constexpr Color black{0, 0, 0, 1};
-inline constexpr Color white{1, 1, 1, 1};
-
 /// What stands at one side of a chart. What is not given is the chart's own choice.
 struct ChartAxis {
   bool enabled = true;

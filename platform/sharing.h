@@ -26,7 +26,7 @@ struct Mail {
   bool isHtml = false;
   std::vector<MailAttachment> attachments;
   /// Of the composer's navigation bar; without a colour, the system's own.
-  Color tint{0, 0, 0, 1};
+  Color tint = black;
   std::optional<Color> titleColor;
 
   bool operator==(const Mail&) const = default;

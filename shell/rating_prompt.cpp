@@ -13,8 +13,6 @@ constexpr const char* usesKey = "rating_uses";
 constexpr const char* significantEventsKey = "rating_significant_events";
 constexpr const char* askedKey = "rating_asked";
 
-constexpr double secondsPerDay = 86400;
-
 std::int64_t countUnder(const char* key) {
   return services().store.value(key).value_or(Value()).int64Value();
 }

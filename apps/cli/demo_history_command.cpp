@@ -42,11 +42,10 @@ class RandomEntries {
   /// Most days with one entry, some with two or none, a few of the values not measured; oldest
   /// first.
   std::vector<HistoryEntry> upTo(Date now, std::int32_t days) {
-    constexpr double secondsPerDay = 86400;
     constexpr double secondsApart = 2700;
     std::vector<HistoryEntry> entries;
     for (std::int32_t daysAgo = days - 1; daysAgo >= 0; --daysAgo) {
-      const Date last{now.secondsSince1970 - daysAgo * secondsPerDay};
+      const Date last{now.secondsSince1970 - daysAgo * double{secondsPerDay}};
       if (happens(0.4)) entries.push_back(entryAt({last.secondsSince1970 - secondsApart}));
       if (happens(0.85)) entries.push_back(entryAt(last));
     }

@@ -9,13 +9,12 @@
 #include <utility>
 #include <vector>
 
+#include "platform/date.h"
 #include "platform/format.h"
 
 namespace veyla {
 
 namespace {
-
-constexpr double secondsPerDay = 86400;
 
 // In points, or what stands for them.
 constexpr double headingHeight = 40;

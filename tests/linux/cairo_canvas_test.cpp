@@ -15,8 +15,6 @@ namespace {
 
 using Pixel = Picture::Pixel;
 
-constexpr Color white{1, 1, 1, 1};
-constexpr Color red{1, 0, 0, 1};
 constexpr Pixel whitePixel{255, 255, 255, 255};
 constexpr Pixel redPixel{0, 0, 255, 255};
 constexpr double quarter = std::numbers::pi / 2;
@@ -66,7 +64,7 @@ TEST(CairoCanvasTest, TransformsClipsAndFadesUntilTheRestore) {
     canvas.fill(Color{0, 0, 0, 0.8});
     canvas.restore();
     addSquare(canvas, 15, 0, 5);
-    canvas.fill(red);
+    canvas.fill(pureRed);
   }));
   EXPECT_EQ(picture.width, 40);
   EXPECT_EQ(picture.height, 20);
@@ -83,7 +81,7 @@ TEST(CairoCanvasTest, ArcsTurnTheirWayAndKeepTheirPath) {
     canvas.arc({10, 10}, 9, 0, quarter);
     canvas.arcNegative({10, 10}, 4, quarter, 0);
     canvas.closePath();
-    canvas.fill(red);
+    canvas.fill(pureRed);
     canvas.drawText("|", {2, 8}, TextAlign::left, {"Light", 8}, white);
     canvas.stroke({.color = {0, 0, 1, 1}, .width = 2});
   }));
@@ -97,7 +95,7 @@ TEST(CairoCanvasTest, ArcsTurnTheirWayAndKeepTheirPath) {
 TEST(CairoCanvasTest, GradientsRunFromTheirFirstStopToTheirLast) {
   const Picture picture(drawn({20, 20}, 1, [](Canvas& canvas) {
     addSquare(canvas, 0, 0, 20);
-    canvas.fill(LinearGradient{{5, 0}, {15, 0}, {{0, red}, {1, {0, 0, 1, 1}}}});
+    canvas.fill(LinearGradient{{5, 0}, {15, 0}, {{0, pureRed}, {1, {0, 0, 1, 1}}}});
     addSquare(canvas, 5, 5, 10);
     canvas.multiplyAlpha(0.5);
     canvas.fill(RadialGradient{{10, 10}, 5, {{0, white}, {1, {0, 0, 0, 1}}}});

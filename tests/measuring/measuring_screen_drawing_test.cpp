@@ -121,7 +121,6 @@ TEST_F(MeasuringScreenDrawingTest, CheckboxesShowTheirMarksUnlessHidden) {
       return shape.isStroke() && shape.color() == color;
     });
   };
-  constexpr Color white{1, 1, 1, 1};
   EXPECT_EQ(strokes(white), 2);
   views_.setImage(buttonCheckboxSpo2, "checkbox_unmarked.png");
   EXPECT_EQ(strokes(white), 1);
