@@ -2,14 +2,12 @@
 
 #include "history/history_entry.h"
 #include "platform/linux/icu_text.h"
-#include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
-#include "platform/linux/no_health_store.h"
 #include "platform/linux/resource_files.h"
 #include "platform/linux/uuid.h"
-#include "platform/platform.h"
 #include "platform/portable/json.h"
 #include "platform/portable/kiss_real_fft.h"
+#include "platform/services_of.h"
 #include "tests/support/test_platform.h"
 
 namespace veyla {
@@ -26,33 +24,15 @@ inline HistoryEntry measuredEntry(int number, Date date) {
 class BenchPlatform {
  public:
   explicit BenchPlatform(KeyValueStore& store)
-      : platform_({log_,
-                   scripted_.time,
-                   scripted_.time,
-                   scripted_.camera,
-                   fft,
-                   store,
-                   healthStore_,
-                   resources_,
-                   json_,
-                   jsonWriter_,
-                   scripted_.device,
-                   text_,
-                   text_,
-                   text_,
-                   text_,
-                   uuids_,
-                   scripted_.display,
-                   scripted_.alerts,
-                   scripted_.screens,
-                   scripted_.sharing}) {}
+      : platform_(servicesOf(noLog, fft, store, noHealthStore, resources_, json_, jsonWriter_,
+                             text_, uuids_, scripted_.time, scripted_.camera, scripted_.device,
+                             scripted_.display, scripted_.alerts, scripted_.screens,
+                             scripted_.sharing)) {}
 
   KissRealFft fft;
 
  private:
   TestPlatform scripted_;
-  NoLog log_;
-  NoHealthStore healthStore_;
   EmbeddedResources resources_;
   NlohmannJsonParser json_;
   NlohmannJsonWriter jsonWriter_;

@@ -4,9 +4,7 @@
 
 #include "acquisition/frame_averaging.h"
 #include "apps/cli/measurement_run.h"
-#include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
-#include "platform/linux/no_health_store.h"
 #include "platform/linux/resource_files.h"
 #include "platform/linux/synthetic_finger.h"
 
@@ -63,11 +61,9 @@ void measurement(benchmark::State& state) {
   for (auto _ : state) {
     TimedQueue queue{Date{}};
     MemoryKeyValueStore store;
-    NoHealthStore healthStore;
     EmbeddedResources resources;
-    NoLog log;
     MeasurementRun run({}, std::make_unique<MemorySource>(frames),
-                       {queue, store, healthStore, resources, log});
+                       {.queue = queue, .store = store, .resources = resources});
     const auto report = run.run();
     benchmark::DoNotOptimize(report.seconds);
     state.counters["seconds"] = report.seconds;

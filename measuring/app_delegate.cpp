@@ -19,6 +19,13 @@ AppDelegate::AppDelegate() {
   RatingPrompt::instance().configure(days, significantEvents, uses);
 }
 
+MainViewController& AppDelegate::launch() {
+  application(LaunchOptions{});
+  mainViewController().viewDidLoad();
+  applicationDidBecomeActive();
+  return mainViewController();
+}
+
 bool AppDelegate::application(LaunchOptions /*didFinishLaunchingWithOptions*/) {
   logLine("AppDelegate didFinishLaunchingWithOptions, using iPhone: %s",
           Utils::platformString().c_str());

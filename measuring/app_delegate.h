@@ -16,6 +16,13 @@ class AppDelegate {
 
   AppDelegate();
 
+  /// What every program does first, in its order: launches, loads the measuring screen, and becomes
+  /// active. The screen is returned; it appears (`viewWillAppear`, `viewDidAppear`) when the
+  /// program shows it.
+  MainViewController& launch();
+
+  // The platform's events, one by one.
+
   /// Migrates the history, loads texts and settings, and sets the application's looks. True.
   bool application(LaunchOptions didFinishLaunchingWithOptions);
   void applicationWillResignActive();

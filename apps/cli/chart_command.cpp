@@ -27,7 +27,6 @@
 #include "platform/linux/gnuplot_program.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/names.h"
-#include "platform/linux/no_sharing.h"
 #include "platform/linux/output_file.h"
 
 namespace veyla {
@@ -192,8 +191,7 @@ ExitStatus chart(const ChartOptions& options) {
     if (values) history.setValue(Utils::valuesKey, *values);
   }
   OutputFile output(format ? options.output : "-", Readers::ownerAlone);
-  NoSharing sharing;
-  HistoryPlatform platform(history, sharing);
+  HistoryPlatform platform(history);
 
   std::array<GnuplotChart, 2> charts;
   OptionSheet sheet(label);

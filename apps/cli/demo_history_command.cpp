@@ -11,7 +11,6 @@
 #include "apps/cli/history_platform.h"
 #include "history/history_store.h"
 #include "platform/linux/data_folder.h"
-#include "platform/linux/no_sharing.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/sqlite_key_value_store.h"
 #include "platform/platform.h"
@@ -96,8 +95,7 @@ ExitStatus demoHistory(const DemoHistoryOptions& options) {
                                            : std::filesystem::path(options.dataFolder);
   requireOwnFolder(folder);
   SqliteKeyValueStore store(folder);
-  NoSharing sharing;
-  const HistoryPlatform platform(store, sharing);
+  const HistoryPlatform platform(store);
   const auto entries = RandomEntries().upTo(services().clock.now(), options.days);
   bool isEmpty = false;
   store.exclusively([&] {

@@ -10,9 +10,7 @@
 #include "apps/cli/parallel.h"
 #include "measuring/measurement.h"
 #include "platform/format.h"
-#include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
-#include "platform/linux/no_health_store.h"
 #include "platform/linux/recording_source.h"
 
 namespace veyla {
@@ -58,19 +56,13 @@ void measure(EvaluatedWindow& window, const ReferencedRecording& recording,
              const EvaluationRequest& request, const Resources& resources) {
   TimedQueue queue{Date{}};
   MemoryKeyValueStore store;
-  NoHealthStore healthStore;
-  NoLog log;
   MeasurementRun run({.heartrate = request.heartrate,
                       .spo2 = request.spo2,
                       .device = request.device,
                       .start = window.start,
                       .duration = request.window},
                      openRecording(recording.path),
-                     {.queue = queue,
-                      .store = store,
-                      .healthStore = healthStore,
-                      .resources = resources,
-                      .log = log});
+                     {.queue = queue, .store = store, .resources = resources});
   window.report = run.run();
 
   const MeasurementReport& report = window.report;

@@ -1,21 +1,14 @@
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include "apps/cli/cli_screens.h"
-#include "apps/cli/measurement_run.h"
-#include "platform/key_value_store.h"
+#include "apps/cli/command_device.h"
 #include "platform/linux/icu_text.h"
-#include "platform/linux/log_file.h"
-#include "platform/linux/no_camera.h"
-#include "platform/linux/no_health_store.h"
-#include "platform/linux/resource_files.h"
 #include "platform/linux/timed_queue.h"
 #include "platform/linux/uuid.h"
-#include "platform/platform.h"
+#include "platform/portable/embedded_resources.h"
 #include "platform/portable/json.h"
 #include "platform/portable/kiss_real_fft.h"
+#include "platform/services_of.h"
 #include "shell/screen_state.h"
 
 namespace veyla {
@@ -24,33 +17,24 @@ namespace veyla {
 /// life.
 class HistoryPlatform {
  public:
-  /// Both must outlive it.
-  HistoryPlatform(KeyValueStore& store, Sharing& sharing);
+  /// `store` and what else the command has an own service for; all must outlive it.
+  template <class... Bindings>
+  explicit HistoryPlatform(KeyValueStore& store, Bindings&... others)
+      : platform_(servicesOf(store, others..., queue_, realFft_, resources_, json_, jsonWriter_,
+                             device_, text_, uuids_, display_)) {}
 
   ScreenState& display() { return display_; }
 
  private:
-  class Machine : public DeviceInfo {
-   public:
-    std::string hardwareModel() const override { return defaultDevice; }
-    std::string systemVersion() const override { return "Linux"; }
-    std::string bundleVersion() const override { return VEYLA_VERSION; }
-  };
-
-  NoLog log_;
   TimedQueue queue_{TimedQueue::Pace::wall};
-  NoCamera camera_;
   KissRealFft realFft_;
-  NoHealthStore healthStore_;
   EmbeddedResources resources_;
   NlohmannJsonParser json_;
   NlohmannJsonWriter jsonWriter_;
-  Machine device_;
+  CommandDevice device_;
   IcuText text_;
   LibUuid uuids_;
   ScreenState display_;
-  CliAlerts alerts_;
-  CliScreens screens_;
   Platform platform_;
 };
 

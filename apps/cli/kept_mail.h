@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/no_sharing.h"
+#include "platform/no_services.h"
 
 namespace veyla {
 

@@ -17,12 +17,12 @@
 #include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/names.h"
-#include "platform/linux/no_health_store.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/sqlite_key_value_store.h"
 #include "platform/linux/store_error.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/linux/uuid.h"
+#include "platform/no_services.h"
 
 namespace veyla {
 
@@ -55,7 +55,6 @@ class Keeping {
   explicit Keeping(const MeasureOptions& options) {
     if (!options.save) {
       store_ = std::make_unique<MemoryKeyValueStore>();
-      healthStore_ = std::make_unique<NoHealthStore>();
       return;
     }
     folder_ = options.dataFolder.empty() ? defaultDataFolder()
@@ -72,7 +71,7 @@ class Keeping {
   }
 
   KeyValueStore& store() { return *store_; }
-  HealthStore& healthStore() { return *healthStore_; }
+  HealthStore& healthStore() { return healthStore_ ? *healthStore_ : noHealthStore; }
   const std::filesystem::path& folder() const { return folder_; }
 
   /// Tells on standard error what could not be kept; true when everything was.
@@ -105,7 +104,7 @@ class Logging {
     if (file_->failure()) throw OutputError(*file_->failure());
   }
 
-  Log& log() { return file_ ? static_cast<Log&>(*file_) : none_; }
+  Log& log() { return file_ ? static_cast<Log&>(*file_) : noLog; }
 
   /// As for `Keeping`.
   bool tellFailure() const {
@@ -115,7 +114,6 @@ class Logging {
   }
 
  private:
-  NoLog none_;
   std::optional<FileLog> file_;
 };
 
@@ -205,8 +203,8 @@ ExitStatus measure(const MeasureOptions& options) {
   MeasurementRun run(options.request, std::move(source),
                      {.queue = queue,
                       .store = keeping.store(),
-                      .healthStore = keeping.healthStore(),
                       .resources = settings.resources(),
+                      .healthStore = keeping.healthStore(),
                       .log = logging.log()});
   run.showsIntro = options.save && somebodyIsThere();
   // Written when all is measured and saved: a full disk then costs the trace alone.

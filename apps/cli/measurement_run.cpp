@@ -7,29 +7,16 @@
 #include "measuring/app_delegate.h"
 #include "measuring/repeating_timer.h"
 #include "platform/linux/icu_text.h"
-#include "platform/linux/no_sharing.h"
 #include "platform/linux/recording_camera.h"
 #include "platform/linux/uuid.h"
-#include "platform/platform.h"
 #include "platform/portable/json.h"
 #include "platform/portable/kiss_real_fft.h"
+#include "platform/services_of.h"
 #include "shell/intro_view_controller.h"
 
 namespace veyla {
 
 namespace {
-
-class CommandDevice : public DeviceInfo {
- public:
-  explicit CommandDevice(std::string hardwareModel) : hardwareModel_(std::move(hardwareModel)) {}
-
-  std::string hardwareModel() const override { return hardwareModel_; }
-  std::string systemVersion() const override { return "Linux"; }
-  std::string bundleVersion() const override { return VEYLA_VERSION; }
-
- private:
-  std::string hardwareModel_;
-};
 
 Outcome outcomeOf(const MeasurementTally& tally, const CliAlerts& alerts) {
   if (tally.end() == MeasurementEnd::finished) return Outcome::finished;
@@ -58,59 +45,50 @@ MeasurementRun::MeasurementRun(const MeasurementRequest& request,
     : request_(request), source_(std::move(source)), services_(services) {}
 
 MeasurementReport MeasurementRun::run() {
+  // The machine.
   TimedQueue& queue = services_.queue;
   RecordingCamera camera(std::move(source_), queue,
                          {.start = request_.start, .duration = request_.duration});
   KissRealFft realFft;
-  NlohmannJsonParser json;
-  NlohmannJsonWriter jsonWriter;
-  CommandDevice device(request_.device);
-  IcuText text;
+  const NlohmannJsonParser json;
+  const NlohmannJsonWriter jsonWriter;
+  const CommandDevice device(request_.device);
+  const IcuText text;
   LibUuid uuids;
-  NoSharing sharing;
-  Platform platform({.log = services_.log,
-                     .mainQueue = queue,
-                     .clock = queue,
-                     .camera = camera,
-                     .realFft = realFft,
-                     .store = services_.store,
-                     .healthStore = services_.healthStore,
-                     .resources = services_.resources,
-                     .json = json,
-                     .jsonWriter = jsonWriter,
-                     .device = device,
-                     .dates = text,
-                     .numbers = text,
-                     .regularExpressions = text,
-                     .characters = text,
-                     .uuids = uuids,
-                     .measuringDisplay = screenState_,
-                     .alertView = alerts_,
-                     .screens = screens_,
-                     .sharing = sharing});
+  const Platform platform(servicesOf(queue, camera, realFft, services_.store, services_.healthStore,
+                                     services_.resources, services_.log, json, jsonWriter, device,
+                                     text, uuids, screenState_, alerts_, screens_));
 
+  // What ends the run, and who is told of it.
   MeasurementTally tally(queue);
   tally.trace = trace;
   tally.ended = [&] { queue.stop(); };
   camera.setOnEnd([&] { queue.stop(); });
   alerts_.waitsForAnswer = [&] { queue.stop(); };
-  IntroViewController intro(screenState_, [](const std::function<void()>& then) { then(); });
   screens_.introShown = [&] {
-    if (!showsIntro) return;
-    intro.viewDidLoad();
-    intro.buttonSkipTapped();
+    if (showsIntro) showIntendedUse();
   };
 
-  AppDelegate& application = AppDelegate::instance();
-  application.application(LaunchOptions{});
-  MainViewController& screen = application.mainViewController();
-  screen.viewDidLoad();
+  // The application: launched, shown, and used.
+  MainViewController& screen = AppDelegate::instance().launch();
   screen.viewWillAppear();
-  application.applicationDidBecomeActive();
   screen.viewDidAppear();
   screen.setObserver(&tally);
-  if (screenChanged) screenState_.changed = [&] { screenChanged(screen); };
+  measure(screen);
 
+  const MeasurementReport report = reportOf(screen, tally, camera.source());
+  if (report.outcome != Outcome::finished) screen.viewWillDisappear();
+  return report;
+}
+
+void MeasurementRun::showIntendedUse() {
+  IntroViewController intro(screenState_, [](const std::function<void()>& then) { then(); });
+  intro.viewDidLoad();
+  intro.buttonSkipTapped();
+}
+
+void MeasurementRun::measure(MainViewController& screen) {
+  if (screenChanged) screenState_.changed = [&] { screenChanged(screen); };
   if (!request_.heartrate) screen.buttonCheckboxHeartrateTapped();
   if (!request_.spo2) screen.buttonCheckboxSpo2Tapped();
   screen.beginButtonPush();
@@ -120,11 +98,15 @@ MeasurementReport MeasurementRun::run() {
     secondPassed(second, screen);
     seconds.start(1, [&] { secondPassed(++second, screen); });
   }
-  queue.run();
+  services_.queue.run();
   screenState_.changed = nullptr;
   screen.finishAnimations();
   if (ended) ended(screen);
+}
 
+MeasurementReport MeasurementRun::reportOf(const MainViewController& screen,
+                                           const MeasurementTally& tally,
+                                           const RecordingSource& source) const {
   MeasurementReport report;
   report.outcome = outcomeOf(tally, alerts_);
   if (screen.isHeartrateDone()) report.heartrate = screen.finalHeartrate();
@@ -140,8 +122,7 @@ MeasurementReport MeasurementRun::run() {
   report.device = Utils::platformString();
   report.alertTitle = alerts_.title();
   report.alertSubtitle = alerts_.subtitle();
-  report.remark = camera.source().remark();
-  if (report.outcome != Outcome::finished) screen.viewWillDisappear();
+  report.remark = source.remark();
   return report;
 }
 

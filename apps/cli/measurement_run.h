@@ -6,13 +6,13 @@
 #include <string>
 
 #include "apps/cli/cli_screens.h"
+#include "apps/cli/command_device.h"
 #include "apps/cli/measurement_tally.h"
 #include "measuring/main_view_controller.h"
-#include "platform/health_store.h"
 #include "platform/key_value_store.h"
 #include "platform/linux/recording_source.h"
 #include "platform/linux/timed_queue.h"
-#include "platform/log.h"
+#include "platform/no_services.h"
 #include "platform/resources.h"
 #include "shell/screen_state.h"
 
@@ -49,9 +49,6 @@ struct MeasurementReport {
   std::string remark;
 };
 
-/// The hardware model that is measured for unless another one is named.
-inline constexpr const char* defaultDevice = "iPhone8,1";
-
 /// What is measured, and which part of the recording.
 struct MeasurementRequest {
   bool heartrate = true;
@@ -71,9 +68,9 @@ class MeasurementRun {
   struct Services {
     TimedQueue& queue;
     KeyValueStore& store;
-    HealthStore& healthStore;
     const Resources& resources;
-    Log& log;
+    HealthStore& healthStore = noHealthStore;
+    Log& log = noLog;
   };
 
   MeasurementRun(const MeasurementRequest& request, std::unique_ptr<RecordingSource> source,
@@ -100,6 +97,11 @@ class MeasurementRun {
   MeasurementReport run();
 
  private:
+  void showIntendedUse();
+  void measure(MainViewController& screen);
+  MeasurementReport reportOf(const MainViewController& screen, const MeasurementTally& tally,
+                             const RecordingSource& source) const;
+
   MeasurementRequest request_;
   std::unique_ptr<RecordingSource> source_;
   Services services_;

@@ -8,6 +8,7 @@
 #include "measuring/app_delegate.h"
 #include "measuring/measuring_screen.h"
 #include "platform/portable/embedded_resources.h"
+#include "platform/services_of.h"
 #include "platform/web/page_fields.h"
 #include "shell/alerts.h"
 
@@ -50,26 +51,9 @@ WebApp::WebApp(val page)
                                                const std::string& line) {
     storage.call<void>("failed", damagedKey, line);
   };
-  platform_ = std::make_unique<Platform>(Services{.log = log_,
-                                                  .mainQueue = loop_,
-                                                  .clock = loop_,
-                                                  .camera = camera_,
-                                                  .realFft = realFft_,
-                                                  .store = store_,
-                                                  .healthStore = healthStore_,
-                                                  .resources = resources,
-                                                  .json = json_,
-                                                  .jsonWriter = jsonWriter_,
-                                                  .device = device_,
-                                                  .dates = text_,
-                                                  .numbers = text_,
-                                                  .regularExpressions = text_,
-                                                  .characters = text_,
-                                                  .uuids = text_,
-                                                  .measuringDisplay = measuringDisplay_,
-                                                  .alertView = alerts_,
-                                                  .screens = screens_,
-                                                  .sharing = sharing_});
+  platform_ = std::make_unique<Platform>(
+      servicesOf(log_, loop_, camera_, realFft_, store_, healthStore_, resources, json_,
+                 jsonWriter_, device_, text_, measuringDisplay_, alerts_, screens_, sharing_));
   intro_ = std::make_unique<IntroViewController>(
       introDisplay_, [this](const std::function<void()>& then) {
         screens_.dismissIntro(pending_.keep([then](int) { then(); }));
@@ -78,13 +62,7 @@ WebApp::WebApp(val page)
 
 WebApp::~WebApp() = default;
 
-void WebApp::launch() {
-  AppDelegate& application = AppDelegate::instance();
-  application.application(LaunchOptions{});
-  screen().viewDidLoad();
-  screen().setObserver(&saturationDoubt_);
-  application.applicationDidBecomeActive();
-}
+void WebApp::launch() { AppDelegate::instance().launch().setObserver(&saturationDoubt_); }
 
 void WebApp::enterBackground() {
   camera_.abandonPreparing();

@@ -10,9 +10,7 @@
 #include "apps/cli/plot_style.h"
 #include "platform/format.h"
 #include "platform/linux/gnuplot_program.h"
-#include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
-#include "platform/linux/no_health_store.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/resource_files.h"
 #include "platform/linux/synthetic_finger.h"
@@ -59,15 +57,9 @@ std::optional<float> heartrateOf(const FingerOptions& finger, Form form) {
   }
   TimedQueue queue{Date{}};
   MemoryKeyValueStore store;
-  NoHealthStore healthStore;
   const EmbeddedResources resources;
-  NoLog log;
   MeasurementRun run({.heartrate = true, .spo2 = false, .duration = seconds}, std::move(source),
-                     {.queue = queue,
-                      .store = store,
-                      .healthStore = healthStore,
-                      .resources = resources,
-                      .log = log});
+                     {.queue = queue, .store = store, .resources = resources});
   return run.run().heartrate;
 }
 

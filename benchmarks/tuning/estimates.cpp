@@ -5,9 +5,7 @@
 
 #include "apps/cli/measurement_run.h"
 #include "platform/format.h"
-#include "platform/linux/log_file.h"
 #include "platform/linux/memory_key_value_store.h"
-#include "platform/linux/no_health_store.h"
 #include "platform/linux/resource_files.h"
 
 namespace veyla::tuning {
@@ -51,15 +49,9 @@ Estimates gatherEstimates(std::unique_ptr<RecordingSource> source, int rawDataSi
                           double seconds) {
   TimedQueue queue{Date{}};
   MemoryKeyValueStore store;
-  NoHealthStore healthStore;
-  NoLog log;
   const GatheringResources resources(rawDataSize);
   MeasurementRun run({.heartrate = true, .spo2 = false, .duration = seconds}, std::move(source),
-                     {.queue = queue,
-                      .store = store,
-                      .healthStore = healthStore,
-                      .resources = resources,
-                      .log = log});
+                     {.queue = queue, .store = store, .resources = resources});
   Estimates estimates;
   run.trace = [&](const MeasurementTally::Estimate& traced) {
     if (estimates.perFrame.empty()) estimates.firstCounter = traced.counter;

@@ -11,12 +11,6 @@
 
 namespace veyla {
 
-class NoLog : public Log {
- public:
-  bool enabled() const override { return false; }
-  void line(std::string_view) override {}
-};
-
 /// Appends lines to a file, or to standard error where the path is "-". Each begins with the main
 /// clock's time in UTC, is one line whatever its text holds, and is handed to the system at once.
 class FileLog : public Log {

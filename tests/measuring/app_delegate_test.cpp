@@ -55,6 +55,15 @@ TEST_F(AppDelegateTest, LaunchMigratesThenLoadsTextsAndSettingsThenSetsTheLooks)
   EXPECT_EQ(platform_.screens.appearance->navigationBarImage, "topbar.png");
 }
 
+TEST_F(AppDelegateTest, TheMeasuringScreenIsLoadedBetweenLaunchAndActivation) {
+  const MainViewController& screen = application_.launch();
+  EXPECT_TRUE(screen.runHeartrate());
+  EXPECT_THAT(platform_.journal.of("screens"),
+              ElementsAre("appearance", "idle timer off", "intro"));
+  EXPECT_EQ(platform_.log.lines.back(), "AppDelegate didBecomeActive");
+  EXPECT_TRUE(posted_.empty());
+}
+
 TEST_F(AppDelegateTest, AnInterruptionBeforeTheFirstBackgroundPostsNothing) {
   application_.applicationDidBecomeActive();
   application_.applicationWillResignActive();

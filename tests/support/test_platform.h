@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "platform/linux/timed_queue.h"
-#include "platform/platform.h"
 #include "platform/portable/json.h"
+#include "platform/services_of.h"
 #include "tests/support/journal.h"
 #include "tests/support/memory_store.h"
 #include "tests/support/recorder_alert_view.h"
@@ -97,9 +97,9 @@ class TestPlatform {
   RecorderSharing sharing{journal};
 
  private:
-  Platform platform_{{log,       time,      clock,      camera, fft,     store,  health,
-                      resources, resources, jsonWriter, device, text,    text,   text,
-                      text,      text,      display,    alerts, screens, sharing}};
+  // The clock before the queue, which is one, too.
+  Platform platform_{servicesOf(log, clock, time, camera, fft, store, health, resources, jsonWriter,
+                                device, text, display, alerts, screens, sharing)};
 };
 
 }  // namespace veyla
