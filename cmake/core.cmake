@@ -6,6 +6,7 @@ file(GLOB VEYLA_CORE_HEADERS CONFIGURE_DEPENDS
 
 add_library(veyla_core STATIC ${VEYLA_CORE_SOURCES})
 target_link_libraries(veyla_core PUBLIC veyla_warnings)
+target_precompile_headers(veyla_core PRIVATE ${VEYLA_STANDARD_HEADERS})
 
 # System headers of libraries lie where the compiler finds them unasked, so the include lines
 # themselves are checked: the build stops at one that the core must not have.
