@@ -140,7 +140,7 @@ void MainViewController::viewWillDisappear() { endMeasurement(MeasurementEnd::le
 void MainViewController::didEnterBackground() { endMeasurement(MeasurementEnd::background); }
 
 void MainViewController::didBecomeActive() {
-  measurement_->isInterrupted = true;
+  measurement_->isInterrupted = videoProcessing_->isRecording();
   showStateInitial();
 }
 
@@ -218,6 +218,7 @@ void MainViewController::countDownToMeasuring() {
 
 void MainViewController::stopButtonPush() {
   services().mainQueue.after(buttonDelay, [this, tapped = std::weak_ptr(measurement_)] {
+    // What has ended in the meantime stays as its end has shown it.
     const auto measurement = tapped.lock();
     if (!measurement || !measurement->isRunning) return;
     endMeasurement(MeasurementEnd::stopped, [this] { showStateTappedStop(); });

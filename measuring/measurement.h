@@ -55,7 +55,7 @@ class Measurement : public std::enable_shared_from_this<Measurement> {
 
   /// The number of the alert that stands for its countdown; nothing without one.
   std::optional<int> startingAlert;
-  /// An interruption has brought START back although the measurement goes on.
+  /// An interruption has brought START back in place of STOP, although the measurement goes on.
   bool isInterrupted = false;
 
   // What becomes of estimates.

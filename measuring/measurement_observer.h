@@ -32,19 +32,20 @@ enum class MeasurementEnd {
   replaced,
 };
 
-/// Follows a measurement from outside, for traces and reports; it changes nothing. `counter` is the
+/// Follows measurements from outside, for traces and reports; it changes nothing. `counter` is the
 /// frame counter at which the event fell.
 class MeasurementObserver {
  public:
   virtual ~MeasurementObserver() = default;
 
   /// A frame was stored in the record.
-  virtual void frameStored(std::int32_t counter) = 0;
-  virtual void heartrateEstimated(std::int32_t counter, const HeartrateResult& result,
-                                  EstimateVerdict verdict) = 0;
-  virtual void spo2Estimated(std::int32_t counter, float spo2, const Spo2Figures& figures,
-                             EstimateVerdict verdict) = 0;
-  virtual void measurementEnded(std::int32_t counter, MeasurementEnd end) = 0;
+  virtual void frameStored(std::int32_t /*counter*/) {}
+  virtual void heartrateEstimated(std::int32_t /*counter*/, const HeartrateResult& /*result*/,
+                                  EstimateVerdict /*verdict*/) {}
+  virtual void spo2Estimated(std::int32_t /*counter*/, float /*spo2*/,
+                             const Spo2Figures& /*figures*/, EstimateVerdict /*verdict*/) {}
+  /// After everything that the end shows and keeps.
+  virtual void measurementEnded(std::int32_t /*counter*/, MeasurementEnd /*end*/) {}
 };
 
 }  // namespace veyla

@@ -30,8 +30,8 @@ class Display {
   virtual void setShimmering(Element element, bool shimmering) = 0;
   /// Plays a named animation ("fadeIn", "fadeOut", "zoomIn", "zoomOut", "slideLeft", "slideRight",
   /// "slideUp") by which the element comes or goes. `endsVisible` says which: the opacity is 1 or 0
-  /// from now on, whatever the animation shows on the way. An element that is gone already and does
-  /// not come shows nothing on the way.
+  /// from now on, whatever the animation shows on the way. An element of opacity 0 that does not
+  /// come shows nothing on the way.
   ///
   /// `completion`, which may be empty, is called once, at the animation's end. Both are cancelled
   /// by the element's next `animate` or `setOpacity`: a cancelled animation never completes.

@@ -10,10 +10,6 @@ namespace veyla {
 /// the screen means nothing.
 class SaturationDoubt : public MeasurementObserver {
  public:
-  void frameStored(std::int32_t) override {}
-  void heartrateEstimated(std::int32_t, const HeartrateResult&, EstimateVerdict) override {}
-  void spo2Estimated(std::int32_t, float, const Spo2Figures&, EstimateVerdict) override {}
-
   void measurementEnded(std::int32_t, MeasurementEnd end) override {
     const MainViewController& screen = MainViewController::instance();
     if (end != MeasurementEnd::finished || !screen.isSpo2Done()) return;

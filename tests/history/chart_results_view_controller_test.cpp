@@ -27,7 +27,7 @@ class ChartResultsViewControllerTest : public testing::Test {
     const double now = services().clock.now().secondsSince1970;
     Utils::saveHeartrate(heartrate, spo2, Date{now - days * day}, labels);
   }
-  std::string title(const Element& element) { return platform_.display.texts[element.name]; }
+  std::string title(const Element& element) { return platform_.display.view(element).text; }
 
   TestPlatform platform_;
   RecorderActionSheet sheet_;

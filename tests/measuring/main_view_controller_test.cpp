@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "history/history_store.h"
-#include "measuring/app_delegate.h"
 #include "shell/alerts.h"
+#include "shell/launch_history.h"
 #include "tests/support/measuring_rig.h"
 
 namespace veyla {
@@ -22,19 +22,8 @@ class MainViewControllerTest : public testing::Test {
  protected:
   MainViewControllerTest() { rig_.appear(); }
 
-  /// Every alert but the countdown has a close button, closes on a tap outside, and is red.
-  void expectAlert(AlertKind kind, const char* title, const char* subtitle) {
-    const Alert& alert = platform_.alerts.shown.back();
-    EXPECT_EQ(alert.kind, kind);
-    EXPECT_EQ(alert.title, title);
-    EXPECT_EQ(alert.subtitle, subtitle);
-    EXPECT_EQ(alert.closeButton, "Done");
-    EXPECT_TRUE(alert.closesOnOutsideTap);
-    EXPECT_EQ(alert.color, (Color{200.0 / 255, 2.0 / 255, 0, 1}));
-    EXPECT_EQ(alert.iconTint, (Color{1, 1, 1, 1}));
-  }
-  std::string heartrateText() { return platform_.display.texts["labelHeartrate"]; }
-  std::string spo2Text() { return platform_.display.texts["labelSpo2"]; }
+  std::string heartrateText() { return platform_.display.view({"labelHeartrate"}).text; }
+  std::string spo2Text() { return platform_.display.view({"labelSpo2"}).text; }
   int logged(const std::string& line) {
     return static_cast<int>(
         std::count(platform_.log.lines.begin(), platform_.log.lines.end(), line));
@@ -57,19 +46,58 @@ class MainViewControllerTest : public testing::Test {
 
 // From START to the first frame.
 
-TEST_F(MainViewControllerTest, StartNeedsSomethingToRun) {
+TEST_F(MainViewControllerTest, EveryAlertSaysWhatToDo) {
+  const auto expectAlert = [&](const char* title, AlertKind kind, const char* subtitle) {
+    const Alert& alert = platform_.alerts.shown.back();
+    EXPECT_EQ(alert.title, title);
+    EXPECT_EQ(alert.kind, kind);
+    EXPECT_EQ(alert.subtitle, subtitle);
+    const bool waits = kind == AlertKind::waiting;
+    EXPECT_EQ(alert.closeButton, waits ? std::nullopt : std::optional<std::string>("Done"));
+    EXPECT_EQ(alert.closesOnOutsideTap, !waits);
+    EXPECT_EQ(alert.duration, waits ? std::optional(2.0) : std::nullopt);
+    EXPECT_EQ(alert.color, (Color{200.0 / 255, 2.0 / 255, 0, 1}));
+    EXPECT_EQ(alert.iconTint, (Color{1, 1, 1, 1}));
+  };
+  const auto start = [&] {
+    screen_.beginButtonPush();
+    platform_.time.runFor(0.02);
+  };
+  platform_.camera.authorization = CameraAuthorization::denied;
+  start();
+  expectAlert(
+      "No Camera Access", AlertKind::warning,
+      "Without camera access this app won't work. It's essential for Veyla to have access to "
+      "the Camera. Please go to the iOS Settings App, scroll down and find Veyla, and allow "
+      "Veyla to access the Camera.");
+  EXPECT_FALSE(screen_.isRunning());
+  platform_.camera.authorization = CameraAuthorization::authorized;
+  platform_.camera.device->torch = false;
+  start();
+  expectAlert("Error", AlertKind::error,
+              "There seems to be a problem with the video camera. Check your camera settings.");
+  platform_.camera.device->torch = true;
+  start();
+  expectAlert("Starting ...", AlertKind::waiting, "Cover flash and camera lens with finger...");
+  screen_.showLogSigAlert();
+  expectAlert(
+      "Got problems?", AlertKind::warning,
+      "If you keep getting '--' spo2 values, remove your finger, then tap START, and replace "
+      "your finger on the flash and camera lens after \u00bd-1 second.");
+  ASSERT_THAT(platform_.alerts.shown.back().buttons, SizeIs(1));
+  EXPECT_EQ(platform_.alerts.shown.back().buttons[0].title, "Read FAQ");
+  Alerts::instance().tapButton(platform_.alerts.lastId, 0);
+  EXPECT_EQ(platform_.journal.of("screens").back(), "faq");
   screen_.buttonCheckboxHeartrateTapped();
   screen_.buttonCheckboxSpo2Tapped();
   screen_.beginButtonPush();
-  expectAlert(AlertKind::warning, "Nothing to run",
+  expectAlert("Nothing to run", AlertKind::warning,
               "You have disabled both heartrate and spo2 measurements. Enable at least one of them "
               "before tapping START.");
   EXPECT_FALSE(screen_.isRunning());
-  platform_.time.run();
-  EXPECT_EQ(platform_.camera.session, nullptr);
 }
 
-TEST_F(MainViewControllerTest, StartNeedsThePermissionToUseTheCamera) {
+TEST_F(MainViewControllerTest, TheLogNamesTheReasonWhyTheCameraMayNotBeUsed) {
   const std::pair<CameraAuthorization, const char*> refusals[] = {
       {CameraAuthorization::notDetermined, "Camera access not determined. Ask for permission."},
       {CameraAuthorization::restricted,
@@ -81,73 +109,20 @@ TEST_F(MainViewControllerTest, StartNeedsThePermissionToUseTheCamera) {
     platform_.log.lines.clear();
     platform_.camera.authorization = authorization;
     screen_.beginButtonPush();
-    platform_.time.runFor(0.03);
+    platform_.time.run();
     EXPECT_THAT(platform_.log.lines, ElementsAre("Tapped Begin", reason));
   }
-  expectAlert(
-      AlertKind::warning, "No Camera Access",
-      "Without camera access this app won't work. It's essential for Veyla to have access to "
-      "the Camera. Please go to the iOS Settings App, scroll down and find Veyla, and allow "
-      "Veyla to access the Camera.");
-  EXPECT_FALSE(screen_.isRunning());
   EXPECT_EQ(platform_.camera.session, nullptr);
 }
 
-TEST_F(MainViewControllerTest, ACameraThatDoesNotStartIsReportedAndNothingElseIsUndone) {
-  platform_.camera.device->torch = false;
-  screen_.beginButtonPush();
-  platform_.time.run();
-  expectAlert(AlertKind::error, "Error",
-              "There seems to be a problem with the video camera. Check your camera settings.");
-  EXPECT_TRUE(screen_.isRunning());
-  EXPECT_FALSE(screen_.canBegin());
-  EXPECT_EQ(platform_.display.texts["labelRed"], "Will begin in a couple of seconds ...");
-}
-
-TEST_F(MainViewControllerTest, TheCameraIsAskedNothingBeforeItIsOpen) {
-  platform_.camera.opensLater = true;
-  platform_.camera.authorization = CameraAuthorization::notDetermined;
-  screen_.beginButtonPush();
-  platform_.time.run();
-  EXPECT_EQ(logged("Tapped Begin"), 0);
-  EXPECT_EQ(platform_.camera.session, nullptr);
-
-  platform_.camera.authorization = CameraAuthorization::authorized;
-  platform_.camera.opened();
-  EXPECT_EQ(logged("Tapped Begin"), 1);
-  EXPECT_TRUE(platform_.camera.session->isRunning());
-}
-
-TEST_F(MainViewControllerTest, TheTapIsAnsweredTwentyMillisecondsLater) {
-  screen_.beginButtonPush();
-  EXPECT_TRUE(screen_.isRunning());
-  platform_.time.runFor(0.019);
-  EXPECT_EQ(platform_.camera.session, nullptr);
-  platform_.time.runFor(0.002);
-  ASSERT_NE(platform_.camera.session, nullptr);
-  EXPECT_TRUE(platform_.camera.session->isRunning());
-}
-
-TEST_F(MainViewControllerTest, TheCountdownLastsTwoSecondsAndItsFramesCountButAreNotStored) {
+TEST_F(MainViewControllerTest, FramesOfTheCountdownCountButAreNotStored) {
   screen_.beginButtonPush();
   platform_.time.runFor(0.02);
-  const Alert& alert = platform_.alerts.shown.back();
-  EXPECT_EQ(alert.kind, AlertKind::waiting);
-  EXPECT_EQ(alert.title, "Starting ...");
-  EXPECT_EQ(alert.subtitle, "Cover flash and camera lens with finger...");
-  EXPECT_EQ(alert.closeButton, std::nullopt);
-  EXPECT_EQ(alert.duration, 2);
-  EXPECT_FALSE(alert.closesOnOutsideTap);
-
   platform_.log.lines.clear();
   rig_.frames(30);
-  platform_.time.runFor(1.999);
-  EXPECT_FALSE(screen_.canBegin());
-  EXPECT_EQ(platform_.camera.device->torchState, 0);
   EXPECT_THAT(platform_.log.lines, IsEmpty());
   platform_.journal.clear();
-  platform_.time.runFor(0.002);
-  EXPECT_TRUE(screen_.canBegin());
+  platform_.time.runFor(2);
   EXPECT_THAT(platform_.journal.of("device"), ElementsAre("lock", "torch 1", "flash 1", "unlock"));
   EXPECT_THAT(platform_.log.lines, ElementsAre("starting torch/flash"));
 
@@ -217,20 +192,20 @@ TEST_F(MainViewControllerTest, Spo2EstimatesWaitForTheFramesBeforeTheirWindowToo
   EXPECT_EQ(screen_.failedSpo2Counter(), 1);
   EXPECT_EQ(logged("spo2 0.00, counter: 5"), 1);
   EXPECT_THAT(platform_.log.lines, Not(Contains("not skipping hr frame 2")));
-  EXPECT_THAT(platform_.display.texts["testLabel"], StartsWith("ACR=0 DCR=100"));
+  EXPECT_THAT(platform_.display.view({"testLabel"}).text, StartsWith("ACR=0 DCR=100"));
 }
 
 TEST_F(MainViewControllerTest, TheChartAppearsOnceThirtyFramesAfterTheFirstFullWindow) {
+  constexpr Element chart{"chartFourierView"};
   rig_.heartrateSetting("neededValidHeartrate", 1000);
   rig_.startMeasuring();
-  const std::string shows = "chartFourierView shown";
   rig_.frames(31);
-  EXPECT_THAT(platform_.journal.of("display"), Not(Contains(shows)));
+  EXPECT_TRUE(platform_.display.playing({"viewCenter"}).empty());
   rig_.frame();
-  EXPECT_THAT(platform_.journal.of("display"), Contains(shows));
-  platform_.journal.clear();
+  platform_.time.runFor(1);
+  EXPECT_TRUE(platform_.display.isSeen(chart));
   rig_.frames(40);
-  EXPECT_THAT(platform_.journal.of("display"), Not(Contains(shows)));
+  EXPECT_TRUE(platform_.display.playing({"viewCenter"}).empty()) << "once";
   EXPECT_EQ(platform_.display.redraws["chartFourierView"], 72);
 }
 
@@ -251,7 +226,7 @@ TEST_F(MainViewControllerTest, AnAcceptedHeartrateIsShownAsTheMedianOfTheLastEle
   EXPECT_EQ(heartrateText(), "88");
   estimate(6, 60);
   EXPECT_EQ(heartrateText(), "53") << "six of eleven; of twelve it would be the other";
-  EXPECT_EQ(platform_.display.fonts["labelHeartrate"], (Font{"HelveticaNeue-Light", 25}));
+  EXPECT_EQ(platform_.display.view({"labelHeartrate"}).font, (Font{"HelveticaNeue-Light", 25}));
   EXPECT_EQ(screen_.gaugeHR().value(), 52.734375F);
   EXPECT_TRUE(screen_.gaugeHR().animated());
   EXPECT_EQ(screen_.gaugeHR().unitOfMeasurement(), "53 BPM");
@@ -275,29 +250,35 @@ TEST_F(MainViewControllerTest, AnEstimateAtTheThresholdIsAccepted) {
   EXPECT_EQ(screen_.failedHeartratesCounter(), 0);
 }
 
-TEST_F(MainViewControllerTest, TheThirtiethRejectedHeartrateBlanksTheValue) {
-  rig_.startMeasuring();
-  rig_.noSpo2();
-  ASSERT_EQ(heartrateText(), "70");
-  rig_.heartrateAmbiguous();
-  for (int i = 0; i < 29; ++i) rig_.noSpo2();
-  EXPECT_EQ(heartrateText(), "70");
-  rig_.noSpo2();
-  EXPECT_EQ(heartrateText(), "--");
-  EXPECT_FALSE(screen_.isDone());
-}
-
-TEST_F(MainViewControllerTest, TheThirtyFirstMissingSpo2BlanksTheValue) {
-  rig_.heartrateSetting("neededValidHeartrate", 1000);
+TEST_F(MainViewControllerTest,
+       TheThirtiethFailedHeartrateAndTheThirtyFirstMissingSpo2BlankTheValues) {
   rig_.startMeasuring();
   rig_.spo2(97);
-  for (int i = 0; i < 30; ++i) rig_.noSpo2();
-  EXPECT_EQ(spo2Text(), "97");
-  rig_.noSpo2();
-  EXPECT_EQ(spo2Text(), "--");
+  rig_.heartrateAmbiguous();
+  const auto estimates = [&](int count) {
+    for (int i = 0; i < count; ++i) rig_.noSpo2();
+    return heartrateText() + ' ' + spo2Text();
+  };
+  EXPECT_EQ(estimates(29), "70 97");
+  EXPECT_EQ(estimates(1), "-- 97");
+  EXPECT_EQ(estimates(1), "-- --");
   EXPECT_FALSE(screen_.isDone());
   rig_.spo2(98);
   EXPECT_EQ(screen_.failedSpo2Counter(), 0);
+}
+
+TEST_F(MainViewControllerTest, LowAndMissingSpo2ValuesAreCountedApart) {
+  rig_.heartrateSetting("neededValidHeartrate", 1000);
+  rig_.startMeasuring();
+  for (int i = 0; i < 59; ++i) rig_.spo2(92);
+  rig_.spo2(95);
+  for (int i = 0; i < 59; ++i) rig_.spo2(92);
+  for (int i = 0; i < 3; ++i) rig_.noSpo2();
+  EXPECT_EQ(screen_.framesWhereLowSig(), 59U);
+  EXPECT_EQ(screen_.failedSpo2Counter(), 3);
+  EXPECT_FALSE(screen_.isDone());
+  rig_.spo2(92);
+  EXPECT_TRUE(screen_.isDone()) << "the sixtieth since the accepted one";
 }
 
 TEST_F(MainViewControllerTest, AnSpo2OfNinetyThreeIsAcceptedAndAnythingBelowIsLow) {
@@ -313,31 +294,6 @@ TEST_F(MainViewControllerTest, AnSpo2OfNinetyThreeIsAcceptedAndAnythingBelowIsLo
   screen_.finishAnimations();
   EXPECT_EQ(screen_.circleprogressSpo2().progress(), 1.0F / 3.0F);
   EXPECT_TRUE(screen_.gaugeSpo2().animated());
-}
-
-TEST_F(MainViewControllerTest, TheSixtiethLowSpo2SinceAnAcceptedOneEndsTheMeasurement) {
-  rig_.heartrateSetting("neededValidHeartrate", 1000);
-  rig_.startMeasuring();
-  for (int i = 0; i < 59; ++i) rig_.spo2(92);
-  rig_.spo2(95);
-  for (int i = 0; i < 59; ++i) rig_.spo2(92);
-  rig_.noSpo2();
-  EXPECT_FALSE(screen_.isDone());
-  platform_.journal.clear();
-  rig_.spo2(92);
-
-  EXPECT_TRUE(screen_.isDone());
-  EXPECT_FALSE(screen_.isRunning());
-  expectAlert(
-      AlertKind::warning, "Got problems?",
-      "If you keep getting '--' spo2 values, remove your finger, then tap START, and replace "
-      "your finger on the flash and camera lens after \u00bd-1 second.");
-  const Alert& alert = platform_.alerts.shown.back();
-  ASSERT_THAT(alert.buttons, SizeIs(1));
-  EXPECT_EQ(alert.buttons[0].title, "Read FAQ");
-  EXPECT_THAT(lasting(), ElementsAre("session stop")) << "nothing is saved";
-  Alerts::instance().tapButton(platform_.alerts.lastId, 0);
-  EXPECT_EQ(platform_.journal.of("screens"), std::vector<std::string>{"faq"});
 }
 
 // How a measurement ends.
@@ -396,10 +352,10 @@ TEST_F(MainViewControllerTest, TheFinalHeartrateIsTheMedianOfElevenAndTheFinalSp
   EXPECT_EQ(screen_.finalHeartrate(), 87.890625F) << "seven of the last eleven";
   EXPECT_EQ(screen_.finalSpo2(), 99) << "ten of all seventeen";
   EXPECT_EQ(heartrateText(), "88");
-  EXPECT_EQ(platform_.display.texts["labelLastSpo2"], "99");
-  EXPECT_EQ(platform_.display.fonts["labelHeartrate"], (Font{"HelveticaNeue-Medium", 25}));
-  EXPECT_EQ(platform_.display.fonts["labelSpo2"], (Font{"HelveticaNeue-Medium", 25}));
-  EXPECT_FALSE(platform_.display.shimmering["labelMeasuringHeartrate"]);
+  EXPECT_EQ(platform_.display.view({"labelLastSpo2"}).text, "99");
+  EXPECT_EQ(platform_.display.view({"labelHeartrate"}).font, (Font{"HelveticaNeue-Medium", 25}));
+  EXPECT_EQ(platform_.display.view({"labelSpo2"}).font, (Font{"HelveticaNeue-Medium", 25}));
+  EXPECT_FALSE(platform_.display.view({"labelMeasuringHeartrate"}).shimmering);
 }
 
 TEST_F(MainViewControllerTest, AValueThatWasNotWantedIsSavedAsZero) {
@@ -417,44 +373,6 @@ TEST_F(MainViewControllerTest, AValueThatWasNotWantedIsSavedAsZero) {
   EXPECT_EQ((*entries)[0].spo2, 0);
   EXPECT_EQ((*entries)[1].hr, 0);
   EXPECT_EQ((*entries)[1].spo2, 97);
-}
-
-TEST_F(MainViewControllerTest, StopEndsTheMeasurementAndSavesNothing) {
-  rig_.startMeasuring();
-  rig_.spo2(97);
-  screen_.stopButtonPush();
-  platform_.time.runFor(0.019);
-  EXPECT_FALSE(screen_.isDone());
-  rig_.frame();
-  EXPECT_THAT(*screen_.data()->rawRedValues(), SizeIs(3));
-  platform_.time.runFor(0.002);
-  EXPECT_TRUE(screen_.isDone());
-  EXPECT_THAT(lasting(), ElementsAre("session stop"));
-  EXPECT_EQ(heartrateText(), "--");
-}
-
-TEST_F(MainViewControllerTest, StopDuringTheCountdownKeepsTheMeasurementFromBeginning) {
-  screen_.beginButtonPush();
-  platform_.time.runFor(1);
-  screen_.stopButtonPush();
-  platform_.time.run();
-  EXPECT_FALSE(screen_.canBegin());
-  EXPECT_EQ(platform_.camera.device->torchState, 0);
-  rig_.frame();
-  EXPECT_THAT(*screen_.data()->rawRedValues(), IsEmpty());
-}
-
-TEST_F(MainViewControllerTest, TheBackgroundEndsTheMeasurementAndTheReturnShowsTheBeginning) {
-  auto& application = AppDelegate::instance();
-  rig_.startMeasuring();
-  rig_.spo2(97);
-  application.applicationDidEnterBackground();
-  EXPECT_TRUE(screen_.isDone());
-  EXPECT_EQ(spo2Text(), "97") << "the presentation stays until the return";
-  application.applicationWillEnterForeground();
-  application.applicationDidBecomeActive();
-  EXPECT_EQ(spo2Text(), "--");
-  EXPECT_THAT(lasting(), ElementsAre("session stop"));
 }
 
 TEST_F(MainViewControllerTest, AMeasurementOfRealFramesFindsThePulse) {
@@ -483,6 +401,94 @@ TEST_F(MainViewControllerTest, AFingerIsDarkInAllThreeColours) {
   EXPECT_FALSE(MainViewController::isFingerOnCameraRed(100, 0, 0));
   EXPECT_FALSE(MainViewController::isFingerOnCameraRed(0, 100, 0));
   EXPECT_FALSE(MainViewController::isFingerOnCameraRed(0, 0, 10));
+}
+
+// The screen's life, each test on a screen of its own.
+
+TEST(MeasuringScreenLifeTest, LoadingSetsGaugesRingsAndFontsUp) {
+  MeasuringRig rig;
+  rig.appear();
+  const WMGaugeView& gauge = rig.screen.gaugeHR();
+  EXPECT_EQ(gauge.minValue, 50);
+  EXPECT_EQ(gauge.maxValue, 100);
+  EXPECT_EQ(gauge.scaleDivisions, 10);
+  EXPECT_EQ(rig.screen.gaugeSpo2().minValue, 93);
+  EXPECT_EQ(rig.screen.gaugeSpo2().scaleDivisions, 7);
+  EXPECT_EQ(rig.screen.circleprogressHeartrate().hintTextGenerationBlock(0.5F), "");
+  EXPECT_EQ(rig.screen.circleprogressSpo2().startAngle, 270);
+  EXPECT_TRUE(rig.screen.runHeartrate());
+  EXPECT_TRUE(rig.screen.runSpo2());
+  for (const char* older : {"iPhone3,1", "iPhone4,1"}) {
+    MeasuringRig smaller;
+    smaller.platform.device.model = older;
+    smaller.appear();
+    EXPECT_EQ(smaller.screen.labelValuesFontSize(), 20);
+  }
+}
+
+TEST(MeasuringScreenLifeTest, AppearingShowsTheTitleAndSwipesLeadOn) {
+  MeasuringRig rig;
+  Utils::setFirstTimeNotePopup();
+  rig.appear();
+  rig.screen.swipeLeft();
+  rig.screen.swipeRight();
+  EXPECT_THAT(rig.platform.journal.of("screens"),
+              ElementsAre("tint default", "back swipe off", "title Veyla", "settings", "results"));
+}
+
+TEST(MeasuringScreenLifeTest, TheFirstTimeTheIntroductionComesBeforeTheHealthStore) {
+  MeasuringRig rig;
+  rig.appear();
+  EXPECT_THAT(rig.platform.journal.of("screens"), Contains("intro"));
+  EXPECT_THAT(rig.platform.health.requested, IsEmpty());
+
+  MeasuringRig later;
+  later.platform.store.values["pleaseNoteShown"] = false;  // Its presence is what counts.
+  later.appear();
+  EXPECT_THAT(later.platform.journal.of("screens"), Not(Contains("intro")));
+  EXPECT_THAT(later.platform.health.requested,
+              ElementsAre(HealthSampleType::heartRate, HealthSampleType::oxygenSaturation));
+}
+
+TEST(MeasuringScreenLifeTest, ReleaseNotesFollowAChangeOfVersionHalfASecondLater) {
+  MeasuringRig rig;
+  rig.platform.store.values["last_launched_version"] = "0.9.0";
+  rig.appear();
+  rig.platform.time.runFor(0.49);
+  EXPECT_THAT(rig.platform.journal.of("screens"), Not(Contains("release notes")));
+  rig.platform.time.runFor(0.02);
+  EXPECT_THAT(rig.platform.journal.of("screens"), Contains("release notes"));
+
+  MeasuringRig first;
+  first.appear();
+  first.platform.time.run();
+  EXPECT_THAT(first.platform.journal.of("screens"), Not(Contains("release notes")));
+}
+
+TEST(MeasuringScreenLifeTest, TheCameraIsAskedForOnceTheScreenHasAppeared) {
+  using Case = std::pair<CameraAuthorization, std::vector<std::string>>;
+  const std::string asking = "video cam is not determined - trying to get access";
+  for (const bool grants : {true, false}) {
+    MeasuringRig rig;
+    rig.platform.camera.grants = grants;
+    rig.platform.camera.authorization = CameraAuthorization::notDetermined;
+    rig.screen.viewDidAppear();
+    EXPECT_THAT(rig.platform.log.lines,
+                ElementsAre(asking, grants ? "Granted access to video cam"
+                                           : "Not granted access to video cam"));
+  }
+  const Case cases[] = {
+      {CameraAuthorization::restricted, {"video cam is restricted"}},
+      {CameraAuthorization::denied, {"video cam is denied"}},
+      {CameraAuthorization::authorized, {"video cam is allowed"}},
+      {CameraAuthorization::unknown, {"video cam is not allowed - unknown authorization denial"}}};
+  for (const auto& [authorization, lines] : cases) {
+    MeasuringRig rig;
+    rig.platform.camera.authorization = authorization;
+    rig.screen.viewDidAppear();
+    EXPECT_EQ(rig.platform.log.lines, lines);
+    EXPECT_THAT(rig.platform.alerts.shown, IsEmpty());
+  }
 }
 
 }  // namespace

@@ -68,6 +68,16 @@ TEST_F(AlertsTest, AViewMayAnswerAtOnce) {
   EXPECT_EQ(dismissals_, 1);
 }
 
+TEST_F(AlertsTest, AnAlertThatIsWithdrawnGoesWithoutAWord) {
+  const int id = show(alertWith("Done", 1));
+  alerts_.withdraw(id);
+  EXPECT_FALSE(alerts_.isShowing(id));
+  alerts_.withdraw(id);
+  platform_.time.run();
+  EXPECT_EQ(dismissals_, 0);
+  EXPECT_THAT(platform_.journal.of("alert"), ElementsAre("show Title", "hide 1"));
+}
+
 TEST_F(AlertsTest, APlainMessageHasAnOkButton) {
   Utils::showOkAlert("text", "title");
   const Alert& alert = platform_.alerts.shown.back();

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "measuring/app_delegate.h"
+#include "measuring/measuring_screen.h"
 
 namespace veyla {
 
@@ -68,6 +69,59 @@ void MeasuringRig::spo2(float percent) {
   // minimum of 100.
   const float redRange = percent == 0 ? 0 : 100 - percent;
   frame({lowFrame.red + redRange, lowFrame.green + redRange + lowFrame.blue, lowFrame.blue, 100});
+}
+
+std::string MeasuringRig::seen() const {
+  using namespace MeasuringScreen;
+  const RecorderDisplay& display = platform.display;
+  const auto moving = [&](Element element, const std::string& text) {
+    const std::string_view animation = display.playing(element);
+    return animation.empty() ? text : text + "(" + std::string(animation) + ")";
+  };
+  const auto value = [&](Element element) {
+    const bool isFinal = display.view(element).font.name == "HelveticaNeue-Medium";
+    return moving(element, (isFinal ? "=" : "") + display.view(element).text);
+  };
+  std::vector<std::string> parts;
+  const auto add = [&](Element element, const std::string& text) {
+    if (display.isSeen(element)) parts.push_back(moving(element, text));
+  };
+  const auto addIf = [&](bool holds, const std::string& text) {
+    if (holds) parts.push_back(text);
+  };
+
+  add(beginButton, "START");
+  add(stopButton, "STOP");
+  add(labelRed, display.view(labelRed).text);
+  add(labelGrey, display.view(labelGrey).text);
+  if (display.isSeen(viewLastMeasurements)) {
+    add(viewCenter, "last " + value(labelLastHeartrate) + ' ' + value(labelLastSpo2));
+  }
+  if (display.isSeen(MeasuringScreen::chartFourierView)) add(viewCenter, "pulse");
+  parts.push_back("now " + value(labelHeartrate) + ' ' + value(labelSpo2));
+  parts.push_back(
+      formatText("dials %.0f %.0f, rings %.0f %.0f", static_cast<double>(screen.gaugeHR().value()),
+                 static_cast<double>(screen.gaugeSpo2().value()),
+                 100.0 * static_cast<double>(screen.circleprogressHeartrate().progress()),
+                 100.0 * static_cast<double>(screen.circleprogressSpo2().progress())));
+  for (const Element panel : {viewGaugeHeartrate, viewGaugeSpo2}) {
+    const std::string name(panel.name);
+    addIf(!display.isSeen(panel), name + " gone");
+    addIf(!display.playing(panel).empty(), moving(panel, name));
+  }
+  addIf(display.view(labelMeasuringHeartrate).shimmering, "heart rate shimmers");
+  addIf(display.view(labelMeasuringSpo2).shimmering, "SpO2 shimmers");
+  for (const Element checkbox : {buttonCheckboxHeartrate, buttonCheckboxSpo2}) {
+    const bool marked = display.view(checkbox).image != "checkbox_unmarked.png";
+    addIf(display.isSeen(checkbox), marked ? "[x]" : "[ ]");
+  }
+  addIf(platform.camera.device->torchState != 0, "torch");
+  addIf(screen.canBegin(), "measuring");
+  for (const auto& [id, title] : platform.alerts.inFront) parts.push_back("alert " + title);
+
+  std::string all;
+  for (const std::string& part : parts) all += (all.empty() ? "" : " | ") + part;
+  return all;
 }
 
 }  // namespace veyla

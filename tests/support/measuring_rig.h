@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "measuring/main_view_controller.h"
@@ -39,6 +40,12 @@ class MeasuringRig {
   /// estimated there too.
   void spo2(float percent);
   void noSpo2() { spo2(0); }
+
+  /// What a person sees, from the buttons to the alerts in front, such as "START | Tap START to
+  /// begin
+  /// - don't cover camera | last 70 -- | now -- -- | dials 50 93, rings 0 0 | checkboxes". What
+  /// comes or goes has its animation behind it, a final value a "=" before it.
+  std::string seen() const;
 
   /// A trough of the pulse; at the crest that gives a saturation, red is higher by what the
   /// saturation falls short of 100.

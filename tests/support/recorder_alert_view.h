@@ -1,5 +1,7 @@
 #pragma once
 
+#include <map>
+#include <string>
 #include <vector>
 
 #include "platform/alert_view.h"
@@ -14,6 +16,8 @@ class RecorderAlertView : public AlertView {
   explicit RecorderAlertView(Journal& journal) : journal_(journal) {}
 
   std::vector<Alert> shown;
+  /// The titles of those in front, by their numbers.
+  std::map<int, std::string> inFront;
   /// The number of the last one.
   int lastId = 0;
   /// What a view does that answers at once; may be empty.
@@ -24,6 +28,7 @@ class RecorderAlertView : public AlertView {
   void show(int id, const Alert& alert) override {
     shown.push_back(alert);
     lastId = id;
+    inFront[id] = alert.title;
     journal_.add("alert show " + alert.title);
     if (answer) answer(id);
   }
@@ -31,7 +36,10 @@ class RecorderAlertView : public AlertView {
     fields.push_back("text " + std::to_string(id) + ' ' + text);
   }
   void focusField(int id) override { fields.push_back("focus " + std::to_string(id)); }
-  void hide(int id) override { journal_.add("alert hide " + std::to_string(id)); }
+  void hide(int id) override {
+    inFront.erase(id);
+    journal_.add("alert hide " + std::to_string(id));
+  }
 
  private:
   Journal& journal_;

@@ -1,74 +1,83 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
-#include "platform/display.h"
-#include "platform/format.h"
-#include "tests/support/journal.h"
+#include "platform/main_queue.h"
+#include "shell/screen_state.h"
+#include "shell/view_animation.h"
 
 namespace veyla {
 
-/// Remembers what each element shows; every call stands in the journal as "display …". Animations
-/// complete at once unless a test holds them.
-class RecorderDisplay : public Display {
+/// What a person sees of a screen: what stands there, and what comes and goes in the queue's time,
+/// or until a test ends it.
+class RecorderDisplay : public ScreenState {
  public:
-  explicit RecorderDisplay(Journal& journal) : journal_(journal) {}
+  explicit RecorderDisplay(MainQueue& queue) : queue_(queue) {}
 
-  std::map<std::string_view, std::string> texts;
-  std::map<std::string_view, Font> fonts;
-  std::map<std::string_view, bool> shimmering;
   /// How often an element's drawing was out of date.
   std::map<std::string_view, int> redraws;
+  /// Animations end by `finishAnimation` alone.
   bool holdsAnimations = false;
 
-  void finishAnimations() {
-    holdsAnimations = false;
-    for (const auto& completion : std::exchange(held_, {})) completion();
+  /// The animation by which an element comes or goes; empty for one at rest.
+  std::string_view playing(Element element) const {
+    const auto found = playing_.find(element.name);
+    return found == playing_.end() ? std::string_view() : found->second.animation;
+  }
+  /// Whether there is anything to see of it, be it on its way.
+  bool isSeen(Element element) const {
+    const View& shown = view(element);
+    const auto found = playing_.find(element.name);
+    return !shown.hidden && (shown.opacity > 0 || (found != playing_.end() && found->second.seen));
   }
 
-  void setText(Element element, const std::string& text) override {
-    texts[element.name] = text;
-    record(element, "text " + text);
+  std::size_t animations() const { return playing_.size(); }
+  /// Ends one of those that play, in the order of their elements' names.
+  void finishAnimation(std::size_t index) {
+    finish(std::next(playing_.begin(), static_cast<std::ptrdiff_t>(index)));
   }
-  void setFont(Element element, Font font) override {
-    fonts[element.name] = font;
-    record(element, formatText("font %s %g", std::string(font.name).c_str(),
-                               static_cast<double>(font.size)));
-  }
-  void setImage(Element element, std::string_view image) override {
-    record(element, "image " + std::string(image));
-  }
+
   void setOpacity(Element element, double opacity) override {
-    record(element, formatText("opacity %g", opacity));
+    playing_.erase(element.name);
+    ScreenState::setOpacity(element, opacity);
   }
-  void setHidden(Element element, bool hidden) override {
-    record(element, hidden ? "hidden" : "shown");
-  }
-  void setShimmering(Element element, bool shimmers) override {
-    shimmering[element.name] = shimmers;
-    record(element, shimmers ? "shimmers" : "stops shimmering");
-  }
-  void animate(Element element, std::string_view animation, bool /*endsVisible*/,
+  void animate(Element element, std::string_view animation, bool endsVisible,
                std::function<void()> completion) override {
-    record(element, std::string(animation));
-    if (!completion) return;
-    if (holdsAnimations) {
-      held_.push_back(std::move(completion));
-    } else {
-      completion();
-    }
+    const bool seen = endsVisible || view(element).opacity > 0;
+    setOpacity(element, endsVisible ? 1 : 0);
+    const int number = ++number_;
+    playing_[element.name] = {number, animation, seen, std::move(completion)};
+    if (holdsAnimations) return;
+    queue_.after(viewAnimation(animation).value().seconds, [this, element, number] {
+      const auto found = playing_.find(element.name);
+      if (found != playing_.end() && found->second.number == number) finish(found);
+    });
   }
   void setNeedsDisplay(Element element) override { ++redraws[element.name]; }
 
  private:
-  void record(Element element, const std::string& what) {
-    journal_.add("display " + std::string(element.name) + ' ' + what);
+  struct Animation {
+    int number = 0;
+    std::string_view animation;
+    bool seen = false;
+    std::function<void()> completion;
+  };
+  using Playing = std::map<std::string_view, Animation>;
+
+  void finish(Playing::iterator animation) {
+    const auto completion = std::move(animation->second.completion);
+    playing_.erase(animation);
+    if (completion) completion();
   }
 
-  std::vector<std::function<void()>> held_;
-  Journal& journal_;
+  MainQueue& queue_;
+  int number_ = 0;
+  Playing playing_;
 };
 
 }  // namespace veyla

@@ -91,7 +91,7 @@ class TestPlatform {
   NlohmannJsonWriter jsonWriter;
   ScriptedDeviceInfo device;
   ScriptedTextServices text;
-  RecorderDisplay display{journal};
+  RecorderDisplay display{time};
   RecorderAlertView alerts{journal};
   RecorderScreens screens{journal};
   RecorderSharing sharing{journal};

@@ -1,0 +1,434 @@
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <random>
+#include <sstream>
+
+#include "history/history_store.h"
+#include "measuring/app_delegate.h"
+#include "measuring/measuring_screen.h"
+#include "shell/alerts.h"
+#include "tests/support/measuring_rig.h"
+
+namespace veyla {
+namespace {
+
+const char* nameOf(MeasurementEnd end) {
+  static constexpr const char* names[] = {"finished",   "lowSignal", "stopped",
+                                          "background", "left",      "cameraLost",
+                                          "refused",    "failed",    "replaced"};
+  return names[static_cast<int>(end)];
+}
+
+/// Somebody with a phone. What happens is written as words and seconds that pass, such as
+/// "START 0.5 STOP 0.5 START 2.5 good*3".
+class Somebody : private MeasurementObserver {
+ public:
+  Somebody() {
+    rig.appear();
+    rig.platform.journal.clear();
+    screen.setObserver(this);
+  }
+
+  /// What is seen after it.
+  std::string after(const std::string& happenings) {
+    std::istringstream words(happenings);
+    for (std::string word; words >> word;) {
+      if (std::isdigit(static_cast<unsigned char>(word.front())) != 0) {
+        rig.platform.time.runFor(std::stod(word));
+        continue;
+      }
+      const std::size_t times = word.find('*');
+      const int count = times == std::string::npos ? 1 : std::stoi(word.substr(times + 1));
+      for (int i = 0; i < count; ++i) happen(word.substr(0, times));
+    }
+    return rig.seen();
+  }
+
+  std::size_t entries() const {
+    const auto values = Utils::getValues();
+    return values ? values->size() : 0;
+  }
+  std::ptrdiff_t times(const std::string& line) const {
+    const auto& lines = rig.platform.journal.lines();
+    return std::count(lines.begin(), lines.end(), line);
+  }
+
+  MeasuringRig rig;
+  MainViewController& screen = rig.screen;
+  ScriptedCamera& camera = rig.platform.camera;
+  std::vector<MeasurementEnd> ends;
+
+ private:
+  void happen(const std::string& word) {
+    AppDelegate& application = AppDelegate::instance();
+    if (word == "START") return screen.beginButtonPush();
+    if (word == "STOP") return screen.stopButtonPush();
+    if (word == "heartrate") return screen.buttonCheckboxHeartrateTapped();
+    if (word == "spo2") return screen.buttonCheckboxSpo2Tapped();
+    if (word == "background") return application.applicationDidEnterBackground();
+    if (word == "return") {
+      application.applicationWillEnterForeground();
+      return application.applicationDidBecomeActive();
+    }
+    if (word == "interruption") return screen.didBecomeActive();
+    if (word == "leave") return screen.viewWillDisappear();
+    if (word == "appear") return screen.viewWillAppear();
+    if (word == "lost") return screen.cameraLost();
+    if (word == "opened") return camera.opened();
+    if (word == "OK") return Alerts::instance().tapClose(rig.platform.alerts.lastId);
+    if (word == "good") return rig.spo2(97);
+    if (word == "low") return rig.spo2(92);
+    if (word == "none") return rig.noSpo2();
+    // Up to the frame at which the curve comes, with as many unclear heart rates as that takes.
+    ASSERT_EQ(word, "curve");
+    rig.heartrateAmbiguous();
+    rig.frames(32 - static_cast<int>(screen.data()->rawHRValues()->size()));
+    rig.heartrateBin(80);
+  }
+
+  void measurementEnded(std::int32_t, MeasurementEnd end) override { ends.push_back(end); }
+};
+
+std::string replaced(std::string text, const std::string& what, const std::string& by) {
+  for (std::size_t at; (at = text.find(what)) != std::string::npos;) {
+    text.replace(at, what.size(), by);
+  }
+  return text;
+}
+
+/// Rows of "what happens -> what follows", with parts of what is seen by their names.
+std::vector<std::pair<std::string, std::string>> rowsOf(std::string table) {
+  static const std::pair<const char*, const char*> names[] = {
+      {"{initial}", "START | {tap} | last -- -- | {zero} | {boxes}"},
+      {"{starting}", "STOP | {will} | {cover} | last -- -- | {zero} | alert Starting ..."},
+      {"{measuring}", "STOP | {analyzing} | {cover} | last -- -- | {zero} | {on}"},
+      {"{stopped}", "START | {analyzing} | {tap} | last -- -- | {zero} | {boxes}"},
+      {"{finished}",
+       "START | FINISHED | {tap} | last 70 97 | now =70 =97 | dials 70 97, rings 100 "
+       "100 | {boxes}"},
+      {"{tap}", "Tap START to begin - don't cover camera"},
+      {"{cover}", "Cover flash and camera lens with finger..."},
+      {"{will}", "Will begin in a couple of seconds ..."},
+      {"{analyzing}", "Analyzing - hold steady ..."},
+      {"{zero}", "now -- -- | dials 50 93, rings 0 0"},
+      {"{boxes}", "[x] | [x]"},
+      {"{on}", "heart rate shimmers | SpO2 shimmers | torch | measuring"}};
+  for (const auto& [name, part] : names) table = replaced(std::move(table), name, part);
+  std::vector<std::pair<std::string, std::string>> rows;
+  std::istringstream lines(table);
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t arrow = line.find("-> ");
+    if (arrow != std::string::npos)
+      rows.emplace_back(line.substr(0, arrow), line.substr(arrow + 3));
+  }
+  return rows;
+}
+
+// The states, with what moves between them.
+
+TEST(MeasuringSequencesTest, FromStartToTheResult) {
+  Somebody somebody;
+  somebody.rig.heartrateSetting("neededValidHeartrate", 4);
+  for (const auto& [happenings, seen] : rowsOf(R"(
+START 0.01   -> {initial}
+0.02         -> START(fadeOut) | {will} | {cover} | last -- -- | {zero} | alert Starting ...
+0.3          -> STOP(fadeIn) | {will} | {cover} | last -- -- | {zero} | alert Starting ...
+0.3          -> {starting}
+1.5          -> STOP | {will}(slideLeft) | {cover} | last -- -- | {zero} | {on}
+0.3          -> STOP | {analyzing}(slideRight) | {cover} | last -- -- | {zero} | {on}
+0.3          -> {measuring}
+good         -> STOP | {analyzing} | {cover} | last -- -- | now 70 97 | dials 70 97, rings 0 0 | {on}
+0.3 good 0.3 -> STOP | {analyzing} | {cover} | last -- -- | now 70 97 | dials 70 97, rings 50 67 | {on}
+curve        -> STOP | {analyzing} | {cover} | last -- --(zoomOut) | now 70 97 | dials 70 97, rings 50 67 | {on}
+0.26         -> STOP | {analyzing} | {cover} | pulse(zoomIn) | now 70 97 | dials 70 97, rings 50 67 | {on}
+good 0.5     -> STOP | {analyzing} | {cover} | pulse | now 70 =97 | dials 70 97, rings 75 100 | heart rate shimmers | torch | measuring
+good         -> STOP(slideUp) | FINISHED(fadeIn) | {tap}(fadeIn) | pulse(zoomOut) | now =70(zoomIn) =97 | dials 70 97, rings 75 100 | {boxes}
+0.32         -> START(slideUp) | FINISHED | {tap} | last 70(zoomIn) 97(zoomIn) | now =70(zoomIn) =97 | dials 70 97, rings 100 100 | {boxes}
+1            -> {finished}
+START 1      -> STOP | {will} | {cover} | last 70 97 | {zero} | alert Starting ...
+)")) {
+    EXPECT_EQ(somebody.after(happenings), seen) << happenings;
+  }
+}
+
+TEST(MeasuringSequencesTest, FromMeasuringBackToStart) {
+  for (const auto& [happenings, seen] : rowsOf(R"(
+START 3 STOP 0.019               -> {measuring}
+START 3 good 1 STOP 0.02         -> STOP(slideUp) | {analyzing}(fadeIn) | {tap}(fadeIn) | last -- -- | now -- -- | dials 50 93, rings 33 33 | {boxes}
+START 3 good 1 STOP 0.33         -> START(slideUp) | {analyzing} | {tap} | last -- -- | {zero} | {boxes}
+START 3 good 1 STOP 1            -> {stopped}
+START 3 good 1 lost 1            -> {stopped} | alert Camera lost
+START 3 good 1 background 5      -> STOP | {analyzing} | {cover} | last -- -- | now 70 97 | dials 70 97, rings 33 33
+START 3 good 1 background return -> {initial}
+START 3 good 1 leave appear      -> {initial}
+heartrate 1 START 3 good 1 low*60 -> START | {tap} | last -- -- | now -- -- | dials 50 97, rings 0 33 | viewGaugeHeartrate gone | [ ] | [x] | alert Got problems?
+heartrate                        -> START | {tap} | last -- -- | {zero} | viewGaugeHeartrate(zoomOut) | [ ] | [x]
+spo2 1 spo2                      -> START | {tap} | last -- -- | {zero} | viewGaugeSpo2(zoomIn) | {boxes}
+spo2 START 3                     -> STOP | {analyzing} | {cover} | last -- -- | {zero} | viewGaugeSpo2 gone | heart rate shimmers | torch | measuring
+)")) {
+    EXPECT_EQ(Somebody().after(happenings), seen) << happenings;
+  }
+}
+
+// What is late.
+
+TEST(MeasuringSequencesTest, EveryCountdownLastsItsTwoSeconds) {
+  for (const char* first :
+       {"START 0.5 STOP 0.5", "START 1.9 STOP 0.5", "START 1.99 STOP 0.5", "START 0.5 lost OK 0.5",
+        "START 1.9 lost OK 0.05", "START 0.5 background return", "START 0.5 leave 0.5 appear"}) {
+    Somebody somebody;
+    somebody.after(first);
+    for (const auto& [happenings, seen] : rowsOf("START 2.01 -> {starting}\n1 -> {measuring}")) {
+      EXPECT_EQ(somebody.after(happenings), seen) << first;
+    }
+    EXPECT_EQ(somebody.times("device torch 1"), 1) << first;
+    EXPECT_EQ(somebody.times("session start"), 2) << first;
+  }
+}
+
+TEST(MeasuringSequencesTest, TheLaterStateStandsAloneAndForGood) {
+  for (const auto& [row, seen] : rowsOf(R"(
+START ~ background return 3            -> {initial}
+START 0.1 background ~ return 3        -> {initial}
+START 0.02 ~ leave appear 3            -> {initial}
+START 2.02 ~ background return 3       -> {initial}
+START 2.42 ~ STOP 3                    -> {stopped}
+START 2.03 STOP ~ 3                    -> START | {will} | {tap} | last -- -- | {zero} | {boxes}
+START 2.03 lost OK ~ 3                 -> START | {will} | {tap} | last -- -- | {zero} | {boxes}
+START 3 STOP 0.02 ~ background return 3 -> {initial}
+START 3 STOP 0.02 ~ START 3            -> {measuring}
+START 3 STOP ~ STOP 3                  -> {stopped}
+START 3 STOP ~ lost OK 3               -> {stopped}
+START 3 lost ~ OK STOP 3               -> {stopped}
+START 3 curve ~ STOP 3                 -> {stopped}
+START 3 curve ~ background return 3    -> {initial}
+START 3 curve ~ leave appear 3         -> {initial}
+START 3 good*2 STOP 0.01 good ~ 3      -> {finished}
+START 3 good*3 ~ STOP 3                -> {finished}
+START 3 good*3 ~ lost 3                -> {finished}
+START 3 good*3 ~ background return 3   -> START | {tap} | last 70 97 | {zero} | {boxes}
+START 3 good*3 ~ START 3               -> STOP | {analyzing} | {cover} | last 70 97 | {zero} | {on}
+START ~ START 3                        -> {measuring}
+START 3 ~ interruption START 3         -> {measuring}
+)")) {
+    for (const char* delay : {"0", "0.01", "0.02", "0.1", "0.2", "0.25", "0.4"}) {
+      const std::string happenings = replaced(row, "~", delay);
+      Somebody somebody;
+      EXPECT_EQ(somebody.after(happenings), seen) << happenings;
+      EXPECT_EQ(somebody.after("5"), seen) << happenings << " and 5 s more";
+    }
+  }
+}
+
+TEST(MeasuringSequencesTest, ACameraThatOpensLateIsAskedNothingBeforeAndFindsWhoeverStillWaits) {
+  for (const auto& [happenings, seen] : rowsOf(R"(
+START 1 START 1                          -> {initial}
+START 1 START 1 opened 3                 -> {measuring}
+START 1 STOP 1 opened 3                  -> START |  | {tap} | last -- -- | {zero} | {boxes}
+START 1 background opened return 3       -> {initial}
+START 1 leave appear opened 3            -> {initial}
+START 1 leave appear START 1 opened 3    -> {measuring}
+)")) {
+    Somebody somebody;
+    somebody.camera.opensLater = true;
+    EXPECT_EQ(somebody.after(happenings), seen) << happenings;
+  }
+}
+
+// How each measurement ends, and that it does so once.
+
+TEST(MeasuringSequencesTest, EveryEndIsToldOnceAndOnlyAFinishedOneIsKept) {
+  for (const auto& [happenings, ends] : rowsOf(R"(
+START 3 good*3                       -> finished
+START 3 good*2 STOP 0.01 good        -> finished
+heartrate START 3 low*60             -> lowSignal
+START 3 good*2 STOP                  -> stopped
+START 1 STOP                         -> stopped
+START 0.01 STOP                      -> stopped
+START START 1 START 3 STOP 0.01 STOP -> stopped
+START 3 STOP 0.01 lost               -> cameraLost
+START 3 lost STOP                    -> cameraLost
+START background return              -> background
+START 3 STOP 0.01 background return  -> background
+START 3 leave 1 appear               -> left
+START 3 interruption START 3 STOP    -> replaced stopped
+)")) {
+    Somebody somebody;
+    somebody.after(happenings + " 1 good*3 low*60 1");
+    std::string told;
+    for (const MeasurementEnd end : somebody.ends)
+      told += (told.empty() ? "" : " ") + std::string(nameOf(end));
+    EXPECT_EQ(told, ends) << happenings;
+    const bool isKept = ends == "finished";
+    EXPECT_EQ(somebody.entries(), isKept ? 1U : 0U) << happenings;
+    EXPECT_EQ(somebody.rig.platform.journal.of("store").empty(), !isKept) << happenings;
+    EXPECT_EQ(somebody.rig.platform.journal.of("health").empty(), !isKept) << happenings;
+    EXPECT_FALSE(somebody.screen.isRunning()) << happenings;
+    EXPECT_TRUE(somebody.screen.isDone()) << happenings;
+  }
+}
+
+TEST(MeasuringSequencesTest, OneFrameCannotBothFinishAMeasurementAndBeTheLastLowOne) {
+  Somebody low;
+  low.rig.spo2Setting("neededValidSpo2", 1000);
+  low.after("START 3 good*3 low*59");
+  low.rig.spo2Setting("neededValidSpo2", 1);  // The values there are suffice from now on.
+  const std::string problems = low.after("low 1");
+  low.screen.done();
+  EXPECT_EQ(low.after("1"), problems);
+  EXPECT_EQ(low.ends, std::vector{MeasurementEnd::lowSignal});
+  EXPECT_EQ(low.entries(), 0U);
+  EXPECT_FALSE(Utils::hasLastSpo2());
+
+  Somebody done;
+  const std::string finished = done.after("START 3 good*3 1");
+  done.screen.showLogSigAlert();
+  EXPECT_EQ(done.after("1"), finished);
+  EXPECT_EQ(done.ends, std::vector{MeasurementEnd::finished});
+}
+
+TEST(MeasuringSequencesTest, StartAndStopBothLeadOnFromACameraThatDoesNotStart) {
+  for (const char* next : {"START 3", "STOP 1 START 3", "background return START 3"}) {
+    Somebody somebody;
+    somebody.camera.device->torch = false;
+    const auto rows = rowsOf(
+        "START 3 -> STOP | {will} | {cover} | last -- -- | {zero} | alert Torch "
+        "not found or not supported by this device. | alert Error\n"
+        "-> {measuring} | alert Torch not found or not supported by this device.");
+    EXPECT_EQ(somebody.after(rows[0].first), rows[0].second);
+    EXPECT_TRUE(somebody.screen.isRunning());
+    somebody.camera.device->torch = true;
+    EXPECT_EQ(somebody.after(std::string("OK ") + next), rows[1].second) << next;
+    EXPECT_EQ(somebody.ends, std::vector{MeasurementEnd::failed}) << next;
+  }
+}
+
+/// Anything in any order, animations' ends too; after each event the screen must make sense.
+class RandomWalk {
+ public:
+  explicit RandomWalk(std::uint32_t seed) : random_(seed) {
+    display_.holdsAnimations = true;
+    somebody_.rig.heartrateSetting("neededValidHeartrate", pick(2) == 0 ? 3 : 1000);
+  }
+
+  /// What happened, if that led to a screen that makes no sense; empty otherwise.
+  std::string run(int events) {
+    for (int i = 0; i < events; ++i) {
+      step();
+      if (const std::string fault = faultOf(); !fault.empty()) return story_ + "-> " + fault;
+    }
+    while (display_.animations() > 0) display_.finishAnimation(0);
+    const std::string fault = faultOf();
+    return fault.empty() ? fault : story_ + "and all animations' ends -> " + fault;
+  }
+
+  const std::vector<MeasurementEnd>& ends() const { return somebody_.ends; }
+
+ private:
+  template <class Choice>
+  const Choice& oneOf(const std::vector<Choice>& choices) {
+    return choices[pick(choices.size())];
+  }
+  std::size_t pick(std::size_t count) {
+    return std::uniform_int_distribution<std::size_t>(0, count - 1)(random_);
+  }
+  bool records() const { return camera_.session && camera_.session->isRunning(); }
+
+  void step() {
+    static const std::vector<std::string> byItself{"0.01", "0.1",  "0.5",  "2",      "2",
+                                                   "good", "good", "none", "low*30", "curve"};
+    static const std::vector<std::string> byHand{"START", "START", "START",      "STOP",
+                                                 "lost",  "leave", "background", "interruption"};
+    if (display_.animations() > 0 && pick(3) == 0) {
+      story_ += "(an animation's end) ";
+      return display_.finishAnimation(pick(display_.animations()));
+    }
+    std::string word = oneOf(byItself);
+    // Whoever is away can only come back, and taps are on what is seen.
+    if (pick(isUnderWay_ ? 8 : 2) == 0) word = back_.empty() ? oneOf(byHand) : back_;
+    if (word == "START" && !display_.isSeen(MeasuringScreen::beginButton)) return;
+    story_ += word + ' ';
+
+    camera_.device->torch = pick(12) != 0;
+    camera_.authorization =
+        pick(12) == 0 ? CameraAuthorization::denied : CameraAuthorization::authorized;
+    if (word == "leave") back_ = "appear";
+    if (word == "background") back_ = "return";
+    if (word == "appear" || word == "return") back_.clear();
+    if (word == "interruption") {
+      isInterrupted_ = records();
+      hasFailed_ = false;
+    }
+    const bool accepts = word == "START" && (!isUnderWay_ || isInterrupted_);
+    const std::size_t before = ends().size();
+    somebody_.after(word);
+    for (std::size_t i = before; i < ends().size(); ++i) {
+      if (!std::exchange(isUnderWay_, false)) toldTwice_ = true;
+      hasFailed_ = ends()[i] == MeasurementEnd::failed ||
+                   (hasFailed_ && ends()[i] == MeasurementEnd::refused);
+    }
+    if (accepts) isUnderWay_ = true;
+    if (accepts) isInterrupted_ = false;
+  }
+
+  std::string faultOf() {
+    using namespace MeasuringScreen;
+    const MainViewController& screen = somebody_.screen;
+    const auto isAtRest = [&](Element element) { return display_.playing(element).empty(); };
+    const auto finished = std::count(ends().begin(), ends().end(), MeasurementEnd::finished);
+    const auto& alerts = somebody_.rig.platform.alerts.inFront;
+    const bool isStarting = std::any_of(alerts.begin(), alerts.end(), [](const auto& alert) {
+      return alert.second == "Starting ...";
+    });
+
+    if (toldTwice_) return "an end was told twice";
+    if (isUnderWay_ && !screen.isRunning()) return "an end was not told";
+    if (records() && !isUnderWay_) return "the camera runs on";
+    if (screen.canBegin() && !records()) return "it measures without a camera";
+    if (camera_.device->torchState != 0 && !screen.canBegin()) return "the torch is on for nothing";
+    if (isStarting != (records() && !screen.canBegin())) return "the countdown's alert is wrong";
+    if (somebody_.entries() != static_cast<std::size_t>(finished)) return "the entries are wrong";
+    if (isAtRest(beginButton) && isAtRest(stopButton)) {
+      const bool start = display_.isSeen(beginButton);
+      if (start == display_.isSeen(stopButton)) return "not one of START and STOP";
+      const bool isHere = back_.empty();
+      if (isHere && start && records() && !isInterrupted_) return "START in place of STOP";
+      if (isHere && !start && !records() && !hasFailed_) return "STOP in place of START";
+    }
+    if (isAtRest(viewCenter)) {
+      if (!display_.isSeen(viewCenter)) return "the centre is gone";
+      const bool pulse = display_.isSeen(chartFourierView);
+      if (pulse == display_.isSeen(viewLastMeasurements)) return "the centre shows both or neither";
+    }
+    return {};
+  }
+
+  Somebody somebody_;
+  RecorderDisplay& display_ = somebody_.rig.platform.display;
+  ScriptedCamera& camera_ = somebody_.camera;
+  std::mt19937 random_;
+  std::string story_;
+  /// What brings whoever is away back; empty for here.
+  std::string back_;
+  /// By what was tapped and told.
+  bool isUnderWay_ = false;
+  bool toldTwice_ = false;
+  bool isInterrupted_ = false;
+  /// STOP is left from a camera that did not start.
+  bool hasFailed_ = false;
+};
+
+TEST(MeasuringSequencesTest, TwoThousandRandomSequencesLeaveAScreenThatMakesSense) {
+  std::map<MeasurementEnd, int> ends;
+  for (std::uint32_t seed = 1; seed <= 2000; ++seed) {
+    RandomWalk walk(seed);
+    ASSERT_EQ(walk.run(40), "") << "seed " << seed;
+    for (const MeasurementEnd end : walk.ends()) ++ends[end];
+  }
+  EXPECT_EQ(ends.size(), 9U);
+  for (const auto& [end, times] : ends) EXPECT_GT(times, 50) << "too seldom " << nameOf(end);
+}
+
+}  // namespace
+}  // namespace veyla
