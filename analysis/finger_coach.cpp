@@ -1,0 +1,203 @@
+#include "analysis/finger_coach.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <span>
+
+#include "analysis/pulse_clarity.h"
+#include "platform/capture.h"
+
+namespace veyla {
+
+namespace {
+
+/// No channel of a lit fingertip is this dark all together; nor is any this pale in all of them.
+constexpr float darkest = 16;
+constexpr float palest = 130;
+/// The mean of a channel that is cut off in nearly every pixel.
+constexpr float cutOff = 254;
+/// Within 0.8 s some channel of a living finger swings by more: 0.31 at the least in the
+/// recordings.
+constexpr float leastLife = 0.25F;
+/// Within half a second, less than the coach's patience, so that a twitch is not told, the
+/// brightest channel of a finger at rest swings by less of itself.
+constexpr float mostSwing = 0.13F;
+constexpr std::size_t twitch = 8;
+/// By how much cells may change otherwise than the frame does, as a part of it.
+constexpr float mostShift = 0.05F;
+constexpr float mostColours = 0.2F;
+/// What has been put down where the finger was: another level or another colour.
+constexpr float otherLevel = 0.35F;
+constexpr float otherColour = 0.12F;
+
+/// In frames. The first thing told needs less: it changes nothing.
+constexpr std::size_t patience = 11;
+constexpr std::size_t firstPatience = 8;
+constexpr std::size_t fewestForPulse = 45;
+constexpr std::size_t pulseEvery = 10;
+/// A finger that leaves moves first, and what lies beneath it takes a moment to be known: so many
+/// frames of the one and the other belong to its absence.
+constexpr std::size_t longestLeaving = 24;
+constexpr std::size_t longestDoubt = 12;
+
+constexpr float leastPulse = 0.5F;
+
+float sumOf(const FrameColours& colours) { return colours.red + colours.green + colours.blue; }
+
+float brightest(const FrameColours& colours) {
+  return std::max({colours.red, colours.green, colours.blue});
+}
+
+}  // namespace
+
+void FingerCoach::look(const FrameColours& frame) {
+  const std::size_t at = seen_ % pulseWindow;
+  red_[at] = frame.red;
+  green_[at] = frame.green;
+  blue_[at] = frame.blue;
+  if (frame.cells) cells_[seen_ % glance] = *frame.cells;
+  ++seen_;
+  consider(verdictOn(frame));
+  ++frames_;
+}
+
+std::optional<FingerState> FingerCoach::verdictOn(const FrameColours& frame) {
+  const auto noPulse = [&](FingerState state) {
+    steady_ = 0;
+    return state;
+  };
+  const bool unlit = brightest(frame) < darkest;
+  const bool pale = std::min({frame.red, frame.green, frame.blue}) > palest;
+  const bool manyColours = frame.cells && frame.cells->colourSpread > mostColours;
+  if (unlit || pale || manyColours) {
+    settled_ = 0;
+    return noPulse(FingerState::noFinger);
+  }
+  if (isMoving(frame)) {
+    if (settled_ > 0 || movedTo_ == 0) movedFrom_ = frames_;
+    movedTo_ = frames_ + 1;
+    settled_ = 0;
+    return noPulse(FingerState::moving);
+  }
+  ++settled_;
+  ++steady_;
+  if (isLifeless()) return noPulse(FingerState::noFinger);
+  if (brightest(frame) >= cutOff) return noPulse(FingerState::tooBright);
+
+  if (steady_ >= fewestForPulse) {
+    if (steady_ == fewestForPulse || steady_ % pulseEvery == 0) pulse_ = seesPulse();
+    if (pulse_) finger_ = frame;
+    if (pulse_ || !looksUnlikeTheFinger(frame)) {
+      return pulse_ ? FingerState::good : FingerState::weak;
+    }
+  }
+  if (looksUnlikeTheFinger(frame)) return FingerState::noFinger;
+  // A twitch takes the pulse from sight for a while, and not the finger.
+  return told_ == FingerState::good ? told_ : std::nullopt;
+}
+
+bool FingerCoach::isLifeless() const {
+  constexpr std::size_t fewest = glance - 2;
+  if (settled_ < fewest) return false;
+  const std::size_t count = std::min(settled_, glance);
+  return std::max({swing(red_, count), swing(green_, count), swing(blue_, count)}) < leastLife;
+}
+
+bool FingerCoach::isMoving(const FrameColours& frame) const {
+  const std::size_t count = std::min(seen_, twitch);
+  const float level = brightest(frame);
+  const auto& channel = level == frame.red ? red_ : level == frame.green ? green_ : blue_;
+  if (swing(channel, count) > mostSwing * level) return true;
+  if (!frame.cells || seen_ < glance) return false;
+
+  // A pulse dims all cells alike; what moves dims one and lights another.
+  const auto& now = frame.cells->brightness;
+  const auto& before = cells_[seen_ % glance].brightness;
+  const float sumNow = std::accumulate(now.begin(), now.end(), 0.0F);
+  const float sumBefore = std::accumulate(before.begin(), before.end(), 0.0F);
+  if (sumBefore <= 0) return false;
+  float squares = 0;
+  for (std::size_t cell = 0; cell < FrameCells::count; ++cell) {
+    const float shift = now[cell] - before[cell] * sumNow / sumBefore;
+    squares += shift * shift;
+  }
+  constexpr auto cells = static_cast<float>(FrameCells::count);
+  return std::sqrt(squares / cells) > mostShift * sumNow / cells;
+}
+
+bool FingerCoach::looksUnlikeTheFinger(const FrameColours& frame) const {
+  if (!finger_) return false;
+  const float level = sumOf(frame) / sumOf(*finger_);
+  const auto part = [](float channel, const FrameColours& of) { return channel / sumOf(of); };
+  const float colour = std::abs(part(frame.red, frame) - part(finger_->red, *finger_)) +
+                       std::abs(part(frame.green, frame) - part(finger_->green, *finger_));
+  return std::abs(level - 1) > otherLevel || colour > otherColour;
+}
+
+bool FingerCoach::seesPulse() const {
+  const std::size_t count = std::min(steady_, pulseWindow);
+  std::array<float, pulseWindow> ordered{};
+  const auto pulseOf = [&](const std::array<float, pulseWindow>& channel) {
+    for (std::size_t i = 0; i < count; ++i) ordered[i] = channel[slot(count - i)];
+    return pulseIn(std::span(ordered).first(count));
+  };
+  return pulseOf(red_) >= leastPulse || pulseOf(green_) >= leastPulse;
+}
+
+std::size_t FingerCoach::slot(std::size_t framesAgo) const {
+  return (seen_ - framesAgo) % pulseWindow;
+}
+
+float FingerCoach::swing(const std::array<float, pulseWindow>& channel, std::size_t count) const {
+  float least = channel[slot(1)];
+  float greatest = least;
+  for (std::size_t ago = 2; ago <= count; ++ago) {
+    least = std::min(least, channel[slot(ago)]);
+    greatest = std::max(greatest, channel[slot(ago)]);
+  }
+  return greatest - least;
+}
+
+void FingerCoach::consider(std::optional<FingerState> verdict) {
+  if (verdict != candidate_) {
+    candidate_ = verdict;
+    candidateSince_ = frames_;
+  }
+  if (candidate_ == told_) return;
+  const std::size_t agreed = frames_ + 1 - candidateSince_;
+  if (agreed < (spans_.empty() ? firstPatience : patience)) return;
+
+  const std::size_t from = beginningOf(candidate_);
+  while (!spans_.empty() && spans_.back().from >= from) spans_.pop_back();
+  if (told_ && !spans_.empty()) spans_.back().to = from;
+  if (candidate_) {
+    spans_.push_back({*candidate_, from, from});
+  } else {
+    unknownFrom_ = from;
+  }
+  told_ = candidate_;
+}
+
+std::size_t FingerCoach::beginningOf(std::optional<FingerState> verdict) const {
+  const std::size_t since = candidateSince_;
+  if (spans_.empty()) return verdict ? 0 : since;
+  // A finger is gone from the moment at which it began to leave, and there from the moment at which
+  // it began to come.
+  const bool justMoved = movedTo_ > movedFrom_ && movedTo_ - movedFrom_ <= longestLeaving;
+  if (verdict == FingerState::noFinger && justMoved && since <= movedTo_ + longestDoubt) {
+    return std::min(since, movedFrom_);
+  }
+  if (!verdict && justMoved && since == movedTo_) return movedFrom_;
+  const bool sawFinger =
+      verdict && *verdict != FingerState::noFinger && *verdict != FingerState::moving;
+  return sawFinger && !told_ ? std::min(since, unknownFrom_) : since;
+}
+
+std::vector<FingerCoach::Span> FingerCoach::spans() const {
+  auto spans = spans_;
+  if (told_) spans.back().to = frames_;
+  return spans;
+}
+
+}  // namespace veyla
