@@ -1,0 +1,107 @@
+#include "measuring/doubts.h"
+
+#include <algorithm>
+
+#include "analysis/pulse_clarity.h"
+
+namespace veyla {
+
+namespace {
+
+/// Chosen on recorded fingers: it marks some 4 of 100 windows of them, and no generated pulse from
+/// 45 beats per minute on, the least clear of which comes to 0.65; breath and noise come to less.
+constexpr double leastClarity = 0.58;
+/// A finger's beats differ by halves in no recording: half the period repeats a fifth of it at
+/// most.
+constexpr double mostAtDoubleRate = 0.6;
+constexpr double leastAtHalfRate = 0.5;
+/// Of the frames measured.
+constexpr double mostWithoutFinger = 0.2;
+/// Of the estimates behind a saturation, which is the middle one of them.
+constexpr double mostDoubtfulEstimates = 0.2;
+
+bool isMore(std::size_t count, double share, std::size_t of) {
+  return static_cast<double>(count) > share * static_cast<double>(of);
+}
+
+std::size_t framesWithoutFinger(const FingerCoach& coach) {
+  std::size_t frames = 0;
+  for (const FingerCoach::Span& span : coach.spans()) {
+    if (span.state == FingerState::noFinger) frames += span.to - span.from;
+  }
+  return frames;
+}
+
+}  // namespace
+
+std::string_view nameOf(Doubt doubt) {
+  switch (doubt) {
+    case Doubt::noFinger:
+      return "noFinger";
+    case Doubt::unclearPulse:
+      return "unclearPulse";
+    case Doubt::halfRate:
+      return "halfRate";
+    case Doubt::doubleRate:
+      return "doubleRate";
+    case Doubt::noBlue:
+      return "noBlue";
+    case Doubt::noRedPulse:
+      break;
+  }
+  return "noRedPulse";
+}
+
+std::string_view textOf(Doubt doubt) {
+  switch (doubt) {
+    case Doubt::noFinger:
+      return "Unsure: no finger was seen for part of the time. Cover lens and light and measure "
+             "again.";
+    case Doubt::unclearPulse:
+      return "Unsure: the pulse was unclear. Hold still, press lightly and measure again.";
+    case Doubt::halfRate:
+      return "Unsure: the pulse may be half as fast. Hold still and measure again.";
+    case Doubt::doubleRate:
+      return "Unsure: the pulse may be twice as fast. Hold still and measure again.";
+    case Doubt::noBlue:
+      return "Unsure: this camera sees next to no blue light, without which the value says nothing "
+             "about the blood.";
+    case Doubt::noRedPulse:
+      break;
+  }
+  return "Unsure: the red light shows no pulse. Press more lightly and measure again.";
+}
+
+HeartrateJudgement judgeHeartrate(double heartrate, std::span<const float> red,
+                                  std::span<const float> green, const FingerCoach& coach) {
+  const Periodicity inRed = periodicityAt(red, heartrate);
+  const Periodicity inGreen = periodicityAt(green, heartrate);
+  // Cameras differ in where the pulse shows; the clearer channel speaks.
+  const Periodicity& pulse = inRed.own >= inGreen.own ? inRed : inGreen;
+
+  HeartrateJudgement judgement;
+  judgement.clarity = std::clamp(pulse.own, 0.0, 1.0);
+  if (isMore(framesWithoutFinger(coach), mostWithoutFinger, coach.frames())) {
+    judgement.doubts.push_back(Doubt::noFinger);
+  }
+  if (pulse.own < leastClarity) {
+    judgement.doubts.push_back(pulse.halfRate > leastAtHalfRate ? Doubt::halfRate
+                                                                : Doubt::unclearPulse);
+  } else if (pulse.doubleRate > mostAtDoubleRate * pulse.own) {
+    judgement.doubts.push_back(Doubt::doubleRate);
+  }
+  return judgement;
+}
+
+std::vector<Doubt> judgeSpo2(const Spo2Evidence& evidence) {
+  std::vector<Doubt> doubts;
+  const auto add = [&](std::size_t count, Doubt doubt) {
+    if (isMore(count, mostDoubtfulEstimates, evidence.estimates)) doubts.push_back(doubt);
+  };
+  add(evidence.withoutFinger, Doubt::noFinger);
+  add(evidence.withoutBlue, Doubt::noBlue);
+  add(evidence.withoutRedPulse, Doubt::noRedPulse);
+  return doubts;
+}
+
+}  // namespace veyla
