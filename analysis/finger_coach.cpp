@@ -52,10 +52,9 @@ float brightest(const FrameColours& colours) {
 }  // namespace
 
 void FingerCoach::look(const FrameColours& frame) {
-  const std::size_t at = seen_ % pulseWindow;
-  red_[at] = frame.red;
-  green_[at] = frame.green;
-  blue_[at] = frame.blue;
+  red_.add(frame.red);
+  green_.add(frame.green);
+  blue_.add(frame.blue);
   if (frame.cells) cells_[seen_ % glance] = *frame.cells;
   ++seen_;
   consider(verdictOn(frame));
@@ -101,14 +100,14 @@ bool FingerCoach::isLifeless() const {
   constexpr std::size_t fewest = glance - 2;
   if (settled_ < fewest) return false;
   const std::size_t count = std::min(settled_, glance);
-  return std::max({swing(red_, count), swing(green_, count), swing(blue_, count)}) < leastLife;
+  return std::max({red_.swing(count), green_.swing(count), blue_.swing(count)}) < leastLife;
 }
 
 bool FingerCoach::isMoving(const FrameColours& frame) const {
   const std::size_t count = std::min(seen_, twitch);
   const float level = brightest(frame);
-  const auto& channel = level == frame.red ? red_ : level == frame.green ? green_ : blue_;
-  if (swing(channel, count) > mostSwing * level) return true;
+  const Channel& channel = level == frame.red ? red_ : level == frame.green ? green_ : blue_;
+  if (channel.swing(count) > mostSwing * level) return true;
   if (!frame.cells || seen_ < glance) return false;
 
   // A pulse dims all cells alike; what moves dims one and lights another.
@@ -137,24 +136,28 @@ bool FingerCoach::looksUnlikeTheFinger(const FrameColours& frame) const {
 
 bool FingerCoach::seesPulse() const {
   const std::size_t count = std::min(steady_, pulseWindow);
-  std::array<float, pulseWindow> ordered{};
-  const auto pulseOf = [&](const std::array<float, pulseWindow>& channel) {
-    for (std::size_t i = 0; i < count; ++i) ordered[i] = channel[slot(count - i)];
-    return pulseIn(std::span(ordered).first(count));
-  };
-  return pulseOf(red_) >= leastPulse || pulseOf(green_) >= leastPulse;
+  return pulseIn(red_.newest(count)) >= leastPulse || pulseIn(green_.newest(count)) >= leastPulse;
 }
 
-std::size_t FingerCoach::slot(std::size_t framesAgo) const {
-  return (seen_ - framesAgo) % pulseWindow;
+void FingerCoach::Channel::add(float value) {
+  if (end_ == values_.size()) {
+    std::copy(values_.end() - pulseWindow, values_.end(), values_.begin());
+    end_ = pulseWindow;
+  }
+  values_[end_++] = value;
 }
 
-float FingerCoach::swing(const std::array<float, pulseWindow>& channel, std::size_t count) const {
-  float least = channel[slot(1)];
+std::span<const float> FingerCoach::Channel::newest(std::size_t count) const {
+  return std::span(values_).subspan(end_ - count, count);
+}
+
+float FingerCoach::Channel::swing(std::size_t count) const {
+  const auto values = newest(count);
+  float least = values.front();
   float greatest = least;
-  for (std::size_t ago = 2; ago <= count; ++ago) {
-    least = std::min(least, channel[slot(ago)]);
-    greatest = std::max(greatest, channel[slot(ago)]);
+  for (const float value : values) {
+    least = std::min(least, value);
+    greatest = std::max(greatest, value);
   }
   return greatest - least;
 }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "acquisition/frame_colours.h"
@@ -66,16 +67,26 @@ class FingerCoach {
   void consider(std::optional<FingerState> verdict);
   /// The frame at which what the candidate tells of began.
   std::size_t beginningOf(std::optional<FingerState> verdict) const;
-  /// By how much the newest `count` values of a channel differ.
-  float swing(const std::array<float, pulseWindow>& channel, std::size_t count) const;
-  std::size_t slot(std::size_t framesAgo) const;
+
+  /// The newest values of a channel, side by side.
+  class Channel {
+   public:
+    void add(float value);
+    std::span<const float> newest(std::size_t count) const;
+    /// By how much the newest `count` values differ.
+    float swing(std::size_t count) const;
+
+   private:
+    std::array<float, 4 * pulseWindow> values_{};
+    std::size_t end_ = 0;
+  };
 
   std::size_t frames_ = 0;
-  /// Frames looked at; rings are written at this position.
+  /// Frames looked at.
   std::size_t seen_ = 0;
-  std::array<float, pulseWindow> red_{};
-  std::array<float, pulseWindow> green_{};
-  std::array<float, pulseWindow> blue_{};
+  Channel red_;
+  Channel green_;
+  Channel blue_;
   std::array<FrameCells, glance> cells_{};
   /// Frames since the last one that moved, or that no finger gives at any moment.
   std::size_t settled_ = 0;

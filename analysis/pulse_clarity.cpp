@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <numeric>
+#include <utility>
 #include <vector>
 
 #include "platform/capture.h"
@@ -38,31 +40,41 @@ std::size_t oddWidth(double frames) {
   return width % 2 == 0 ? width + 1 : width;
 }
 
-double correlation(std::span<const double> series, std::size_t lag) {
-  double product = 0;
-  double early = 0;
-  double late = 0;
-  for (std::size_t i = 0; i + lag < series.size(); ++i) {
-    product += series[i] * series[i + lag];
-    early += series[i] * series[i];
-    late += series[i + lag] * series[i + lag];
+/// A series that is compared with itself, some frames later.
+class Autocorrelation {
+ public:
+  explicit Autocorrelation(std::vector<double> series)
+      : series_(std::move(series)), energy_(series_.size() + 1) {
+    for (std::size_t i = 0; i < series_.size(); ++i) {
+      energy_[i + 1] = energy_[i] + series_[i] * series_[i];
+    }
   }
-  const double energy = std::sqrt(early * late);
-  return energy > leastEnergy ? product / energy : 0;
-}
 
-/// The best correlation at about `period` frames; 0 where the series is too short for it.
-double correlationAround(std::span<const double> series, double period) {
-  const auto shortest =
-      static_cast<std::size_t>(std::max(1.0, std::floor(period * (1 - lagTolerance))));
-  const auto longest = static_cast<std::size_t>(std::ceil(period * (1 + lagTolerance)));
-  if (longest + fewestProducts > series.size()) return 0;
-  double best = -1;
-  for (std::size_t lag = shortest; lag <= longest; ++lag) {
-    best = std::max(best, correlation(series, lag));
+  /// The best one at about `period` frames; 0 where the series is too short for it.
+  double around(double period) const {
+    const auto shortest =
+        static_cast<std::size_t>(std::max(1.0, std::floor(period * (1 - lagTolerance))));
+    const auto longest = static_cast<std::size_t>(std::ceil(period * (1 + lagTolerance)));
+    if (longest + fewestProducts > series_.size()) return 0;
+    double best = -1;
+    for (std::size_t lag = shortest; lag <= longest; ++lag) best = std::max(best, at(lag));
+    return best;
   }
-  return best;
-}
+
+ private:
+  double at(std::size_t lag) const {
+    const std::size_t count = series_.size() - lag;
+    const double product =
+        std::inner_product(series_.begin(), series_.begin() + static_cast<std::ptrdiff_t>(count),
+                           series_.begin() + static_cast<std::ptrdiff_t>(lag), 0.0);
+    const double energy = std::sqrt(energy_[count] * (energy_.back() - energy_[lag]));
+    return energy > leastEnergy ? product / energy : 0;
+  }
+
+  std::vector<double> series_;
+  /// Of the values before each one.
+  std::vector<double> energy_;
+};
 
 }  // namespace
 
@@ -77,8 +89,8 @@ Periodicity periodicityAt(std::span<const float> series, double bpm) {
   const auto drift = movingMean(pulse, oddWidth(1.5 * period));
   std::transform(pulse.begin(), pulse.end(), drift.begin(), pulse.begin(), std::minus<>());
   pulse = movingMean(pulse, oddWidth(std::floor(period / 4)));
-  return {correlationAround(pulse, period), correlationAround(pulse, 2 * period),
-          correlationAround(pulse, period / 2)};
+  const Autocorrelation beats(std::move(pulse));
+  return {beats.around(period), beats.around(2 * period), beats.around(period / 2)};
 }
 
 float pulseIn(std::span<const float> series) {
