@@ -54,7 +54,7 @@ float averageOf(std::span<const double> cellMedians) {
 }  // namespace
 
 FrameSample averageWholeFrame(const std::uint8_t* pixels, std::size_t width, std::size_t height,
-                              std::size_t bytesPerRow) {
+                              std::size_t bytesPerRow, FrameColours* colours) {
   const auto n = static_cast<std::uint32_t>(width * height);
   if (n == 0) return {};
 
@@ -62,6 +62,12 @@ FrameSample averageWholeFrame(const std::uint8_t* pixels, std::size_t width, std
   const std::size_t pairedPixels = width / 2 * 2;
   for (std::size_t y = 0; y < height; ++y) addRow(pixels + y * bytesPerRow, pairedPixels, sums);
 
+  if (colours) {
+    const auto mean = [n](std::uint32_t sum) {
+      return static_cast<float>(static_cast<double>(sum) / n);
+    };
+    *colours = {mean(sums.red), mean(sums.green), mean(sums.blue), std::nullopt};
+  }
   const std::uint32_t red = sums.red / n;
   const std::uint32_t green = sums.green / n;
   const std::uint32_t blue = sums.blue / n;
@@ -85,6 +91,14 @@ FrameSample GridAverager::average(const std::uint8_t* pixels, std::size_t width,
   }
   const float red = averageOf(redMedians_);
   return {red, averageOf(greenMedians_), averageOf(blueMedians_), red};
+}
+
+std::optional<FrameCells> GridAverager::cells() const {
+  constexpr std::size_t count = FrameCells::count;
+  if (redMedians_.size() != count) return std::nullopt;
+  return FrameCells::of(std::span(redMedians_).first<count>(),
+                        std::span(greenMedians_).first<count>(),
+                        std::span(blueMedians_).first<count>());
 }
 
 void GridAverager::sampleCell(const std::uint8_t* pixels, std::size_t width, std::size_t height,

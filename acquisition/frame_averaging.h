@@ -2,10 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
 
+#include "acquisition/frame_colours.h"
 #include "platform/capture.h"
 
 /// From the pixels of one frame (bytes blue, green, red, alpha) to its frame record.
@@ -16,8 +18,9 @@ inline constexpr std::string_view wholeFrameProfile = "iphone4";
 
 /// Every pixel counts; the pulse value and the green slot carry the luma. The last pixel of an odd
 /// row is left out of the sums but not of the divisor. A frame without pixels gives zeros.
+/// `colours`, where asked for, gets the means with their fractions.
 FrameSample averageWholeFrame(const std::uint8_t* pixels, std::size_t width, std::size_t height,
-                              std::size_t bytesPerRow);
+                              std::size_t bytesPerRow, FrameColours* colours = nullptr);
 
 /// Averages grid cells; keeps its buffers from frame to frame, so that a frame allocates nothing.
 class GridAverager {
@@ -28,6 +31,9 @@ class GridAverager {
   /// Without cells every value is not-a-number.
   FrameSample average(const std::uint8_t* pixels, std::size_t width, std::size_t height,
                       std::span<const int> cells);
+
+  /// How the cells of the last frame differed; nothing unless all of them were averaged.
+  std::optional<FrameCells> cells() const;
 
  private:
   void sampleCell(const std::uint8_t* pixels, std::size_t width, std::size_t height, int cell);

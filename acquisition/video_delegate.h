@@ -1,5 +1,7 @@
 #pragma once
 
+#include "acquisition/frame_colours.h"
+
 namespace veyla {
 
 /// Receives one frame record per delivered frame, on the main thread.
@@ -9,6 +11,13 @@ class VideoDelegate {
 
   /// Channel averages and pulse value of the frame, each in 0 to 255.
   virtual void updateMeasurementsWithRed(float red, float green, float blue, float hr) = 0;
+
+  // Beside the record, for whoever judges the finger and not for the estimates.
+
+  /// The colours of the frame whose record follows.
+  virtual void frameColours(const FrameColours& /*colours*/) {}
+  /// A frame did not come.
+  virtual void frameDropped() {}
 };
 
 }  // namespace veyla

@@ -185,8 +185,10 @@ void VideoProcessing::captureOutput(PixelBuffer& didOutputSampleBuffer) {
   if (isIphone4_) {
     // The buffer stays locked: it is released whole after the callback.
     if (!buffer.lockBaseAddress()) return;
-    deliver(averageWholeFrame(buffer.baseAddress(), buffer.width(), buffer.height(),
-                              buffer.bytesPerRow()));
+    FrameColours colours;
+    const FrameSample sample = averageWholeFrame(buffer.baseAddress(), buffer.width(),
+                                                 buffer.height(), buffer.bytesPerRow(), &colours);
+    deliver(sample, colours);
     return;
   }
 
@@ -198,20 +200,24 @@ void VideoProcessing::captureOutput(PixelBuffer& didOutputSampleBuffer) {
 
   cells_.clear();
   Utils::appendCells(Utils::getSpo2Settings("grids"), cells_);
-  deliver(gridAverager_.average(pixels, width, height, cells_));
+  const FrameSample sample = gridAverager_.average(pixels, width, height, cells_);
+  deliver(sample, {sample.red, sample.green, sample.blue, gridAverager_.cells()});
 }
 
 void VideoProcessing::captureOutput(const FrameSample& didOutputSample) {
-  deliver(didOutputSample);
+  const FrameSample& sample = didOutputSample;
+  deliver(sample, {sample.red, sample.green, sample.blue, std::nullopt});
 }
 
 void VideoProcessing::captureOutput(DroppedSample /*didDropSampleBuffer*/) {
   ++framedrops_;
   logLine("frame dropped: %i, counter: %i", framedrops_, counter_);
+  if (delegate_) delegate_->frameDropped();
 }
 
-void VideoProcessing::deliver(const FrameSample& sample) {
+void VideoProcessing::deliver(const FrameSample& sample, const FrameColours& colours) {
   if (!delegate_) return;
+  delegate_->frameColours(colours);
   delegate_->updateMeasurementsWithRed(sample.red, sample.green, sample.blue, sample.hr);
 }
 

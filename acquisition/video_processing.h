@@ -76,7 +76,7 @@ class VideoProcessing : public SampleBufferDelegate {
 
  private:
   void applyCameraSettings();
-  void deliver(const FrameSample& sample);
+  void deliver(const FrameSample& sample, const FrameColours& colours);
 
   bool isIphone4_ = false;
   bool isIphone6_ = false;
