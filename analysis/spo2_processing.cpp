@@ -78,17 +78,19 @@ float Spo2Processing::calculateOld() {
   logLine("Using old spo2 algorithm");
   const std::size_t window = usingIphone4or4s_ ? oldWindowOnIphone4or4s : oldWindow;
   figures_ = {};
-  auto& [red, green, blue, oldSpo2] = figures_;
+  ChannelPulsation& red = figures_.red;
+  ChannelPulsation& blue = figures_.blue;
   red = pulsationOf(VectorUtils::lastObjectsOf(*data_->rawRedValues(), window));
   blue = pulsationOf(VectorUtils::lastObjectsOf(*data_->rawBlueValues(), window));
 
   const float measuredRange = blue.ac;
-  lacksBlue_ = blue.dc < leastBlue;
+  figures_.lacksRedPulse = red.ac == 0;
+  figures_.lacksBlue = blue.dc < leastBlue;
   const std::string profile = Utils::platformString();
   if (profile == "iphone4s" || profile == "iphone4") correctForDevice(red, blue);
-  lacksBlue_ = lacksBlue_ || blue.ac != measuredRange;
+  figures_.lacksBlue = figures_.lacksBlue || blue.ac != measuredRange;
 
-  const float spo2 = oldSpo2 = redOverBlue(red, blue);
+  const float spo2 = figures_.oldSpo2 = redOverBlue(red, blue);
   logLine("spo2: %.1f, ACred: %.1f, DCred: %.1f, ACblue: %.1f, DCblue: %.1f",
           static_cast<double>(spo2), static_cast<double>(red.ac), static_cast<double>(red.dc),
           static_cast<double>(blue.ac), static_cast<double>(blue.dc));
@@ -106,18 +108,21 @@ float Spo2Processing::calculateNew(const Label& label) {
     const auto window = VectorUtils::lastObjectsOf(series, n);
     return pulsationOf(useTrend ? VectorUtils::detrend(window, false) : window);
   };
-  auto& [red, green, blue, oldSpo2] = figures_;
+  ChannelPulsation& red = figures_.red;
+  ChannelPulsation& green = figures_.green;
+  ChannelPulsation& blue = figures_.blue;
   red = channel(*data_->rawRedValues());
   green = channel(*data_->rawGreenValues());
   blue = channel(*data_->rawBlueValues());
 
-  lacksBlue_ = blue.dc < leastBlue;
+  figures_.lacksBlue = blue.dc < leastBlue;
+  figures_.lacksRedPulse = red.ac == 0;
   const float spo2 = redOverGreenAndBlue(figures_);
-  oldSpo2 = redOverBlue(red, blue);
+  figures_.oldSpo2 = redOverBlue(red, blue);
 
   if (label) label(labelText(figures_, spo2));
   logLine("newspo2: %.1f, spo2: %.1f, ACred: %.1f, DCred: %.1f, ACblue: %.1f, DCblue: %.1f",
-          static_cast<double>(spo2), static_cast<double>(oldSpo2), static_cast<double>(red.ac),
+          static_cast<double>(spo2), static_cast<double>(figures_.oldSpo2), static_cast<double>(red.ac),
           static_cast<double>(red.dc), static_cast<double>(blue.ac), static_cast<double>(blue.dc));
   return spo2 > largestSpo2 ? 0 : spo2;
 }

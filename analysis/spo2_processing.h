@@ -13,13 +13,19 @@ struct ChannelPulsation {
   float dc = 0;
 };
 
-/// What the last estimate was computed from, for diagnostics only.
+/// What the last estimate was computed from, for diagnostics and doubts; no value depends on it.
 struct Spo2Figures {
   ChannelPulsation red;
   ChannelPulsation green;
   ChannelPulsation blue;
   /// The red and blue ratio of ratios, as reported beside the returned value.
   float oldSpo2 = 0;
+  /// Whether it stands on next to no blue light. Both formulas take the blue minimum for a factor,
+  /// so the value then tends to 100 whatever the blood does, and nothing else in it tells; the same
+  /// where a standard figure stands for blue.
+  bool lacksBlue = false;
+  /// Whether the red channel did not change, or a standard figure stands for its range.
+  bool lacksRedPulse = false;
 };
 
 /// Estimates the oxygen saturation from the newest stretch of the colour series by the ratio of
@@ -42,12 +48,6 @@ class Spo2Processing {
   /// Whether exactly "neededValidSpo2" values have been accepted.
   bool isDone() const;
 
-  /// Whether the last estimate stands on next to no blue light. Both formulas take the blue minimum
-  /// for a factor, so the value then tends to 100 whatever the blood does, and nothing else in it
-  /// tells; the same where standard figures stand for blue. The measuring flow does not ask;
-  /// whoever shows a value should.
-  bool lacksBlue() const { return lacksBlue_; }
-
   /// Does nothing: no state outlives an estimate.
   void reset() {}
 
@@ -66,7 +66,6 @@ class Spo2Processing {
   bool usingIphone4or4s_;
   Data* data_;
   Spo2Figures figures_;
-  bool lacksBlue_ = false;
 };
 
 }  // namespace veyla

@@ -85,8 +85,9 @@ HeartrateJudgement judgeHeartrate(double heartrate, std::span<const float> red,
     judgement.doubts.push_back(Doubt::noFinger);
   }
   if (pulse.own < leastClarity) {
-    judgement.doubts.push_back(pulse.halfRate > leastAtHalfRate ? Doubt::halfRate
-                                                                : Doubt::unclearPulse);
+    const double atHalfRate = std::max(inRed.halfRate, inGreen.halfRate);
+    judgement.doubts.push_back(atHalfRate > leastAtHalfRate ? Doubt::halfRate
+                                                            : Doubt::unclearPulse);
   } else if (pulse.doubleRate > mostAtDoubleRate * pulse.own) {
     judgement.doubts.push_back(Doubt::doubleRate);
   }

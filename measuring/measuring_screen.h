@@ -34,6 +34,12 @@ inline constexpr Element labelLastHeartrate{"labelLastHeartrate"};
 inline constexpr Element labelLastSpo2{"labelLastSpo2"};
 inline constexpr Element chartFourierView{"chartFourierView"};
 
+/// Beside the flow: what is wrong with the finger, and why a final value may not be relied on.
+/// Empty texts for nothing to say.
+inline constexpr Element labelFinger{"labelFinger"};
+inline constexpr Element labelDoubtHeartrate{"labelDoubtHeartrate"};
+inline constexpr Element labelDoubtSpo2{"labelDoubtSpo2"};
+
 inline constexpr Element navBar{"navBar"};
 /// Takes the SpO2 estimator's diagnostic line.
 inline constexpr Element testLabel{"testLabel"};

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "analysis/finger_coach.h"
+#include "measuring/doubts.h"
+#include "measuring/measurement_observer.h"
+
+namespace veyla {
+
+/// Stands beside a measurement and says what is wrong with the finger while it lasts, and whether a
+/// final value can be relied on. It changes nothing in the flow: no value, no order, no entry.
+///
+/// What it has to say goes to the display's lines for it: `labelFinger` while measuring, and
+/// `labelDoubtHeartrate` and `labelDoubtSpo2` from a final value on until the next measurement.
+class MeasurementJudge : public MeasurementObserver {
+ public:
+  /// The finger as it is seen now and was seen in the measurement.
+  const FingerCoach& coach() const { return coach_; }
+  /// Of the final values; nothing for one that is not final.
+  const std::optional<HeartrateJudgement>& heartrate() const { return heartrate_; }
+  const std::optional<std::vector<Doubt>>& spo2() const { return spo2_; }
+
+  void measurementBegan() override;
+  void frameSeen(const FrameColours& colours) override;
+  void frameDropped() override;
+  void spo2Estimated(std::int32_t counter, float spo2, const Spo2Figures& figures,
+                     EstimateVerdict verdict) override;
+  void heartrateFinal(float heartrate) override;
+  void spo2Final(float spo2) override;
+  void measurementEnded(std::int32_t counter, MeasurementEnd end) override;
+
+ private:
+  void showFinger(std::optional<FingerState> state);
+
+  FingerCoach coach_;
+  std::optional<FingerState> shown_;
+  Spo2Evidence evidence_;
+  std::optional<HeartrateJudgement> heartrate_;
+  std::optional<std::vector<Doubt>> spo2_;
+};
+
+/// What to do about the finger: "Move your finger over lens and light" and so on.
+std::string_view textOf(FingerState state);
+/// "noFinger" and so on, as reports name it; the name of its picture, too.
+std::string_view nameOf(FingerState state);
+
+}  // namespace veyla

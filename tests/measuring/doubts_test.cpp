@@ -1,0 +1,79 @@
+#include "measuring/doubts.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+namespace veyla {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr double framesPerSecond = 15;
+
+/// A pulse with its first harmonic, 14 seconds of it.
+std::vector<float> pulse(double bpm) {
+  std::vector<float> series;
+  for (int i = 0; i < 14 * framesPerSecond; ++i) {
+    const double beats = 2 * std::numbers::pi * bpm / 60 * i / framesPerSecond;
+    series.push_back(static_cast<float>(150 + std::sin(beats) + 0.5 * std::sin(2 * beats + 1)));
+  }
+  return series;
+}
+
+FingerCoach coachThatSaw(const std::vector<float>& red, std::size_t darkFrames) {
+  FingerCoach coach;
+  for (std::size_t i = 0; i < red.size(); ++i) {
+    coach.look(i < darkFrames ? FrameColours{} : FrameColours{red[i], 40, 30, std::nullopt});
+  }
+  return coach;
+}
+
+TEST(DoubtsTest, AHeartRateIsDoubtedWhereTheColoursDoNotRepeatAtItsPeriodOrAnotherOneServesAsWell) {
+  const std::vector<float> still(210, 0);
+  struct Case {
+    double truth;
+    double told;
+    std::vector<Doubt> doubts;
+  };
+  const Case cases[] = {{72, 72, {}},
+                        {45, 45, {}},
+                        {200, 200, {}},
+                        {38, 76, {Doubt::halfRate}},
+                        {101, 50.5, {Doubt::doubleRate}},
+                        {64, 49, {Doubt::unclearPulse}},
+                        {72, 100, {Doubt::unclearPulse}}};
+  for (const Case& each : cases) {
+    SCOPED_TRACE(testing::Message() << each.told << " for " << each.truth);
+    const auto series = pulse(each.truth);
+    // The clearer of the two channels speaks, whichever it is.
+    for (const auto& judgement :
+         {judgeHeartrate(each.told, series, still, coachThatSaw(series, 0)),
+          judgeHeartrate(each.told, still, series, coachThatSaw(series, 0))}) {
+      EXPECT_EQ(judgement.doubts, each.doubts);
+      EXPECT_EQ(judgement.clarity >= 0.58, each.doubts.empty() || each.truth > each.told + 40);
+    }
+  }
+}
+
+TEST(DoubtsTest, AFingerThatWasAwayForAFifthOfTheTimeIsADoubtBeforeAllOthers) {
+  const auto red = pulse(72);
+  EXPECT_THAT(judgeHeartrate(72, red, red, coachThatSaw(red, 40)).doubts, IsEmpty());
+  EXPECT_THAT(judgeHeartrate(72, red, red, coachThatSaw(red, 60)).doubts,
+              ElementsAre(Doubt::noFinger));
+  EXPECT_THAT(judgeHeartrate(100, red, red, coachThatSaw(red, 60)).doubts,
+              ElementsAre(Doubt::noFinger, Doubt::unclearPulse));
+}
+
+TEST(DoubtsTest, ASaturationIsDoubtedForWhatStandsBehindMoreThanAFifthOfItsEstimates) {
+  EXPECT_THAT(judgeSpo2({20, 4, 4, 4}), IsEmpty());
+  EXPECT_THAT(judgeSpo2({20, 5, 0, 0}), ElementsAre(Doubt::noBlue));
+  EXPECT_THAT(judgeSpo2({20, 12, 20, 5}),
+              ElementsAre(Doubt::noFinger, Doubt::noBlue, Doubt::noRedPulse));
+}
+
+}  // namespace
+}  // namespace veyla
