@@ -52,9 +52,11 @@ class Autocorrelation {
 
   /// The best one at about `period` frames; 0 where the series is too short for it.
   double around(double period) const {
-    const auto shortest =
-        static_cast<std::size_t>(std::max(1.0, std::floor(period * (1 - lagTolerance))));
-    const auto longest = static_cast<std::size_t>(std::ceil(period * (1 + lagTolerance)));
+    // Within the tolerance, and the two beside the period in any case.
+    const double least = std::min(std::ceil(period * (1 - lagTolerance)), std::floor(period));
+    const double most = std::max(std::floor(period * (1 + lagTolerance)), std::ceil(period));
+    const auto shortest = static_cast<std::size_t>(std::max(1.0, least));
+    const auto longest = static_cast<std::size_t>(most);
     if (longest + fewestProducts > series_.size()) return 0;
     double best = -1;
     for (std::size_t lag = shortest; lag <= longest; ++lag) best = std::max(best, at(lag));
