@@ -9,6 +9,7 @@
 #include "apps/cli/command_device.h"
 #include "apps/cli/measurement_tally.h"
 #include "measuring/main_view_controller.h"
+#include "measuring/measurement_judge.h"
 #include "platform/key_value_store.h"
 #include "platform/linux/recording_source.h"
 #include "platform/linux/timed_queue.h"
@@ -29,8 +30,18 @@ struct MeasurementReport {
   /// Final values; nothing for one that was not requested or did not become final.
   std::optional<float> heartrate;
   std::optional<float> spo2;
-  /// Whether the final saturation is one that means nothing; see `Spo2Processing::lacksBlue`.
-  bool spo2LacksBlue = false;
+  /// What the final values are worth; nothing for one that did not become final.
+  std::optional<HeartrateJudgement> heartrateJudgement;
+  std::optional<std::vector<Doubt>> spo2Doubts;
+  /// What was seen of the finger, in seconds of the recording.
+  struct FingerSpan {
+    FingerState state = FingerState::noFinger;
+    double from = 0;
+    double to = 0;
+  };
+  std::vector<FingerSpan> finger;
+  /// Whether nothing brighter than black was seen.
+  bool isBlack = false;
   /// From the first stored frame to the last, in the recording's time.
   double seconds = 0;
   /// The same up to the last accepted estimate of each value: when a final one became final.

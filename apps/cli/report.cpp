@@ -1,6 +1,9 @@
 #include "apps/cli/report.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
+#include <initializer_list>
 #include <nlohmann/json.hpp>
 
 #include "apps/cli/json_number.h"
@@ -24,32 +27,141 @@ Json countsOf(const EstimateCounts& counts) {
           {"none", counts.none}};
 }
 
+double secondsIn(const MeasurementReport& report, FingerState state) {
+  double seconds = 0;
+  for (const auto& span : report.finger) {
+    if (span.state == state) seconds += span.to - span.from;
+  }
+  return seconds;
+}
+
+/// Of both values, each reason once.
+Json doubtsOf(const MeasurementReport& report) {
+  Json names = Json::array();
+  const auto add = [&](const std::vector<Doubt>& doubts) {
+    for (const Doubt doubt : doubts) {
+      const std::string name(nameOf(doubt));
+      if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+    }
+  };
+  if (report.heartrateJudgement) add(report.heartrateJudgement->doubts);
+  if (report.spo2Doubts) add(*report.spo2Doubts);
+  return names;
+}
+
+/// Seconds in each state.
+Json fingerOf(const MeasurementReport& report) {
+  Json seconds = Json::object();
+  for (const FingerState state : {FingerState::noFinger, FingerState::tooBright,
+                                  FingerState::moving, FingerState::weak, FingerState::good}) {
+    seconds[std::string(nameOf(state))] = std::round(secondsIn(report, state) * 10) / 10;
+  }
+  return seconds;
+}
+
 std::string valueLine(const char* caption, std::optional<float> value, const char* unit) {
   if (!value) return formatText("%-12s --\n", caption);
   return formatText("%-12s %.0f %s\n", caption, static_cast<double>(*value), unit);
 }
 
+/// The stretches in which the finger was in one of these states, in words: "from 4 to 22 s".
+std::string whenSeen(const MeasurementReport& report, std::initializer_list<FingerState> states) {
+  // Shorter ones explain nothing, and between two of them one does not look away.
+  constexpr double shortest = 1;
+  struct Stretch {
+    double from;
+    double to;
+  };
+  std::vector<Stretch> stretches;
+  for (const auto& span : report.finger) {
+    if (std::find(states.begin(), states.end(), span.state) == states.end()) continue;
+    if (!stretches.empty() && span.from - stretches.back().to < shortest) {
+      stretches.back().to = span.to;
+    } else {
+      stretches.push_back({span.from, span.to});
+    }
+  }
+  std::string text;
+  for (const Stretch& stretch : stretches) {
+    if (stretch.to - stretch.from < shortest) continue;
+    text += formatText("%s from %.0f to %.0f s", text.empty() ? "" : ",", stretch.from, stretch.to);
+  }
+  return text;
+}
+
+/// Where the finger was not as it should be; empty where nothing can be said.
+std::string fingerFault(const MeasurementReport& report) {
+  const std::string absent = whenSeen(report, {FingerState::noFinger});
+  if (!absent.empty()) {
+    return "no finger" + absent + (report.isBlack ? ": the picture is black" : "");
+  }
+  const std::string bright = whenSeen(report, {FingerState::tooBright});
+  if (!bright.empty()) return "too bright" + bright + ": expose less or press more lightly";
+  const std::string unclear = whenSeen(report, {FingerState::moving, FingerState::weak});
+  return unclear.empty() ? "" : "the pulse was unclear" + unclear + ": hold still";
+}
+
+/// Whether most of the time there was nothing to measure.
+bool lackedFinger(const MeasurementReport& report) {
+  return secondsIn(report, FingerState::noFinger) > 0.5 * report.seconds;
+}
+
 /// Why a value that was requested has not become final, and what to do about it; empty for one that
 /// has, or for lack of time alone.
 std::string shortfall(const MeasurementReport& report, const MeasurementRequest& request) {
+  const bool lacksHeartrate = request.heartrate && !report.heartrate;
+  const bool lacksSpo2 = request.spo2 && !report.spo2;
+  if (!lacksHeartrate && !lacksSpo2) return {};
+  const auto sentence = [](std::string text) {
+    if (text.empty()) return text;
+    text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
+    return text + ".\n";
+  };
+  const std::string fault = fingerFault(report);
+  if (lackedFinger(report)) return sentence(fault);
+
   std::string text;
   const EstimateCounts& heartrate = report.heartrateEstimates;
-  if (request.heartrate && !report.heartrate && heartrate.rejected > heartrate.accepted) {
-    text += formatText(
-        "The pulse was unclear in %i of %i heart-rate estimates: hold the finger "
-        "stiller, press less, warm it.\n",
-        heartrate.rejected + heartrate.none,
-        heartrate.accepted + heartrate.rejected + heartrate.none);
+  if (lacksHeartrate && heartrate.rejected + heartrate.none > heartrate.accepted) {
+    const int estimates = heartrate.accepted + heartrate.rejected + heartrate.none;
+    text += !fault.empty() ? sentence(fault)
+                           : formatText(
+                                 "The pulse was unclear in %i of %i heart-rate estimates: "
+                                 "hold still, press lightly, warm the finger.\n",
+                                 heartrate.rejected + heartrate.none, estimates);
   }
   const EstimateCounts& spo2 = report.spo2Estimates;
-  const int withoutValue = spo2.none + spo2.low;
-  if (request.spo2 && !report.spo2 && withoutValue > spo2.accepted) {
-    text += formatText(
-        "This camera's colours gave no oxygen saturation of 93 %% or more in %i of %i estimates; "
-        "--only heartrate measures without it.\n",
-        withoutValue, spo2.accepted + withoutValue);
+  if (lacksSpo2 && spo2.none + spo2.low > spo2.accepted) {
+    text +=
+        "No oxygen value: this camera's colours give none of 93 % or more. --only heartrate "
+        "measures without it.\n";
   }
   return text;
+}
+
+/// What speaks against a final value; empty for one to be relied on.
+std::string doubtLine(const char* caption, const std::vector<Doubt>& doubts,
+                      const MeasurementReport& report) {
+  if (doubts.empty()) return {};
+  const auto reason = [&]() -> std::string {
+    switch (doubts.front()) {
+      case Doubt::noFinger:
+        return "no finger" + whenSeen(report, {FingerState::noFinger});
+      case Doubt::halfRate:
+        return "the pulse may be half as fast";
+      case Doubt::doubleRate:
+        return "the pulse may be twice as fast";
+      case Doubt::noBlue:
+        return "the camera saw next to no blue light, without which the value says nothing about "
+               "the blood";
+      case Doubt::noRedPulse:
+        return "the red light shows no pulse";
+      case Doubt::unclearPulse:
+        break;
+    }
+    return "the pulse was unclear" + whenSeen(report, {FingerState::moving, FingerState::weak});
+  };
+  return formatText("%-12s unsure: %s.\n", caption, reason().c_str());
 }
 
 /// The option that ended the measurement or kept the recording's first part from it, and what to
@@ -71,7 +183,9 @@ std::string explanation(const MeasurementReport& report, const MeasurementReques
     case Outcome::finished:
       return formatText("Finished after %.1f s of the recording.\n", report.seconds);
     case Outcome::lowSignal:
-      return report.alertTitle + " " + report.alertSubtitle + "\n" + shortfall(report, request);
+      return formatText("Ended after %.1f s by too many oxygen values below 93 %%.\n",
+                        report.seconds) +
+             shortfall(report, request);
     case Outcome::alert:
       return report.alertTitle + " " + report.alertSubtitle + "\n";
     case Outcome::endOfInput:
@@ -93,17 +207,22 @@ std::string explanation(const MeasurementReport& report, const MeasurementReques
 }  // namespace
 
 std::string reportAsJson(const MeasurementReport& report) {
-  const Json object{{"outcome", nameOf(report.outcome)},
-                    {"heartrate", numberOf(report.heartrate)},
-                    {"spo2", numberOf(report.spo2)},
-                    {"spo2LacksBlue", report.spo2LacksBlue},
-                    {"seconds", std::round(report.seconds * 1000) / 1000},
-                    {"frames", report.frames},
-                    {"framedrops", report.framedrops},
-                    {"estimates",
-                     {{"heartrate", countsOf(report.heartrateEstimates)},
-                      {"spo2", countsOf(report.spo2Estimates)}}},
-                    {"device", report.device}};
+  const Json object{
+      {"outcome", nameOf(report.outcome)},
+      {"heartrate", numberOf(report.heartrate)},
+      {"spo2", numberOf(report.spo2)},
+      {"clarity", report.heartrateJudgement
+                      ? jsonNumber(std::round(report.heartrateJudgement->clarity * 1000) / 1000)
+                      : Json()},
+      {"doubts", doubtsOf(report)},
+      {"finger", fingerOf(report)},
+      {"seconds", std::round(report.seconds * 1000) / 1000},
+      {"frames", report.frames},
+      {"framedrops", report.framedrops},
+      {"estimates",
+       {{"heartrate", countsOf(report.heartrateEstimates)},
+        {"spo2", countsOf(report.spo2Estimates)}}},
+      {"device", report.device}};
   return object.dump() + "\n";
 }
 
@@ -111,11 +230,10 @@ std::string reportAsText(const MeasurementReport& report, const MeasurementReque
   std::string text;
   if (request.heartrate) text += valueLine("Heart rate", report.heartrate, "beats per minute");
   if (request.spo2) text += valueLine("SpO2", report.spo2, "%");
-  if (report.spo2LacksBlue) {
-    text +=
-        "The camera saw next to no blue light, without which the saturation says nothing about the "
-        "blood. Do not rely on it.\n";
+  if (report.heartrateJudgement) {
+    text += doubtLine("Heart rate", report.heartrateJudgement->doubts, report);
   }
+  if (report.spo2Doubts) text += doubtLine("SpO2", *report.spo2Doubts, report);
   return text + explanation(report, request);
 }
 
