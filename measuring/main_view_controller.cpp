@@ -190,6 +190,7 @@ void MainViewController::beginMeasurement() {
   spo2Processing_->reset();
   data_->reset();
   chartFourierView_.reset();
+  for (MeasurementObserver* observer : observers_) observer->measurementBegan();
   showStateTappedStart();
   if (videoProcessing_->startRecording()) {
     countDownToMeasuring();
@@ -259,7 +260,7 @@ void MainViewController::updateMeasurementsWithRed(float red, float green, float
   data_->addHRValue(hr);
   chartFourierView_.addDataPoint(hr);
   chartFourierView_.updateChart();
-  if (observer_) observer_->frameStored(counter);
+  for (MeasurementObserver* observer : observers_) observer->frameStored(counter);
 
   estimateHeartrateIfDue(counter);
   estimateSpo2IfDue(counter);
@@ -301,11 +302,23 @@ void MainViewController::estimateSpo2IfDue(std::int32_t counter) {
   if (runSpo2_ && count >= framesBefore + rawDataSize && !measurement_->isSpo2Done) manageSpo2();
 }
 
+void MainViewController::frameColours(const FrameColours& colours) {
+  if (measurement_->isDone || !measurement_->canBegin) return;
+  for (MeasurementObserver* observer : observers_) observer->frameSeen(colours);
+}
+
+void MainViewController::frameDropped() {
+  if (measurement_->isDone || !measurement_->canBegin) return;
+  for (MeasurementObserver* observer : observers_) observer->frameDropped();
+}
+
 void MainViewController::manageHeartrate() {
   HeartrateResult result = heartrateProcessing_->calculateHeartrate();
   const int validPercent = Utils::getHeartrateSettings("TTValidPercent").intValue();
   const EstimateVerdict verdict = measurement_->judgeHeartrate(result, validPercent);
-  if (observer_) observer_->heartrateEstimated(videoProcessing_->counter(), result, verdict);
+  for (MeasurementObserver* observer : observers_) {
+    observer->heartrateEstimated(videoProcessing_->counter(), result, verdict);
+  }
 
   if (measurement_->isHeartrateDone) return;
   if (verdict != EstimateVerdict::accepted) {
@@ -331,9 +344,8 @@ void MainViewController::manageSpo2() {
       [](const std::string& text) { display().setText(testLabel, text); });
   logLine("spo2 %.2f, counter: %i", static_cast<double>(spo2), videoProcessing_->counter());
   const EstimateVerdict verdict = measurement_->judgeSpo2(spo2);
-  if (observer_) {
-    observer_->spo2Estimated(videoProcessing_->counter(), spo2, spo2Processing_->figures(),
-                             verdict);
+  for (MeasurementObserver* observer : observers_) {
+    observer->spo2Estimated(videoProcessing_->counter(), spo2, spo2Processing_->figures(), verdict);
   }
 
   if (verdict == EstimateVerdict::none) {
@@ -373,6 +385,7 @@ void MainViewController::doneHeartrate() {
   enter(labelHeartrate, "zoomIn");
   display().setShimmering(labelMeasuringHeartrate, false);
   HKUtils().writeHeartrateWithValue(static_cast<double>(heartrate));
+  for (MeasurementObserver* observer : observers_) observer->heartrateFinal(heartrate);
   if (measurement_->isSpo2Done || !runSpo2_) done();
 }
 
@@ -394,6 +407,7 @@ void MainViewController::doneSpo2() {
   enter(labelLastSpo2, "zoomIn");
   display().setShimmering(labelMeasuringSpo2, false);
   HKUtils().writeSpo2WithValue(static_cast<double>(spo2));
+  for (MeasurementObserver* observer : observers_) observer->spo2Final(spo2);
   if (measurement_->isHeartrateDone || !runHeartrate_) done();
 }
 
@@ -422,8 +436,9 @@ void MainViewController::endMeasurement(MeasurementEnd how, const std::function<
 }
 
 void MainViewController::reportEnd() {
-  if (!observer_) return;
-  observer_->measurementEnded(videoProcessing_->counter(), *measurement_->howEnded());
+  for (MeasurementObserver* observer : observers_) {
+    observer->measurementEnded(videoProcessing_->counter(), *measurement_->howEnded());
+  }
 }
 
 void MainViewController::showLogSigAlert() {

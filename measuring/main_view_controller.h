@@ -59,6 +59,8 @@ class MainViewController : public VideoDelegate {
   // The measuring flow.
 
   void updateMeasurementsWithRed(float red, float green, float blue, float hr) override;
+  void frameColours(const FrameColours& colours) override;
+  void frameDropped() override;
   void manageHeartrate();
   void manageSpo2();
   void doneHeartrate();
@@ -158,7 +160,7 @@ class MainViewController : public VideoDelegate {
   const ChartFourierView& chartFourierView() const { return chartFourierView_; }
 
   /// Not owned; null for none.
-  void setObserver(MeasurementObserver* observer) { observer_ = observer; }
+  void addObserver(MeasurementObserver& observer) { observers_.push_back(&observer); }
 
  private:
   void beginMeasurement();
@@ -193,7 +195,7 @@ class MainViewController : public VideoDelegate {
   CircleProgressBar circleprogressSpo2_;
   ChartFourierView chartFourierView_;
   AnimationChains animations_;
-  MeasurementObserver* observer_ = nullptr;
+  std::vector<MeasurementObserver*> observers_;
 };
 
 }  // namespace veyla

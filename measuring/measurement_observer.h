@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "acquisition/frame_colours.h"
 #include "acquisition/heartrate_result.h"
 #include "analysis/spo2_processing.h"
 
@@ -38,12 +39,21 @@ class MeasurementObserver {
  public:
   virtual ~MeasurementObserver() = default;
 
+  /// START was accepted, and everything of the measurement before is gone.
+  virtual void measurementBegan() {}
+  /// The colours of a frame that is about to be stored, and a frame that did not come; from the
+  /// light's coming on.
+  virtual void frameSeen(const FrameColours& /*colours*/) {}
+  virtual void frameDropped() {}
   /// A frame was stored in the record.
   virtual void frameStored(std::int32_t /*counter*/) {}
   virtual void heartrateEstimated(std::int32_t /*counter*/, const HeartrateResult& /*result*/,
                                   EstimateVerdict /*verdict*/) {}
   virtual void spo2Estimated(std::int32_t /*counter*/, float /*spo2*/,
                              const Spo2Figures& /*figures*/, EstimateVerdict /*verdict*/) {}
+  /// A value is final, stored as the last one and shown.
+  virtual void heartrateFinal(float /*heartrate*/) {}
+  virtual void spo2Final(float /*spo2*/) {}
   /// After everything that the end shows and keeps.
   virtual void measurementEnded(std::int32_t /*counter*/, MeasurementEnd /*end*/) {}
 };
