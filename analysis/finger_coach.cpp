@@ -67,6 +67,7 @@ std::optional<FingerState> FingerCoach::verdictOn(const FrameColours& frame) {
     return state;
   };
   const bool unlit = brightest(frame) < darkest;
+  sawLight_ = sawLight_ || !unlit;
   const bool pale = std::min({frame.red, frame.green, frame.blue}) > palest;
   const bool manyColours = frame.cells && frame.cells->colourSpread > mostColours;
   if (unlit || pale || manyColours) {

@@ -47,6 +47,8 @@ class FingerCoach {
 
   /// What is told now; nothing as long as nothing can be said.
   std::optional<FingerState> state() const { return told_; }
+  /// Whether no frame was brighter than a dark one.
+  bool isBlack() const { return frames_ > 0 && !sawLight_; }
   /// Frames seen and missed.
   std::size_t frames() const { return frames_; }
   /// Everything told so far; what nothing could be told of lies between. The last one ends now,
@@ -81,6 +83,7 @@ class FingerCoach {
     std::size_t end_ = 0;
   };
 
+  bool sawLight_ = false;
   std::size_t frames_ = 0;
   /// Frames looked at.
   std::size_t seen_ = 0;

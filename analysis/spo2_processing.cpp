@@ -122,8 +122,9 @@ float Spo2Processing::calculateNew(const Label& label) {
 
   if (label) label(labelText(figures_, spo2));
   logLine("newspo2: %.1f, spo2: %.1f, ACred: %.1f, DCred: %.1f, ACblue: %.1f, DCblue: %.1f",
-          static_cast<double>(spo2), static_cast<double>(figures_.oldSpo2), static_cast<double>(red.ac),
-          static_cast<double>(red.dc), static_cast<double>(blue.ac), static_cast<double>(blue.dc));
+          static_cast<double>(spo2), static_cast<double>(figures_.oldSpo2),
+          static_cast<double>(red.ac), static_cast<double>(red.dc), static_cast<double>(blue.ac),
+          static_cast<double>(blue.dc));
   return spo2 > largestSpo2 ? 0 : spo2;
 }
 

@@ -159,7 +159,7 @@ class MainViewController : public VideoDelegate {
   const CircleProgressBar& circleprogressSpo2() const { return circleprogressSpo2_; }
   const ChartFourierView& chartFourierView() const { return chartFourierView_; }
 
-  /// Not owned; null for none.
+  /// Not owned; it stays as long as the screen is used.
   void addObserver(MeasurementObserver& observer) { observers_.push_back(&observer); }
 
  private:

@@ -12,9 +12,9 @@ using namespace MeasuringScreen;
 
 Display& display() { return services().measuringDisplay; }
 
-void showDoubt(Element label, const std::vector<Doubt>& doubts) {
-  // The weightiest is enough to know what to do; reports name them all.
-  display().setText(label, doubts.empty() ? "" : std::string(textOf(doubts.front())));
+/// The weightiest is enough to know what to do; reports name them all.
+std::string lineOf(const std::vector<Doubt>& doubts) {
+  return doubts.empty() ? "" : std::string(textOf(doubts.front()));
 }
 
 }  // namespace
@@ -25,8 +25,7 @@ void MeasurementJudge::measurementBegan() {
   heartrate_.reset();
   spo2_.reset();
   showFinger(std::nullopt);
-  showDoubt(labelDoubtHeartrate, {});
-  showDoubt(labelDoubtSpo2, {});
+  showDoubts();
 }
 
 void MeasurementJudge::frameSeen(const FrameColours& colours) {
@@ -49,16 +48,24 @@ void MeasurementJudge::heartrateFinal(float heartrate) {
   const Data& data = Data::instance();
   heartrate_ = judgeHeartrate(static_cast<double>(heartrate), *data.rawRedValues(),
                               *data.rawGreenValues(), coach_);
-  showDoubt(labelDoubtHeartrate, heartrate_->doubts);
+  showDoubts();
 }
 
 void MeasurementJudge::spo2Final(float /*spo2*/) {
   spo2_ = judgeSpo2(evidence_);
-  showDoubt(labelDoubtSpo2, *spo2_);
+  showDoubts();
 }
 
 void MeasurementJudge::measurementEnded(std::int32_t /*counter*/, MeasurementEnd /*end*/) {
   showFinger(std::nullopt);
+}
+
+void MeasurementJudge::showDoubts() {
+  const std::string heartrate = heartrate_ ? lineOf(heartrate_->doubts) : "";
+  const std::string spo2 = spo2_ ? lineOf(*spo2_) : "";
+  display().setText(labelDoubtHeartrate, heartrate);
+  // What is wrong with both values is said once.
+  display().setText(labelDoubtSpo2, spo2 == heartrate ? "" : spo2);
 }
 
 void MeasurementJudge::showFinger(std::optional<FingerState> state) {

@@ -33,6 +33,7 @@ class MeasurementJudge : public MeasurementObserver {
 
  private:
   void showFinger(std::optional<FingerState> state);
+  void showDoubts();
 
   FingerCoach coach_;
   std::optional<FingerState> shown_;

@@ -123,7 +123,8 @@ std::vector<std::string> LiveView::lines(const MainViewController& screen) const
   }
 
   lines.push_back(textLine(accent, state_.visibleText(labelRed)));
-  lines.push_back(textLine(faint, state_.visibleText(labelGrey)));
+  // The phone's instructions are for a finger that can still be moved.
+  lines.push_back(textLine(faint, state_.visibleText(labelFinger)));
   return lines;
 }
 

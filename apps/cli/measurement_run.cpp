@@ -73,10 +73,13 @@ MeasurementReport MeasurementRun::run() {
   MainViewController& screen = AppDelegate::instance().launch();
   screen.viewWillAppear();
   screen.viewDidAppear();
-  screen.setObserver(&tally);
+  screen.addObserver(tally);
+  MeasurementJudge judge;
+  if (isJudged) screen.addObserver(judge);
   measure(screen);
 
-  const MeasurementReport report = reportOf(screen, tally, camera.source());
+  MeasurementReport report = reportOf(screen, tally, camera.source());
+  addJudgement(report, judge);
   if (report.outcome != Outcome::finished) screen.viewWillDisappear();
   return report;
 }
@@ -111,7 +114,6 @@ MeasurementReport MeasurementRun::reportOf(const MainViewController& screen,
   report.outcome = outcomeOf(tally, alerts_);
   if (screen.isHeartrateDone()) report.heartrate = screen.finalHeartrate();
   if (screen.isSpo2Done()) report.spo2 = screen.finalSpo2();
-  report.spo2LacksBlue = report.spo2 && screen.spo2Processing()->lacksBlue();
   report.seconds = tally.seconds();
   report.heartrateSeconds = tally.heartrateSeconds();
   report.spo2Seconds = tally.spo2Seconds();
@@ -124,6 +126,19 @@ MeasurementReport MeasurementRun::reportOf(const MainViewController& screen,
   report.alertSubtitle = alerts_.subtitle();
   report.remark = source.remark();
   return report;
+}
+
+void MeasurementRun::addJudgement(MeasurementReport& report, const MeasurementJudge& judge) const {
+  report.heartrateJudgement = judge.heartrate();
+  report.spo2Doubts = judge.spo2();
+  const auto secondOf = [&](std::size_t frame) {
+    return request_.start + Measurement::countdownSeconds +
+           static_cast<double>(frame) / VideoDataOutput::framesPerSecond;
+  };
+  for (const FingerCoach::Span& span : judge.coach().spans()) {
+    report.finger.push_back({span.state, secondOf(span.from), secondOf(span.to)});
+  }
+  report.isBlack = judge.coach().isBlack();
 }
 
 }  // namespace veyla

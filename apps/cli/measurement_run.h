@@ -99,6 +99,8 @@ class MeasurementRun {
   /// Whether somebody is there to be shown the intended use and asked about health records, which
   /// happens once.
   bool showsIntro = false;
+  /// Whether finger and values are judged; what is measured does not depend on it.
+  bool isJudged = true;
 
   const ScreenState& screenState() const { return screenState_; }
   /// Of the screen that is shown.
@@ -112,6 +114,7 @@ class MeasurementRun {
   void measure(MainViewController& screen);
   MeasurementReport reportOf(const MainViewController& screen, const MeasurementTally& tally,
                              const RecordingSource& source) const;
+  void addJudgement(MeasurementReport& report, const MeasurementJudge& judge) const;
 
   MeasurementRequest request_;
   std::unique_ptr<RecordingSource> source_;

@@ -62,7 +62,7 @@ WebApp::WebApp(val page)
 
 WebApp::~WebApp() = default;
 
-void WebApp::launch() { AppDelegate::instance().launch().setObserver(&saturationDoubt_); }
+void WebApp::launch() { AppDelegate::instance().launch().addObserver(judge_); }
 
 void WebApp::enterBackground() {
   camera_.abandonPreparing();

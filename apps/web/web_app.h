@@ -11,7 +11,7 @@
 #include "apps/web/page_display.h"
 #include "apps/web/page_lists.h"
 #include "apps/web/page_shell.h"
-#include "apps/web/saturation_doubt.h"
+#include "measuring/measurement_judge.h"
 #include "platform/platform.h"
 #include "platform/portable/json.h"
 #include "platform/portable/kiss_real_fft.h"
@@ -111,7 +111,7 @@ class WebApp {
   PageSharing sharing_;
   CommandCanvas canvas_;
   std::unique_ptr<Platform> platform_;
-  SaturationDoubt saturationDoubt_;
+  MeasurementJudge judge_;
   std::unique_ptr<IntroViewController> intro_;
 };
 
