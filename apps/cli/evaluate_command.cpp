@@ -66,8 +66,10 @@ std::string cell(int width, int decimals, double value, const char* unit = "") {
 std::string heartrateRow(const EvaluationSummary& of) {
   return cell(7, 2, of.meanError) + cell(7, 2, of.medianError) +
          cell(7, 1, of.meanPercentageError, "%") + cell(7, 1, of.shareOver5, "%") +
-         cell(7, 1, of.shareOver10, "%") + cell(7, 2, of.bias) + cell(9, 2, of.meanErrorPerTime) +
-         cell(6, 0, of.lag, " s") + cell(7, 2, of.meanErrorAtLag);
+         cell(7, 1, of.shareOver10, "%") + cell(8, 1, of.shareMarked, "%") +
+         cell(7, 2, of.meanErrorUnmarked) + cell(7, 1, of.shareOver5Unmarked, "%") +
+         cell(7, 1, of.shareOver10Unmarked, "%") + cell(7, 2, of.bias) +
+         cell(9, 2, of.meanErrorPerTime) + cell(6, 0, of.lag, " s") + cell(7, 2, of.meanErrorAtLag);
 }
 
 std::string asTable(const std::vector<EvaluationSummary>& summaries,
@@ -75,8 +77,8 @@ std::string asTable(const std::vector<EvaluationSummary>& summaries,
   std::string table =
       formatText("%-18s%8s%9s%8s%8s", "recording", "windows", "finished", "time", "90th");
   if (request.heartrate) {
-    table += formatText("%7s%7s%7s%7s%7s%7s%9s%6s%7s", "MAE", "median", "MAPE", ">5", ">10", "bias",
-                        "per time", "lag", "MAE");
+    table += formatText("%7s%7s%7s%7s%7s%8s%7s%7s%7s%7s%9s%6s%7s", "MAE", "median", "MAPE", ">5",
+                        ">10", "unsure", "MAE*", ">5*", ">10*", "bias", "per time", "lag", "MAE");
   }
   table += request.spo2 ? formatText("%11s\n", "SpO2 RMSE") : "\n";
   for (const EvaluationSummary& of : summaries) {
@@ -115,6 +117,10 @@ std::string asJson(const std::vector<EvaluationSummary>& summaries) {
                     {"meanAbsolutePercentageError", jsonNumber(of.meanPercentageError)},
                     {"percentOver5", jsonNumber(of.shareOver5)},
                     {"percentOver10", jsonNumber(of.shareOver10)},
+                    {"percentUnsure", jsonNumber(of.shareMarked)},
+                    {"meanAbsoluteErrorOfSure", jsonNumber(of.meanErrorUnmarked)},
+                    {"percentOver5OfSure", jsonNumber(of.shareOver5Unmarked)},
+                    {"percentOver10OfSure", jsonNumber(of.shareOver10Unmarked)},
                     {"bias", jsonNumber(of.bias)},
                     {"meanAbsoluteErrorPerTime", jsonNumber(of.meanErrorPerTime)},
                     {"lagSeconds", jsonNumber(of.lag)},
@@ -142,14 +148,18 @@ void writeWindows(OutputFile& output, const Evaluation& evaluation) {
   };
   output.write(
       "recording,start,outcome,seconds,heartrate,referenceHeartrate,referencePerTime,spo2,"
-      "referenceSpo2\n");
+      "referenceSpo2,clarity,unsure\n");
   for (const EvaluatedWindow& window : evaluation.windows) {
     const MeasurementReport& report = window.report;
     output.write(csvField(evaluation.recordings[window.recording]) +
                  formatText(",%g,%s,%.3f", window.start, nameOf(report.outcome), report.seconds) +
                  field(report.heartrate) + reference(window.heartrate) +
                  reference(window.heartratePerTime) + field(report.spo2) + reference(window.spo2) +
-                 '\n');
+                 field(report.heartrateJudgement ? std::optional(report.heartrateJudgement->clarity)
+                                                 : std::nullopt) +
+                 (window.isMarked()  ? ",1\n"
+                  : report.heartrate ? ",0\n"
+                                     : ",\n"));
   }
 }
 

@@ -142,6 +142,17 @@ EvaluationSummary summaryOf(SummaryKind kind, const std::string& name, const Sel
   summary.medianError = quantileOf(errors, 0.5);
   summary.shareOver5 = shareOver(errors, 5);
   summary.shareOver10 = shareOver(errors, 10);
+  Selection unmarked;
+  std::copy_if(windows.begin(), windows.end(), std::back_inserter(unmarked),
+               [](const Window* window) { return !window->isMarked(); });
+  const std::vector<double> trusted = valuesOf(unmarked, heartrate, absoluteError);
+  summary.shareMarked =
+      errors.empty()
+          ? unknown
+          : 100 * (1 - static_cast<double>(trusted.size()) / static_cast<double>(errors.size()));
+  summary.meanErrorUnmarked = meanOf(trusted);
+  summary.shareOver5Unmarked = shareOver(trusted, 5);
+  summary.shareOver10Unmarked = shareOver(trusted, 10);
   summary.meanErrorPerTime = meanOf(valuesOf(windows, perTime, absoluteError));
   summary.bias = meanOf(valuesOf(windows, heartrate, [](auto& of) { return of.error(); }));
   summary.meanPercentageError = meanOf(valuesOf(

@@ -46,6 +46,10 @@ struct EvaluatedWindow {
   std::optional<Comparison> spo2;
   /// Against that mean weighted by time (`Reference::heartratePerTime`).
   std::optional<Comparison> heartratePerTime;
+  /// Whether the final heart rate is doubted.
+  bool isMarked() const {
+    return report.heartrateJudgement && !report.heartrateJudgement->doubts.empty();
+  }
   /// Against the reference's rows `n` seconds later, for each `n` of `latestLag` and below.
   std::vector<std::optional<Comparison>> heartrateAtLag;
 };
@@ -106,6 +110,11 @@ struct EvaluationSummary {
   double meanPercentageError = 0;
   double shareOver5 = 0;
   double shareOver10 = 0;
+  /// Of the final heart rates, in per cent, those that are doubted; and the errors of the others.
+  double shareMarked = 0;
+  double meanErrorUnmarked = 0;
+  double shareOver5Unmarked = 0;
+  double shareOver10Unmarked = 0;
   /// Mean of measured minus reference.
   double bias = 0;
   /// By how many seconds the reference comes late: the lag with the least mean error, and that.

@@ -66,8 +66,9 @@ std::string valueLine(const char* caption, std::optional<float> value, const cha
 
 /// The stretches in which the finger was in one of these states, in words: "from 4 to 22 s".
 std::string whenSeen(const MeasurementReport& report, std::initializer_list<FingerState> states) {
-  // Shorter ones explain nothing, and between two of them one does not look away.
+  // Shorter ones explain nothing; what is nearer to each other than this is one.
   constexpr double shortest = 1;
+  constexpr double nearest = 4;
   struct Stretch {
     double from;
     double to;
@@ -75,7 +76,7 @@ std::string whenSeen(const MeasurementReport& report, std::initializer_list<Fing
   std::vector<Stretch> stretches;
   for (const auto& span : report.finger) {
     if (std::find(states.begin(), states.end(), span.state) == states.end()) continue;
-    if (!stretches.empty() && span.from - stretches.back().to < shortest) {
+    if (!stretches.empty() && span.from - stretches.back().to < nearest) {
       stretches.back().to = span.to;
     } else {
       stretches.push_back({span.from, span.to});
