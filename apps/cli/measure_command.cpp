@@ -4,7 +4,6 @@
 
 #include <iostream>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 #include "apps/cli/complain.h"
@@ -12,6 +11,7 @@
 #include "apps/cli/report.h"
 #include "apps/cli/settings_source.h"
 #include "apps/cli/trace_file.h"
+#include "platform/format.h"
 #include "platform/linux/data_folder.h"
 #include "platform/linux/fhir_health_store.h"
 #include "platform/linux/log_file.h"
@@ -129,13 +129,23 @@ bool writes(const std::function<void()>& work) {
   }
 }
 
-/// For terminals and readers whose locale knows no other letters.
-std::string asAscii(std::string text) {
-  constexpr std::string_view half = "½";
-  for (std::size_t at = 0; (at = text.find(half, at)) != std::string::npos;) {
-    text.replace(at, half.size(), "1/2");
+/// Why a measurement that did not finish is not in the history, and what would be.
+std::string nothingSaved(const MeasurementReport& report) {
+  if (report.heartrate) {
+    return formatText(
+        "Nothing saved, since not every value became final: --only heartrate saves "
+        "the %.0f beats per minute.\n",
+        static_cast<double>(*report.heartrate));
   }
-  return text;
+  if (report.spo2) {
+    return formatText(
+        "Nothing saved, since not every value became final: --only spo2 saves the "
+        "%.0f %%.\n",
+        static_cast<double>(*report.spo2));
+  }
+  if (report.outcome == Outcome::lowSignal) return "Nothing saved.\n";
+  return "Nothing saved: a result takes a steady finger for some 10 to 25 seconds after the 2 of "
+         "the countdown.\n";
 }
 
 /// Runs the measurement and, on a terminal, shows it.
@@ -221,8 +231,10 @@ ExitStatus measure(const MeasureOptions& options) {
   std::string text = options.json ? reportAsJson(report) : reportAsText(report, options.request);
   if (!options.json) {
     const Terminal terminal = terminalBehind(STDOUT_FILENO);
-    text = wrapped(terminal.unicode ? text : asAscii(text), terminal);
-    if (report.outcome == Outcome::finished && options.save && kept) {
+    const bool finished = report.outcome == Outcome::finished;
+    if (!finished && options.save) text += nothingSaved(report);
+    text = wrapped(text, terminal);
+    if (finished && options.save && kept) {
       text += "Saved in " + keeping.folder().string() + ".\n";
     }
   }

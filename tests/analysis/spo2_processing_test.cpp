@@ -112,7 +112,7 @@ TEST(Spo2ProcessingTest, TellsWhenAValueStandsOnHardlyAnyBlue) {
     addSwing({240, 242}, {20, 26}, blue);
     Spo2Processing& processing = Spo2Processing::instance();
     EXPECT_GT(processing.calculateSpo2({}), 93);
-    return processing.lacksBlue();
+    return processing.figures().lacksBlue;
   };
   EXPECT_TRUE(lacksBlue(otherPhone, true, {0, 1}));
   EXPECT_TRUE(lacksBlue(otherPhone, true, {3.9F, 9}));

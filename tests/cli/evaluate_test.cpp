@@ -63,7 +63,7 @@ TEST_F(EvaluateTest, BothMeansTheLagAndEveryWindowAreTold) {
   const std::string windows = contentsOf(file("w.csv"));
   EXPECT_EQ(windows.substr(0, windows.find('\n')),
             "recording,start,outcome,seconds,heartrate,referenceHeartrate,referencePerTime,spo2,"
-            "referenceSpo2");
+            "referenceSpo2,clarity,unsure");
   double seconds = 0;
   double heartrate = 0;
   double reference = 0;

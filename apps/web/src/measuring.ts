@@ -1,5 +1,13 @@
 // The measuring screen.
-import { list, optionsOutline } from "ionicons/icons";
+import {
+  checkmarkCircle,
+  fingerPrint,
+  handLeft,
+  list,
+  optionsOutline,
+  pulse,
+  sunny,
+} from "ionicons/icons";
 
 import type { WebApp } from "./core";
 import { iconButton, make, makeCustom } from "./dom";
@@ -7,6 +15,15 @@ import { ElementViews } from "./element_views";
 import type { DisplayViews } from "./page";
 import { followSwipes } from "./swipes";
 import { Widget } from "./widget";
+
+/** By the core's names of what is seen of the finger. */
+const fingerIcons: Readonly<Record<string, string>> = {
+  noFinger: fingerPrint,
+  tooBright: sunny,
+  moving: handLeft,
+  weak: pulse,
+  good: checkmarkCircle,
+};
 
 const markedCheckbox = "checkbox_marked.png";
 
@@ -59,6 +76,13 @@ export class MeasuringScreen {
   private readonly elements = new Map<string, HTMLElement>();
   private readonly widgets = new Map<string, Widget>();
   private readonly title = makeCustom("ion-title");
+  private readonly fingerIcon = makeCustom("ion-icon", { "aria-hidden": "true" });
+  private readonly fingerChip = make(
+    "p.finger",
+    { "data-state": "" },
+    this.fingerIcon,
+    this.named("labelFinger", make("span", { "aria-live": "polite" })),
+  );
 
   /** `core` is asked for when something is tapped or drawn. */
   constructor(private readonly core: () => WebApp) {
@@ -68,8 +92,9 @@ export class MeasuringScreen {
         this.core().settle(pending, answer);
       },
       (element) => this.widgets.get(element)?.setNeedsDisplay(),
-      (checkbox, image) => {
-        checkbox.setAttribute("aria-checked", String(image === markedCheckbox));
+      (view, image) => {
+        if (view === this.elements.get("labelFinger")) this.showFinger(image);
+        else view.setAttribute("aria-checked", String(image === markedCheckbox));
       },
     );
     const content = makeCustom("ion-content", { "scroll-y": "true", fullscreen: "false" });
@@ -192,6 +217,13 @@ export class MeasuringScreen {
         {},
         make("h2.heading", {}, "Last measurement"),
         make("div.last-values", {}, lastValue(heartrate), lastValue(spo2)),
+        // Why a value may not be relied on; empty ones take no room.
+        make(
+          "div.doubts",
+          { "aria-live": "polite" },
+          this.named("labelDoubtHeartrate", make("p.doubt")),
+          this.named("labelDoubtSpo2", make("p.doubt")),
+        ),
       ),
     );
     const chart = this.named(
@@ -210,9 +242,16 @@ export class MeasuringScreen {
     return make(
       "div.lines",
       {},
+      this.fingerChip,
       this.named("labelRed", make("p.status", { role: "status" })),
       this.named("labelGrey", make("p.instruction", { "aria-live": "polite" })),
     );
+  }
+
+  /** `state` is the core's name of it; empty for nothing to say. */
+  private showFinger(state: string): void {
+    this.fingerChip.dataset["state"] = state;
+    Object.assign(this.fingerIcon, { icon: fingerIcons[state] });
   }
 
   private buttons(): HTMLElement {

@@ -206,8 +206,14 @@ describe("a camera that sees next to no blue", () => {
     const phone = await PhoneBrowser.open({ camera: recording("dark-blue") });
     const visit = await phone.visit({ stored: acquainted });
     await visit.start();
-    await visit.alert("Do not rely on this SpO2 value").waitFor(finished);
-    await inspect(visit, "alert-no-blue");
+    await visit.element("labelFinger").filter({ hasText: "Finger in place" }).waitFor(finished);
+    await visit
+      .element("labelDoubtSpo2")
+      .filter({ hasText: "Unsure: this camera sees next to no blue light" })
+      .waitFor(finished);
+    await inspect(visit, "doubt-no-blue");
+    await visit.page.emulateMedia({ colorScheme: "dark" });
+    await inspect(visit, "doubt-no-blue-night");
     await phone.close();
   });
 });

@@ -1,0 +1,78 @@
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <memory>
+
+#include "apps/cli/measurement_run.h"
+#include "platform/format.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/recording_source.h"
+#include "platform/linux/synthetic_finger.h"
+#include "platform/portable/embedded_resources.h"
+#include "tests/linux/recordings.h"
+
+namespace veyla {
+namespace {
+
+/// Everything that the flow leaves behind: the store, each estimate, the end.
+struct Left {
+  std::string flow;
+  MeasurementReport report;
+};
+
+Left measured(const std::string& path, double start, bool isJudged) {
+  TimedQueue queue{Date{}};
+  MemoryKeyValueStore store;
+  const EmbeddedResources resources;
+  MeasurementRequest request;
+  request.start = start;
+  request.duration = 42;
+  MeasurementRun run(request, openRecording(path),
+                     {.queue = queue, .store = store, .resources = resources});
+  run.isJudged = isJudged;
+  Left left;
+  run.trace = [&](const MeasurementTally::Estimate& estimate) {
+    left.flow += formatText("%i %i %a %a;", estimate.counter, static_cast<int>(estimate.verdict),
+                            estimate.heartrate ? double{estimate.heartrate->heartrate} : 0,
+                            double{estimate.spo2});
+  };
+  left.report = run.run();
+  const MeasurementReport& report = left.report;
+  left.flow += formatText("%s %a %a %i %i", nameOf(report.outcome),
+                          report.heartrate ? double{*report.heartrate} : 0,
+                          report.spo2 ? double{*report.spo2} : 0, report.frames, report.framedrops);
+  return left;
+}
+
+TEST(JudgementTest, TheFlowIsTheSameToTheBitAndRecordedFingersAreCalledFingers) {
+  double finished = 0;
+  double called = 0;
+  int recordings = 0;
+  for (const char* name :
+       {"resting-01", "resting-02", "resting-03", "resting-04", "resting-05", "resting-06",
+        "resting-07", "resting-08", "resting-09", "resting-10", "resting-11", "resting-12",
+        "hypoxia-1-left", "hypoxia-1-right", "hypoxia-2-left", "hypoxia-2-right", "hypoxia-3-left",
+        "hypoxia-3-right"}) {
+    const std::string path = recordedSeries(std::string(name) + ".csv");
+    if (path.empty()) continue;
+    ++recordings;
+    for (const double start : {0.0, 20.0}) {
+      SCOPED_TRACE(testing::Message() << name << " from " << start);
+      const Left judged = measured(path, start, true);
+      EXPECT_EQ(judged.flow, measured(path, start, false).flow);
+      if (!judged.report.heartrate) continue;
+      finished += judged.report.seconds;
+      for (const auto& span : judged.report.finger) {
+        if (span.state != FingerState::good && span.state != FingerState::weak) {
+          called += span.to - span.from;
+        }
+      }
+    }
+  }
+  if (recordings == 0) GTEST_SKIP() << "no recorded series here";
+  EXPECT_GT(finished, 200);
+  EXPECT_LE(called, 0.02 * finished);
+}
+
+}  // namespace
+}  // namespace veyla
