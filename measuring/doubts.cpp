@@ -64,8 +64,8 @@ std::string_view textOf(Doubt doubt) {
     case Doubt::doubleRate:
       return "Unsure: the pulse may be twice as fast. Hold still and measure again.";
     case Doubt::noBlue:
-      return "Unsure: this camera sees next to no blue light, without which the value says nothing "
-             "about the blood.";
+      return "Unsure: this camera sees next to no blue light, without which the oxygen value says "
+             "nothing about the blood.";
     case Doubt::noRedPulse:
       break;
   }

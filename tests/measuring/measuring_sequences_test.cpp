@@ -27,7 +27,7 @@ class Somebody : private MeasurementObserver {
   Somebody() {
     rig.appear();
     rig.platform.journal.clear();
-    screen.setObserver(this);
+    screen.addObserver(*this);
   }
 
   /// What is seen after it.
