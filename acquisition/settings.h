@@ -38,8 +38,9 @@ const std::optional<Value>& getSpo2Settings();
 const std::optional<Value>& getHeartrateSettings();
 const std::optional<Value>& getCameraSettings();
 
-/// The device's profile name, "iphone4" to "iphone7plus" or "iphoneSE"; "iphone6" for hardware that
-/// is not known.
+/// The device's profile name, "iphone4" to "iphone7plus"; "iphone6" for hardware that is not known.
+/// "iphoneSE" is a profile, too, with settings of its own, but no hardware model leads to it: that
+/// phone is one of the unknown ones.
 std::string platformString();
 
 /// The profile name of a hardware model.
@@ -55,6 +56,7 @@ bool isIphone6or6plus();
 
 /// The build's version.
 std::string appVersion();
+/// The version of the system, whichever it is.
 std::string iOSVersion();
 
 }  // namespace veyla::Utils

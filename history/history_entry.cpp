@@ -16,9 +16,11 @@ Value valueOf(const Labels& labels) {
 
 std::optional<Labels> labelsOf(const Value& stored) {
   const auto* flags = stored.array();
-  if (!flags || flags->size() != labelNames.size()) return std::nullopt;
+  if (!flags || flags->size() < fewestFlags || flags->size() > labelNames.size()) {
+    return std::nullopt;
+  }
   Labels labels{};
-  for (std::size_t i = 0; i < labels.size(); ++i) {
+  for (std::size_t i = 0; i < flags->size(); ++i) {
     const Value& flag = (*flags)[i];
     if (!flag.isBoolean() && !flag.isNumber()) return std::nullopt;
     labels[i] = flag.boolValue();
@@ -74,7 +76,7 @@ std::string faultOf(const Value& stored) {
   if (!isFinite(stored["spo2"])) return "its \"spo2\" is no number";
   const Date* date = stored["date"].date();
   if (!date || !std::isfinite(date->secondsSince1970)) return "its \"date\" is no date";
-  if (!labelsOf(stored["labels"])) return "its \"labels\" are not seven flags";
+  if (!labelsOf(stored["labels"])) return "its \"labels\" are not a flag for each label";
   return {};
 }
 

@@ -11,13 +11,26 @@
 
 namespace veyla {
 
-/// The activity labels, in the order in which an entry's flags stand.
+/// The activity labels, in the order in which an entry's flags stand. A new one comes last: stored
+/// flags mean labels by their places, and an entry from before it came reads as one without it.
 inline constexpr std::array<std::string_view, 7> labelNames{
     "Resting",          "Active",         "Working",      "Training (Before)",
     "Training (After)", "Sleep (Before)", "Sleep (After)"};
 
+/// The label before something and the one after it, by their places: an entry has one of them at
+/// most. Setting either takes the other off.
+struct LabelPair {
+  std::size_t before;
+  std::size_t after;
+};
+inline constexpr std::array<LabelPair, 2> exclusiveLabels{{{3, 4}, {5, 6}}};
+
 /// One flag per label.
 using Labels = std::array<bool, labelNames.size()>;
+
+/// As many flags as the first entries have; no stored entry has fewer.
+inline constexpr std::size_t fewestFlags = 7;
+static_assert(labelNames.size() >= fewestFlags);
 
 /// One finished measurement. A value of 0 was not measured.
 struct HistoryEntry {
@@ -40,7 +53,9 @@ struct HistoryEntry {
   bool operator==(const HistoryEntry&) const = default;
 };
 
-/// The stored form, a dictionary with the keys "hr", "spo2", "date" and "labels", and back.
+/// The stored form, a dictionary with the keys "hr", "spo2", "date" and "labels", and back. An
+/// entry with flags beyond those of `labelNames`, as a newer program may have left it, is kept as
+/// damaged.
 Value valueOf(const HistoryEntry& entry);
 HistoryEntry historyEntryOf(const Value& stored);
 

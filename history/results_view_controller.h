@@ -110,7 +110,7 @@ class ResultsViewController {
   void saveValues();
   /// Clears the flag beside `row`, at `row` + `upOrDown`, and its check mark, where it is set.
   void removeDoubleBookingForLabels(std::size_t row, std::int32_t upOrDown, Labels& bools);
-  /// Gives each entry of the old layout that lacks labels seven false ones, and stores them all.
+  /// Gives each entry of the old layout that lacks labels all of them off, and stores them all.
   void addLabelsArrayForMissingRows(std::vector<OldHistoryEntry> entries);
   void emailCSVResults();
   void emailRawResults();
@@ -120,7 +120,7 @@ class ResultsViewController {
 
   // State.
 
-  const std::array<std::string_view, 7>& labels() const { return labelNames; }
+  const decltype(labelNames)& labels() const { return labelNames; }
   /// Newest first.
   const std::vector<HistoryEntry>& data() const { return data_; }
   /// The row whose labels are being edited; -1 for none.

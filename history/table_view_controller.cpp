@@ -200,7 +200,7 @@ void TableViewController::showEmail(const std::string& title, const std::string&
 
 void TableViewController::feedback() {
   if (!Utils::isEmailConfiguredOnDevice()) {
-    Utils::showAlertWithTitle("", "Your email is not configured on the device", "error");
+    Utils::showAlertWithTitle("", "Your email is not configured on the device", AlertKind::error);
     return;
   }
   Mail mail;

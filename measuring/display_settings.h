@@ -6,7 +6,8 @@
 /// How the measuring screen's widgets and the application's standard controls look.
 namespace veyla::Utils {
 
-/// Configures a dial for values from `minValue` to `maxValue` with that many major divisions.
+/// Configures a dial for values from `minValue` to `maxValue` with that many major divisions; the
+/// measuring screen says which.
 void gaugeSettings(WMGaugeView& gauge, float minValue, float maxValue, float divisions);
 
 void circleProgressBarSettings(CircleProgressBar& ring);

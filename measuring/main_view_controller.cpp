@@ -150,7 +150,7 @@ void MainViewController::cameraLost() {
     showStateTappedStop();
     Utils::showAlertWithTitle(
         "Camera lost", "Another app has taken it, or it was unplugged. Tap START to measure again.",
-        "error");
+        AlertKind::error);
   });
 }
 

@@ -7,7 +7,8 @@ namespace veyla {
 
 /// Usage counters in the key-value store, and the check of a typed mail address.
 ///
-/// A counter that was never set is 0; setting one makes it durable at once.
+/// A counter that was never set is 0; setting one makes it durable at once. They are offered to
+/// programs: nothing in the core counts, and no screen shows them.
 class UsageUtils {
  public:
   /// Finished measurements.

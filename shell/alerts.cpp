@@ -74,26 +74,14 @@ void Alerts::dismiss(int id) {
   if (onDismiss) onDismiss();
 }
 
-namespace {
-
-AlertKind kindOf(const std::string& type) {
-  if (type == "error") return AlertKind::error;
-  if (type == "warning") return AlertKind::warning;
-  if (type == "waiting") return AlertKind::waiting;
-  if (type == "notice") return AlertKind::notice;
-  return AlertKind::plain;
-}
-
-}  // namespace
-
 void Utils::showOkAlert(const std::string& text, const std::string& andTitle) {
-  showAlertWithTitle(andTitle, text, "");
+  showAlertWithTitle(andTitle, text, AlertKind::plain);
 }
 
 void Utils::showAlertWithTitle(const std::string& title, const std::string& andText,
-                               const std::string& andType) {
+                               AlertKind andType) {
   Alert alert;
-  alert.kind = kindOf(andType);
+  alert.kind = andType;
   alert.title = title;
   alert.subtitle = andText;
   alert.closeButton = "OK";

@@ -48,10 +48,8 @@ namespace Utils {
 /// A plain message with a close button "OK".
 void showOkAlert(const std::string& text, const std::string& andTitle);
 
-/// The same in the style of the type's name: "error", "warning", "waiting", "notice"; plain for any
-/// other.
-void showAlertWithTitle(const std::string& title, const std::string& andText,
-                        const std::string& andType);
+/// The same in the looks of the type.
+void showAlertWithTitle(const std::string& title, const std::string& andText, AlertKind andType);
 
 }  // namespace Utils
 

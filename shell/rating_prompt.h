@@ -9,7 +9,7 @@ class RatingPrompt {
   /// The prompt of the platform in force.
   static RatingPrompt& instance();
 
-  /// All three must be reached before it asks; days may be fractions.
+  /// All three must be reached before it asks; days may be fractions. `AppDelegate` says which.
   void configure(double days, int significantEvents, int uses);
 
   /// One launch of the application.

@@ -45,17 +45,6 @@ std::string valueName(const CLI::Option& option) {
 
 // The manual page.
 
-constexpr std::array<std::pair<const char*, const char*>, 5> exitStatuses{
-    {{"0", "finished"},
-     {"1", "the measurement ended without every requested value"},
-     {"2", "wrong usage, or an entry that the history does not have"},
-     {"3",
-      "an input cannot be read: a recording, a reference, a settings file, or, while the rest was "
-      "used, one of several recordings, a damaged entry or health record"},
-     {"4",
-      "the data cannot be stored: history, health records, an output file; or the store is "
-      "damaged"}}};
-
 constexpr std::array<std::pair<const char*, const char*>, 3> files{
     {{"~/.local/share/veyla/veyla.db", "the history and small state, an SQLite file"},
      {"~/.local/share/veyla/Observations.ndjson",
@@ -159,12 +148,19 @@ std::string commandSections(const std::string& name, const CLI::App& command) {
   return text;
 }
 
-template <std::size_t count>
-std::string section(const char* title,
-                    const std::array<std::pair<const char*, const char*>, count>& rows) {
+template <class Rows>
+std::string section(const char* title, const Rows& rows) {
   std::string text = std::string(".SH ") + title + "\n";
   for (const auto& [tag, meaning] : rows) text += tagged(bold(tag), sentence(meaning));
   return text;
+}
+
+std::vector<std::pair<std::string, const char*>> exitStatuses() {
+  std::vector<std::pair<std::string, const char*>> rows;
+  for (const auto& [status, meaning] : exitStatusMeanings) {
+    rows.emplace_back(std::to_string(static_cast<int>(status)), meaning);
+  }
+  return rows;
 }
 
 // The completion.
@@ -314,7 +310,7 @@ std::string manualPage(const CLI::App& program) {
   for (const CLI::App* command : commandsOf(program)) {
     text += commandSections(name + " " + command->get_name(), *command);
   }
-  return text + section("EXIT STATUS", exitStatuses) + section("FILES", files) +
+  return text + section("EXIT STATUS", exitStatuses()) + section("FILES", files) +
          section("ENVIRONMENT", environment) + section("EXAMPLES", examples);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <exception>
 #include <functional>
 #include <stdexcept>
@@ -12,15 +13,31 @@
 
 namespace veyla {
 
-/// What the program tells its caller; the README lists the same.
+/// What the program tells its caller. Every command returns one; what a status means stands below.
 enum class ExitStatus {
   done = 0,
-  /// The measurement ended without every requested value.
   incomplete = 1,
   wrongUsage = 2,
   unreadableInput = 3,
   unwritableData = 4,
 };
+
+struct ExitStatusMeaning {
+  ExitStatus status;
+  const char* meaning;
+};
+
+/// For the manual page; the README lists the same.
+inline constexpr std::array<ExitStatusMeaning, 5> exitStatusMeanings{
+    {{ExitStatus::done, "finished"},
+     {ExitStatus::incomplete, "the measurement ended without every requested value"},
+     {ExitStatus::wrongUsage, "wrong usage, or an entry that the history does not have"},
+     {ExitStatus::unreadableInput,
+      "an input cannot be read: a recording, a reference, a settings file, or, while the rest was "
+      "used, one of several recordings, a damaged entry or health record"},
+     {ExitStatus::unwritableData,
+      "the data cannot be stored: history, health records, an output file; or the store is "
+      "damaged"}}};
 
 /// An option with a value that it cannot take, as one line.
 class UsageError : public std::runtime_error {

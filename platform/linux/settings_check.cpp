@@ -24,12 +24,15 @@ struct Key {
   double most = 0;
 };
 
+/// Of two frames a line through both leaves nothing.
+constexpr double fewestFrames = 3;
+
 constexpr Key cells{"grids", Key::Type::cells, 1, 16};
 
 constexpr Key spo2Keys[]{
     cells,
     // Far more frames than anyone waits for.
-    {"rawDataSize", Key::Type::integer, 2, 100000},
+    {"rawDataSize", Key::Type::integer, fewestFrames, 100000},
     {"framesBeforeBeginning", Key::Type::integer, 0, 100000},
     {"skipFramesBetweenMeasurements", Key::Type::integer, 1, 100000},
     {"neededValidSpo2", Key::Type::integer, 1, 10000},
@@ -39,11 +42,14 @@ constexpr Key spo2Keys[]{
 
 constexpr Key heartrateKeys[]{
     // As many samples as the transform takes.
-    {"rawDataSize", Key::Type::integer, 2, 1024},
+    {"rawDataSize", Key::Type::integer, fewestFrames, 1024},
     {"skipFramesBetweenMeasurements", Key::Type::integer, 1, 100000},
     {"neededValidHeartrate", Key::Type::integer, 1, 10000},
-    {"TTValidPercent", Key::Type::integer, 0, 100},
-    {"minimumBpm", Key::Type::number, 1, 400},
+    // Nothing falls short of the strongest bin by all of it, but another that is empty.
+    {"TTValidPercent", Key::Type::integer, 0, 99},
+    // The cut at the spectrum's end mirrors the one at its start: above half of its 450 beats per
+    // minute they meet, and no bin is left.
+    {"minimumBpm", Key::Type::number, 1, 225},
     // As many bins as the spectrum has neighbours.
     {"TTMaxDistance", Key::Type::number, 0, 511},
 };

@@ -71,6 +71,12 @@ TEST_F(HeartrateProcessingTest, BothEndsOfTheSpectrumAreCut) {
   settings(1024, 50, 5, 0);
   peaks = {{0, 9}, {511, 8}};
   EXPECT_EQ(estimate({1}).index, 0) << "without a lower limit nothing is cut";
+
+  peaks = {{255, 9}, {256, 1}, {257, 8}};
+  settings(1024, 50, 5, 225);
+  EXPECT_EQ(estimate({1}).index, 256) << "the one bin that is left in the middle";
+  settings(1024, 50, 5, 226);
+  EXPECT_TRUE(std::isnan(estimate({1}).diffPercent)) << "none is left";
 }
 
 TEST_F(HeartrateProcessingTest, TheSmallestMagnitudeIsCappedAndTheBinsEndWithTheSpectrum) {

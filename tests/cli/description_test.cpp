@@ -100,6 +100,19 @@ TEST_F(DescriptionTest, EveryOptionOfEveryCommandIsDescribed) {
   EXPECT_GT(options, 40);
 }
 
+TEST_F(DescriptionTest, TheReadmeListsTheManualsExitStatuses) {
+  const std::string readme = contentsOf(VEYLA_SETTINGS_FOLDER "/../README.md");
+  std::string listed;
+  std::istringstream rows(readme.substr(readme.find("\n## Exit status\n")));
+  for (std::string row; std::getline(rows, row) && row.find("What goes wrong") != 0;) {
+    if (row.size() < 7 || row[2] < '0' || row[2] > '9') continue;
+    const std::string meaning = row.substr(6, row.size() - 8);
+    listed += std::string(".TP\n\\fB") + row[2] + "\\fR\n" +
+              static_cast<char>(std::toupper(meaning[0])) + meaning.substr(1) + ".\n";
+  }
+  EXPECT_THAT(run({"--describe", "man"}).out, HasSubstr(".SH EXIT STATUS\n" + listed + ".SH"));
+}
+
 TEST_F(DescriptionTest, TheManualIsWellFormed) {
   write("veyla.1", run({"--describe", "man"}).out);
   if (std::system("command -v groff >/dev/null") != 0) GTEST_SKIP() << "there is no groff here";

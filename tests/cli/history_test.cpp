@@ -268,7 +268,7 @@ TEST_F(HistoryTest, ADamagedEntryIsShownAndLeftAloneAndTheOthersWork) {
   EXPECT_EQ(several.status, 3);
   EXPECT_THAT(several.out, HasSubstr("3  Damaged entry"));
   EXPECT_THAT(several.error, HasSubstr("entry 1 of the history is damaged (and 2 more): its "
-                                       "\"labels\" are not seven flags"));
+                                       "\"labels\" are not a flag for each label"));
   printed({"label", "4", "Resting"});
   EXPECT_EQ(kept().array()->at(1), odd);
   EXPECT_EQ(kept().array()->at(0)["note"], Value("of another program")) << "is not ours to lose";

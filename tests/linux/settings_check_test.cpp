@@ -62,7 +62,15 @@ class SettingsCheckTest : public testing::Test, public Resources {
   std::map<std::string, std::string> files_;
 };
 
-TEST_F(SettingsCheckTest, GoodSettingsHaveNoProblem) { EXPECT_THAT(problems(), IsEmpty()); }
+TEST_F(SettingsCheckTest, GoodSettingsHaveNoProblem) {
+  EXPECT_THAT(problems(), IsEmpty());
+  change("HeartrateSettings", "40.5", "225");
+  EXPECT_THAT(problems(), IsEmpty());
+  change("HeartrateSettings", "225", "226");
+  EXPECT_THAT(problems(), ElementsAre(problem(Kind::error, "HeartrateSettings.json: entry 1",
+                                              "\"minimumBpm\" is not as it must be; make it a "
+                                              "number from 1 to 225")));
+}
 
 TEST_F(SettingsCheckTest, AFileThatGivesNoEntriesIsAnError) {
   files_.erase("Spo2Settings");
@@ -84,7 +92,7 @@ TEST_F(SettingsCheckTest, EveryBrokenBoundNamesItsKey) {
            {"Spo2Settings", "[6, 7]", "[1, 17]", "grids"},
            {"Spo2Settings", "[6, 7]", "[1.5]", "grids"},
            {"Spo2Settings", "[6, 7]", "6", "grids"},
-           {"Spo2Settings", "120", "1", "rawDataSize"},
+           {"Spo2Settings", "120", "2", "rawDataSize"},
            {"Spo2Settings", ": 30", ": -1", "framesBeforeBeginning"},
            {"Spo2Settings", ": 3,", ": 0,", "skipFramesBetweenMeasurements"},
            {"Spo2Settings", "true", "1", "useNewAlgorithm"},
@@ -92,6 +100,8 @@ TEST_F(SettingsCheckTest, EveryBrokenBoundNamesItsKey) {
            {"HeartrateSettings", "150", "\"150\"", "rawDataSize"},
            {"HeartrateSettings", "150", "150.5", "rawDataSize"},
            {"HeartrateSettings", "\"neededValidHeartrate\"", "\"x\"", "neededValidHeartrate"},
+           {"HeartrateSettings", "150", "2", "rawDataSize"},
+           {"HeartrateSettings", ": 30", ": 100", "TTValidPercent"},
            {"HeartrateSettings", "40.5", "0", "minimumBpm"},
            {"HeartrateSettings", ": 4}", ": 512}", "TTMaxDistance"},
            {"CameraSettings", ": 2", ": 4", "exposureMode"},

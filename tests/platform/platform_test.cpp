@@ -2,44 +2,62 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "platform/format.h"
 #include "tests/support/test_platform.h"
 
 namespace veyla {
 namespace {
 
-struct Early {
-  int used = 0;
+/// A shared instance that uses all of its kind while it goes; not again when it was made anew for
+/// that, or they would make each other for ever.
+template <int number>
+struct Partner {
+  /// Where there is one; null when there is none.
+  static inline Platform* home = nullptr;
+  static inline int gone = 0;
 
-  static inline int usedAtTheEnd = 0;
-  ~Early() { usedAtTheEnd = used; }
-};
+  Partner() { home = &Platform::current(); }
+  ~Partner() {
+    EXPECT_EQ(std::exchange(home, nullptr), &Platform::current());
+    if (++gone > 1) return;
+    use<0>();
+    use<1>();
+    use<2>();
+  }
 
-/// Uses another shared instance while it goes.
-struct Late {
-  ~Late() { ++Platform::current().shared<Early>().used; }
+  template <int other>
+  static void use() {
+    Platform::current().shared<Partner<other>>();
+    EXPECT_NE(Partner<other>::home, nullptr) << "what had gone was handed out";
+  }
 };
 
 TEST(PlatformTest, SharedInstancesAreOnePerPlatformAndTheNewestIsInForce) {
   TestPlatform platform;
-  Early& outer = Platform::current().shared<Early>();
-  outer.used = 5;
+  int& outer = Platform::current().shared<int>();
   {
     TestPlatform inner;
-    EXPECT_EQ(Platform::current().shared<Early>().used, 0);
+    EXPECT_NE(&Platform::current().shared<int>(), &outer);
     logLine("%d of %s", 1, "two");
     EXPECT_EQ(inner.log.lines.back(), "1 of two");
   }
-  EXPECT_EQ(&Platform::current().shared<Early>(), &outer);
+  EXPECT_EQ(&Platform::current().shared<int>(), &outer);
 }
 
-TEST(PlatformTest, SharedInstancesMayUseEachOtherWhileTheyGo) {
+TEST(PlatformTest, SharedInstancesMayUseEachOtherAndThePlatformWhileTheyGo) {
+  TestPlatform outer;
   {
-    TestPlatform platform;
-    Platform::current().shared<Late>();
-    Platform::current().shared<Early>();
+    TestPlatform inner;
+    Partner<1>::use<1>();
+    Partner<1>::use<0>();
+    Partner<1>::use<2>();
   }
-  EXPECT_EQ(Early::usedAtTheEnd, 1) << "Early went before Late, which uses it";
+  EXPECT_GT(Partner<0>::gone, 1);
+  EXPECT_GT(Partner<1>::gone, 1);
+  EXPECT_GT(Partner<2>::gone, 1);
+  EXPECT_EQ(Partner<0>::home || Partner<1>::home || Partner<2>::home, false);
 }
 
 TEST(FormatTest, TextsMayBeLong) {
