@@ -4,15 +4,15 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
+
+#include "platform/portable/real_text.h"
 
 namespace veyla {
 
@@ -43,46 +43,6 @@ To sameBits(From from) {
   return to;
 }
 
-#ifdef __cpp_lib_to_chars
-/// The shortest text that reads back as the same number.
-template <class Real>
-std::string shortestText(Real value) {
-  char digits[40];
-  return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
-}
-
-template <class Real>
-bool readWhole(std::string_view text, Real& value) {
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && end == text.data() + text.size();
-}
-#else
-// WebAssembly's library has the conversions of C alone.
-float numberAt(const char* text, char** end, float) { return std::strtof(text, end); }
-double numberAt(const char* text, char** end, double) { return std::strtod(text, end); }
-
-template <class Real>
-std::string shortestText(Real value) {
-  char digits[40];
-  for (int precision = std::numeric_limits<Real>::digits10;; ++precision) {
-    std::snprintf(digits, sizeof digits, "%.*g", precision, static_cast<double>(value));
-    const bool isLast = precision >= std::numeric_limits<Real>::max_digits10;
-    if (isLast || !std::isfinite(value) || numberAt(digits, nullptr, value) == value) return digits;
-  }
-}
-
-template <class Real>
-bool readWhole(std::string_view text, Real& value) {
-  // C also takes blanks, a plus sign and hexadecimal digits.
-  if (text.find_first_not_of("-.0123456789eE+inf") != std::string_view::npos) return false;
-  if (text.empty() || text.front() == '+') return false;
-  const std::string terminated(text);
-  char* end = nullptr;
-  value = numberAt(terminated.c_str(), &end, value);
-  return end == terminated.c_str() + terminated.size();
-}
-#endif
-
 template <class Real>
 std::string textOf(Real value) {
   if (std::isnan(value)) {
@@ -91,7 +51,7 @@ std::string textOf(Real value) {
     return std::string(nanPrefix).append(
         digits, std::to_chars(digits, digits + sizeof digits, bits, 16).ptr);
   }
-  std::string text = shortestText(value);
+  std::string text = RealText::shortest(value);
   if (std::isfinite(value) && text.find_first_of(".e") == std::string::npos) text += ".0";
   return text;
 }
@@ -106,7 +66,7 @@ std::optional<Real> realFromText(std::string_view text) {
     return sameBits<Real>(bits);
   }
   Real value = 0;
-  if (!readWhole(text, value)) return std::nullopt;
+  if (!RealText::read(text, value)) return std::nullopt;
   return value;
 }
 

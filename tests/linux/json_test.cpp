@@ -8,6 +8,8 @@
 #include <limits>
 #include <random>
 
+#include "platform/portable/real_text.h"
+
 namespace veyla {
 namespace {
 
@@ -116,6 +118,43 @@ TEST(StoredJsonTest, EveryBitOfANumberIsKept) {
     ASSERT_EQ(bitsOf(0), bits);
     ASSERT_EQ(bitsOf(1), static_cast<std::uint32_t>(bits));
     ASSERT_EQ(bitsOf(2), bits);
+  }
+}
+
+template <class Conversions>
+class RealTextTest : public testing::Test {};
+
+#ifdef __cpp_lib_to_chars
+using AllConversions = testing::Types<RealTextByC, RealTextByCpp>;
+#else
+using AllConversions = testing::Types<RealTextByC>;
+#endif
+TYPED_TEST_SUITE(RealTextTest, AllConversions);
+
+TYPED_TEST(RealTextTest, ReadsBackWhatItWritesAndNothingElse) {
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 20000; ++i) {
+    const std::uint64_t bits = random();
+    const double wide = std::bit_cast<double>(bits);
+    const float narrow = std::bit_cast<float>(static_cast<std::uint32_t>(bits));
+    double wideBack = 0;
+    float narrowBack = 0;
+    ASSERT_TRUE(std::isnan(wide) || (TypeParam::read(TypeParam::shortest(wide), wideBack) &&
+                                     std::bit_cast<std::uint64_t>(wideBack) == bits));
+    ASSERT_TRUE(std::isnan(narrow) ||
+                (TypeParam::read(TypeParam::shortest(narrow), narrowBack) && narrowBack == narrow));
+  }
+  EXPECT_EQ(TypeParam::shortest(97.1F), "97.1");
+  EXPECT_EQ(TypeParam::shortest(0.1), "0.1");
+  double value = 42;
+  for (const char* text : {"-inf", "1.5", "-.5", "1E5", "5e-324", "0e999", "1."}) {
+    EXPECT_TRUE(TypeParam::read(text, value)) << text;
+  }
+  value = 42;
+  for (const char* text : {"", "-", ".", "nan", "infinity", "INF", "+1", " 1", "1 ", "1,5", "0x1p3",
+                           "1e", "--1", "1e999", "1e-999"}) {
+    EXPECT_FALSE(TypeParam::read(text, value)) << text;
+    EXPECT_EQ(value, 42) << text;
   }
 }
 
