@@ -39,6 +39,86 @@ async function countWakeLocks(visit: Visit): Promise<() => Promise<string[]>> {
   return () => visit.page.evaluate(() => (window as unknown as { locks: string[] }).locks);
 }
 
+/** Which of START and STOP can be seen and tapped. */
+function buttons(visit: Visit): Promise<string[]> {
+  return visit.page.evaluate(() =>
+    ["beginButton", "stopButton"].flatMap((name) => {
+      const button = document.querySelector<HTMLElement>(`[data-element="${name}"]`);
+      if (!button) throw new Error(`no ${name}`);
+      const { x, y, width, height } = button.getBoundingClientRect();
+      const isSeen = getComputedStyle(button).opacity === "1";
+      const isHit = document.elementFromPoint(x + width / 2, y + height / 2) === button;
+      if (isSeen !== isHit || isSeen === button.inert) return [`half of ${name}`];
+      return isSeen ? [button.textContent] : [];
+    }),
+  );
+}
+
+type Moment =
+  | { readonly goes: "beginButton" | "stopButton" | "viewCenter" }
+  | { readonly logged: "Done Both" }
+  | "now";
+
+/** Has the page do something at a moment that no test from outside would meet. */
+function atMoment(
+  visit: Visit,
+  moment: Moment,
+  delay: number,
+  action: "hide and show" | "STOP" | "STOP twice",
+): Promise<void> {
+  return visit.page.evaluate(
+    ({ moment, delay, action }) =>
+      new Promise<void>((resolve) => {
+        const element = (name: string): HTMLElement => {
+          const found = document.querySelector<HTMLElement>(`[data-element="${name}"]`);
+          if (!found) throw new Error(`no ${name}`);
+          return found;
+        };
+        const show = (visible: boolean): void => {
+          const state = visible ? "visible" : "hidden";
+          Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
+          document.dispatchEvent(new Event("visibilitychange"));
+        };
+        const act = (): void => {
+          if (action === "hide and show") show(false);
+          else element("stopButton").click();
+          if (action === "STOP") {
+            resolve();
+            return;
+          }
+          setTimeout(() => {
+            if (action === "hide and show") show(true);
+            else element("stopButton").click();
+            resolve();
+          }, 10);
+        };
+        const due = (): void => {
+          if (delay === 0) act();
+          else setTimeout(act, delay);
+        };
+        if (moment === "now") {
+          due();
+        } else if ("goes" in moment) {
+          const view = element(moment.goes);
+          new MutationObserver((_, observer) => {
+            if (view.style.opacity !== "0") return;
+            observer.disconnect();
+            due();
+          }).observe(view, { attributeFilter: ["style"] });
+        } else {
+          const info = console.info.bind(console);
+          console.info = (line: string): void => {
+            info(line);
+            if (line !== moment.logged) return;
+            console.info = info;
+            due();
+          };
+        }
+      }),
+    { moment, delay, action },
+  );
+}
+
 describe("with a camera and a torch", () => {
   let phone: PhoneBrowser;
   beforeAll(async () => {
@@ -58,6 +138,60 @@ describe("with a camera and a torch", () => {
     await expectIdle(visit);
     expect(await visit.torch()).not.toContain(true);
     expect(await holdsCamera(visit)).toBe(false);
+  });
+
+  it("one of START and STOP stays, whatever falls into their coming and going", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    const countdown = async (): Promise<void> => {
+      await visit.start();
+      await visit.page.getByRole("button", { name: "STOP" }).waitFor();
+      await visit.still();
+    };
+    // Each begins with a tap on the START that the one before has left.
+    for (const delay of [0, 100, 200]) {
+      const interrupted = atMoment(visit, { goes: "beginButton" }, delay, "hide and show");
+      await visit.start();
+      await interrupted;
+      await visit.still();
+      expect(await buttons(visit), `${delay} ms after START fades`).toEqual(["START"]);
+    }
+    for (const delay of [0, 100, 200]) {
+      await countdown();
+      const interrupted = atMoment(visit, { goes: "stopButton" }, delay, "hide and show");
+      await visit.stop();
+      await interrupted;
+      await visit.still();
+      expect(await buttons(visit), `${delay} ms after STOP acts`).toEqual(["START"]);
+    }
+    await countdown();
+    await atMoment(visit, "now", 0, "STOP twice");
+    await visit.page.getByRole("button", { name: "START" }).waitFor();
+    await visit.still();
+    expect(await buttons(visit), "STOP twice").toEqual(["START"]);
+    await countdown();
+    expect(await buttons(visit)).toEqual(["STOP"]);
+  });
+
+  it("STOP has its say while the curve comes, and none once the result is there", async () => {
+    const visit = await phone.visit({ stored: acquainted });
+    for (const delay of [100, 200]) {
+      await visit.startMeasuring();
+      await atMoment(visit, { goes: "viewCenter" }, delay, "STOP");
+      await visit.page.getByRole("button", { name: "START" }).waitFor();
+      await visit.still();
+      expect(await buttons(visit), `STOP ${delay} ms after the curve`).toEqual(["START"]);
+      await visit.element("viewLastMeasurements").waitFor();
+      expect(await visit.element("chartFourierView").isVisible()).toBe(false);
+    }
+    expect(await visit.stored("values")).toBeNull();
+
+    await visit.startMeasuring();
+    await atMoment(visit, { logged: "Done Both" }, 0, "STOP");
+    await visit.page.getByRole("button", { name: "START" }).waitFor();
+    await visit.still();
+    expect(await buttons(visit), "STOP just before the end").toEqual(["START"]);
+    expect(await visit.element("labelRed").textContent()).toBe("FINISHED");
+    expect(await visit.stored("values")).not.toBeNull();
   });
 
   it.each([
