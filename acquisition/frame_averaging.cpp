@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "analysis/vector_utils.h"
@@ -47,6 +48,12 @@ void addRow(const std::uint8_t* row, std::size_t pixelCount, ChannelSums& sums) 
   }
 }
 
+FrameSample recordOf(std::uint32_t red, std::uint32_t green, std::uint32_t blue) {
+  const auto luma = static_cast<std::uint32_t>(0.299 * red + 0.587 * green + 0.114 * blue);
+  return {static_cast<float>(red), static_cast<float>(luma), static_cast<float>(blue),
+          static_cast<float>(luma)};
+}
+
 float averageOf(std::span<const double> cellMedians) {
   return static_cast<float>(calculateStat(cellMedians, "average").value_or(0));
 }
@@ -68,12 +75,17 @@ FrameSample averageWholeFrame(const std::uint8_t* pixels, std::size_t width, std
     };
     *colours = {mean(sums.red), mean(sums.green), mean(sums.blue), std::nullopt};
   }
-  const std::uint32_t red = sums.red / n;
-  const std::uint32_t green = sums.green / n;
-  const std::uint32_t blue = sums.blue / n;
-  const auto luma = static_cast<std::uint32_t>(0.299 * red + 0.587 * green + 0.114 * blue);
-  return {static_cast<float>(red), static_cast<float>(luma), static_cast<float>(blue),
-          static_cast<float>(luma)};
+  return recordOf(sums.red / n, sums.green / n, sums.blue / n);
+}
+
+FrameSample wholeFrameRecord(const FrameSample& means) {
+  const float red = std::trunc(means.red);
+  const float blue = std::trunc(means.blue);
+  const bool isOne = means.hr == means.green && means.hr == std::trunc(means.hr) &&
+                     means.red == red && means.blue == blue;
+  if (isOne) return means;
+  return recordOf(static_cast<std::uint32_t>(red), static_cast<std::uint32_t>(means.green),
+                  static_cast<std::uint32_t>(blue));
 }
 
 FrameSample GridAverager::average(const std::uint8_t* pixels, std::size_t width, std::size_t height,

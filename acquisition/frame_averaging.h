@@ -22,6 +22,11 @@ inline constexpr std::string_view wholeFrameProfile = "iphone4";
 FrameSample averageWholeFrame(const std::uint8_t* pixels, std::size_t width, std::size_t height,
                               std::size_t bytesPerRow, FrameColours* colours = nullptr);
 
+/// The same record from the channel means of a frame, whose fractions the sums of its bytes lose. A
+/// record that is a whole frame's already, whole numbers with the luma in both its places, stays as
+/// it is.
+FrameSample wholeFrameRecord(const FrameSample& means);
+
 /// Averages grid cells; keeps its buffers from frame to frame, so that a frame allocates nothing.
 class GridAverager {
  public:

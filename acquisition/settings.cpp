@@ -43,23 +43,24 @@ std::optional<Value> loadDefaultSettings(std::string_view resourceName) {
   if (!text) return std::nullopt;
   const auto json = services().json.parse(*text);
   if (!json) return std::nullopt;
-  std::optional<Value> kept;
-  for (Value& entry : entriesFor(platformString(), *json)) {
-    logLine("found ya!: %s", described(entry).c_str());
-    kept = std::move(entry);
-  }
-  return kept;
+  const Value* entry = entryFor(platformString(), *json, [](const Value& matching) {
+    logLine("found ya!: %s", described(matching).c_str());
+  });
+  return entry ? std::optional(*entry) : std::nullopt;
 }
 
-std::vector<Value> entriesFor(std::string_view profile, const Value& resource) {
-  std::vector<Value> found;
+const Value* entryFor(std::string_view profile, const Value& resource,
+                      const std::function<void(const Value&)>& matched) {
   const auto* entries = resource["results"].array();
-  if (!entries) return found;
+  if (!entries) return nullptr;
+  const Value* last = nullptr;
   for (const Value& entry : *entries) {
     const auto* model = entry["iPhoneModel"].text();
-    if (model && *model == profile) found.push_back(entry);
+    if (!model || *model != profile) continue;
+    matched(entry);
+    last = &entry;
   }
-  return found;
+  return last;
 }
 
 void appendCells(const Value& grids, std::vector<int>& cells) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,9 +17,12 @@ namespace veyla::Utils {
 /// resource is missing, no JSON, or has no entry for the device.
 std::optional<Value> loadDefaultSettings(std::string_view resourceName);
 
-/// The entries for `profile` in a settings resource that was read, in its order; the last one
-/// holds.
-std::vector<Value> entriesFor(std::string_view profile, const Value& resource);
+/// The entry for `profile` in a settings resource that was read, which it points into: the last one
+/// where several match, null where none does. `matched` is called for each, in the resource's
+/// order.
+const Value* entryFor(
+    std::string_view profile, const Value& resource,
+    const std::function<void(const Value&)>& matched = [](const Value&) {});
 
 /// Appends the cell numbers of a "grids" value, none for anything but a list.
 void appendCells(const Value& grids, std::vector<int>& cells);

@@ -206,7 +206,8 @@ void VideoProcessing::captureOutput(PixelBuffer& didOutputSampleBuffer) {
 
 void VideoProcessing::captureOutput(const FrameSample& didOutputSample) {
   const FrameSample& sample = didOutputSample;
-  deliver(sample, {sample.red, sample.green, sample.blue, std::nullopt});
+  deliver(isIphone4_ ? wholeFrameRecord(sample) : sample,
+          {sample.red, sample.green, sample.blue, std::nullopt});
 }
 
 void VideoProcessing::captureOutput(DroppedSample /*didDropSampleBuffer*/) {

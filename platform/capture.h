@@ -45,7 +45,8 @@ class SampleBufferDelegate {
   virtual ~SampleBufferDelegate() = default;
 
   virtual void captureOutput(PixelBuffer& didOutputSampleBuffer) = 0;
-  /// A frame whose averages are known already, such as a row of a recorded colour series.
+  /// A frame of which the channel means are known and no pixels, such as a row of a recorded colour
+  /// series.
   virtual void captureOutput(const FrameSample& didOutputSample) = 0;
   virtual void captureOutput(DroppedSample didDropSampleBuffer) = 0;
 };

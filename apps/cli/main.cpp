@@ -162,8 +162,7 @@ void describeSeries(CLI::App& command, veyla::SeriesOptions& options) {
   addText(command, "INPUT", options.input, "", "a video or a colour series")->required();
   addText(command, "-o", options.output, "OUT.csv", "file of the series (-: standard output)")
       ->required();
-  addText(command, "--device", options.device, "MODEL",
-          "hardware model whose way of averaging frames is taken", veyla::defaultDevice);
+  describeSettings(command, options.device, options.settingsFolder);
 }
 
 /// "16x16 to 7680x4320".

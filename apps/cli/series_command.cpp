@@ -7,9 +7,9 @@
 #include "acquisition/settings.h"
 #include "apps/cli/decimal.h"
 #include "apps/cli/exit_status.h"
+#include "apps/cli/settings_source.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/recording_source.h"
-#include "platform/linux/resource_files.h"
 #include "platform/portable/json.h"
 
 namespace veyla {
@@ -17,13 +17,12 @@ namespace veyla {
 namespace {
 
 /// The cells that a device of this profile averages.
-std::vector<int> measuredCells(const std::string& profile) {
-  const auto text = EmbeddedResources().read("Spo2Settings", "json");
+std::vector<int> measuredCells(const Resources& resources, const std::string& profile) {
+  const auto text = resources.read("Spo2Settings", "json");
   const Value resource = NlohmannJsonParser().parse(text.value_or("")).value_or(Value());
   std::vector<int> cells;
-  for (const Value& entry : Utils::entriesFor(profile, resource)) {
-    cells.clear();
-    Utils::appendCells(entry["grids"], cells);
+  if (const Value* entry = Utils::entryFor(profile, resource)) {
+    Utils::appendCells((*entry)["grids"], cells);
   }
   return cells;
 }
@@ -31,8 +30,9 @@ std::vector<int> measuredCells(const std::string& profile) {
 /// Averages frames as the measurement does.
 class FrameAverager : public SampleBufferDelegate {
  public:
-  explicit FrameAverager(const std::string& profile)
-      : averagesWholeFrame_(profile == wholeFrameProfile), cells_(measuredCells(profile)) {}
+  FrameAverager(const Resources& resources, const std::string& profile)
+      : averagesWholeFrame_(profile == wholeFrameProfile),
+        cells_(measuredCells(resources, profile)) {}
 
   void captureOutput(PixelBuffer& didOutputSampleBuffer) override {
     const PixelBuffer& frame = didOutputSampleBuffer;
@@ -41,7 +41,9 @@ class FrameAverager : public SampleBufferDelegate {
                                       frame.bytesPerRow())
                   : averager_.average(frame.baseAddress(), frame.width(), frame.height(), cells_);
   }
-  void captureOutput(const FrameSample& didOutputSample) override { sample_ = didOutputSample; }
+  void captureOutput(const FrameSample& didOutputSample) override {
+    sample_ = averagesWholeFrame_ ? wholeFrameRecord(didOutputSample) : didOutputSample;
+  }
   void captureOutput(DroppedSample) override {}
 
   const FrameSample& sample() const { return sample_; }
@@ -70,8 +72,9 @@ std::string rowOf(double seconds, const FrameSample& sample) {
 ExitStatus runSeries(const SeriesOptions& options) {
   return exitStatusOf([&] {
     const auto recording = openRecording(options.input);
+    const SettingsSource settings(options.settingsFolder, options.device);
     OutputFile output(options.output);
-    FrameAverager averager(Utils::profileOf(options.device));
+    FrameAverager averager(settings.resources(), Utils::profileOf(options.device));
     output.write("time,R,G,B,hr\n");
     while (recording->advance()) {
       recording->deliver(averager);

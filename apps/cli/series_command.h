@@ -15,6 +15,8 @@ struct SeriesOptions {
   std::string output = "-";
   /// Hardware model whose way of averaging frames is taken.
   std::string device = defaultDevice;
+  /// The folder of the settings that list the averaged cells; empty for the built-in ones.
+  std::string settingsFolder;
 };
 
 /// Writes `time,R,G,B,hr` for every frame at the recording's own rate: milliseconds since the first

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <span>
 
+#include "acquisition/settings.h"
 #include "platform/format.h"
 
 namespace veyla {
@@ -130,17 +131,10 @@ class FileCheck {
       return add(Kind::error, "has no list under \"results\"; put the profiles' entries there");
     }
 
-    const auto isChosen = [&](const Value& entry) {
-      const auto* model = entry[profileKey].text();
-      return model && *model == profile;
-    };
-    const auto chosen = std::find_if(entries->rbegin(), entries->rend(), isChosen);
+    const Value* chosen = Utils::entryFor(profile, *value);
     std::size_t number = 0;
-    for (const Value& entry : *entries) {
-      ++number;
-      checkEntry(entry, number, chosen != entries->rend() && &entry == &*chosen);
-    }
-    if (chosen == entries->rend()) {
+    for (const Value& entry : *entries) checkEntry(entry, ++number, &entry == chosen);
+    if (!chosen) {
       add(Kind::noEntry, "has no entry for the profile \"" + std::string(profile) +
                              "\", so every setting is 0 and nothing can be measured; add one or "
                              "choose another profile");

@@ -27,6 +27,15 @@ TEST(FrameAveragingTest, AUniformFrameGivesItsColour) {
   EXPECT_EQ(averageAll(frame), (FrameSample{100, 148, 10, 148}));
 }
 
+TEST(FrameAveragingTest, ChannelMeansGiveTheRecordOfTheirWholeFrameAndThatStaysAsItIs) {
+  const FrameSample record{100, 148, 10, 148};
+  EXPECT_EQ(wholeFrameRecord({100.9F, 200.9F, 10.9F, 100.9F}), record);
+  EXPECT_EQ(wholeFrameRecord({100, 200, 10, 100}), record);
+  EXPECT_EQ(wholeFrameRecord(record), record);
+  // Grey, and no luma in whole numbers.
+  EXPECT_EQ(wholeFrameRecord({255, 255, 9.5F, 255}), (FrameSample{255, 226, 9, 226}));
+}
+
 TEST(FrameAveragingTest, TheWholeFrameTruncatesMeansAndSurvivesTheLargestSums) {
   TestFrame frame(2, 1, black);
   frame.set(0, 0, {3, 5, 7});

@@ -191,6 +191,9 @@ TEST_F(VideoProcessingTest, OneProfileAveragesTheWholeFrameAndSkipsOneThatCannot
   frame.lockable = false;
   video_.captureOutput(frame);
   EXPECT_EQ(delegate_.frames.size(), 1U);
+
+  video_.captureOutput(FrameSample{100.5F, 200.5F, 10.5F, 100.5F});
+  EXPECT_EQ(delegate_.frames.back(), delegate_.frames.front()) << "from its channel means";
 }
 
 TEST_F(VideoProcessingTest, TheDumpTellsTheCamerasStateOnEveryFifteenthFrame) {

@@ -5,11 +5,14 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <array>
 #include <cmath>
 #include <csignal>
 
+#include "acquisition/frame_averaging.h"
 #include "apps/cli/series_command.h"
 #include "apps/cli/synth_command.h"
+#include "platform/linux/resource_files.h"
 #include "platform/linux/series_source.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/linux/video_writer.h"
@@ -173,6 +176,41 @@ TEST_F(RecordingCommandsTest, ASeriesOfAVideoHasTheAveragesOfItsCells) {
   const SyntheticFinger finger({});
   EXPECT_NEAR(played.frames[9].red, finger.at(0.3).red, 2);
   EXPECT_NEAR(played.frames[9].hr, played.frames[9].red, 0);
+}
+
+TEST_F(RecordingCommandsTest, TheLastEntryOfTheFoldersSettingsSaysWhichCellsAreAveraged) {
+  const SynthOptions synthetic = options("a.y4m");
+  ASSERT_EQ(synth(synthetic).status, 0);
+  for (const char* name : {"Spo2Settings", "HeartrateSettings", "CameraSettings"}) {
+    std::string text = EmbeddedResources().read(name, "json").value_or("");
+    if (name[0] == 'S') {
+      text.insert(text.rfind(']'), R"(, {"iPhoneModel": "iphone6s", "grids": [1], "rawDataSize": 90,
+          "framesBeforeBeginning": 60, "skipFramesBetweenMeasurements": 5, "neededValidSpo2": 20,
+          "useNewAlgorithm": true, "useTrend": true})");
+    }
+    folder_.write(std::string(name) + ".json", text);
+  }
+  SeriesOptions averaged;
+  averaged.input = synthetic.output;
+  averaged.output = folder_.file("a.csv");
+  averaged.settingsFolder = folder_.path();
+  const Outcome outcome = outcomeOf(runSeries, averaged);
+  ASSERT_EQ(outcome.status, 0) << outcome.error;
+
+  /// Of the first cell alone.
+  struct FirstCell : SampleBufferDelegate {
+    FrameSample sample;
+    void captureOutput(PixelBuffer& frame) override {
+      sample =
+          GridAverager().average(frame.baseAddress(), frame.width(), frame.height(), std::array{1});
+    }
+    void captureOutput(const FrameSample&) override {}
+    void captureOutput(DroppedSample) override {}
+  } cell;
+  const auto video = openRecording(synthetic.output);
+  ASSERT_TRUE(video->advance());
+  video->deliver(cell);
+  EXPECT_EQ(read(averaged.output).frames.front(), cell.sample);
 }
 
 TEST_F(RecordingCommandsTest, WrongValuesAreNamed) {
