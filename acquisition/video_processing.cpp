@@ -80,6 +80,7 @@ bool VideoProcessing::startRecording() {
   captureSession_->commitConfiguration();
 
   before_ = services().clock.now();
+  startedAt_ = services().mainQueue.elapsed();
   captureSession_->startRunning();
   return true;
 }
@@ -141,7 +142,8 @@ void VideoProcessing::stopRecording() {
   }
   after_ = services().clock.now();
 
-  const double seconds = before_ ? after_->secondsSince1970 - before_->secondsSince1970 : 0;
+  // Of the frames' own time: a recording's seconds are measured in milliseconds of the wall's.
+  const double seconds = before_ ? services().mainQueue.elapsed() - startedAt_ : 0;
   const double fps = counter_ == 0 ? 0 : counter_ / seconds;
   logLine("seconds: %f, frames %i, framedrops %i, fps: %f", seconds, counter_, framedrops_, fps);
 

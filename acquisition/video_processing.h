@@ -84,6 +84,7 @@ class VideoProcessing : public SampleBufferDelegate {
   std::int32_t framedrops_ = 0;
   std::optional<Date> before_;
   std::optional<Date> after_;
+  double startedAt_ = 0;
   VideoDelegate* delegate_ = nullptr;
   std::shared_ptr<CaptureSession> captureSession_;
   std::shared_ptr<CaptureDevice> videoDevice_;

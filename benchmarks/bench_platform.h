@@ -25,9 +25,9 @@ class BenchPlatform {
  public:
   explicit BenchPlatform(KeyValueStore& store)
       : platform_(servicesOf(noLog, fft, store, noHealthStore, resources_, json_, jsonWriter_,
-                             text_, uuids_, scripted_.time, scripted_.camera, scripted_.device,
-                             scripted_.display, scripted_.alerts, scripted_.screens,
-                             scripted_.sharing)) {}
+                             text_, uuids_, scripted_.time, scripted_.date, scripted_.camera,
+                             scripted_.device, scripted_.display, scripted_.alerts,
+                             scripted_.screens, scripted_.sharing)) {}
 
   KissRealFft fft;
 

@@ -5,6 +5,7 @@
 #include "acquisition/frame_averaging.h"
 #include "apps/cli/measurement_run.h"
 #include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/queue_clock.h"
 #include "platform/linux/resource_files.h"
 #include "platform/linux/synthetic_finger.h"
 
@@ -59,11 +60,12 @@ std::vector<FrameSample> fingertip() {
 void measurement(benchmark::State& state) {
   const auto frames = fingertip();
   for (auto _ : state) {
-    TimedQueue queue{Date{}};
+    TimedQueue queue;
+    QueueClock clock({}, queue);
     MemoryKeyValueStore store;
     EmbeddedResources resources;
     MeasurementRun run({}, std::make_unique<MemorySource>(frames),
-                       {.queue = queue, .store = store, .resources = resources});
+                       {.queue = queue, .clock = clock, .store = store, .resources = resources});
     const auto report = run.run();
     benchmark::DoNotOptimize(report.seconds);
     state.counters["seconds"] = report.seconds;

@@ -9,6 +9,7 @@
 #include "platform/linux/recording_camera.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/linux/uuid.h"
+#include "platform/linux/wall_clock.h"
 #include "platform/portable/embedded_resources.h"
 #include "platform/portable/json.h"
 #include "platform/portable/kiss_real_fft.h"
@@ -29,7 +30,8 @@ class Phone : public veyla::DeviceInfo {
 
 int main() {
   // The machine: one object or another for each service that the core needs.
-  veyla::TimedQueue queue{veyla::Date{}};
+  veyla::TimedQueue queue;
+  veyla::WallClock clock;
   veyla::RecordingCamera camera(
       std::make_unique<veyla::SyntheticSource>(veyla::FingerOptions{}, 45, 30), queue);
   veyla::KissRealFft realFft;
@@ -41,8 +43,8 @@ int main() {
   veyla::IcuText text;
   veyla::LibUuid uuids;
   veyla::ScreenState display;
-  const veyla::Platform platform(veyla::servicesOf(queue, camera, realFft, store, resources, json,
-                                                   jsonWriter, phone, text, uuids, display));
+  const veyla::Platform platform(veyla::servicesOf(queue, clock, camera, realFft, store, resources,
+                                                   json, jsonWriter, phone, text, uuids, display));
 
   // The core: launched and shown.
   veyla::MainViewController& screen = veyla::AppDelegate::instance().launch();

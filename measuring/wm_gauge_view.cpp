@@ -65,16 +65,14 @@ void WMGaugeView::setValue(float value, bool animated) {
   animated_ = animated;
   timer_.stop();
   if (animated && std::isfinite(angleBefore_) && angleBefore_ != needleAngleFor(value_)) {
-    movesSince_ = services().clock.now();
+    movesSince_ = services().mainQueue.elapsed();
     timer_.start(redrawInterval, [this] { moveOn(); });
   }
   if (needsDisplay) needsDisplay();
 }
 
 void WMGaugeView::moveOn() {
-  const double elapsed = services().clock.now().secondsSince1970 - movesSince_.secondsSince1970;
-  // A clock that was set back must not hold the needle.
-  if (elapsed < 0 || elapsed >= animationDuration) timer_.stop();
+  if (services().mainQueue.elapsed() - movesSince_ >= animationDuration) timer_.stop();
   if (needsDisplay) needsDisplay();
 }
 
@@ -98,7 +96,7 @@ double WMGaugeView::needleAngleFor(float value) const {
 double WMGaugeView::needleAngle() const {
   const double target = needleAngleFor(value_);
   if (!timer_.isRunning()) return target;
-  const double elapsed = services().clock.now().secondsSince1970 - movesSince_.secondsSince1970;
+  const double elapsed = services().mainQueue.elapsed() - movesSince_;
   // Fast at first: values follow each other sooner than the needle comes to rest.
   const double left = 1 - std::clamp(elapsed / animationDuration, 0.0, 1.0);
   return target + (angleBefore_ - target) * left * left * left;

@@ -6,7 +6,6 @@
 #include "measuring/repeating_timer.h"
 #include "platform/canvas.h"
 #include "platform/color.h"
-#include "platform/date.h"
 
 namespace veyla {
 
@@ -103,7 +102,8 @@ class WMGaugeView {
   std::string unitOfMeasurement_;
   RepeatingTimer timer_;
   double angleBefore_ = 0;
-  Date movesSince_;
+  /// By the main queue.
+  double movesSince_ = 0;
 };
 
 }  // namespace veyla

@@ -23,7 +23,7 @@ namespace veyla {
 /// The services that a machine offers to the core.
 struct Services {
   Log& log;
-  MainQueue& mainQueue;
+  BoundQueue mainQueue;
   Clock& clock;
   Camera& camera;
   RealFft& realFft;

@@ -11,6 +11,7 @@
 #include "measuring/measurement.h"
 #include "platform/format.h"
 #include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/queue_clock.h"
 #include "platform/linux/recording_source.h"
 
 namespace veyla {
@@ -54,7 +55,8 @@ std::optional<Comparison> compared(std::optional<float> measured, std::optional<
 
 void measure(EvaluatedWindow& window, const ReferencedRecording& recording,
              const EvaluationRequest& request, const Resources& resources) {
-  TimedQueue queue{Date{}};
+  TimedQueue queue;
+  QueueClock clock({}, queue);
   MemoryKeyValueStore store;
   MeasurementRun run({.heartrate = request.heartrate,
                       .spo2 = request.spo2,
@@ -62,7 +64,7 @@ void measure(EvaluatedWindow& window, const ReferencedRecording& recording,
                       .start = window.start,
                       .duration = request.window},
                      openRecording(recording.path),
-                     {.queue = queue, .store = store, .resources = resources});
+                     {.queue = queue, .clock = clock, .store = store, .resources = resources});
   window.report = run.run();
 
   const MeasurementReport& report = window.report;

@@ -5,6 +5,7 @@
 #include "platform/linux/icu_text.h"
 #include "platform/linux/timed_queue.h"
 #include "platform/linux/uuid.h"
+#include "platform/linux/wall_clock.h"
 #include "platform/portable/embedded_resources.h"
 #include "platform/portable/json.h"
 #include "platform/portable/kiss_real_fft.h"
@@ -20,13 +21,14 @@ class HistoryPlatform {
   /// `store` and what else the command has an own service for; all must outlive it.
   template <class... Bindings>
   explicit HistoryPlatform(KeyValueStore& store, Bindings&... others)
-      : platform_(servicesOf(store, others..., queue_, realFft_, resources_, json_, jsonWriter_,
-                             device_, text_, uuids_, display_)) {}
+      : platform_(servicesOf(store, others..., queue_, clock_, realFft_, resources_, json_,
+                             jsonWriter_, device_, text_, uuids_, display_)) {}
 
   ScreenState& display() { return display_; }
 
  private:
-  TimedQueue queue_{TimedQueue::Pace::wall};
+  TimedQueue queue_;
+  WallClock clock_;
   KissRealFft realFft_;
   EmbeddedResources resources_;
   NlohmannJsonParser json_;

@@ -22,6 +22,7 @@
 #include "platform/linux/store_error.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/linux/uuid.h"
+#include "platform/linux/wall_clock.h"
 #include "platform/no_services.h"
 
 namespace veyla {
@@ -98,9 +99,9 @@ class Keeping {
 class Logging {
  public:
   /// Throws `OutputError`.
-  Logging(const std::string& path, const Clock& clock) {
-    if (path.empty()) return;
-    file_.emplace(path, clock);
+  Logging(const MeasureOptions& options, const Clock& clock, const MainQueue& queue) {
+    if (options.logFile.empty()) return;
+    file_.emplace(options.logFile, clock, queue, options.request.start);
     if (file_->failure()) throw OutputError(*file_->failure());
   }
 
@@ -205,13 +206,15 @@ ExitStatus measure(const MeasureOptions& options) {
   const SettingsSource settings(options.settingsFolder, options.request.device);
   Keeping keeping(options);
   TimedQueue queue(options.realtime ? TimedQueue::Pace::wall : TimedQueue::Pace::recording);
-  Logging logging(options.logFile, queue);
+  WallClock clock;
+  Logging logging(options, clock, queue);
   std::unique_ptr<OutputFile> trace;
   if (!options.traceFile.empty()) trace = std::make_unique<OutputFile>(options.traceFile);
   ScreenPictures pictures(options.pictures);
 
   MeasurementRun run(options.request, std::move(source),
                      {.queue = queue,
+                      .clock = clock,
                       .store = keeping.store(),
                       .resources = settings.resources(),
                       .healthStore = keeping.healthStore(),

@@ -55,9 +55,10 @@ MeasurementReport MeasurementRun::run() {
   const CommandDevice device(request_.device);
   const IcuText text;
   LibUuid uuids;
-  const Platform platform(servicesOf(queue, camera, realFft, services_.store, services_.healthStore,
-                                     services_.resources, services_.log, json, jsonWriter, device,
-                                     text, uuids, screenState_, alerts_, screens_));
+  const Platform platform(servicesOf(queue, services_.clock, camera, realFft, services_.store,
+                                     services_.healthStore, services_.resources, services_.log,
+                                     json, jsonWriter, device, text, uuids, screenState_, alerts_,
+                                     screens_));
 
   // What ends the run, and who is told of it.
   MeasurementTally tally(queue);

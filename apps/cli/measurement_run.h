@@ -78,6 +78,8 @@ class MeasurementRun {
  public:
   struct Services {
     TimedQueue& queue;
+    /// Dates what is kept.
+    Clock& clock;
     KeyValueStore& store;
     const Resources& resources;
     HealthStore& healthStore = noHealthStore;

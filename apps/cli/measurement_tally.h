@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "measuring/measurement_observer.h"
-#include "platform/linux/timed_queue.h"
+#include "platform/main_queue.h"
 
 namespace veyla {
 
@@ -33,7 +33,7 @@ class MeasurementTally : public MeasurementObserver {
     const Spo2Figures* spo2Figures = nullptr;
   };
 
-  explicit MeasurementTally(const TimedQueue& queue) : queue_(queue) {}
+  explicit MeasurementTally(const MainQueue& queue) : queue_(queue) {}
 
   /// May be empty.
   std::function<void(const Estimate&)> trace;
@@ -60,7 +60,7 @@ class MeasurementTally : public MeasurementObserver {
  private:
   void count(EstimateCounts& counts, EstimateVerdict verdict);
 
-  const TimedQueue& queue_;
+  const MainQueue& queue_;
   EstimateCounts heartrateEstimates_;
   EstimateCounts spo2Estimates_;
   std::optional<double> firstFrame_;

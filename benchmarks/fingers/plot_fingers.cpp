@@ -12,6 +12,7 @@
 #include "platform/linux/gnuplot_program.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/output_file.h"
+#include "platform/linux/queue_clock.h"
 #include "platform/linux/resource_files.h"
 #include "platform/linux/synthetic_finger.h"
 
@@ -55,11 +56,12 @@ std::optional<float> heartrateOf(const FingerOptions& finger, Form form) {
   } else {
     source = std::make_unique<SyntheticSeries>(finger, seconds, framesPerSecond);
   }
-  TimedQueue queue{Date{}};
+  TimedQueue queue;
+  QueueClock clock({}, queue);
   MemoryKeyValueStore store;
   const EmbeddedResources resources;
   MeasurementRun run({.heartrate = true, .spo2 = false, .duration = seconds}, std::move(source),
-                     {.queue = queue, .store = store, .resources = resources});
+                     {.queue = queue, .clock = clock, .store = store, .resources = resources});
   return run.run().heartrate;
 }
 

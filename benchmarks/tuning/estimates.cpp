@@ -6,6 +6,7 @@
 #include "apps/cli/measurement_run.h"
 #include "platform/format.h"
 #include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/queue_clock.h"
 #include "platform/linux/resource_files.h"
 
 namespace veyla::tuning {
@@ -47,11 +48,12 @@ Estimate strongestOf(const HeartrateResult& result) {
 
 Estimates gatherEstimates(std::unique_ptr<RecordingSource> source, int rawDataSize,
                           double seconds) {
-  TimedQueue queue{Date{}};
+  TimedQueue queue;
+  QueueClock clock({}, queue);
   MemoryKeyValueStore store;
   const GatheringResources resources(rawDataSize);
   MeasurementRun run({.heartrate = true, .spo2 = false, .duration = seconds}, std::move(source),
-                     {.queue = queue, .store = store, .resources = resources});
+                     {.queue = queue, .clock = clock, .store = store, .resources = resources});
   Estimates estimates;
   run.trace = [&](const MeasurementTally::Estimate& traced) {
     if (estimates.perFrame.empty()) estimates.firstCounter = traced.counter;

@@ -28,17 +28,19 @@ void FileLog::Close::operator()(std::FILE* file) const {
   if (file != stderr) std::fclose(file);
 }
 
-FileLog::FileLog(const std::string& path, const Clock& clock)
+FileLog::FileLog(const std::string& path, const Clock& clock, const MainQueue& queue, double start)
     : path_(path == "-" ? "standard error" : path),
       place_(path == "-" ? FilePlace::stream : FilePlace::outputFile),
       clock_(clock),
+      queue_(queue),
+      start_(start),
       file_(path == "-" ? stderr : std::fopen(path.c_str(), "ae")) {
   if (!file_) failure_ = fileProblem(path_, errno, place_);
 }
 
 void FileLog::line(std::string_view text) {
   if (!enabled()) return;
-  std::string line = timeStamp(clock_.now()) + ' ';
+  std::string line = timeStamp(clock_.now()) + formatText(" %.3f ", start_ + queue_.elapsed());
   for (const char c : text) {
     if (c == '\n') {
       line += "\\n";

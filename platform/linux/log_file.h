@@ -11,12 +11,14 @@
 
 namespace veyla {
 
-/// Appends lines to a file, or to standard error where the path is "-". Each begins with the main
-/// clock's time in UTC, is one line whatever its text holds, and is handed to the system at once.
+/// Appends lines to a file, or to standard error where the path is "-". Each begins with the
+/// clock's time in UTC and the second of the recording, is one line whatever its text holds, and is
+/// handed to the system at once.
 class FileLog : public Log {
  public:
-  /// A file that cannot be opened shows in `failure`. `clock` must outlive the log.
-  FileLog(const std::string& path, const Clock& clock);
+  /// The queue begins at second `start` of the recording. A file that cannot be opened shows in
+  /// `failure`. `clock` and `queue` must outlive the log.
+  FileLog(const std::string& path, const Clock& clock, const MainQueue& queue, double start = 0);
 
   /// False once anything has failed.
   bool enabled() const override { return !failure_; }
@@ -33,6 +35,8 @@ class FileLog : public Log {
   std::string path_;
   FilePlace place_;
   const Clock& clock_;
+  const MainQueue& queue_;
+  double start_;
   std::unique_ptr<std::FILE, Close> file_;
   std::optional<std::string> failure_;
 };

@@ -8,13 +8,6 @@ namespace veyla {
 
 namespace {
 
-Date wallNow() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return {std::chrono::duration<double>(now).count()};
-}
-
-constexpr double secondsAheadOfTheWall = 60;
-
 constexpr double nanosecondsPerSecond = 1e9;
 
 std::int64_t nanosecondsOf(double seconds) { return std::llround(seconds * nanosecondsPerSecond); }
@@ -25,18 +18,9 @@ double secondsOf(std::int64_t nanoseconds) {
 
 }  // namespace
 
-TimedQueue::TimedQueue(Pace pace)
-    : pace_(pace), start_(wallNow()), wallStart_(std::chrono::steady_clock::now()) {
-  if (pace_ == Pace::recording) start_.secondsSince1970 -= secondsAheadOfTheWall;
-}
-
-TimedQueue::TimedQueue(Date start) : TimedQueue(Pace::recording) { start_ = start; }
-
 void TimedQueue::after(double seconds, std::function<void()> work) {
   work_.emplace(std::pair(elapsed_ + nanosecondsOf(seconds), handedOver_++), std::move(work));
 }
-
-Date TimedQueue::now() const { return {start_.secondsSince1970 + elapsed()}; }
 
 double TimedQueue::elapsed() const { return secondsOf(elapsed_); }
 
@@ -59,7 +43,6 @@ void TimedQueue::runUntil(std::int64_t end) {
   if (pace_ == Pace::wall) {
     // What came before, such as a question to the user, has not been part of the measurement.
     wallStart_ = std::chrono::steady_clock::now() - std::chrono::nanoseconds(elapsed_);
-    start_.secondsSince1970 = wallNow().secondsSince1970 - elapsed();
   }
   while (!stopped_ && !work_.empty() && work_.begin()->first.first <= end) {
     auto next = work_.extract(work_.begin());

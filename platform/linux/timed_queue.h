@@ -10,25 +10,18 @@
 
 namespace veyla {
 
-/// The main queue and clock of a program: in a recording's own time, which jumps from one piece of
-/// work to the next, or in the wall's.
-///
-/// The wall's clock stands still between runs and keeps the wall's time within them. A recording's
-/// starts a minute earlier: it runs ahead while the recording is measured, and what is stored then,
-/// seldom after more than a minute of it, must not be dated in the future.
-class TimedQueue : public MainQueue, public Clock {
+/// The main queue of a program: in a recording's own time, which jumps from one piece of work to
+/// the next, or at the wall's pace, where it stands still between runs.
+class TimedQueue : public MainQueue {
  public:
   enum class Pace { recording, wall };
 
-  explicit TimedQueue(Pace pace);
-  /// Starts the recording's clock at `start`, for runs that are the same every time.
-  explicit TimedQueue(Date start);
+  explicit TimedQueue(Pace pace = Pace::recording) : pace_(pace) {}
 
   void after(double seconds, std::function<void()> work) override;
-  Date now() const override;
 
   /// Seconds since construction; while work runs, the moment at which that work fell due.
-  double elapsed() const;
+  double elapsed() const override;
 
   /// By how many seconds the work that is running started too late; 0 in a recording's time.
   double lateness() const;
@@ -43,7 +36,6 @@ class TimedQueue : public MainQueue, public Clock {
   void runUntil(std::int64_t end);
 
   Pace pace_;
-  Date start_;
   std::chrono::steady_clock::time_point wallStart_;
   /// Whole nanoseconds, so that moments reached by different sums are the same moment.
   std::int64_t elapsed_ = 0;

@@ -19,6 +19,8 @@ void EventLoop::after(double seconds, std::function<void()> work) {
   if (!running_ && added == work_.begin()) setTimer();
 }
 
+double EventLoop::elapsed() const { return emscripten_get_now() / millisecondsPerSecond; }
+
 Date EventLoop::now() const { return {emscripten_date_now() / millisecondsPerSecond}; }
 
 void EventLoop::setTimer() {

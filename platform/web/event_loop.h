@@ -16,6 +16,8 @@ namespace veyla {
 class EventLoop : public MainQueue, public Clock {
  public:
   void after(double seconds, std::function<void()> work) override;
+  /// Since the page was opened.
+  double elapsed() const override;
   Date now() const override;
 
  private:

@@ -94,7 +94,65 @@ TEST_F(MeasureTest, EveryFinishedMeasurementIsKept) {
     EXPECT_NEAR(entry.spo2, report["spo2"].get<double>(), 1e-4);
     EXPECT_FALSE(entry.damaged);
   }
-  EXPECT_LE(entries[0].date.secondsSince1970, entries[1].date.secondsSince1970 + 30);
+}
+
+/// The date at the front of `text`, in UTC to the second.
+double dateIn(const std::string& text) {
+  std::tm date{};
+  EXPECT_TRUE(strptime(text.c_str(), text[10] == 'T' ? "%Y-%m-%dT%T" : "%Y-%m-%d %T", &date));
+  return static_cast<double>(timegm(&date));
+}
+
+TEST_F(MeasureTest, WhatIsKeptBearsTheDateAtWhichItsMeasurementEnded) {
+  for (const char* value : {"heartrate", "spo2"}) {
+    ASSERT_EQ(run({"health", "allow", value, "--data", file("data")}).status, 0);
+  }
+  // A finger that comes after two minutes and a half.
+  ASSERT_EQ(run({"synth", file("finger.csv"), "--seconds", "40"}).status, 0);
+  std::string late = "time,R,G,B\n";
+  for (int time = 0; time < 150000; time += 50) late += std::to_string(time) + ",90,60,30\n";
+  const auto finger = linesOf(contentsOf(file("finger.csv")));
+  for (std::size_t i = 1; i < finger.size(); ++i) {
+    const std::size_t comma = finger[i].find(',');
+    late += std::to_string(150000 + std::stod(finger[i])) + finger[i].substr(comma) + '\n';
+  }
+  write("late.csv", late);
+
+  const auto now = [] { return static_cast<double>(time(nullptr)); };
+  std::vector<std::pair<double, double>> spans;
+  for (const char* input : {"finger.csv", "late.csv", "finger.csv", "finger.csv"}) {
+    const double begin = now();
+    const Result measured =
+        run({"measure", file(input), "--data", file("data"), "--json", "--log", file("log")});
+    ASSERT_EQ(measured.status, 0) << measured.out << measured.error;
+    if (spans.size() == 1) {
+      EXPECT_GT(Json::parse(measured.out)["seconds"], 160);
+    }
+    spans.emplace_back(begin, now());
+  }
+
+  const auto entries = historyIn(file("data"));
+  const auto rows = linesOf(run({"history", "export", "-o", "-", "--data", file("data")}).out);
+  const auto records = linesOf(run({"health", "export", "-o", "-", "--data", file("data")}).out);
+  ASSERT_EQ(entries.size(), spans.size());
+  ASSERT_EQ(rows.size(), 1 + spans.size());
+  ASSERT_EQ(records.size(), 2 * spans.size());
+  for (std::size_t i = 0; i < spans.size(); ++i) {
+    SCOPED_TRACE(i);
+    const auto expectWithin = [&](double date) {
+      EXPECT_GE(date, spans[i].first);
+      EXPECT_LE(date, spans[i].second);
+    };
+    expectWithin(dateIn(rows[rows.size() - 1 - i]));
+    for (const std::size_t record : {2 * i, 2 * i + 1}) {
+      expectWithin(dateIn(Json::parse(records[record])["effectiveDateTime"]));
+    }
+    EXPECT_TRUE(i == 0 || entries[i - 1].date < entries[i].date);
+  }
+  for (const std::string& line : linesOf(contentsOf(file("log")))) {
+    ASSERT_GE(dateIn(line), spans.front().first);
+    ASSERT_LE(dateIn(line), spans.back().second);
+  }
 }
 
 TEST_F(MeasureTest, WhatEndsEarlyIsToldAndNotKept) {
@@ -143,7 +201,7 @@ TEST_F(MeasureTest, TraceAndLogTellEveryEstimate) {
     }
   }
   const std::string log = contentsOf(file("log"));
-  for (const char* line : {"Z Tapped Begin\n", "Z Done HR\n", "Z Done Both\n"}) {
+  for (const char* line : {"Z 0.020 Tapped Begin\n", " Done HR\n", " Done Both\n"}) {
     EXPECT_THAT(log, HasSubstr(line));
   }
 }

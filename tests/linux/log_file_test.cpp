@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/linux/queue_clock.h"
 #include "platform/linux/timed_queue.h"
 #include "platform/linux/uuid.h"
 #include "tests/linux/scratch.h"
@@ -10,21 +11,26 @@
 namespace veyla {
 namespace {
 
-TEST(FileLogTest, EveryEventIsOneLineAtTheMainClocksTime) {
+TEST(FileLogTest, EveryEventIsOneLineWithTheTimeAndTheSecondOfTheRecording) {
   const ScratchFolder folder;
   const auto file = folder.path() / "log";
-  TimedQueue queue(Date{1709647620.5});
-  FileLog(file, queue).line("first");
-  FileLog log(file, queue);
-  queue.runFor(1.25);
+  TimedQueue queue;
+  TimedQueue wall;
+  QueueClock clock(Date{1709647620.5}, wall);
+  FileLog(file, clock, queue).line("first");
+  FileLog log(file, clock, queue, 20);
+  wall.runFor(1.25);
+  queue.runFor(3);
   log.line("second\nhalf");
   EXPECT_EQ(contentsOf(file),
-            "2024-03-05T14:07:00.500Z first\n2024-03-05T14:07:01.750Z second\\nhalf\n");
+            "2024-03-05T14:07:00.500Z 0.000 first\n"
+            "2024-03-05T14:07:01.750Z 23.000 second\\nhalf\n");
 }
 
 TEST(FileLogTest, AFailureIsRememberedAndEndsTheLog) {
-  const TimedQueue queue(Date{0});
-  FileLog full("/dev/full", queue);
+  const TimedQueue queue;
+  const QueueClock clock({}, queue);
+  FileLog full("/dev/full", clock, queue);
   EXPECT_TRUE(full.enabled());
   full.line("lost");
   full.line("lost too");
@@ -33,7 +39,7 @@ TEST(FileLogTest, AFailureIsRememberedAndEndsTheLog) {
       full.failure().value_or(""),
       testing::StartsWith("/dev/full: the disk is full; make room or choose another folder"));
   const ScratchFolder folder;
-  EXPECT_THAT(FileLog(folder.path(), queue).failure().value_or(""),
+  EXPECT_THAT(FileLog(folder.path(), clock, queue).failure().value_or(""),
               testing::HasSubstr(": a folder; name a file in it"));
 }
 

@@ -79,7 +79,7 @@ class RecordingCameraTest : public testing::Test, public SampleBufferDelegate {
   }
   void captureOutput(DroppedSample) override { ++drops_; }
 
-  TimedQueue queue_{Date{0}};
+  TimedQueue queue_;
   std::optional<RecordingCamera> camera_;
   std::shared_ptr<CaptureSession> session_;
   std::function<void()> onFrame_;
@@ -157,7 +157,7 @@ TEST_F(RecordingCameraTest, ASpanBeginsAndEndsWhereItIsTold) {
 
 TEST_F(RecordingCameraTest, WorkHandedOverAtTheStartComesBeforeTheFrameOfItsMoment) {
   for (const double startedAt : {0.0, 0.02, 0.1, 1.7, 1234.56789}) {
-    TimedQueue queue(Date{0});
+    TimedQueue queue;
     RecordingCamera camera(std::make_unique<ScriptedSource>(evenTimes(60, 15)), queue);
     session_ = camera.makeSession();
     auto output = std::make_shared<VideoDataOutput>();

@@ -18,11 +18,12 @@ struct Shown {
 
 Shown shown(const char* locale, const char* zone, Date date, Date now) {
   TestPlatform scripted;
-  TimedQueue clock(now);
+  TimedQueue queue;
+  QueueClock clock(now, queue);
   const IcuText text(locale, zone);
   Services services = Platform::current().services();
   const Platform platform({services.log,
-                           clock,
+                           queue,
                            clock,
                            services.camera,
                            services.realFft,

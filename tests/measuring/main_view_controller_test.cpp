@@ -322,7 +322,7 @@ TEST_F(MainViewControllerTest, TheEndKeepsFirstTheFirstValueThenTheSecondThenThe
   const auto entries = Utils::getValues();
   ASSERT_THAT(*entries, SizeIs(1));
   EXPECT_EQ(entries->front(),
-            (HistoryEntry{70.3125, 97, platform_.time.now(), Labels{}, std::nullopt}));
+            (HistoryEntry{70.3125, 97, platform_.date.now(), Labels{}, std::nullopt}));
   EXPECT_THAT(platform_.log.lines, AllOf(Contains("Done HR"), Contains("Done Both")));
   EXPECT_EQ(platform_.camera.device->torchState, 0);
 }

@@ -60,6 +60,20 @@ TEST(PlatformTest, SharedInstancesMayUseEachOtherAndThePlatformWhileTheyGo) {
   EXPECT_EQ(Partner<0>::home || Partner<1>::home || Partner<2>::home, false);
 }
 
+TEST(PlatformTest, AQueueThatGoesOnRunsNothingOfAPlatformThatHasGone) {
+  TestPlatform outer;
+  std::string ran;
+  services().mainQueue.after(2, [&] { ran += 'o'; });
+  {
+    const Platform inner(services());
+    services().mainQueue.after(1, [&] { ran += 'i'; });
+    services().mainQueue.after(3, [&] { ran += 'x'; });
+    outer.time.runFor(1);
+  }
+  outer.time.run();
+  EXPECT_EQ(ran, "io");
+}
+
 TEST(FormatTest, TextsMayBeLong) {
   EXPECT_EQ(formatText("%.0f%%", 97.5), "98%");
   EXPECT_EQ(formatText("%s!", std::string(5000, 'a').c_str()).size(), 5001U);

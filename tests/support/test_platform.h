@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/queue_clock.h"
 #include "platform/linux/timed_queue.h"
 #include "platform/portable/json.h"
 #include "platform/services_of.h"
@@ -75,14 +76,15 @@ class TestPlatform {
 
   /// Moves the clock on to a moment that is not before now.
   void moveTo(Date moment) {
-    time.after(moment.secondsSince1970 - time.now().secondsSince1970, [] {});
+    time.after(moment.secondsSince1970 - date.now().secondsSince1970, [] {});
     time.run();
   }
 
   Journal journal;
   RecorderLog log;
-  TimedQueue time{start};
-  TickingClock clock{time};
+  TimedQueue time;
+  QueueClock date{start, time};
+  TickingClock clock{date};
   ScriptedCamera camera{journal};
   TestFft fft;
   MemoryStore store{journal};
@@ -97,8 +99,7 @@ class TestPlatform {
   RecorderSharing sharing{journal};
 
  private:
-  // The clock before the queue, which is one, too.
-  Platform platform_{servicesOf(log, clock, time, camera, fft, store, health, resources, jsonWriter,
+  Platform platform_{servicesOf(log, time, clock, camera, fft, store, health, resources, jsonWriter,
                                 device, text, display, alerts, screens, sharing)};
 };
 
