@@ -113,7 +113,7 @@ struct CaptureDeviceInput {
 /// What a session delivers its frames to, and how.
 struct VideoDataOutput {
   /// A running session delivers as many, whatever the camera's own rate is: rates are measured by
-  /// counting frames.
+  /// counting frames. What takes the place of one that does not come, `FrameTicks` tells.
   static constexpr int framesPerSecond = 15;
 
   bool alwaysDiscardsLateVideoFrames = false;

@@ -52,7 +52,7 @@ class WebApp {
   // The camera's frames.
 
   emscripten::val frameBuffer(int width, int height) { return camera_.frameBuffer(width, height); }
-  void takeFrame(double time, int missed) { camera_.takeFrame(time, missed); }
+  void takeFrame(double time) { camera_.takeFrame(time); }
   void torchRefused();
   /// The camera was taken away; what it measured ends.
   void cameraLost();

@@ -12,6 +12,7 @@
 #include "apps/cli/measurement_run.h"
 #include "apps/cli/parallel.h"
 #include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/queue_clock.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/portable/embedded_resources.h"
 
@@ -138,13 +139,14 @@ double slowRate(unsigned seed) { return 20 + seed % 21; }
 double rightRate(unsigned seed) { return 45 + seed % 156; }
 
 MeasurementReport measured(std::unique_ptr<RecordingSource> source) {
-  TimedQueue queue{Date{}};
+  TimedQueue queue;
+  QueueClock clock({}, queue);
   MemoryKeyValueStore store;
   const EmbeddedResources resources;
   MeasurementRequest request;
   request.spo2 = false;
   MeasurementRun run(request, std::move(source),
-                     {.queue = queue, .store = store, .resources = resources});
+                     {.queue = queue, .clock = clock, .store = store, .resources = resources});
   return run.run();
 }
 

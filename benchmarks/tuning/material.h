@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "benchmarks/tuning/estimates.h"
-#include "platform/linux/recording_camera.h"
+#include "platform/capture.h"
 
 // What the settings are judged on: windows of recordings with references, and generated fingers.
 
 namespace veyla::tuning {
 
-inline constexpr int framesPerSecond = RecordingCamera::framesPerSecond;
+inline constexpr int framesPerSecond = VideoDataOutput::framesPerSecond;
 /// Of a window: 2 s of countdown, then at most 40 s.
 inline constexpr int windowSeconds = 42;
 inline constexpr int windowFrames = windowSeconds * framesPerSecond;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/portable/frame_ticks.h"
+
 namespace veyla {
 
 namespace {
@@ -12,7 +14,7 @@ namespace {
 constexpr double timestampTolerance = 0.001 + 1e-6;
 
 constexpr double secondsOf(std::int64_t ticks) {
-  return static_cast<double>(ticks) / RecordingCamera::framesPerSecond;
+  return static_cast<double>(ticks) / VideoDataOutput::framesPerSecond;
 }
 
 }  // namespace
@@ -26,22 +28,24 @@ class RecordingCamera::Playback {
   const RecordingSource& source() const { return *source_; }
   void setOnEnd(std::function<void()> onEnd) { onEnd_ = std::move(onEnd); }
 
-  /// Goes on to the newest frame at or before the next tick; false when the recording has ended.
-  bool advanceToNextTick() {
+  /// Goes on to the newest frame at or before the next tick, but for a late one; nothing when the
+  /// recording has ended.
+  std::optional<FrameTicks::Tick> nextTick(bool isLate) {
     const std::int64_t tick = nextTick_++;
-    if (span_.duration && secondsOf(tick) >= *span_.duration) return false;
+    if (span_.duration && secondsOf(tick) >= *span_.duration) return std::nullopt;
     const double time = span_.start + secondsOf(tick);
-    for (auto next = source_->nextTime(); next && *next <= time + timestampTolerance;
+    bool frameCame = false;
+    for (auto next = source_->nextTime(); !isLate && next && *next <= time + timestampTolerance;
          next = source_->nextTime()) {
-      hasFrame_ = source_->advance() || hasFrame_;
+      frameCame = source_->advance() || frameCame;
     }
-    return source_->nextTime() || (hasFrame_ && time <= source_->time() + timestampTolerance);
+    hasFrame_ = hasFrame_ || frameCame;
+    const bool goesOn =
+        source_->nextTime() || (hasFrame_ && time <= source_->time() + timestampTolerance);
+    return goesOn ? std::optional(ticks_.next(frameCame)) : std::nullopt;
   }
 
-  void deliver(SampleBufferDelegate& delegate) {
-    if (hasFrame_) source_->deliver(delegate);
-  }
-  bool hasFrame() const { return hasFrame_; }
+  void deliver(SampleBufferDelegate& delegate) { source_->deliver(delegate); }
 
   void end() {
     if (std::exchange(ended_, true)) return;
@@ -54,6 +58,7 @@ class RecordingCamera::Playback {
   RecordingSpan span_;
   std::function<void()> onEnd_;
   std::int64_t nextTick_ = 0;
+  FrameTicks ticks_;
   bool hasFrame_ = false;
   bool ended_ = false;
 };
@@ -113,17 +118,18 @@ class RecordingCamera::Session : public CaptureSession,
 
   void tick() {
     if (playback_->ended()) return;
-    if (!playback_->advanceToNextTick()) {
+    const auto output = outputs_.empty() ? nullptr : outputs_.front();
+    const bool isLate =
+        output && output->alwaysDiscardsLateVideoFrames && queue_.lateness() > secondsOf(1);
+    const auto tick = playback_->nextTick(isLate);
+    if (!tick) {
       playback_->end();
       return;
     }
-    if (!playback_->hasFrame() || outputs_.empty()) return;
-    const auto output = outputs_.front();
-    if (!output->sampleBufferDelegate) return;
-    if (output->alwaysDiscardsLateVideoFrames && queue_.lateness() > secondsOf(1)) {
+    if (!output || !output->sampleBufferDelegate) return;
+    if (tick == FrameTicks::Tick::delivered) playback_->deliver(*output->sampleBufferDelegate);
+    if (tick == FrameTicks::Tick::dropped) {
       output->sampleBufferDelegate->captureOutput(DroppedSample{});
-    } else {
-      playback_->deliver(*output->sampleBufferDelegate);
     }
   }
 
@@ -153,7 +159,7 @@ CameraAuthorization RecordingCamera::authorizationStatus() const {
 }
 
 void RecordingCamera::requestAccess(std::function<void(bool granted)> completion) {
-  queue_.after(0, [completion = std::move(completion)] { completion(true); });
+  completion(true);
 }
 
 std::optional<std::vector<std::shared_ptr<CaptureDevice>>> RecordingCamera::discoverBackDevices() {

@@ -78,13 +78,13 @@ struct RecordingSpan {
 ///
 /// While a session runs, tick k falls due k/15 s after its start and delivers the newest frame at
 /// or before that time of the recording to the session's output, on the queue. A tick before the
-/// first frame delivers nothing; a gap in the recording repeats the frame before it, so that the
-/// count of frames keeps time. A session that is stopped and started again, or another one, goes on
-/// where the recording stands.
+/// first frame delivers nothing; what becomes of a gap in the recording, `FrameTicks` tells. A
+/// session that is stopped and started again, or another one, goes on where the recording stands.
+///
+/// At the wall's pace, an output that discards late frames never gets the frame of a tick that has
+/// its turn more than 1/15 s late: to that tick no frame came, as to a phone too busy to take it.
 class RecordingCamera : public Camera {
  public:
-  static constexpr int framesPerSecond = 15;
-
   /// `queue` must outlive the camera. A source's `InputError` leaves through the queue's `run`.
   RecordingCamera(std::unique_ptr<RecordingSource> source, TimedQueue& queue,
                   RecordingSpan span = {});

@@ -15,8 +15,7 @@ class InputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Seconds. Players wait a step out with the frame before it repeated, and no camera pauses longer
-/// while it films: a longer step is a mistake in the times.
+/// Seconds. No camera pauses longer while it films: a longer step is a mistake in the times.
 constexpr double longestStepBetweenFrames = 10;
 
 /// A recording as a sequence of frames in its own time, none of them more than

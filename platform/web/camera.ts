@@ -8,8 +8,8 @@ export interface CameraListener {
   settle(pending: number, answer: number): void;
   /** Room for the pixels of one frame, red, green, blue and alpha. */
   frameBuffer(width: number, height: number): Uint8Array;
-  /** Seconds of the video's own time, and how many frames nobody took since the last one. */
-  takeFrame(time: number, missed: number): void;
+  /** Seconds of the video's own time. */
+  takeFrame(time: number): void;
   torchRefused(): void;
   /** The camera that is in use gives no more pictures. */
   lost(): void;
@@ -66,7 +66,6 @@ export class TrackCamera {
   private playing = false;
   private awaited: number | undefined;
   private last: { readonly mediaTime: number; readonly taken: number } | undefined;
-  private presented = 0;
   /** Of the recording so far. */
   private seconds = 0;
   private torchRefusedBy: MediaStreamTrack | undefined;
@@ -309,9 +308,7 @@ export class TrackCamera {
         mediaTime > this.last.mediaTime ? mediaTime - this.last.mediaTime : taken - this.last.taken;
       this.seconds += Math.max(0, step);
     }
-    const missed = this.last ? frame.presentedFrames - this.presented - 1 : 0;
     this.last = { mediaTime, taken };
-    this.presented = frame.presentedFrames;
 
     const scale = Math.min(1, widestReading / frame.width);
     const width = Math.round(frame.width * scale);
@@ -326,7 +323,7 @@ export class TrackCamera {
     this.listener
       .frameBuffer(width, height)
       .set(this.pixels.getImageData(0, 0, width, height).data);
-    this.listener.takeFrame(this.seconds, Math.max(0, missed));
+    this.listener.takeFrame(this.seconds);
     this.listener.frameTaken(performance.now() - start);
   }
 }

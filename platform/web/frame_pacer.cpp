@@ -12,30 +12,19 @@ constexpr double phase = 1.0 / 60;
 
 }  // namespace
 
-void FramePacer::restart() {
-  first_.reset();
-  nextTick_ = 0;
-  heldIsNew_ = false;
-}
-
-FramePacer::Due FramePacer::frameAt(double time, int missed) {
-  if (!first_) {
-    first_ = time;
-    heldIsNew_ = true;
-    return {};
-  }
+FramePacer::Due FramePacer::frameAt(double time) {
+  if (!first_) first_ = time;
   Due due;
-  while (secondsOfTick(nextTick_) < time) {
-    ++nextTick_;
-    ++due.delivered;
-    if (!std::exchange(heldIsNew_, false) && missed > 0) ++due.dropped;
+  for (; secondsOfTick(nextTick_) < time; ++nextTick_) {
+    const auto tick = ticks_.next(std::exchange(heldIsNew_, false));
+    ++(tick == FrameTicks::Tick::delivered ? due.delivered : due.dropped);
   }
   heldIsNew_ = true;
   return due;
 }
 
 double FramePacer::secondsOfTick(std::int64_t tick) const {
-  return *first_ + phase + static_cast<double>(tick) / framesPerSecond;
+  return *first_ + phase + static_cast<double>(tick) / VideoDataOutput::framesPerSecond;
 }
 
 }  // namespace veyla

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <optional>
 
+#include "platform/portable/frame_ticks.h"
+
 namespace veyla {
 
 /// Makes 15 frames a second of a camera's, by the times at which the camera took them.
@@ -11,25 +13,22 @@ namespace veyla {
 /// when the next one has come: until then its taker holds it.
 class FramePacer {
  public:
-  static constexpr int framesPerSecond = 15;
-
-  /// What becomes of the held frame when the next one comes, in this order.
+  /// What the ticks since the last frame come to, in this order.
   struct Due {
-    /// Ticks that take the held frame. More than one where there is no other: the count of frames
-    /// keeps time, and rates are measured by it.
+    /// Those that take the held frame.
     int delivered = 0;
-    /// Those among them whose own frames came while nobody was there to take them.
+    /// Those that take none.
     int dropped = 0;
 
     bool operator==(const Due&) const = default;
   };
 
   /// Begins anew: the next frame is the first.
-  void restart();
+  void restart() { *this = {}; }
 
-  /// The camera's next frame, `missed` frames after the last one that was taken. `time` is in
-  /// seconds of the camera's own time; one that does not go on makes nothing due.
-  Due frameAt(double time, int missed);
+  /// The camera's next frame. `time` is in seconds of the camera's own time; one that does not go
+  /// on makes nothing due.
+  Due frameAt(double time);
 
  private:
   double secondsOfTick(std::int64_t tick) const;
@@ -37,6 +36,7 @@ class FramePacer {
   std::optional<double> first_;
   std::int64_t nextTick_ = 0;
   bool heldIsNew_ = false;
+  FrameTicks ticks_;
 };
 
 }  // namespace veyla

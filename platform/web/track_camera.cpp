@@ -216,19 +216,20 @@ val TrackCamera::frameBuffer(int width, int height) {
   return val(emscripten::typed_memory_view(taken_.size(), taken_.data()));
 }
 
-void TrackCamera::takeFrame(double time, int missed) {
+void TrackCamera::takeFrame(double time) {
   if (taken_.empty()) return;
-  const auto due = pacer_.frameAt(time, missed);
-  for (int i = 0; i < due.delivered; ++i) {
+  const auto due = pacer_.frameAt(time);
+  for (int i = 0; i < due.delivered + due.dropped; ++i) {
     // A frame can end the measurement.
     if (!running_ || running_->outputs().empty()) return;
-    const auto output = running_->outputs().front();
-    if (!output->sampleBufferDelegate) return;
-    if (output->alwaysDiscardsLateVideoFrames && i >= due.delivered - due.dropped) {
-      output->sampleBufferDelegate->captureOutput(DroppedSample{});
+    SampleBufferDelegate* delegate = running_->outputs().front()->sampleBufferDelegate;
+    if (!delegate) return;
+    if (i < due.delivered) {
+      HeldPixels pixels(held_.data());
+      delegate->captureOutput(pixels);
+    } else {
+      delegate->captureOutput(DroppedSample{});
     }
-    HeldPixels pixels(held_.data());
-    output->sampleBufferDelegate->captureOutput(pixels);
   }
   scaler_.scale(taken_, width_, height_, held_);
 }

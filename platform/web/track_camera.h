@@ -52,8 +52,8 @@ class TrackCamera : public Camera {
 
   /// Room for a frame's pixels, red, green, blue and alpha, to be filled before `takeFrame`.
   emscripten::val frameBuffer(int width, int height);
-  /// The pixels in the buffer were taken at `time`, `missed` frames after the last ones.
-  void takeFrame(double time, int missed);
+  /// The pixels in the buffer were taken at `time`.
+  void takeFrame(double time);
 
  private:
   class Device;

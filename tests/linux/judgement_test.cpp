@@ -6,6 +6,7 @@
 #include "apps/cli/measurement_run.h"
 #include "platform/format.h"
 #include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/queue_clock.h"
 #include "platform/linux/recording_source.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/portable/embedded_resources.h"
@@ -21,14 +22,15 @@ struct Left {
 };
 
 Left measured(const std::string& path, double start, bool isJudged) {
-  TimedQueue queue{Date{}};
+  TimedQueue queue;
+  QueueClock clock({}, queue);
   MemoryKeyValueStore store;
   const EmbeddedResources resources;
   MeasurementRequest request;
   request.start = start;
   request.duration = 42;
   MeasurementRun run(request, openRecording(path),
-                     {.queue = queue, .store = store, .resources = resources});
+                     {.queue = queue, .clock = clock, .store = store, .resources = resources});
   run.isJudged = isJudged;
   Left left;
   run.trace = [&](const MeasurementTally::Estimate& estimate) {

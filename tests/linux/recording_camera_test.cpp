@@ -8,6 +8,8 @@
 #include <functional>
 #include <thread>
 
+#include "platform/web/frame_pacer.h"
+
 namespace veyla {
 namespace {
 
@@ -75,9 +77,10 @@ class RecordingCameraTest : public testing::Test, public SampleBufferDelegate {
   void captureOutput(const FrameSample& didOutputSample) override {
     frames_.push_back(static_cast<int>(didOutputSample.red));
     deliveredAt_.push_back(queue_.elapsed());
+    ticks_ += 'f';
     if (onFrame_) onFrame_();
   }
-  void captureOutput(DroppedSample) override { ++drops_; }
+  void captureOutput(DroppedSample) override { ticks_ += 'd'; }
 
   TimedQueue queue_;
   std::optional<RecordingCamera> camera_;
@@ -86,7 +89,8 @@ class RecordingCameraTest : public testing::Test, public SampleBufferDelegate {
   std::vector<int> frames_;
   std::vector<double> deliveredAt_;
   std::vector<double> ends_;
-  int drops_ = 0;
+  /// What each tick came to: a frame or a drop.
+  std::string ticks_;
 };
 
 TEST_F(RecordingCameraTest, EveryRateBecomesFifteenFramesASecondOfTheNewestFrames) {
@@ -130,6 +134,34 @@ TEST_F(RecordingCameraTest, GapsRepeatTheNewestFrameAndUnevenTimesKeepTheCount) 
   playAll();
   // Ticks at 0, 0.067, 0.133, 0.2, 0.267, 0.333, 0.4.
   EXPECT_THAT(frames_, ElementsAre(0, 2, 2, 2, 2, 4, 5));
+}
+
+TEST_F(RecordingCameraTest, AStallIsFilledForThreeTenthsOfASecondAndThenDroppedAsInTheBrowser) {
+  struct Case {
+    double stall;
+    int drops;
+  };
+  for (const auto& [stall, drops] : std::vector<Case>{{0.2, 0}, {1, 10}, {3, 40}}) {
+    SCOPED_TRACE(stall);
+    std::vector<double> times = evenTimes(151, 30);
+    for (const double time : evenTimes(151, 30)) times.push_back(times[150] + stall + time);
+    ticks_.clear();
+    open(times);
+    playAll();
+
+    std::string pushed;
+    FramePacer pacer;
+    for (const double time : times) {
+      const auto due = pacer.frameAt(time);
+      pushed.append(static_cast<std::size_t>(due.delivered), 'f');
+      pushed.append(static_cast<std::size_t>(due.dropped), 'd');
+    }
+    // The last frame is still held.
+    EXPECT_EQ(pushed + 'f', ticks_);
+    EXPECT_EQ(ticks_.size(), static_cast<std::size_t>(std::lround((10 + stall) * 15) + 1));
+    EXPECT_EQ(std::count(ticks_.begin(), ticks_.end(), 'd'), drops);
+    EXPECT_EQ(ticks_.find('d'), drops > 0 ? 75 + 1 + 4 : std::string::npos);
+  }
 }
 
 TEST_F(RecordingCameraTest, TicksBeforeTheFirstFrameDeliverNothing) {
@@ -206,7 +238,7 @@ TEST_F(RecordingCameraTest, ARestartedSessionTicksOnceAtATime) {
   EXPECT_NEAR(deliveredAt_[17] - deliveredAt_[16], 1.0 / 15, 1e-9);
 }
 
-TEST_F(RecordingCameraTest, InTheWallsTimeFramesThatAreTooLateAreDropped) {
+TEST_F(RecordingCameraTest, AtTheWallsPaceTheFramesOfLateTicksDoNotCome) {
   TimedQueue queue(TimedQueue::Pace::wall);
   RecordingCamera camera(std::make_unique<ScriptedSource>(evenTimes(15, 15)), queue);
   session_ = camera.makeSession();
@@ -215,13 +247,14 @@ TEST_F(RecordingCameraTest, InTheWallsTimeFramesThatAreTooLateAreDropped) {
   output->sampleBufferDelegate = this;
   session_->addOutput(output);
   onFrame_ = [this] {
-    if (frames_.size() == 2) std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    if (frames_.size() == 1) std::this_thread::sleep_for(std::chrono::milliseconds(600));
   };
   session_->startRunning();
   queue.run();
-  // Behind the frame that took 0.3 s, three come more than 1/15 s late.
-  EXPECT_GE(drops_, 3);
-  EXPECT_EQ(frames_.size() + static_cast<std::size_t>(drops_), 15U);
+  // Behind the frame that took 0.6 s, seven ticks come more than 1/15 s late.
+  EXPECT_THAT(ticks_, testing::StartsWith("fffffddd"));
+  EXPECT_EQ(std::count(frames_.begin(), frames_.end(), 0), 5);
+  EXPECT_EQ(ticks_.size(), 15U);
 }
 
 TEST_F(RecordingCameraTest, TheDeviceTakesEverySettingAndRemembersIt) {

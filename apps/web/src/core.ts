@@ -126,7 +126,7 @@ export interface WebApp {
   settle(pending: number, answer: number): void;
 
   frameBuffer(width: number, height: number): Uint8Array;
-  takeFrame(time: number, missed: number): void;
+  takeFrame(time: number): void;
   torchRefused(): void;
   cameraLost(): void;
 

@@ -61,8 +61,8 @@ async function start(): Promise<void> {
       alerts.note = undefined;
     },
     frameBuffer: (width, height) => core().frameBuffer(width, height),
-    takeFrame(time, missed) {
-      core().takeFrame(time, missed);
+    takeFrame(time) {
+      core().takeFrame(time);
     },
     torchRefused() {
       core().torchRefused();

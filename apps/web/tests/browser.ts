@@ -61,6 +61,8 @@ interface FramesTaken {
   readonly seconds: number;
   /** Seconds without a new one, on a machine too busy for a generated camera. */
   readonly stalled: number;
+  /** From a frame to the next, where more ticks lie between them than are filled, in seconds. */
+  readonly gaps: readonly number[];
 }
 
 export interface Place {
@@ -110,12 +112,12 @@ export class Visit {
   }
 
   /** The report that the end of a recording logs. */
-  async report(): Promise<{ frames: number; framedrops: number; fps: number }> {
-    const pattern = /^seconds: [\d.]+, frames ([1-9]\d*), framedrops (\d+), fps: ([\d.]+)$/;
+  async report(): Promise<{ seconds: number; frames: number; framedrops: number }> {
+    const pattern = /^seconds: ([\d.]+), frames ([1-9]\d*), framedrops (\d+), fps: [\d.]+$/;
     await expect.poll(() => this.log.some((line) => pattern.test(line))).toBe(true);
     const found = this.log.map((line) => pattern.exec(line)).findLast((match) => match !== null);
-    const [frames = 0, framedrops = 0, fps = 0] = (found ?? []).slice(1).map(Number);
-    return { frames, framedrops, fps };
+    const [seconds = 0, frames = 0, framedrops = 0] = (found ?? []).slice(1).map(Number);
+    return { seconds, frames, framedrops };
   }
 
   /** Measures to the end and tells how often: a stalled camera's finger is measured once more. */
@@ -285,7 +287,7 @@ function addTorch(kind: true | "refused" | "listed"): void {
 
 /** Counts the frames that are measured, by the line that is logged for each. */
 function countFrames(videoTime: "runs" | "stands"): void {
-  const taken = { handed: 0, frames: 0, seconds: 0, stalled: 0 };
+  const taken = { handed: 0, frames: 0, seconds: 0, stalled: 0, gaps: [] as number[] };
   Object.assign(window, { taken });
   const info = console.info.bind(console);
   console.info = (line: string): void => {
@@ -305,6 +307,7 @@ function countFrames(videoTime: "runs" | "stands"): void {
       const gap = seconds - taken.seconds;
       // A longer one is the time between two recordings.
       if (gap > 0.1 && gap < 1) taken.stalled += gap;
+      if (gap > 5 / 15 && taken.handed > 0) taken.gaps.push(gap);
       taken.seconds = seconds;
       ++taken.handed;
       callback(now, videoTime === "runs" ? frame : { ...frame, mediaTime: 0 });
