@@ -23,6 +23,15 @@ Integer saturated(double value) {
 
 }  // namespace
 
+Value::Value(Array elements) : held_(std::move(elements)) {}
+Value::Value(Dictionary entries) : held_(std::move(entries)) {}
+Value::Value(const Value&) = default;
+Value::Value(Value&&) noexcept = default;
+Value& Value::operator=(const Value&) = default;
+Value& Value::operator=(Value&&) noexcept = default;
+Value::~Value() = default;
+bool Value::operator==(const Value&) const = default;
+
 bool Value::isNumber() const {
   return std::holds_alternative<std::int64_t>(held_) || std::holds_alternative<float>(held_) ||
          std::holds_alternative<double>(held_);

@@ -31,8 +31,15 @@ class Value {
   Value(const char* text) : held_(std::string(text)) {}
   Value(std::string text) : held_(std::move(text)) {}
   Value(Date date) : held_(date) {}
-  Value(Array elements) : held_(std::move(elements)) {}
-  Value(Dictionary entries) : held_(std::move(entries)) {}
+  Value(Array elements);
+  Value(Dictionary entries);
+
+  // Out of line: what copying and dropping nine alternatives costs to compile is paid once.
+  Value(const Value&);
+  Value(Value&&) noexcept;
+  Value& operator=(const Value&);
+  Value& operator=(Value&&) noexcept;
+  ~Value();
 
   bool isNull() const { return std::holds_alternative<std::monostate>(held_); }
   bool isNumber() const;
@@ -61,7 +68,7 @@ class Value {
     return std::visit(std::forward<Visitor>(visitor), held_);
   }
 
-  bool operator==(const Value&) const = default;
+  bool operator==(const Value&) const;
 
  private:
   std::variant<std::monostate, bool, std::int64_t, float, double, std::string, Date, Array,

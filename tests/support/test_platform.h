@@ -69,16 +69,15 @@ class TickingClock : public Clock {
 /// test that makes one gets fresh shared instances.
 class TestPlatform {
  public:
-  TestPlatform() = default;
-  explicit TestPlatform(const std::string& hardwareModel) { device.model = hardwareModel; }
+  // Out of line: what the parts' virtual functions cost to compile is paid once.
+  TestPlatform();
+  explicit TestPlatform(const std::string& hardwareModel);
+  ~TestPlatform();
 
   static constexpr Date start{1'700'000'000};
 
   /// Moves the clock on to a moment that is not before now.
-  void moveTo(Date moment) {
-    time.after(moment.secondsSince1970 - date.now().secondsSince1970, [] {});
-    time.run();
-  }
+  void moveTo(Date moment);
 
   Journal journal;
   RecorderLog log;
