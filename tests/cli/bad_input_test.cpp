@@ -174,7 +174,7 @@ TEST_F(BadInputTest, SettingsThatCannotBeMeasuredWithAreNamed) {
   refused("HeartrateSettings", [](auto& settings) { settings = {{"other", 1}}; }, {"\"results\""});
   refused("HeartrateSettings", everyEntry("iPhoneModel", "other"),
           {"no entry for the profile \"iphone6s\"", "nothing can be measured"});
-  refused("HeartrateSettings", everyEntry("rawDataSize", 2000), {"\"rawDataSize\"", "2 to 1024"});
+  refused("HeartrateSettings", everyEntry("rawDataSize", 2000), {"\"rawDataSize\"", "3 to 1024"});
   refused("Spo2Settings", everyEntry("skipFramesBetweenMeasurements", 0),
           {"\"skipFramesBetweenMeasurements\""});
   refused("Spo2Settings", everyEntry("grids", {1, 17}), {"\"grids\"", "1 to 16"});
