@@ -169,7 +169,8 @@ void MainViewController::beginButtonPush() {
   if (measurement_->isUnderWay()) endMeasurement(MeasurementEnd::replaced);
   measurement_ = Measurement::accepted();
   services().mainQueue.after(buttonDelay, measurement_->whileItLasts([this] {
-    services().camera.prepare(measurement_->whileItLasts([this] { beginMeasurement(); }));
+    measurement_->cameraWait =
+        services().camera.prepare(measurement_->whileItLasts([this] { beginMeasurement(); }));
   }));
 }
 

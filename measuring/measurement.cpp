@@ -34,6 +34,7 @@ bool Measurement::end(MeasurementEnd how) {
   isDone = true;
   canBegin = false;
   isRunning = false;
+  cameraWait.reset();
   return ends;
 }
 

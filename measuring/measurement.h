@@ -53,6 +53,8 @@ class Measurement : public std::enable_shared_from_this<Measurement> {
   /// gone.
   std::function<void()> whileItLasts(std::function<void()> work);
 
+  /// The wait for the camera to open, given up at the end.
+  std::shared_ptr<void> cameraWait;
   /// The number of the alert that stands for its countdown; nothing without one.
   std::optional<int> startingAlert;
   /// An interruption has brought START back in place of STOP, although the measurement goes on.

@@ -11,17 +11,21 @@
 namespace veyla {
 
 /// One video frame: 32-bit pixels in the byte order blue, green, red, alpha.
+///
+/// The buffer and its pixels stay valid and unchanged until the delegate's call that got it
+/// returns, locked or not: they are read after the unlock, and one reader never unlocks.
 class PixelBuffer {
  public:
   virtual ~PixelBuffer() = default;
 
-  /// Holds the pixels in place until `unlockBaseAddress`; false when that is not possible.
+  /// To be called before the pixels are asked for; false when they cannot be had.
   virtual bool lockBaseAddress() = 0;
   virtual void unlockBaseAddress() = 0;
   /// In pixels.
   virtual std::size_t width() const = 0;
   virtual std::size_t height() const = 0;
-  /// From one row to the next, at least 4 × width.
+  /// From one row to the next: 4 × width. Rows carry no padding, for not every reader would skip
+  /// it.
   virtual std::size_t bytesPerRow() const = 0;
   virtual const std::uint8_t* baseAddress() const = 0;
 };
@@ -39,7 +43,7 @@ struct FrameSample {
 /// Names a frame that the capture discarded.
 struct DroppedSample {};
 
-/// What a video data output calls on the main thread, once per frame.
+/// What a video data output calls on the main thread, once per frame, with one of the three.
 class SampleBufferDelegate {
  public:
   virtual ~SampleBufferDelegate() = default;
@@ -93,6 +97,7 @@ class CaptureDevice {
 
   virtual bool hasTorch() const = 0;
   virtual bool isTorchModeSupported(LightMode mode) const = 0;
+  /// What the device itself says, which may come a moment after it was set.
   virtual LightMode torchMode() const = 0;
   virtual void setTorchMode(LightMode mode) = 0;
   /// 0 to 1.
@@ -117,7 +122,7 @@ struct VideoDataOutput {
   static constexpr int framesPerSecond = 15;
 
   bool alwaysDiscardsLateVideoFrames = false;
-  /// Four-character code.
+  /// Four-character code; "BGRA" is the one there is.
   std::string pixelFormat;
   /// Called on the main queue; must outlive the session's run.
   SampleBufferDelegate* sampleBufferDelegate = nullptr;
@@ -125,17 +130,24 @@ struct VideoDataOutput {
 
 enum class SessionPreset { low };
 
+/// Leads the frames of its input to its output while it runs.
 class CaptureSession {
  public:
   virtual ~CaptureSession() = default;
 
   virtual void beginConfiguration() = 0;
   virtual void setSessionPreset(SessionPreset preset) = 0;
+  /// The device is the session's from here on, and in use, until the input is removed or the
+  /// session ends: only then is it closed, and its light out.
   virtual void addInput(std::shared_ptr<CaptureDeviceInput> input) = 0;
   virtual void addOutput(std::shared_ptr<VideoDataOutput> output) = 0;
   virtual void commitConfiguration() = 0;
 
+  /// From now on frames come, `VideoDataOutput::framesPerSecond` of them a second, the first tick
+  /// now; nothing when it runs already.
   virtual void startRunning() = 0;
+  /// No frame comes after this. The device stays as it is, its light included: a session that is
+  /// started again goes on with it.
   virtual void stopRunning() = 0;
   virtual bool isRunning() const = 0;
 
@@ -157,9 +169,13 @@ class Camera {
   virtual void requestAccess(std::function<void(bool granted)> completion) = 0;
 
   /// Opens what the machine must open before its cameras can be asked what they are, and calls
-  /// `ready` then, whether that could be done or not: at once where nothing needs opening. Not
-  /// called when the wait has lost its sense, as when the application goes to the background.
-  virtual void prepare(const std::function<void()>& ready) { ready(); }
+  /// `ready` then, whether that could be done or not: at once where nothing needs opening. What is
+  /// returned is the wait: whoever drops it before is not called, and a camera that nobody waits
+  /// for, and that `ready` gave to no session, is closed again.
+  [[nodiscard]] virtual std::shared_ptr<void> prepare(std::function<void()> ready) {
+    ready();
+    return nullptr;
+  }
 
   /// The back cameras of all three types in the platform's order; nothing where the platform cannot
   /// list cameras at all.

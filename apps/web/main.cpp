@@ -44,17 +44,17 @@ EMSCRIPTEN_BINDINGS(application) {
                             [](WebApp&, const std::string& name) { return Utils::page(name); }))
       .function("faqs", optional_override([](WebApp&) { return Utils::faqs(); })) VEYLA_METHODS(
           WebApp, launch, enterBackground, enterForeground, terminate, settle, frameBuffer,
-          takeFrame, torchRefused, cameraLost, measuringWillDisappear, draw, charts, results,
-          options, chooseSheetAction, rateMyApp, isHealthRecordAllowed, allowHealthRecord,
-          rawStoredText, setStoredTextAside);
+          takeFrame, torchRefused, cameraLost, draw, charts, results, options, chooseSheetAction,
+          rateMyApp, isHealthRecordAllowed, allowHealthRecord, rawStoredText, setStoredTextAside);
 }
 
 EMSCRIPTEN_BINDINGS(screens) {
   class_<Alerts>("Alerts") VEYLA_METHODS(Alerts, tapButton, tapClose, tapOutside, typeInField);
 
-  class_<MainViewController>("MainViewController") VEYLA_METHODS(
-      MainViewController, viewWillAppear, viewDidAppear, beginButtonPush, stopButtonPush,
-      buttonCheckboxHeartrateTapped, buttonCheckboxSpo2Tapped, swipeLeft, swipeRight);
+  class_<MainViewController>("MainViewController")
+      VEYLA_METHODS(MainViewController, viewWillAppear, viewDidAppear, viewWillDisappear,
+                    beginButtonPush, stopButtonPush, buttonCheckboxHeartrateTapped,
+                    buttonCheckboxSpo2Tapped, swipeLeft, swipeRight);
 
   class_<IntroViewController>("IntroViewController")
       VEYLA_METHODS(IntroViewController, viewDidLoad, swipeleft, swiperight, buttonSkipTapped,

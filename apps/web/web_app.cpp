@@ -37,7 +37,8 @@ WebApp::WebApp(val page)
       items_(page_["storage"]),
       store_(items_),
       healthStore_(page_["health"], pending_, store_, text_),
-      camera_(page_["camera"], pending_),
+      videoTrack_(page_["camera"]),
+      camera_(videoTrack_, pending_),
       measuringDisplay_(page_["measuring"], pending_),
       introDisplay_(page_["intro"], pending_),
       alerts_(page_["alerts"]),
@@ -65,7 +66,6 @@ WebApp::~WebApp() = default;
 void WebApp::launch() { AppDelegate::instance().launch().addObserver(judge_); }
 
 void WebApp::enterBackground() {
-  camera_.abandonPreparing();
   AppDelegate::instance().applicationWillResignActive();
   AppDelegate::instance().applicationDidEnterBackground();
 }
@@ -77,14 +77,14 @@ void WebApp::enterForeground() {
 
 void WebApp::terminate() { AppDelegate::instance().applicationWillTerminate(); }
 
+val WebApp::frameBuffer(int width, int height) {
+  const auto room = camera_.frameBuffer(width, height);
+  return val(emscripten::typed_memory_view(room.size(), room.data()));
+}
+
 void WebApp::torchRefused() { Utils::showOkAlert("", VideoProcessing::noTorch); }
 
 void WebApp::cameraLost() { screen().cameraLost(); }
-
-void WebApp::measuringWillDisappear() {
-  camera_.abandonPreparing();
-  screen().viewWillDisappear();
-}
 
 val WebApp::draw(const std::string& element, double width, double height) {
   canvas_.clear();

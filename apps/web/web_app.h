@@ -22,6 +22,7 @@
 #include "platform/web/page_health_store.h"
 #include "platform/web/page_items.h"
 #include "platform/web/page_sharing.h"
+#include "platform/web/page_video_track.h"
 #include "platform/web/track_camera.h"
 #include "shell/intro_view_controller.h"
 
@@ -51,15 +52,13 @@ class WebApp {
 
   // The camera's frames.
 
-  emscripten::val frameBuffer(int width, int height) { return camera_.frameBuffer(width, height); }
+  emscripten::val frameBuffer(int width, int height);
   void takeFrame(double time) { camera_.takeFrame(time); }
   void torchRefused();
   /// The camera was taken away; what it measured ends.
   void cameraLost();
 
   // The measuring screen.
-
-  void measuringWillDisappear();
 
   /// A widget of the measuring screen as it stands: an object with `numbers` and `texts`, to be
   /// played before the next drawing.
@@ -99,6 +98,7 @@ class WebApp {
   PageItems items_;
   LocalStore store_;
   PageHealthStore healthStore_;
+  PageVideoTrack videoTrack_;
   TrackCamera camera_;
   KissRealFft realFft_;
   NlohmannJsonParser json_;

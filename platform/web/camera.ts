@@ -18,16 +18,18 @@ export interface CameraListener {
   frameTaken(milliseconds: number): void;
 }
 
+type ModeName = "exposureMode" | "whiteBalanceMode" | "focusMode";
+
 // What TypeScript's own description of tracks lacks.
-interface CameraCapabilities extends MediaTrackCapabilities {
+interface CameraCapabilities
+  extends MediaTrackCapabilities, Partial<Record<ModeName, readonly string[]>> {
   /** Some browsers list what it can be. */
   torch?: boolean | readonly boolean[];
-  exposureMode?: string[];
-  whiteBalanceMode?: string[];
-  focusMode?: string[];
 }
-
-type ModeName = "exposureMode" | "whiteBalanceMode" | "focusMode";
+interface CameraSettings extends MediaTrackSettings, Partial<Record<ModeName, string>> {
+  torch?: boolean;
+  zoom?: number;
+}
 
 /** The low preset: about its size and rate, whatever the camera makes of it. */
 const lowPreset: MediaTrackConstraints = {
@@ -52,6 +54,30 @@ function nameOf(error: unknown): string {
   return error instanceof Error ? error.name : String(error);
 }
 
+function capabilitiesOf(track: MediaStreamTrack | undefined): CameraCapabilities {
+  // Not every browser has it.
+  return track && "getCapabilities" in track ? track.getCapabilities() : {};
+}
+
+function settingsOf(track: MediaStreamTrack | undefined): CameraSettings {
+  return track?.getSettings() ?? {};
+}
+
+function hasTorch(track: MediaStreamTrack | undefined): boolean {
+  const { torch } = capabilitiesOf(track);
+  return torch === true || (Array.isArray(torch) && torch.includes(true));
+}
+
+function isLit(track: MediaStreamTrack | undefined): boolean {
+  return settingsOf(track).torch === true;
+}
+
+function stop(stream: MediaStream | undefined): void {
+  stream?.getTracks().forEach((track) => {
+    track.stop();
+  });
+}
+
 export class TrackCamera {
   private readonly video = document.createElement("video");
   private readonly canvas = document.createElement("canvas");
@@ -60,16 +86,20 @@ export class TrackCamera {
   });
   private state: PermissionState | "unknown" = "prompt";
   private stream: MediaStream | undefined;
+  /** A stream that was opened to ask the user goes before another one is opened. */
+  private asking: Promise<void> = Promise.resolve();
+  /** Whoever wants the camera while it is being opened waits for the same stream. */
+  private opening: Promise<void> | undefined;
+  private wanted = false;
   /** Whether the browser tells the state without being asked for the camera. */
   private tellsState = false;
-  private opening = 0;
   private playing = false;
   private awaited: number | undefined;
   private last: { readonly mediaTime: number; readonly taken: number } | undefined;
   /** Of the recording so far. */
   private seconds = 0;
-  private torchRefusedBy: MediaStreamTrack | undefined;
-  private applied: Promise<void> = Promise.resolve();
+  private torchWanted = false;
+  private asked: Promise<void> = Promise.resolve();
 
   constructor(private readonly listener: CameraListener) {
     // Some browsers play only what is part of the page.
@@ -107,77 +137,69 @@ export class TrackCamera {
   }
 
   request(pending: number): void {
-    void this.firstStream().then((stream) => {
-      stream?.getTracks().forEach((track) => {
-        track.stop();
-      });
+    const asking = this.firstStream();
+    this.asking = asking.then(stop);
+    void asking.then((stream) => {
       this.listener.settle(pending, stream ? 1 : 0);
     });
   }
 
   open(pending: number): void {
-    this.close();
-    const opening = this.opening;
-    void this.streamWithTorch().then((stream) => {
-      if (opening === this.opening) {
-        this.stream = stream;
-        this.watch(this.track());
-      } else {
-        stream?.getTracks().forEach((track) => {
-          track.stop();
-        });
-      }
+    this.wanted = true;
+    this.opening ??= this.asking
+      .then(() => this.openWanted())
+      .finally(() => {
+        this.opening = undefined;
+      });
+    void this.opening.then(() => {
       this.listener.settle(pending, 0);
     });
   }
 
   close(): void {
-    ++this.opening;
-    this.stream?.getTracks().forEach((track) => {
-      track.stop();
-    });
+    this.wanted = false;
+    this.torchWanted = false;
+    stop(this.stream);
     this.stream = undefined;
     this.video.srcObject = null;
   }
 
-  hasTrack(): boolean {
+  isOpen(): boolean {
     return this.track() !== undefined;
   }
 
   hasTorch(): boolean {
-    return this.trackHasTorch(this.track());
+    return hasTorch(this.track());
   }
 
-  /** Whether the torch was to be switched on, and stayed dark. */
-  isTorchRefused(): boolean {
-    return this.torchRefusedBy !== undefined && this.torchRefusedBy === this.track();
+  isTorchLit(): boolean {
+    return isLit(this.track());
+  }
+
+  setTorch(lit: boolean): void {
+    this.torchWanted = lit;
+    this.ask((track) => this.askForTorch(track));
   }
 
   supports(name: ModeName, mode: string): boolean {
-    return this.capabilities()[name]?.includes(mode) === true;
+    return capabilitiesOf(this.track())[name]?.includes(mode) === true;
   }
 
-  setting(name: ModeName | "zoom"): string | number | null {
-    const settings = this.track()?.getSettings() as Record<string, string | number> | undefined;
-    return settings?.[name] ?? null;
+  mode(name: ModeName): string {
+    return settingsOf(this.track())[name] ?? "";
   }
 
-  /** All constraints that are to hold; each call replaces the last one's. */
-  apply(constraints: Record<string, string | boolean>): void {
-    const track = this.track();
-    // One set: some browsers look at the first alone. A copy: the caller goes on with its own.
-    const all = { ...constraints };
-    this.applied = this.applied.then(async () => {
-      try {
-        await track?.applyConstraints({ advanced: [all] });
-      } catch (error) {
-        this.listener.log(`the camera refuses ${JSON.stringify(all)}: ${nameOf(error)}`);
-        // A track that has ended meanwhile takes nothing, and needs no light.
-        if (all["torch"] !== true || track !== this.track()) return;
-        this.torchRefusedBy = track;
-        this.listener.torchRefused();
-      }
+  /** In one set, for some browsers look at the first alone. Each call replaces the last one's. */
+  setModes(modes: Readonly<Partial<Record<ModeName, string>>>): void {
+    this.ask(async (track) => {
+      await this.constrain(track, modes);
+      // Where each call stands for all that is to hold, this has put the torch out.
+      if (this.torchWanted) await this.askForTorch(track);
     });
+  }
+
+  zoom(): number {
+    return settingsOf(this.track()).zoom ?? 1;
   }
 
   play(): void {
@@ -206,14 +228,38 @@ export class TrackCamera {
     return this.stream?.getVideoTracks().at(0);
   }
 
-  private capabilities(track = this.track()): CameraCapabilities {
-    // Not every browser has it.
-    return track && "getCapabilities" in track ? track.getCapabilities() : {};
+  /** Asks the track that is open now, after all that was asked before. */
+  private ask(question: (track: MediaStreamTrack) => Promise<void>): void {
+    const track = this.track();
+    if (track) this.asked = this.asked.then(() => question(track));
   }
 
-  private trackHasTorch(track: MediaStreamTrack | undefined): boolean {
-    const { torch } = this.capabilities(track);
-    return torch === true || (Array.isArray(torch) && torch.includes(true));
+  /**
+   * Alone: a browser that cannot meet one constraint of a set leaves out all of it, and reports success.
+   * So what the track says afterwards counts, and nothing else.
+   */
+  private async askForTorch(track: MediaStreamTrack): Promise<void> {
+    const lit = this.torchWanted;
+    if (isLit(track) !== lit) await this.constrain(track, { torch: lit });
+    // A track that was closed meanwhile needs no light.
+    if (lit && !isLit(track) && track === this.track()) this.listener.torchRefused();
+  }
+
+  private async constrain(
+    track: MediaStreamTrack,
+    set: Readonly<Record<string, string | boolean>>,
+  ): Promise<void> {
+    const before = track.getSettings();
+    try {
+      await track.applyConstraints({ advanced: [set] });
+      const { width, height, frameRate } = track.getSettings();
+      const kept =
+        width === before.width && height === before.height && frameRate === before.frameRate;
+      // Not beside it from the start: some browsers refuse to mix the two kinds.
+      if (!kept) await track.applyConstraints({ ...lowPreset, advanced: [set] });
+    } catch (error) {
+      this.listener.log(`the camera refuses ${JSON.stringify(set)}: ${nameOf(error)}`);
+    }
   }
 
   /** Tells when the track ends or falls silent while it is in use. */
@@ -255,6 +301,17 @@ export class TrackCamera {
     }
   }
 
+  private async openWanted(): Promise<void> {
+    if (this.track()?.readyState === "live") return;
+    const stream = await this.streamWithTorch();
+    if (this.wanted) {
+      this.stream = stream;
+      this.watch(this.track());
+    } else {
+      stop(stream);
+    }
+  }
+
   private firstStream(): Promise<MediaStream | undefined> {
     return this.openStream({
       ...lowPreset,
@@ -266,7 +323,7 @@ export class TrackCamera {
   private async streamWithTorch(): Promise<MediaStream | undefined> {
     const first = await this.firstStream();
     const track = first?.getVideoTracks().at(0);
-    if (!first || !track || this.trackHasTorch(track)) return first;
+    if (!first || !track || hasTorch(track)) return first;
     const devices = await navigator.mediaDevices.enumerateDevices().catch((error: unknown) => {
       this.listener.log(`the cameras are not told: ${nameOf(error)}`);
       return [];
@@ -283,10 +340,8 @@ export class TrackCamera {
         ...lowPreset,
         deviceId: { exact: deviceId },
       });
-      if (other && this.trackHasTorch(other.getVideoTracks().at(0))) return other;
-      other?.getTracks().forEach((each) => {
-        each.stop();
-      });
+      if (other && hasTorch(other.getVideoTracks().at(0))) return other;
+      stop(other);
     }
     return track.readyState === "live" ? first : this.firstStream();
   }

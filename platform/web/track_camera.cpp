@@ -1,16 +1,16 @@
 #include "platform/web/track_camera.h"
 
+#include <algorithm>
+#include <map>
 #include <string>
 #include <utility>
 
 namespace veyla {
 
-using emscripten::val;
-
 namespace {
 
-/// The constraints' names of the modes 0 to 2: locked, auto (once) and continuous.
-constexpr std::array<const char*, 3> modeNames{"manual", "single-shot", "continuous"};
+/// The constraints' names of locked, automatic and continuous.
+const std::array<std::string, 3> modeNames{"manual", "single-shot", "continuous"};
 
 class HeldPixels : public PixelBuffer {
  public:
@@ -29,33 +29,33 @@ class HeldPixels : public PixelBuffer {
 
 }  // namespace
 
-/// Changes reach the track together, when the lock is given back: each replaces all constraints
-/// that were set before.
+/// Changes reach the track when the lock is given back.
 class TrackCamera::Device : public CaptureDevice {
  public:
-  explicit Device(val page) : page_(std::move(page)) {}
+  explicit Device(VideoTrack& track) : track_(track) {}
 
   CaptureDeviceType deviceType() const override { return CaptureDeviceType::wideAngleCamera; }
 
   bool lockForConfiguration() override { return true; }
   void unlockForConfiguration() override {
-    if (std::exchange(changed_, false)) page_.call<void>("apply", constraints_);
+    if (std::exchange(modesChanged_, false)) track_.setModes(modes_);
+    if (std::exchange(torchChanged_, false)) track_.setTorch(torchWanted_);
   }
 
   bool isExposureModeSupported(CaptureMode mode) const override {
     return supports("exposureMode", mode);
   }
-  CaptureMode exposureMode() const override { return mode("exposureMode"); }
+  CaptureMode exposureMode() const override { return modeOf("exposureMode"); }
   void setExposureMode(CaptureMode mode) override { setMode("exposureMode", mode); }
 
   bool isWhiteBalanceModeSupported(CaptureMode mode) const override {
     return supports("whiteBalanceMode", mode);
   }
-  CaptureMode whiteBalanceMode() const override { return mode("whiteBalanceMode"); }
+  CaptureMode whiteBalanceMode() const override { return modeOf("whiteBalanceMode"); }
   void setWhiteBalanceMode(CaptureMode mode) override { setMode("whiteBalanceMode", mode); }
 
   bool isFocusModeSupported(CaptureMode mode) const override { return supports("focusMode", mode); }
-  CaptureMode focusMode() const override { return mode("focusMode"); }
+  CaptureMode focusMode() const override { return modeOf("focusMode"); }
   void setFocusMode(CaptureMode mode) override { setMode("focusMode", mode); }
 
   FocusRange autoFocusRangeRestriction() const override { return FocusRange::unrestricted; }
@@ -65,78 +65,74 @@ class TrackCamera::Device : public CaptureDevice {
   bool automaticallyEnablesLowLightBoostWhenAvailable() const override { return false; }
   void setAutomaticallyEnablesLowLightBoostWhenAvailable(bool) override {}
 
-  bool hasTorch() const override { return page_.call<bool>("hasTorch"); }
+  bool hasTorch() const override { return track_.hasTorch(); }
   bool isTorchModeSupported(LightMode mode) const override {
     return hasTorch() && (mode == LightMode::off || mode == LightMode::on);
   }
   LightMode torchMode() const override {
-    return page_.call<bool>("isTorchRefused") ? LightMode::off : torchMode_;
+    return track_.isTorchLit() ? LightMode::on : LightMode::off;
   }
   void setTorchMode(LightMode mode) override {
-    if (mode == torchMode_) return;
-    torchMode_ = mode;
-    set("torch", val(mode != LightMode::off));
+    const bool wanted = mode != LightMode::off;
+    if (std::exchange(torchWanted_, wanted) != wanted) torchChanged_ = true;
   }
-  float torchLevel() const override { return torchMode() == LightMode::off ? 0.0F : 1.0F; }
+  float torchLevel() const override { return track_.isTorchLit() ? 1.0F : 0.0F; }
   // A video track has a torch and no flash.
   void setFlashMode(LightMode) override {}
 
-  double videoZoomFactor() const override {
-    const val zoom = page_.call<val>("setting", std::string("zoom"));
-    return zoom.isNumber() ? zoom.as<double>() : 1;
-  }
+  double videoZoomFactor() const override { return track_.zoom(); }
   // Not told by browsers.
   bool isAdjustingWhiteBalance() const override { return false; }
   bool isAdjustingFocus() const override { return false; }
   bool isAdjustingExposure() const override { return false; }
 
  private:
-  bool supports(const char* constraint, CaptureMode mode) const {
+  bool supports(const char* name, CaptureMode mode) const {
     const auto index = static_cast<std::size_t>(mode);
-    if (index >= modeNames.size()) return false;
-    return page_.call<bool>("supports", std::string(constraint), std::string(modeNames[index]));
+    return index < modeNames.size() && track_.supports(name, modeNames[index]);
   }
 
-  CaptureMode mode(const char* constraint) const {
-    const val name = page_.call<val>("setting", std::string(constraint));
-    for (std::size_t i = 0; name.isString() && i < modeNames.size(); ++i) {
-      if (name.as<std::string>() == modeNames[i]) return static_cast<CaptureMode>(i);
-    }
-    return CaptureMode::locked;
+  CaptureMode modeOf(const char* name) const {
+    const auto found = std::find(modeNames.begin(), modeNames.end(), track_.mode(name));
+    if (found == modeNames.end()) return CaptureMode::locked;
+    return static_cast<CaptureMode>(found - modeNames.begin());
   }
 
-  void setMode(const char* constraint, CaptureMode mode) {
-    set(constraint, val(std::string(modeNames.at(static_cast<std::size_t>(mode)))));
+  void setMode(const char* name, CaptureMode mode) {
+    modes_[name] = modeNames.at(static_cast<std::size_t>(mode));
+    modesChanged_ = true;
   }
 
-  void set(const char* constraint, const val& value) {
-    constraints_.set(constraint, value);
-    changed_ = true;
-  }
-
-  val page_;
-  val constraints_ = val::object();
-  bool changed_ = false;
-  LightMode torchMode_ = LightMode::off;
+  VideoTrack& track_;
+  std::map<std::string, std::string> modes_;
+  bool modesChanged_ = false;
+  bool torchWanted_ = false;
+  bool torchChanged_ = false;
 };
 
 class TrackCamera::Session : public CaptureSession {
  public:
   explicit Session(TrackCamera& camera) : camera_(camera) {}
-  ~Session() override { stopRunning(); }
+  ~Session() override {
+    stopRunning();
+    while (!inputs_.empty()) removeInput(inputs_.back());
+  }
 
   void beginConfiguration() override {}
   // The track is opened for the one preset there is.
   void setSessionPreset(SessionPreset) override {}
   void addInput(std::shared_ptr<CaptureDeviceInput> input) override {
     inputs_.push_back(std::move(input));
+    ++camera_.inputs_;
   }
   void addOutput(std::shared_ptr<VideoDataOutput> output) override {
     outputs_.push_back(std::move(output));
   }
   void commitConfiguration() override {}
 
-  void startRunning() override { camera_.run(this); }
+  void startRunning() override {
+    if (!isRunning()) camera_.run(this);
+  }
   void stopRunning() override {
     if (isRunning()) camera_.run(nullptr);
   }
@@ -145,7 +141,8 @@ class TrackCamera::Session : public CaptureSession {
   std::vector<std::shared_ptr<CaptureDeviceInput>> inputs() const override { return inputs_; }
   std::vector<std::shared_ptr<VideoDataOutput>> outputs() const override { return outputs_; }
   void removeInput(const std::shared_ptr<CaptureDeviceInput>& input) override {
-    std::erase(inputs_, input);
+    camera_.inputs_ -= static_cast<int>(std::erase(inputs_, input));
+    camera_.closeUnlessNeeded();
   }
   void removeOutput(const std::shared_ptr<VideoDataOutput>& output) override {
     std::erase(outputs_, output);
@@ -157,10 +154,41 @@ class TrackCamera::Session : public CaptureSession {
   std::vector<std::shared_ptr<VideoDataOutput>> outputs_;
 };
 
-TrackCamera::TrackCamera(val page, Pending& pending) : page_(std::move(page)), pending_(pending) {}
+/// Somebody's waiting for the track, for as long as this lives.
+class TrackCamera::Wait {
+ public:
+  Wait(TrackCamera& camera, std::function<void()> ready)
+      : camera_(camera), number_(camera.pending_.keep([this, ready = std::move(ready)](int) {
+          // What it leads to may end this.
+          TrackCamera& opened = camera_;
+          answered_ = true;
+          if (!opened.device_ && opened.track_.isOpen()) {
+            opened.device_ = std::make_shared<Device>(opened.track_);
+          }
+          ready();
+          --opened.waiting_;
+          opened.closeUnlessNeeded();
+        })) {
+    ++camera_.waiting_;
+    camera_.track_.open(number_);
+  }
+  ~Wait() {
+    if (answered_) return;
+    camera_.pending_.forget(number_);
+    --camera_.waiting_;
+    camera_.closeUnlessNeeded();
+  }
+  Wait(const Wait&) = delete;
+  Wait& operator=(const Wait&) = delete;
+
+ private:
+  TrackCamera& camera_;
+  bool answered_ = false;
+  int number_;
+};
 
 CameraAuthorization TrackCamera::authorizationStatus() const {
-  const auto state = page_.call<std::string>("authorization");
+  const std::string state = track_.authorization();
   if (state == "granted") return CameraAuthorization::authorized;
   if (state == "denied") return CameraAuthorization::denied;
   if (state == "prompt") return CameraAuthorization::notDetermined;
@@ -168,28 +196,13 @@ CameraAuthorization TrackCamera::authorizationStatus() const {
 }
 
 void TrackCamera::requestAccess(std::function<void(bool granted)> completion) {
-  page_.call<void>("request", pending_.keep([completion = std::move(completion)](int answer) {
+  track_.request(pending_.keep([completion = std::move(completion)](int answer) {
     if (completion) completion(answer != 0);
   }));
 }
 
-void TrackCamera::prepare(const std::function<void()>& ready) {
-  // One START opens the camera, however often it is tapped until then.
-  if (preparing_) return;
-  preparing_ = pending_.keep([this, ready](int) {
-    preparing_.reset();
-    device_ = page_.call<bool>("hasTrack") ? std::make_shared<Device>(page_) : nullptr;
-    if (ready) ready();
-    closeUnlessRunning();
-  });
-  page_.call<void>("open", *preparing_);
-}
-
-void TrackCamera::abandonPreparing() {
-  if (!preparing_) return;
-  pending_.forget(*preparing_);
-  preparing_.reset();
-  page_.call<void>("close");
+std::shared_ptr<void> TrackCamera::prepare(std::function<void()> ready) {
+  return std::make_shared<Wait>(*this, std::move(ready));
 }
 
 std::optional<std::vector<std::shared_ptr<CaptureDevice>>> TrackCamera::discoverBackDevices() {
@@ -209,11 +222,11 @@ std::shared_ptr<CaptureSession> TrackCamera::makeSession() {
   return std::make_shared<Session>(*this);
 }
 
-val TrackCamera::frameBuffer(int width, int height) {
+std::span<std::uint8_t> TrackCamera::frameBuffer(int width, int height) {
   width_ = static_cast<std::size_t>(width);
   height_ = static_cast<std::size_t>(height);
   taken_.resize(width_ * height_ * AreaScaler::bytesPerPixel);
-  return val(emscripten::typed_memory_view(taken_.size(), taken_.data()));
+  return taken_;
 }
 
 void TrackCamera::takeFrame(double time) {
@@ -238,15 +251,16 @@ void TrackCamera::run(Session* session) {
   running_ = session;
   if (running_) {
     pacer_.restart();
-    page_.call<void>("play");
+    track_.play();
   } else {
-    page_.call<void>("pause");
-    page_.call<void>("close");
+    track_.pause();
   }
 }
 
-void TrackCamera::closeUnlessRunning() {
-  if (!running_) page_.call<void>("close");
+void TrackCamera::closeUnlessNeeded() {
+  if (waiting_ > 0 || inputs_ > 0) return;
+  device_.reset();
+  track_.close();
 }
 
 }  // namespace veyla

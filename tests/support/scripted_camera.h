@@ -149,12 +149,13 @@ class ScriptedCamera : public Camera {
   std::function<void()> opened;
 
   CameraAuthorization authorizationStatus() const override { return authorization; }
-  void prepare(const std::function<void()>& ready) override {
-    if (opensLater) {
-      opened = ready;
-    } else {
-      ready();
-    }
+  std::shared_ptr<void> prepare(std::function<void()> ready) override {
+    if (!opensLater) return Camera::prepare(std::move(ready));
+    const auto wait = std::make_shared<std::function<void()>>(std::move(ready));
+    opened = [waiting = std::weak_ptr(wait)] {
+      if (const auto call = waiting.lock()) (*call)();
+    };
+    return wait;
   }
   void requestAccess(std::function<void(bool granted)> completion) override { completion(grants); }
   std::optional<std::vector<std::shared_ptr<CaptureDevice>>> discoverBackDevices() override {

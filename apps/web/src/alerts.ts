@@ -21,11 +21,19 @@ const icons: Readonly<Record<AlertShown["kind"], string>> = {
   notice: megaphone,
 };
 
+/**
+ * Milliseconds within which the second tap of a double tap falls. Meant for what stood there before, it
+ * must not answer an alert that nobody has seen.
+ */
+const doubleTap = 350;
+
 export class AlertDialogs {
   private readonly open = new Map<number, HTMLDialogElement>();
 
   /** Stands below the text of alerts that are shown while it is set: what the page knows of its browser. */
   note: string | undefined;
+  /** Called when an alert is shown. */
+  shown: () => void = () => undefined;
 
   constructor(private readonly core: () => WebApp) {}
 
@@ -73,7 +81,12 @@ export class AlertDialogs {
       dialog.show();
     } else {
       showModal(dialog);
+      dialog.classList.add("unseen");
+      setTimeout(() => {
+        dialog.classList.remove("unseen");
+      }, doubleTap);
     }
+    this.shown();
   }
 
   hide(id: number): void {

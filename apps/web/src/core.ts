@@ -36,6 +36,7 @@ export interface Alerts {
 export interface MainViewController {
   viewWillAppear(): void;
   viewDidAppear(): void;
+  viewWillDisappear(): void;
   beginButtonPush(): void;
   stopButtonPush(): void;
   buttonCheckboxHeartrateTapped(): void;
@@ -134,7 +135,6 @@ export interface WebApp {
   chooseSheetAction(action: number): void;
 
   measuring(): MainViewController;
-  measuringWillDisappear(): void;
   draw(element: string, width: number, height: number): Drawing;
 
   intro(): IntroViewController;

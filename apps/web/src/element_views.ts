@@ -104,6 +104,7 @@ export class ElementViews implements DisplayViews {
     view.style.opacity = String(opacity);
     // What cannot be seen takes no taps and is not read out.
     view.inert = opacity === 0;
+    view.ariaBusy = null;
   }
 
   private with(element: string, change: (view: HTMLElement) => void): void {

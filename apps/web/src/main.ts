@@ -86,6 +86,9 @@ async function start(): Promise<void> {
   const alerts = new AlertDialogs(core);
   const intro = new IntroScreen(core);
   const measuring = new MeasuringScreen(core);
+  alerts.shown = (): void => {
+    measuring.answered();
+  };
   if (times) {
     measuring.drawn = (milliseconds): void => {
       times.drawn(milliseconds);
@@ -110,7 +113,7 @@ async function start(): Promise<void> {
   });
   measuring.page.addEventListener("ionViewWillLeave", () => {
     uncovered = (): void => undefined;
-    core().measuringWillDisappear();
+    core().measuring().viewWillDisappear();
   });
 
   const actionSheets = new ActionSheets((action) => {

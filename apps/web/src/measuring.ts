@@ -76,6 +76,7 @@ export class MeasuringScreen {
   private readonly elements = new Map<string, HTMLElement>();
   private readonly widgets = new Map<string, Widget>();
   private readonly title = makeCustom("ion-title");
+  private readonly begin = make("button.round.begin", { type: "button" }, "START");
   private readonly fingerIcon = makeCustom("ion-icon", { "aria-hidden": "true" });
   private readonly fingerChip = make(
     "p.finger",
@@ -117,6 +118,11 @@ export class MeasuringScreen {
         this.core().measuring().swipeRight();
       },
     });
+  }
+
+  /** START has led to something that shows. */
+  answered(): void {
+    this.begin.ariaBusy = null;
   }
 
   setTitle(title: string): void {
@@ -255,11 +261,10 @@ export class MeasuringScreen {
   }
 
   private buttons(): HTMLElement {
-    const begin = this.named(
-      "beginButton",
-      make("button.round.begin", { type: "button" }, "START"),
-    );
+    const begin = this.named("beginButton", this.begin);
     begin.addEventListener("click", () => {
+      // The camera takes its time to open.
+      begin.ariaBusy = "true";
       this.core().measuring().beginButtonPush();
     });
     const stop = this.named("stopButton", make("button.round.stop", { type: "button" }, "STOP"));

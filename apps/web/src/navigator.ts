@@ -39,8 +39,10 @@ function leaveDialog(): boolean {
 
 export class Navigator {
   private readonly nav = makeCustom("ion-nav") as NavElement;
-  /** One after the other: a second tap must not open a page twice at once. */
+  /** One after the other. */
   private steps: Promise<unknown> = Promise.resolve();
+  /** Ways that a tap has led and that are not done yet. */
+  private readonly underWay = new Set<"in" | "out">();
 
   async start(root: HTMLElement, app: HTMLElement): Promise<void> {
     app.append(this.nav);
@@ -57,20 +59,31 @@ export class Navigator {
   }
 
   push(page: HTMLElement): void {
-    this.then(() => this.nav.push(page));
+    this.go("in", () => this.nav.push(page));
   }
 
   /** The same with a page that must be loaded first. */
   pushLoaded(load: () => Promise<HTMLElement>): void {
-    this.then(async () => this.nav.push(await load()));
+    this.go("in", async () => this.nav.push(await load()));
   }
 
   pop(): void {
-    this.then(() => this.nav.pop());
+    this.go("out", () => this.nav.pop());
   }
 
   setBackSwipeEnabled(enabled: boolean): void {
     this.nav.swipeGesture = enabled;
+  }
+
+  /** Once: while it loads or slides, another tap falls on a screen that is leaving, and leads nowhere. */
+  private go(way: "in" | "out", step: () => Promise<unknown>): void {
+    if (this.underWay.has(way)) return;
+    this.underWay.add(way);
+    this.then(() =>
+      step().finally(() => {
+        this.underWay.delete(way);
+      }),
+    );
   }
 
   private then(step: () => Promise<unknown>): void {

@@ -76,12 +76,14 @@ export interface CameraViews {
   request(pending: number): void;
   open(pending: number): void;
   close(): void;
-  hasTrack(): boolean;
+  isOpen(): boolean;
   hasTorch(): boolean;
-  isTorchRefused(): boolean;
+  isTorchLit(): boolean;
+  setTorch(lit: boolean): void;
   supports(name: string, mode: string): boolean;
-  setting(name: string): string | number | null;
-  apply(constraints: Record<string, string | boolean>): void;
+  mode(name: string): string;
+  setModes(modes: Readonly<Record<string, string>>): void;
+  zoom(): number;
   play(): void;
   pause(): void;
 }

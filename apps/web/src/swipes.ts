@@ -28,6 +28,8 @@ export function followSwipes(
       const x = touch.clientX - start.x;
       const y = touch.clientY - start.y;
       start = undefined;
+      // A screen may have come over the element while the finger was on its way.
+      if (!element.contains(document.elementFromPoint(touch.clientX, touch.clientY))) return;
       if (Math.abs(x) < shortestSwipe || Math.abs(x) < 2 * Math.abs(y)) return;
       if (x < 0) actions.left();
       else actions.right();

@@ -25,8 +25,11 @@ interface CameraSetup {
 
 /** How one visitor comes. */
 export interface Visitor {
-  /** Refused: the camera has one, but does not switch it on. Listed: told as a list of what it can be. */
-  readonly torch?: boolean | "refused" | "listed";
+  /**
+   * Refused: the camera has one, but does not switch it on. Ignored: nor does it say so. Listed: told as a
+   * list of what it can be.
+   */
+  readonly torch?: boolean | "refused" | "ignored" | "listed";
   readonly stored?: Readonly<Record<string, string>>;
   readonly colorScheme?: "light" | "dark";
   readonly viewport?: { readonly width: number; readonly height: number };
@@ -147,9 +150,9 @@ export class Visit {
     return this.page.evaluate((item) => localStorage.getItem(item), `veyla/${key}`);
   }
 
-  /** The constraints that the torch was given, in their order. */
+  /** What the torch has done, in its order: lit, and gone out. */
   torch(): Promise<boolean[]> {
-    return this.page.evaluate(() => (window as unknown as { torchSet: boolean[] }).torchSet);
+    return this.page.evaluate(() => (window as unknown as { lights: boolean[] }).lights);
   }
 
   /** The addresses that the page handed on to the phone, in their order. */
@@ -256,32 +259,45 @@ function keepAddresses(): void {
 }
 
 /**
- * Stands in for what no generated camera has, at the edge of the track: a torch, and a mode that is set
- * beside it. As some browsers, it looks at the first of the advanced sets alone.
+ * Stands in for what no generated camera has, at the edge of the track: a torch, and a mode beside it. As
+ * browsers may, it looks at the first of the advanced sets alone, and leaves out one that names both,
+ * as one that it cannot meet, without a word.
  */
-function addTorch(kind: true | "refused" | "listed"): void {
+function addTorch(kind: true | "refused" | "ignored" | "listed"): void {
+  const lights: boolean[] = [];
+  Object.assign(window, { lights });
+  const lit = new WeakSet<MediaStreamTrack>();
+  const light = (track: MediaStreamTrack, on: boolean): void => {
+    if (lit.has(track) === on) return;
+    if (on) lit.add(track);
+    else lit.delete(track);
+    lights.push(on);
+  };
   const tracks = MediaStreamTrack.prototype;
-  const torchSet: boolean[] = [];
-  Object.assign(window, { torchSet });
-  const { getCapabilities: capabilities, applyConstraints: apply } = tracks as {
-    getCapabilities: (this: MediaStreamTrack) => MediaTrackCapabilities;
-    applyConstraints: (this: MediaStreamTrack, constraints: MediaTrackConstraints) => Promise<void>;
-  };
-  tracks.getCapabilities = function (this: MediaStreamTrack): MediaTrackCapabilities {
+  const own = Object.getOwnPropertyDescriptors(tracks);
+  tracks.getCapabilities = function (): MediaTrackCapabilities {
     const torch = kind === "listed" ? [false, true] : true;
-    return { ...capabilities.call(this), torch, exposureMode: ["continuous"] } as never;
+    return {
+      ...own.getCapabilities.value?.call(this),
+      torch,
+      exposureMode: ["continuous"],
+    } as never;
   };
-  tracks.applyConstraints = function (
-    this: MediaStreamTrack,
-    constraints?: MediaTrackConstraints,
-  ): Promise<void> {
-    const [first = {}] = (constraints?.advanced ?? []) as Record<string, unknown>[];
-    const { torch, exposureMode, ...others } = first;
-    if (exposureMode !== "continuous") return Promise.reject(new Error("the mode is lost"));
+  tracks.getSettings = function (): MediaTrackSettings {
+    return { ...own.getSettings.value?.call(this), torch: lit.has(this) };
+  };
+  tracks.applyConstraints = function (constraints): Promise<void> {
+    const [{ torch, ...modes } = {}] = (constraints?.advanced ?? []) as Record<string, unknown>[];
     if (kind === "refused" && torch === true)
       return Promise.reject(new Error("the battery is low"));
-    if (typeof torch === "boolean") torchSet.push(torch);
-    return apply.call(this, { ...constraints, advanced: [others] });
+    const isAlone = Object.keys(modes).length === 0;
+    if (typeof torch === "boolean" && isAlone && kind !== "ignored" && this.readyState === "live")
+      light(this, torch);
+    return Promise.resolve();
+  };
+  tracks.stop = function (): void {
+    own.stop.value?.call(this);
+    light(this, false);
   };
 }
 
