@@ -54,6 +54,8 @@ class NumberFormatting {
   virtual std::string decimal(double value, int maximumFractionDigits) const = 0;
 };
 
+/// Regardless of case, ASCII's letters stand for themselves alone: the long s is no s, the Kelvin
+/// sign no k. "^" and "$" are the text's own ends, never those of a line.
 class RegularExpressions {
  public:
   virtual ~RegularExpressions() = default;

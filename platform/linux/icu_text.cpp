@@ -283,10 +283,35 @@ std::string IcuText::decimal(double value, int maximumFractionDigits) const {
       .toUTF8String(utf8);
 }
 
+namespace {
+
+/// ICU takes the long s and the Kelvin sign for letters of ASCII when it folds case; everywhere
+/// else a letter beyond ASCII is none of ASCII's.
+UnicodeString subjectOf(std::string_view text) {
+  UnicodeString subject = fromUtf8(text);
+  const UnicodeString noLetter(static_cast<char16_t>(0xFFFF));
+  subject.findAndReplace(UnicodeString(u'\u017F'), noLetter);
+  subject.findAndReplace(UnicodeString(u'\u212A'), noLetter);
+  return subject;
+}
+
+/// "$" at a pattern's end stands for the text's end, as "^" for its beginning; ICU's own stops
+/// before a last line end, too.
+UnicodeString patternOf(std::string_view pattern) {
+  UnicodeString strict = fromUtf8(pattern);
+  if (pattern.ends_with("$") && !pattern.ends_with("\\$")) {
+    strict.truncate(strict.length() - 1);
+    strict.append(u"\\z", 2);
+  }
+  return strict;
+}
+
+}  // namespace
+
 bool IcuText::matchesWholeIgnoringCase(std::string_view pattern, std::string_view text) const {
   UErrorCode status = U_ZERO_ERROR;
-  const UnicodeString subject = fromUtf8(text);
-  icu::RegexMatcher matcher(fromUtf8(pattern), subject, UREGEX_CASE_INSENSITIVE, status);
+  const UnicodeString subject = subjectOf(text);
+  icu::RegexMatcher matcher(patternOf(pattern), subject, UREGEX_CASE_INSENSITIVE, status);
   limit(matcher, status);
   const bool matches = matcher.matches(status);
   return U_SUCCESS(status) && matches;
@@ -295,8 +320,8 @@ bool IcuText::matchesWholeIgnoringCase(std::string_view pattern, std::string_vie
 bool IcuText::findsIgnoringCase(std::string_view pattern, std::string_view text,
                                 std::size_t length) const {
   UErrorCode status = U_ZERO_ERROR;
-  const UnicodeString subject = fromUtf8(text);
-  icu::RegexMatcher matcher(fromUtf8(pattern), subject, UREGEX_CASE_INSENSITIVE, status);
+  const UnicodeString subject = subjectOf(text);
+  icu::RegexMatcher matcher(patternOf(pattern), subject, UREGEX_CASE_INSENSITIVE, status);
   limit(matcher, status);
   const auto units = static_cast<std::size_t>(subject.length());
   matcher.region(0, static_cast<std::int64_t>(std::min(length, units)), status);

@@ -172,7 +172,7 @@ export const browserText = {
 
   matchesWholeIgnoringCase(pattern: string, text: string): boolean {
     try {
-      return new RegExp(`^(?:${pattern})$`, "is").test(text);
+      return new RegExp(`^(?:${pattern})$`, "i").test(text);
     } catch {
       return false;
     }
@@ -181,7 +181,7 @@ export const browserText = {
   /** In the text's first `length` UTF-16 code units. */
   findsIgnoringCase(pattern: string, text: string, length: number): boolean {
     try {
-      return new RegExp(pattern, "is").test(text.slice(0, length));
+      return new RegExp(pattern, "i").test(text.slice(0, length));
     } catch {
       return false;
     }
