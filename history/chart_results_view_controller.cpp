@@ -109,6 +109,7 @@ void ChartResultsViewController::viewDidLoad() {
   labels_.assign(labelNames.begin(), labelNames.end());
   selectedLabel_ = noLabel;
   selectedPeriod_ = 0;
+  showSelectedLabel();
 }
 
 void ChartResultsViewController::viewWillAppear() {
@@ -127,7 +128,7 @@ void ChartResultsViewController::tapButtonLabels() {
   const auto add = [&](std::string_view title, std::int32_t label) {
     sheet.actions.push_back({.title = std::string(title),
                              .style = ActionStyle::standard,
-                             .action = [this, label] { chooseLabel(label); }});
+                             .action = life_.bound([this, label] { chooseLabel(label); })});
   };
   for (std::size_t i = 0; i < labels_.size(); ++i) add(labels_[i], static_cast<std::int32_t>(i));
   add("None", noLabel);
@@ -136,20 +137,17 @@ void ChartResultsViewController::tapButtonLabels() {
 
 void ChartResultsViewController::chooseLabel(std::int32_t label) {
   selectedLabel_ = label;
-  if (label == noLabel) {
-    setButtonTitles("Choose Label", "Choose label");
-  } else {
-    const std::string_view name = labels_[static_cast<std::size_t>(label)];
-    setButtonTitles(name, name);
-  }
+  showSelectedLabel();
   showChartData();
   actionSheetView_.dismiss();
 }
 
-void ChartResultsViewController::setButtonTitles(std::string_view normal,
-                                                 std::string_view highlighted) {
-  display_.setText(ChartsScreen::buttonLabels, std::string(normal));
-  display_.setText(ChartsScreen::buttonLabelsHighlighted, std::string(highlighted));
+void ChartResultsViewController::showSelectedLabel() {
+  const bool isNone = selectedLabel_ == noLabel;
+  const std::string_view name = isNone ? "" : labels_[static_cast<std::size_t>(selectedLabel_)];
+  display_.setText(ChartsScreen::buttonLabels, std::string(isNone ? "Choose Label" : name));
+  display_.setText(ChartsScreen::buttonLabelsHighlighted,
+                   std::string(isNone ? "Choose label" : name));
 }
 
 std::optional<ChartSeries> ChartResultsViewController::filterData() {

@@ -10,6 +10,7 @@
 #include "platform/action_sheet.h"
 #include "platform/color.h"
 #include "platform/display.h"
+#include "platform/life.h"
 #include "platform/line_chart.h"
 
 namespace veyla {
@@ -59,7 +60,7 @@ class ChartResultsViewController : public LineChartDelegate {
 
  private:
   void chooseLabel(std::int32_t label);
-  void setButtonTitles(std::string_view normal, std::string_view highlighted);
+  void showSelectedLabel();
 
   Display& display_;
   ActionSheetView& actionSheetView_;
@@ -69,6 +70,7 @@ class ChartResultsViewController : public LineChartDelegate {
   std::vector<HistoryEntry> data_;
   std::int32_t selectedLabel_ = noLabel;
   std::int32_t selectedPeriod_ = 0;
+  Life life_;
 };
 
 }  // namespace veyla

@@ -206,10 +206,10 @@ void ResultsViewController::clickTrash() {
 void ResultsViewController::clickShare() {
   logLine("click share");
   const auto thenDismiss = [this](void (ResultsViewController::*send)()) {
-    return [this, send] {
+    return life_.bound([this, send] {
       (this->*send)();
       view_.dismissSheet();
-    };
+    });
   };
   const auto csv = thenDismiss(&ResultsViewController::emailCSVResults);
   const auto text = thenDismiss(&ResultsViewController::emailRawResults);
@@ -307,17 +307,13 @@ void ResultsViewController::emailCSVResults() {
   Mail mail = resultsMail();
   mail.body = introduction();
   mail.attachments = {{joined(selectedLines(), "\n"), "text/csv", csvFileName()}};
-  services().sharing.composeMail(mail, [this](MailResult result, const std::string& error) {
-    mailComposeController(result, error);
-  });
+  services().sharing.composeMail(mail, Utils::finishMail);
 }
 
 void ResultsViewController::emailRawResults() {
   Mail mail = resultsMail();
   mail.body = "<p>" + introduction() + "</p><p>" + joined(selectedLines(), "<br>") + "</p>";
-  services().sharing.composeMail(mail, [this](MailResult result, const std::string& error) {
-    mailComposeController(result, error);
-  });
+  services().sharing.composeMail(mail, Utils::finishMail);
 }
 
 void ResultsViewController::sendSMS(const std::string& body) {

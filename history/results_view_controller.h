@@ -12,6 +12,7 @@
 
 #include "history/history_entry.h"
 #include "platform/color.h"
+#include "platform/life.h"
 #include "platform/results_view.h"
 #include "platform/sharing.h"
 
@@ -154,6 +155,7 @@ class ResultsViewController {
   bool resultsEditIsShowingAll_ = false;
   bool isBottomToolbarShown_ = false;
   std::int32_t resultsTableHeight_ = 0;
+  Life life_;
 };
 
 }  // namespace veyla

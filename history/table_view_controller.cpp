@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -21,6 +22,65 @@ using namespace OptionsScreen;
 
 constexpr AccessoryButton editButton{
     "emaileditbutton.png", "EDIT", white, {"HelveticaNeue-Regular", 14}, transparent};
+
+constexpr std::string_view emailTitle = "Please provide us your email";
+constexpr std::string_view emailSubTitle = "For better support";
+constexpr std::string_view storedEmailTitle = "Change your email";
+
+/// What a row says, the page that it leads to, and what a tap on it does.
+struct Row {
+  std::string_view title;
+  std::string_view subTitle;
+  std::string_view page = {};
+  void (*tapped)(TableViewController& screen) = nullptr;
+};
+
+constexpr std::array firstSection{
+    Row{.title = "Send feedback",
+        .subTitle = "Tell us what works and what does not",
+        .tapped =
+            [](TableViewController& screen) {
+              screen.setWhichEmail("feedback");
+              screen.feedback();
+            }},
+    Row{.title = "Release notes",
+        .subTitle = "What each version brought",
+        .tapped = [](TableViewController&) { services().screens.showRemoteReleaseNotes(); }}};
+
+constexpr std::array secondSection{
+    Row{.title = "Introduction",
+        .subTitle = "How to hold your finger",
+        .tapped = [](TableViewController&) { services().screens.showIntro(); }},
+    Row{.title = "Health records",
+        .subTitle = "Keep your values with your other health data",
+        .page = "HealthHowTo"},
+    Row{.title = "Terms", .subTitle = "Not for medical use", .page = "Terms"},
+    Row{.title = "Rate Veyla",
+        .subTitle = "In the store",
+        .tapped = [](TableViewController& screen) { screen.rateMyApp(); }},
+    Row{.title = "Invite friends",
+        .subTitle = "By mail",
+        .tapped =
+            [](TableViewController& screen) {
+              screen.setWhichEmail("invite");
+              screen.inviteFriends();
+            }},
+    Row{.title = "Questions and answers",
+        .subTitle = "When a measurement fails, and why",
+        .tapped = [](TableViewController&) { services().screens.showFaq(); }},
+    Row{.title = "Follow us",
+        .subTitle = "Opens in the browser",
+        .tapped = [](TableViewController&) {
+          services().sharing.open(Utils::product().socialMediaPage);
+        }}};
+
+/// The user's mail address is changed by its row's button.
+constexpr std::size_t emailRow = 0;
+constexpr std::array thirdSection{
+    Row{.title = emailTitle, .subTitle = emailSubTitle},
+    Row{.title = "About", .subTitle = "Licence and libraries", .page = "About"}};
+
+constexpr std::array<std::span<const Row>, 3> sections{firstSection, secondSection, thirdSection};
 
 /// What people call the model of each number; numbers 1 and 2 are no models.
 constexpr std::array<std::string_view, 32> modelNames{"Simulator",
@@ -118,25 +178,30 @@ void TableViewController::buttonCloseTap() {
   if (dismiss_) dismiss_();
 }
 
-void TableViewController::didSelectRow(std::int32_t section, std::int32_t row) {
-  Screens& screens = services().screens;
-  if (section == 0 && row == 0) {
-    whichEmail_ = "feedback";
-    feedback();
-  } else if (section == 0 && row == 1) {
-    screens.showRemoteReleaseNotes();
-  } else if (section == 1 && row == 0) {
-    screens.showIntro();
-  } else if (section == 1 && row == 3) {
-    rateMyApp();
-  } else if (section == 1 && row == 4) {
-    whichEmail_ = "invite";
-    inviteFriends();
-  } else if (section == 1 && row == 5) {
-    screens.showFaq();
-  } else if (section == 1 && row == 6) {
-    services().sharing.open(Utils::product().socialMediaPage);
+std::vector<std::vector<OptionsRow>> TableViewController::rows() const {
+  std::vector<std::vector<OptionsRow>> shown;
+  for (const auto& section : sections) {
+    auto& rows = shown.emplace_back();
+    for (const Row& row : section) {
+      rows.push_back({std::string(row.title), std::string(row.subTitle), row.page});
+    }
   }
+  OptionsRow& email = shown.back()[emailRow];
+  email.isEmail = true;
+  if (Utils::hasEmail()) {
+    email.title = storedEmailTitle;
+    email.subTitle = Utils::getEmail().value_or("");
+  }
+  return shown;
+}
+
+void TableViewController::didSelectRow(std::int32_t section, std::int32_t row) {
+  // A negative number is beyond the end.
+  const auto sectionIndex = static_cast<std::size_t>(section);
+  const auto rowIndex = static_cast<std::size_t>(row);
+  if (sectionIndex >= sections.size() || rowIndex >= sections[sectionIndex].size()) return;
+  const Row& tapped = sections[sectionIndex][rowIndex];
+  if (tapped.tapped) tapped.tapped(*this);
 }
 
 void TableViewController::accessoryButtonTapped() { getEmailFromUser(); }
@@ -153,7 +218,9 @@ void TableViewController::getEmailFromUser() {
   dialog.subtitle =
       "By supplying us with your email address, we will be better equipped to provide you with "
       "proper support";
-  dialog.style = {.showAnimation = 2, .hideAnimation = 1, .background = 1};
+  dialog.style = {.show = AlertMotion::upward,
+                  .hide = AlertMotion::downward,
+                  .background = AlertBackground::blur};
   dialog.closesOnOutsideTap = true;
   dialog.closeButton = "Cancel";
   dialog.kind = AlertKind::edit;
@@ -164,20 +231,21 @@ void TableViewController::getEmailFromUser() {
                       .autocorrects = false};
   if (Utils::hasEmail()) {
     dialog.textField->text = Utils::getEmail().value_or("");
-    dialog.buttons.push_back({"Remove", [this] { removeEmail(); }});
+    dialog.buttons.push_back({"Remove", life_.bound([this] { removeEmail(); })});
   }
-  dialog.buttons.push_back({"Save", [this] { saveEmail(); }, [this] { return checkEmail(); }});
+  dialog.buttons.push_back(
+      {"Save", life_.bound([this] { saveEmail(); }), life_.bound([this] { return checkEmail(); })});
   dialog_ = Alerts::instance().show(std::move(dialog));
 }
 
 void TableViewController::removeEmail() {
   Utils::removeEmail();
   Alerts::instance().setFieldText(dialog_, "");
-  showEmail("Please provide us your email", "For better support");
+  showEmail(emailTitle, emailSubTitle);
   Utils::showOkAlert("Your email has been removed from our system", "Removed!");
 }
 
-bool TableViewController::checkEmail() {
+bool TableViewController::checkEmail() const {
   const std::string typed = Alerts::instance().fieldText(dialog_);
   if (UsageUtils().isEmailWithEmail(trimmed(services().characters.lowerCased(typed)))) return true;
   Utils::showOkAlert("You entered a nonvalid email", "Whoops!");
@@ -188,12 +256,12 @@ bool TableViewController::checkEmail() {
 void TableViewController::saveEmail() {
   const std::string email = trimmed(Alerts::instance().fieldText(dialog_));
   Utils::setEmail(email);
-  showEmail("Change your email", email);
+  showEmail(storedEmailTitle, email);
 }
 
-void TableViewController::showEmail(const std::string& title, const std::string& subTitle) {
-  view_.setText(labelEmailTitle, title);
-  view_.setText(labelEmailSubTitle, subTitle);
+void TableViewController::showEmail(std::string_view title, std::string_view subTitle) {
+  view_.setText(labelEmailTitle, std::string(title));
+  view_.setText(labelEmailSubTitle, std::string(subTitle));
 }
 
 // Mails and the rating.
@@ -209,7 +277,7 @@ void TableViewController::feedback() {
   mail.body = feedbackBody();
   mail.tint = black;
   mail.titleColor = black;
-  compose(mail);
+  services().sharing.composeMail(mail, Utils::finishMail);
 }
 
 void TableViewController::inviteFriends() {
@@ -223,13 +291,7 @@ void TableViewController::inviteFriends() {
       Utils::htmlLink(Utils::product().storePage, "iTunes link") + "</p>";
   mail.isHtml = true;
   mail.tint = black;
-  compose(mail);
-}
-
-void TableViewController::compose(const Mail& mail) {
-  services().sharing.composeMail(mail, [this](MailResult result, const std::string& error) {
-    mailComposeController(result, error);
-  });
+  services().sharing.composeMail(mail, Utils::finishMail);
 }
 
 void TableViewController::rateMyApp() {

@@ -3,7 +3,10 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
+#include <vector>
 
+#include "platform/life.h"
 #include "platform/options_view.h"
 #include "platform/sharing.h"
 
@@ -20,6 +23,18 @@ inline constexpr Element labelEmailSubTitle{"labelEmailSubTitle"};
 
 }  // namespace OptionsScreen
 
+/// A row of the options screen as it is shown.
+struct OptionsRow {
+  std::string title;
+  std::string subTitle;
+  /// The page that the row leads to; empty where a tap does something else.
+  std::string_view page;
+  /// The row has the user's mail address, with a button to change it.
+  bool isEmail = false;
+
+  bool operator==(const OptionsRow&) const = default;
+};
+
 /// The options screen: feedback, release notes, introduction, FAQ, rating, invitations, and the
 /// user's own mail address.
 class TableViewController {
@@ -31,6 +46,8 @@ class TableViewController {
   void viewWillAppear();
   void buttonCloseTap();
 
+  /// The rows of the table by section; the one of the user's mail address tells what is stored.
+  std::vector<std::vector<OptionsRow>> rows() const;
   /// A tap on a row of the table; sections and rows count from 0.
   void didSelectRow(std::int32_t section, std::int32_t row);
   /// A tap on the edit button of the user's mail address.
@@ -50,16 +67,16 @@ class TableViewController {
 
  private:
   void removeEmail();
-  bool checkEmail();
+  bool checkEmail() const;
   void saveEmail();
-  void showEmail(const std::string& title, const std::string& subTitle);
-  void compose(const Mail& mail);
+  void showEmail(std::string_view title, std::string_view subTitle);
 
   OptionsView& view_;
   std::function<void()> dismiss_;
   std::string whichEmail_;
   /// The dialog that asks for the address.
   int dialog_ = 0;
+  Life life_;
 };
 
 }  // namespace veyla

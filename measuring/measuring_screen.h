@@ -44,4 +44,17 @@ inline constexpr Element navBar{"navBar"};
 /// Takes the SpO2 estimator's diagnostic line.
 inline constexpr Element testLabel{"testLabel"};
 
+/// What stands there whatever is measured.
+struct Captions {
+  std::string_view heartrate = "Heart rate";
+  std::string_view heartrateUnit = "BPM";
+  std::string_view spo2 = "SpO₂";
+  std::string_view spo2Unit = "%";
+  std::string_view lastMeasurement = "Last measurement";
+  std::string_view pulse = "Pulse";
+  std::string_view start = "START";
+  std::string_view stop = "STOP";
+};
+inline constexpr Captions captions;
+
 }  // namespace veyla::MeasuringScreen

@@ -44,9 +44,10 @@ void drawWidget(Canvas& canvas, const Widget& widget, const Rect& frame) {
 }
 
 /// One line in the middle of a frame, smaller where it would not fit.
-void drawLine(Canvas& canvas, const std::string& text, const Rect& frame, Font font,
+void drawLine(Canvas& canvas, std::string_view line, const Rect& frame, Font font,
               const Color& color) {
-  if (text.empty()) return;
+  if (line.empty()) return;
+  const std::string text(line);
   const double width = canvas.measureText(text, font).width;
   if (width > frame.width) font = sized(font, static_cast<double>(font.size) * frame.width / width);
   // Capitals and digits stand in the middle, descenders hang below.
@@ -98,7 +99,7 @@ void drawCheckbox(Canvas& canvas, const Rect& frame, bool isMarked) {
   canvas.stroke({.color = white, .width = 2.2, .cap = LineCap::round, .join = LineJoin::round});
 }
 
-void drawButton(Canvas& canvas, const Rect& frame, const std::string& text, const Color& color) {
+void drawButton(Canvas& canvas, const Rect& frame, std::string_view text, const Color& color) {
   constexpr double edge = 3;
   constexpr double spacing = 3;
   const Point center = frame.center();
@@ -139,7 +140,8 @@ class Drawing {
   };
 
   void drawValue(const MeasuringLayout::ValueFrames& frames, const ValueElements& elements,
-                 const WMGaugeView& gauge, const CircleProgressBar& ring, const char* caption) {
+                 const WMGaugeView& gauge, const CircleProgressBar& ring,
+                 std::string_view caption) {
     drawElement(canvas_, views_, elements.gaugePanel, [&](const auto&) {
       drawElement(canvas_, views_, elements.gauge,
                   [&](const auto&) { drawWidget(canvas_, gauge, frames.gauge); });
@@ -174,9 +176,9 @@ class Drawing {
         return;
       }
       drawElement(canvas_, views_, viewLastMeasurements, [&](const auto&) {
-        drawHeading("Last measurement");
-        drawLast(labelLastHeartrate, layout_.heartrate.lastValue, "BPM");
-        drawLast(labelLastSpo2, layout_.spo2.lastValue, "%");
+        drawHeading(captions.lastMeasurement);
+        drawLast(labelLastHeartrate, layout_.heartrate.lastValue, captions.heartrateUnit);
+        drawLast(labelLastSpo2, layout_.spo2.lastValue, captions.spo2Unit);
       });
       drawElement(canvas_, views_, chartFourierView, [&](const auto&) { drawPulse(chart); });
     });
@@ -192,24 +194,27 @@ class Drawing {
   }
 
   void drawButtons() {
-    drawElement(canvas_, views_, stopButton,
-                [&](const auto&) { drawButton(canvas_, layout_.button, "STOP", stopColor); });
-    drawElement(canvas_, views_, beginButton,
-                [&](const auto&) { drawButton(canvas_, layout_.button, "START", accentRed); });
+    drawElement(canvas_, views_, stopButton, [&](const auto&) {
+      drawButton(canvas_, layout_.button, captions.stop, stopColor);
+    });
+    drawElement(canvas_, views_, beginButton, [&](const auto&) {
+      drawButton(canvas_, layout_.button, captions.start, accentRed);
+    });
   }
 
  private:
   void drawPulse(const ChartFourierView& chart) {
-    drawHeading("Pulse");
+    drawHeading(captions.pulse);
     drawWidget(canvas_, chart, layout_.chart);
   }
 
-  void drawHeading(const char* text) {
+  void drawHeading(std::string_view text) {
     drawLine(canvas_, text, layout_.centerHeading, sized(mediumFont, 13), grey);
   }
 
   /// A number with its unit behind it, the two of them in the middle.
-  void drawLast(Element element, const Rect& frame, const char* unit) {
+  void drawLast(Element element, const Rect& frame, std::string_view unitText) {
+    const std::string unit(unitText);
     drawElement(canvas_, views_, element, [&](const ScreenState::View& view) {
       const Font numberFont = sized(lightFont, std::clamp(0.4 * frame.height, 28.0, 44.0));
       const Font unitFont = sized(regularFont, 14);
@@ -240,11 +245,11 @@ void drawMeasuringScreen(Canvas& canvas, const MeasuringLayout& layout,
   drawing.drawValue(layout.heartrate,
                     {viewGaugeHeartrate, gaugeHR, circleprogressHeartrate, labelHeartrate,
                      labelMeasuringHeartrate, buttonCheckboxHeartrate},
-                    screen.gaugeHR(), screen.circleprogressHeartrate(), "Heart rate");
+                    screen.gaugeHR(), screen.circleprogressHeartrate(), captions.heartrate);
   drawing.drawValue(layout.spo2,
                     {viewGaugeSpo2, gaugeSpo2, circleprogressSpo2, labelSpo2, labelMeasuringSpo2,
                      buttonCheckboxSpo2},
-                    screen.gaugeSpo2(), screen.circleprogressSpo2(), "SpO₂");
+                    screen.gaugeSpo2(), screen.circleprogressSpo2(), captions.spo2);
   drawing.drawCenter(screen.chartFourierView(), center);
   drawing.drawLines();
   drawing.drawButtons();

@@ -29,11 +29,16 @@ struct AlertTextField {
   bool autocorrects = true;
 };
 
-/// How an alert comes, goes and covers what is behind it, by the numbers of the view's styles.
+/// How an alert comes or goes: on the spot, or moving.
+enum class AlertMotion { pop, downward, upward };
+
+/// What becomes of everything behind an alert.
+enum class AlertBackground { shadow, blur };
+
 struct AlertStyle {
-  int showAnimation = 0;
-  int hideAnimation = 0;
-  int background = 0;
+  AlertMotion show = AlertMotion::pop;
+  AlertMotion hide = AlertMotion::pop;
+  AlertBackground background = AlertBackground::shadow;
 
   bool operator==(const AlertStyle&) const = default;
 };
@@ -54,7 +59,8 @@ struct Alert {
   Color color = accentRed;
   Color iconTint = white;
   AlertStyle style;
-  /// Called once, when the alert has gone away by whatever means but `Alerts::withdraw`; may be empty.
+  /// Called once, when the alert has gone away by whatever means but `Alerts::withdraw`; may be
+  /// empty.
   std::function<void()> onDismiss;
 };
 

@@ -84,7 +84,9 @@ void IntroViewController::buttonSkipTapped() {
       "Veyla app can be used in a wide range of settings, including between exercises, running, "
       "hiking, and in relaxation management.";
   notice.closeButton = "Done";
-  notice.style = {.showAnimation = 2, .hideAnimation = 1, .background = 1};
+  notice.style = {.show = AlertMotion::upward,
+                  .hide = AlertMotion::downward,
+                  .background = AlertBackground::blur};
   notice.onDismiss = [dismiss = dismiss_] {
     Utils::setFirstTimeNotePopup();
     dismiss([] { HKUtils::setupHK(); });

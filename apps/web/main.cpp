@@ -1,6 +1,8 @@
 // What the page may call: the application, and the core's screens as they are.
 #include "apps/web/web_app.h"
+#include "history/results_screen.h"
 #include "measuring/main_view_controller.h"
+#include "measuring/measuring_screen.h"
 #include "platform/web/page_fields.h"
 #include "shell/alerts.h"
 #include "shell/faq.h"
@@ -18,16 +20,37 @@ std::array<std::string_view, 4> periodTitles(const ChartResultsViewController& /
   return ChartResultsViewController::periodTitles;
 }
 
+/// What the results screen looks like, in points.
+struct ResultsLook {
+  std::int32_t listRowHeight = 0;
+  std::int32_t chooserRowHeight = 0;
+  double chooserCornerRadius = ResultsScreen::chooserCornerRadius;
+  Color dimColor = ResultsScreen::dimColor;
+};
+
+ResultsLook look(const ResultsViewController& screen) {
+  return {.listRowHeight = screen.heightForRow(ResultsViewController::listTag),
+          .chooserRowHeight = screen.heightForRow(ResultsViewController::chooserTag)};
+}
+
 bool isSelected(const ResultsViewController& screen, std::size_t row) {
   return screen.selectedRows().contains(row);
 }
 
 }  // namespace
 
+template <>
+struct PageNames<EditingStyle> {
+  static constexpr std::array<std::string_view, 2> names{"swipeToDelete", "multipleSelection"};
+};
+
 EMSCRIPTEN_BINDINGS(texts) {
   VEYLA_VALUE(FaqEntry, question, answer);
   VEYLA_VALUE(PageSection, heading, text);
   VEYLA_VALUE(Page, title, sections);
+  using MeasuringScreen::Captions;
+  VEYLA_VALUE(Captions, heartrate, heartrateUnit, spo2, spo2Unit, lastMeasurement, pulse, start,
+              stop);
 }
 
 EMSCRIPTEN_BINDINGS(application) {
@@ -39,9 +62,9 @@ EMSCRIPTEN_BINDINGS(application) {
                 optional_override([](WebApp&) { return &MainViewController::instance(); }),
                 allow_raw_pointers())
       .function("intro", &WebApp::intro, allow_raw_pointers())
-      .function("optionsRows", optional_override([](WebApp&) { return Utils::optionsRows(); }))
       .function("page", optional_override(
                             [](WebApp&, const std::string& name) { return Utils::page(name); }))
+      .function("captions", optional_override([](WebApp&) { return MeasuringScreen::captions; }))
       .function("faqs", optional_override([](WebApp&) { return Utils::faqs(); })) VEYLA_METHODS(
           WebApp, launch, enterBackground, enterForeground, terminate, settle, frameBuffer,
           takeFrame, torchRefused, cameraLost, draw, charts, results, options, chooseSheetAction,
@@ -70,18 +93,20 @@ EMSCRIPTEN_BINDINGS(screens) {
   VEYLA_VALUE(HistoryTableViewCell, dateLabel, heartrateLabel, spo2Label, labelNames);
   VEYLA_VALUE(TableCell, reuseIdentifier, labelName, isChecked);
   VEYLA_VALUE(SwipeAction, title, background);
+  VEYLA_VALUE(ResultsLook, listRowHeight, chooserRowHeight, chooserCornerRadius, dimColor);
   class_<ResultsViewController>("ResultsViewController")
+      .function("look", &look)
       .function("isSelected", &isSelected) VEYLA_METHODS(
           ResultsViewController, viewDidLoad, viewWillAppear, viewWillDisappear, numberOfRows,
-          listCell, chooserCell, swipeAction, didSelectRow, didDeselectRow, showChart,
+          editingStyle, listCell, chooserCell, swipeAction, didSelectRow, didDeselectRow, showChart,
           tapLeftButton, tapEditButton, touchesBegan, clickCloseResultsLabelsView, tapDeleteRow,
-          tapSwipeAction, clickTrash, clickShare);
+          tapNoLabels, tapSwipeAction, clickTrash, clickShare);
   class_<PageResultsScreen, base<ResultsViewController>>("ResultsScreen");
 
   VEYLA_VALUE(OptionsRow, title, subTitle, page, isEmail);
   class_<TableViewController>("TableViewController")
-      VEYLA_METHODS(TableViewController, viewDidLoad, viewWillAppear, buttonCloseTap, didSelectRow,
-                    accessoryButtonTapped);
+      VEYLA_METHODS(TableViewController, rows, viewDidLoad, viewWillAppear, buttonCloseTap,
+                    didSelectRow, accessoryButtonTapped);
   class_<PageOptionsScreen, base<TableViewController>>("OptionsScreen");
 }
 

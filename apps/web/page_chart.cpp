@@ -4,17 +4,29 @@
 
 namespace veyla {
 
+template <>
+struct PageNames<LegendForm> {
+  static constexpr std::array<std::string_view, 3> names{"square", "circle", "line"};
+};
+
+template <>
+struct PageNames<AxisDependency> {
+  static constexpr std::array<std::string_view, 2> names{"left", "right"};
+};
+
 EMSCRIPTEN_BINDINGS(page_chart) {
   VEYLA_VALUE(DashPattern, on, off);
   VEYLA_VALUE(ChartAxis, enabled, minimum, maximum, drawsGridLines, gridLineDash, drawsAxisLine,
-              drawsLabels, drawsTopLabel, keepsEndLabelsInside, gridColor, axisLineColor,
-              labelColor);
+              drawsLabels, drawsTopLabel, centersLabels, labelsBelow, keepsEndLabelsInside,
+              hasGranularity, gridColor, axisLineColor, labelColor, labelFont);
   VEYLA_VALUE(ChartInsets, left, top, right, bottom);
-  VEYLA_VALUE(LineChartSettings, noDataText, scaleEnabled, dragEnabled, viewPortOffsets,
-              drawsGridBackground, gridBackgroundColor, legendEnabled, leftAxis, rightAxis, xAxis);
+  VEYLA_VALUE(LineChartSettings, descriptionText, descriptionColor, noDataText, scaleEnabled,
+              dragEnabled, pinchZoomEnabled, viewPortOffsets, drawsGridBackground,
+              gridBackgroundColor, legendEnabled, legendForm, leftAxis, rightAxis, xAxis);
   VEYLA_VALUE(ChartDataEntry, x, y);
-  VEYLA_VALUE(LineDataSet, entries, label, color, lineWidth, drawsCircles, circleRadius,
-              circleColor, drawsCircleHoles, circleHoleColor, drawsFilled, fillColor, fillAlpha);
+  VEYLA_VALUE(LineDataSet, entries, label, axisDependency, color, lineWidth, cubic, drawsCircles,
+              circleRadius, circleColor, drawsCircleHoles, circleHoleColor, drawsValues, valueFont,
+              drawsFilled, fillColor, fillAlpha);
 }
 
 void PageChart::configure(const LineChartSettings& settings) {
@@ -25,7 +37,9 @@ void PageChart::configure(const LineChartSettings& settings) {
 void PageChart::setData(const LineDataSet& data) { page_.call<void>("setData", data); }
 
 std::string PageChart::axisText(const std::string& axis, double value) const {
-  const ChartAxis& asked = axis == "x" ? settings_.xAxis : settings_.rightAxis;
+  const ChartAxis& asked = axis == "x"      ? settings_.xAxis
+                           : axis == "left" ? settings_.leftAxis
+                                            : settings_.rightAxis;
   return asked.valueFormatter ? asked.valueFormatter->stringForValue(value, asked) : std::string();
 }
 

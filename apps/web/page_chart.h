@@ -22,7 +22,7 @@ class PageChart : public LineChart {
   void setData(const LineDataSet& data) override;
   void setGranularity(double seconds) override { page_.call<void>("setGranularity", seconds); }
 
-  /// The text at a value of an axis, "x" or the right one.
+  /// The text at a value of an axis, "left", "right" or "x".
   std::string axisText(const std::string& axis, double value) const;
 
  private:

@@ -17,6 +17,7 @@ struct PageNames<RowAnimation> {
 };
 
 EMSCRIPTEN_BINDINGS(page_lists) {
+  VEYLA_VALUE(AccessoryButton, backgroundImage, title, titleColor, font, background);
   VEYLA_VALUE(SheetAction, title, style);
   VEYLA_VALUE(ActionSheet, title, message, tint, actions);
 }
@@ -47,10 +48,12 @@ void PageResults::setEditing(bool editing, bool animated) {
   page_.call<void>("setEditing", editing, animated);
 }
 
-void PageResults::selectRow(std::size_t row, bool) { page_.call<void>("setSelected", row, true); }
+void PageResults::selectRow(std::size_t row, bool animated) {
+  page_.call<void>("setSelected", row, true, animated);
+}
 
-void PageResults::deselectRow(std::size_t row, bool) {
-  page_.call<void>("setSelected", row, false);
+void PageResults::deselectRow(std::size_t row, bool animated) {
+  page_.call<void>("setSelected", row, false, animated);
 }
 
 void PageResults::deleteRows(const std::vector<std::size_t>& rows, RowAnimation animation) {
@@ -65,8 +68,8 @@ void PageResults::setOpacity(Element element, double opacity, double seconds) {
   page_.call<void>("setOpacity", element, opacity, seconds);
 }
 
-void PageResults::slideToolbar(std::int32_t upward, std::int32_t, double seconds) {
-  page_.call<void>("slideToolbar", upward, seconds);
+void PageResults::slideToolbar(std::int32_t upward, std::int32_t listHeight, double seconds) {
+  page_.call<void>("slideToolbar", upward, listHeight, seconds);
 }
 
 void PageOptions::setText(Element element, const std::string& text) {
@@ -74,7 +77,7 @@ void PageOptions::setText(Element element, const std::string& text) {
 }
 
 void PageOptions::setAccessoryButton(Element cell, const AccessoryButton& button) {
-  page_.call<void>("setAccessoryButton", cell, button.title);
+  page_.call<void>("setAccessoryButton", cell, button);
 }
 
 }  // namespace veyla

@@ -76,6 +76,8 @@ class PageResultsScreen : private PageResults, public ResultsViewController {
   PageResultsScreen(emscripten::val page, ActionSheetView& sheets, std::function<void()> dismiss)
       : PageResults(std::move(page), sheets),
         ResultsViewController(static_cast<PageResults&>(*this), std::move(dismiss)) {}
+  /// A sheet goes with its screen.
+  ~PageResultsScreen() { dismissSheet(); }
 };
 
 class PageOptionsScreen : private PageOptions, public TableViewController {

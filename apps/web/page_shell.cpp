@@ -16,6 +16,16 @@ struct PageNames<Keyboard> {
   static constexpr std::array<std::string_view, 2> names{"text", "email"};
 };
 
+template <>
+struct PageNames<AlertMotion> {
+  static constexpr std::array<std::string_view, 3> names{"pop", "downward", "upward"};
+};
+
+template <>
+struct PageNames<AlertBackground> {
+  static constexpr std::array<std::string_view, 2> names{"shadow", "blur"};
+};
+
 /// By its title: the page answers with its place.
 template <>
 struct PageType<AlertButton> {
@@ -24,10 +34,13 @@ struct PageType<AlertButton> {
 };
 
 EMSCRIPTEN_BINDINGS(page_shell) {
-  VEYLA_VALUE(Appearance, tableCellTint, navigationBarTint, navigationBarTitle, pageIndicatorDot,
-              pageIndicatorCurrentDot, segmentedControlTint);
+  VEYLA_VALUE(Appearance, tableCellTint, navigationBarTint, navigationBarTitle, navigationBarImage,
+              pageIndicatorDot, pageIndicatorCurrentDot, pageIndicatorBackground,
+              segmentedControlTint);
   VEYLA_VALUE(AlertTextField, placeholder, text, keyboard, autocapitalizes, autocorrects);
-  VEYLA_VALUE(Alert, kind, title, subtitle, textField, buttons, closeButton, color, iconTint);
+  VEYLA_VALUE(AlertStyle, show, hide, background);
+  VEYLA_VALUE(Alert, kind, title, subtitle, textField, buttons, closeButton, color, iconTint,
+              style);
 }
 
 void PageScreens::performTransition(std::string_view name) {
@@ -40,6 +53,10 @@ void PageScreens::setTitle(std::string_view title) { page_.call<void>("setTitle"
 
 void PageScreens::setAppearance(const Appearance& appearance) {
   page_.call<void>("setAppearance", appearance);
+}
+
+void PageScreens::setNavigationBarTint(std::optional<Color> tint) {
+  page_.call<void>("setNavigationBarTint", tint);
 }
 
 void PageAlerts::show(int id, const Alert& alert) { page_.call<void>("show", id, alert); }

@@ -31,8 +31,7 @@ class PageScreens : public Screens {
     page_.call<void>("setIdleTimerDisabled", disabled);
   }
   void setAppearance(const Appearance& appearance) override;
-  // The browser's sheets have colours of their own.
-  void setNavigationBarTint(std::optional<Color>) override {}
+  void setNavigationBarTint(std::optional<Color> tint) override;
 
   /// Takes the introduction away and answers when it is gone.
   void dismissIntro(int pending) { page_.call<void>("dismissIntro", pending); }

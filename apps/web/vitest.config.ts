@@ -1,6 +1,8 @@
 import { defineConfig } from "vitest/config";
 
 export default defineConfig({
+  // The core is built beside the page.
+  server: { fs: { allow: ["../.."] } },
   test: {
     include: ["tests/**/*.test.ts"],
     // A measurement takes its time: half a minute, and a browser's start.

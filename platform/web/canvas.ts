@@ -33,7 +33,7 @@ const caps: readonly CanvasLineCap[] = ["butt", "round"];
 const joins: readonly CanvasLineJoin[] = ["miter", "round"];
 const aligns: readonly CanvasTextAlign[] = ["left", "center", "right"];
 
-const fontFamily = '-apple-system, "Inter", Roboto, "Helvetica Neue", Arial, sans-serif';
+export const fontFamily = '-apple-system, "Inter", Roboto, "Helvetica Neue", Arial, sans-serif';
 
 function cssFont(size: number, weight: number): string {
   return `${weight} ${size}px ${fontFamily}`;

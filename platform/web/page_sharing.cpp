@@ -6,7 +6,7 @@ namespace veyla {
 
 EMSCRIPTEN_BINDINGS(page_sharing) {
   VEYLA_VALUE(MailAttachment, data, mimeType, fileName);
-  VEYLA_VALUE(Mail, recipients, subject, body, isHtml, attachments);
+  VEYLA_VALUE(Mail, recipients, subject, body, isHtml, attachments, tint, titleColor);
 }
 
 void PageSharing::composeMail(const Mail& mail, MailFinished finished) {

@@ -14,6 +14,7 @@
 #include "platform/color.h"
 #include "platform/date.h"
 #include "platform/display.h"
+#include "platform/font.h"
 #include "platform/format.h"
 
 namespace veyla {
@@ -44,6 +45,15 @@ struct PageType<Color> {
   static Carried to(const Color& color) {
     return formatText("rgb(%.4g %.4g %.4g / %.4g)", color.red * 255, color.green * 255,
                       color.blue * 255, color.alpha);
+  }
+};
+
+/// As the weight and size of a CSS font, such as "300 11px", to be followed by the page's family.
+template <>
+struct PageType<Font> {
+  using Carried = std::string;
+  static Carried to(const Font& font) {
+    return formatText("%d %.4gpx", font.weight(), static_cast<double>(font.size));
   }
 };
 

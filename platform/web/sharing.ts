@@ -6,6 +6,10 @@ export interface SharedMail {
   readonly body: string;
   readonly isHtml: boolean;
   readonly attachments: readonly SharedFile[];
+  /** Of what is tapped in the composer. */
+  readonly tint: string;
+  /** Null for the composer's own. */
+  readonly titleColor: string | null;
 }
 
 export interface SharedFile {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <memory>
 
 #include "history/history_store.h"
 #include "tests/support/recorder_action_sheet.h"
@@ -175,6 +176,17 @@ TEST_F(ChartResultsViewControllerTest, TheGranularitySplitsTheSpanIntoItsDaysAnd
   saveDaysAgo(0, 0, 97);
   screen_.tapSegmentPeriod(0);
   EXPECT_EQ(heartrate_.granularity, 57600);
+}
+
+TEST_F(ChartResultsViewControllerTest, AScreenThatHasGoneIsNotCalledByItsSheet) {
+  auto screen =
+      std::make_unique<ChartResultsViewController>(platform_.display, sheet_, heartrate_, spo2_);
+  screen->viewDidLoad();
+  screen->tapButtonLabels();
+  screen.reset();
+  sheet_.tap(0);
+  EXPECT_EQ(title(ChartsScreen::buttonLabels), "Choose Label");
+  EXPECT_THAT(heartrate_.calls, IsEmpty());
 }
 
 }  // namespace

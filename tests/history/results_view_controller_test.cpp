@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <memory>
+
 #include "history/history_store.h"
 #include "measuring/app_delegate.h"
 #include "tests/support/recorder_results_view.h"
@@ -356,6 +358,20 @@ TEST_F(ResultsViewControllerTest, HowMailsAndMessagesEndStandsInTheLog) {
   const auto calls = platform_.journal.of("sharing");
   EXPECT_EQ(std::count(calls.begin(), calls.end(), "dismiss mail"), 4);
   EXPECT_EQ(std::count(calls.begin(), calls.end(), "dismiss message"), 3);
+}
+
+TEST_F(ResultsViewControllerTest, AScreenThatHasGoneIsNotCalledByItsSheetOrMail) {
+  auto screen = std::make_unique<ResultsViewController>(view_, nullptr);
+  screen->viewDidLoad();
+  screen->emailCSVResults();
+  screen->clickShare();
+  screen.reset();
+  forget();
+  view_.choose("Cancel");
+  EXPECT_THAT(platform_.journal.lines(), IsEmpty());
+  platform_.sharing.mailFinished(MailResult::sent, "");
+  EXPECT_THAT(platform_.log.lines, ElementsAre("Mail sent"));
+  EXPECT_THAT(platform_.journal.lines(), ElementsAre("sharing dismiss mail"));
 }
 
 // What others left.

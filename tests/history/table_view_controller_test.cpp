@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <memory>
+
 #include "history/history_store.h"
 #include "shell/alerts.h"
 #include "tests/support/test_platform.h"
@@ -13,6 +15,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pair;
+using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
 class RecorderOptionsView : public OptionsView {
@@ -98,6 +101,39 @@ TEST_F(TableViewControllerTest, RowsLeadWhereTheySay) {
   }
 }
 
+TEST_F(TableViewControllerTest, ARowSaysWhatATapOnItDoes) {
+  const auto rows = screen_.rows();
+  ASSERT_THAT(rows, ElementsAre(SizeIs(2), SizeIs(7), SizeIs(2)));
+  EXPECT_EQ(rows[0][0].title, "Send feedback");
+  EXPECT_EQ(rows[1][3].title, "Rate Veyla");
+  EXPECT_EQ(rows[1][5].title, "Questions and answers");
+  // A row does something or leads to a page, but for the one with a button of its own.
+  for (std::size_t section = 0; section < rows.size(); ++section) {
+    for (std::size_t row = 0; row < rows[section].size(); ++row) {
+      const bool acts =
+          !tapRow(static_cast<std::int32_t>(section), static_cast<std::int32_t>(row)).empty();
+      EXPECT_EQ(acts + !rows[section][row].page.empty(), rows[section][row].isEmail ? 0 : 1);
+    }
+  }
+  EXPECT_EQ(rows[2][0],
+            (OptionsRow{"Please provide us your email", "For better support", "", true}));
+  Utils::setEmail("a@b.de");
+  EXPECT_EQ(screen_.rows()[2][0], (OptionsRow{"Change your email", "a@b.de", "", true}));
+}
+
+TEST_F(TableViewControllerTest, AScreenThatHasGoneIsNotCalledByItsDialog) {
+  Utils::setEmail("old@example.org");
+  auto screen = std::make_unique<TableViewController>(view_, nullptr);
+  screen->accessoryButtonTapped();
+  screen.reset();
+  const int id = platform_.alerts.lastId;
+  alerts_.typeInField(id, "new@example.org");
+  alerts_.tapButton(id, 1);
+  alerts_.tapButton(id, 0);
+  EXPECT_EQ(Utils::getEmail(), "old@example.org");
+  EXPECT_THAT(view_.texts, IsEmpty());
+}
+
 // The user's mail address.
 
 TEST_F(TableViewControllerTest, TheDialogAsksForAnAddress) {
@@ -111,7 +147,8 @@ TEST_F(TableViewControllerTest, TheDialogAsksForAnAddress) {
   EXPECT_EQ(asked.closeButton, "Cancel");
   EXPECT_EQ(asked.duration, std::nullopt);
   EXPECT_TRUE(asked.closesOnOutsideTap);
-  EXPECT_EQ(asked.style, (AlertStyle{2, 1, 1}));
+  EXPECT_EQ(asked.style,
+            (AlertStyle{AlertMotion::upward, AlertMotion::downward, AlertBackground::blur}));
   EXPECT_EQ(asked.color, (Color{200 / 255.0, 2 / 255.0, 0, 1}));
   EXPECT_EQ(asked.iconTint, (Color{1, 1, 1, 1}));
   ASSERT_TRUE(asked.textField);

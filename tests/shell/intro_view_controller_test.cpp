@@ -70,7 +70,8 @@ TEST_F(IntroViewControllerTest, TheFirstSkipShowsTheIntendedUseAndThenAsksForHea
             "USE. The Veyla app can be used in a wide range of settings, including between "
             "exercises, running, hiking, and in relaxation management.");
   EXPECT_EQ(notice.closeButton, "Done");
-  EXPECT_EQ(notice.style, (AlertStyle{.showAnimation = 2, .hideAnimation = 1, .background = 1}));
+  EXPECT_EQ(notice.style,
+            (AlertStyle{AlertMotion::upward, AlertMotion::downward, AlertBackground::blur}));
   EXPECT_FALSE(Utils::hasFirstTimeNotePopup());
   EXPECT_EQ(dismissals_, 0) << "the introduction stays open behind the notice";
 

@@ -9,7 +9,7 @@ import {
 } from "ionicons/icons";
 
 import type { WebApp } from "./core";
-import { make, makeCustom, showModal } from "./dom";
+import { giveFocus, make, makeCustom, showModal } from "./dom";
 import type { AlertField, AlertShown } from "./page";
 
 const icons: Readonly<Record<AlertShown["kind"], string>> = {
@@ -42,7 +42,9 @@ export class AlertDialogs {
     const subtitle = make("p", { id: `alert-text-${id}` }, alert.subtitle);
     const note =
       this.note === undefined ? [] : [make("p.note", { id: `alert-note-${id}` }, this.note)];
-    const dialog = make(`dialog.alert.${alert.kind}`, {
+    const { show, hide, background } = alert.style;
+    const look = `show-${show}.hide-${hide}.${background}` as const;
+    const dialog = make(`dialog.alert.${alert.kind}.${look}`, {
       role: "alertdialog",
       "aria-labelledby": title.id,
       "aria-describedby": [subtitle, ...note].map((text) => text.id).join(" "),
@@ -94,6 +96,7 @@ export class AlertDialogs {
     if (!dialog) return;
     this.open.delete(id);
     dialog.classList.add("leaving");
+    dialog.ariaHidden = "true";
     dialog.close();
     // Kept until it has faded.
     setTimeout(() => {
@@ -107,7 +110,8 @@ export class AlertDialogs {
   }
 
   focusField(id: number): void {
-    this.open.get(id)?.querySelector("input")?.focus();
+    const field = this.open.get(id)?.querySelector("input");
+    if (field) giveFocus(field);
   }
 
   private field(id: number, { placeholder, text, ...field }: AlertField): HTMLInputElement {

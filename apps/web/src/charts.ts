@@ -17,8 +17,8 @@ export class ChartsScreen {
     const time = new SharedTime();
     const heartrate = new LineChartView(time, (axis, value) => core.heartrateAxisText(axis, value));
     const spo2 = new LineChartView(time, (axis, value) => core.spo2AxisText(axis, value));
-    const normal = make("span.normal", {}, "Choose Label");
-    const highlighted = make("span.highlighted", { "aria-hidden": "true" }, "Choose label");
+    const normal = make("span.normal");
+    const highlighted = make("span.highlighted", { "aria-hidden": "true" });
     const elements = new Map<string, HTMLElement>([
       ["buttonLabels", normal],
       ["buttonLabelsHighlighted", highlighted],
@@ -50,7 +50,6 @@ export class ChartsScreen {
         spo2.element,
       ),
     );
-    core.viewDidLoad();
     followPage(this.page, core);
   }
 }

@@ -13,9 +13,20 @@ interface Screen {
   delete(): void;
 }
 
-/** Tells a screen what becomes of its page. */
-export function followPage(page: HTMLElement, screen: Screen): void {
+/** Tells a screen what becomes of its page; `loaded` follows its loading. */
+export function followPage(
+  page: HTMLElement,
+  screen: Screen,
+  loaded: () => void = () => undefined,
+): void {
+  let isLoaded = false;
   page.addEventListener("ionViewWillEnter", () => {
+    // Before it has no size.
+    if (!isLoaded) {
+      isLoaded = true;
+      screen.viewDidLoad();
+      loaded();
+    }
     screen.viewWillAppear();
   });
   page.addEventListener("ionViewWillLeave", () => {
@@ -58,12 +69,14 @@ export interface IntroViewController {
   currentDotColor(): string;
 }
 
+export type AxisName = "left" | "right" | "x";
+
 export interface ChartResultsViewController extends Screen {
   periodTitles(): string[];
   tapSegmentPeriod(index: number): void;
   tapButtonLabels(): void;
-  heartrateAxisText(axis: "x" | "right", value: number): string;
-  spo2AxisText(axis: "x" | "right", value: number): string;
+  heartrateAxisText(axis: AxisName, value: number): string;
+  spo2AxisText(axis: AxisName, value: number): string;
 }
 
 export interface HistoryTableViewCell {
@@ -83,7 +96,9 @@ export const listTag = 0;
 export const chooserTag = 1;
 
 export interface ResultsViewController extends Screen {
+  look(): ResultsLook;
   numberOfRows(tag: number): number;
+  editingStyle(): "swipeToDelete" | "multipleSelection";
   listCell(row: number): HistoryTableViewCell;
   chooserCell(row: number): TableCell;
   swipeAction(): { readonly title: string; readonly background: string };
@@ -96,9 +111,17 @@ export interface ResultsViewController extends Screen {
   touchesBegan(): void;
   clickCloseResultsLabelsView(): void;
   tapDeleteRow(): void;
+  tapNoLabels(): void;
   tapSwipeAction(row: number): void;
   clickTrash(): void;
   clickShare(): void;
+}
+
+export interface ResultsLook {
+  readonly listRowHeight: number;
+  readonly chooserRowHeight: number;
+  readonly chooserCornerRadius: number;
+  readonly dimColor: string;
 }
 
 export interface OptionsRow {
@@ -109,9 +132,22 @@ export interface OptionsRow {
 }
 
 export interface TableViewController extends Screen {
+  rows(): OptionsRow[][];
   buttonCloseTap(): void;
   didSelectRow(section: number, row: number): void;
   accessoryButtonTapped(): void;
+}
+
+/** What stands on the measuring screen whatever is measured. */
+export interface Captions {
+  readonly heartrate: string;
+  readonly heartrateUnit: string;
+  readonly spo2: string;
+  readonly spo2Unit: string;
+  readonly lastMeasurement: string;
+  readonly pulse: string;
+  readonly start: string;
+  readonly stop: string;
 }
 
 export interface TextPage {
@@ -141,9 +177,9 @@ export interface WebApp {
   charts(views: ChartsViews): ChartResultsViewController;
   results(views: ResultsViews): ResultsViewController;
   options(views: OptionsViews): TableViewController;
-  optionsRows(): OptionsRow[][];
   rateMyApp(): void;
   page(name: string): TextPage | null;
+  captions(): Captions;
   faqs(): { readonly question: string; readonly answer: string }[];
 
   isHealthRecordAllowed(name: string): boolean;

@@ -41,6 +41,8 @@ function focused(): HTMLElement | undefined {
 }
 
 const openers = new WeakMap<HTMLDialogElement, HTMLElement>();
+/** What is to have the focus when a dialog over it has gone. */
+const waiting = new WeakMap<Element, HTMLElement>();
 
 /**
  * Shows a modal dialog, at whose end the focus returns to what opened it. Browsers do so themselves, but
@@ -54,11 +56,19 @@ export function showModal(dialog: HTMLDialogElement): void {
   dialog.addEventListener(
     "close",
     () => {
-      if (!focused()) opener?.focus({ preventScroll: true });
+      const next = waiting.get(dialog) ?? (focused() ? undefined : opener);
+      next?.focus({ preventScroll: true });
     },
     { once: true },
   );
   dialog.showModal();
+}
+
+/** Gives an element the focus, as soon as nothing stands over it. */
+export function giveFocus(element: HTMLElement): void {
+  const front = [...document.querySelectorAll("dialog:modal")].at(-1);
+  if (!front || front.contains(element)) element.focus();
+  else waiting.set(front, element);
 }
 
 /** A button with a text. */

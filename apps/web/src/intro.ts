@@ -128,6 +128,7 @@ export class IntroScreen {
     const dots = [...this.dots.children] as HTMLElement[];
     const [current, indicated] = [core.currentPage(), Math.max(0, core.indicatedPage())];
     dots.forEach((dot, index) => {
+      dot.classList.toggle("current", index === indicated);
       dot.style.background = index === indicated ? core.currentDotColor() : "";
     });
     this.dots.setAttribute("aria-label", `Page ${indicated + 1} of ${dots.length}`);

@@ -4,7 +4,9 @@ import "uplot/dist/uPlot.min.css";
 
 import uPlot from "uplot";
 
-import { darkColors } from "../../../platform/web/canvas";
+import { fontFamily } from "../../../platform/web/canvas";
+import { adapted, dark } from "./colors";
+import type { AxisName } from "./core";
 import { make } from "./dom";
 import type { ChartAxisSettings, ChartSettings, ChartViews, LineData } from "./page";
 
@@ -13,11 +15,15 @@ interface Range {
   readonly max: number;
 }
 
-const dark = window.matchMedia("(prefers-color-scheme: dark)");
-
 // uPlot numbers the sides clockwise from the top; its names for them exist as types alone.
-// eslint-disable-next-line @typescript-eslint/no-unsafe-enum-assignment
-const rightSide: uPlot.Axis.Side = 1;
+/* eslint-disable @typescript-eslint/no-unsafe-enum-assignment */
+const sides: Readonly<Record<"top" | "right" | "bottom" | "left", uPlot.Axis.Side>> = {
+  top: 0,
+  right: 1,
+  bottom: 2,
+  left: 3,
+};
+/* eslint-enable @typescript-eslint/no-unsafe-enum-assignment */
 /** The closest look, as a part of the whole. */
 const closest = 1 / 40;
 const secondsPerDay = 86_400;
@@ -25,19 +31,22 @@ const secondsPerDay = 86_400;
 const shortestTime = 2 * secondsPerDay;
 /** Labels of the time axis are at least this far apart, in points. */
 const labelWidth = 48;
-/** Seven days stand side by side on a phone. */
-const timeFontSize = 10;
+/** Of labels whose font the core leaves to the chart; seven days stand side by side on a phone. */
+const ownFont = "400 11px";
+const ownTimeFont = "400 10px";
 /** Of steps that come out a hair too long or too short. */
 const tolerance = 1e-6;
 /** Of what the core leaves to the chart. */
 const ownColor = "rgb(96 96 102 / 1)";
 
-/** A colour of the core's for the ground that the page has now. */
-function adapted(color: string | null): string {
-  if (color === null) return adapted(ownColor);
-  if (!dark.matches) return color;
-  const [red = 0, green = 0, blue = 0, alpha = 1] = (color.match(/[\d.]+/g) ?? []).map(Number);
-  return darkColors(red / 255, green / 255, blue / 255, alpha);
+function colorOf(color: string | null): string {
+  return adapted(color ?? ownColor);
+}
+
+/** In the page's family; `density` is for what is drawn in the screen's own pixels. */
+function cssFont(font: string | null, density = 1): string {
+  const [weight = "", size = ""] = (font ?? ownFont).split(" ");
+  return `${weight} ${parseFloat(size) * density}px ${fontFamily}`;
 }
 
 /** A line's colour, bright enough for the ground that the page has now. */
@@ -130,7 +139,7 @@ export class LineChartView implements ChartViews {
   /** `axisText` asks for what stands at a value of an axis. */
   constructor(
     private readonly time: SharedTime,
-    private readonly axisText: (axis: "x" | "right", value: number) => string,
+    private readonly axisText: (axis: AxisName, value: number) => string,
   ) {
     time.add(this);
     this.element = make("figure.line-chart", {}, this.plotHolder, this.noData, this.legend);
@@ -183,7 +192,7 @@ export class LineChartView implements ChartViews {
     this.legend.hidden = !hasPoints || settings?.legendEnabled !== true;
     this.plotHolder.removeAttribute("role");
     if (!hasPoints || !settings) return;
-    this.legend.replaceChildren(make("span.legend-line"), data.label);
+    this.legend.replaceChildren(make(`span.legend-mark.${settings.legendForm}`), data.label);
     this.legend.style.setProperty("--line", lineColor(data.color));
     this.plotHolder.setAttribute("role", "img");
     this.plotHolder.setAttribute("aria-label", this.description(data));
@@ -213,12 +222,14 @@ export class LineChartView implements ChartViews {
   private description(data: LineData): string {
     const points = data.entries
       .slice(-7)
-      .map(({ x, y }) => `${this.axisText("x", x)}: ${this.axisText("right", y)}`);
+      .map(({ x, y }) => `${this.axisText("x", x)}: ${this.axisText(data.axisDependency, y)}`);
     return `${data.label}. ${points.join(", ")}`;
   }
 
+  /** Of the axis that the line is bound to; both stand at its values. */
   private wholeValues(): Range {
-    const axis = this.settings?.rightAxis;
+    const isLeft = this.data?.axisDependency === "left";
+    const axis = isLeft ? this.settings?.leftAxis : this.settings?.rightAxis;
     return { min: axis?.minimum ?? 0, max: axis?.maximum ?? 100 };
   }
 
@@ -227,25 +238,34 @@ export class LineChartView implements ChartViews {
   }
 
   private options(settings: ChartSettings, data: LineData): uPlot.Options {
-    const { viewPortOffsets, rightAxis, xAxis } = settings;
-    const font = '11px -apple-system, "Inter", Roboto, "Helvetica Neue", Arial, sans-serif';
+    const { viewPortOffsets: room, leftAxis, rightAxis, xAxis } = settings;
     const axisOf = (axis: ChartAxisSettings): uPlot.Axis => ({
       show: axis.enabled,
-      font,
-      stroke: axis.drawsLabels ? adapted(axis.labelColor) : "transparent",
-      border: { show: axis.drawsAxisLine, stroke: adapted(axis.axisLineColor), width: 1 },
+      font: cssFont(axis.labelFont),
+      stroke: axis.drawsLabels ? colorOf(axis.labelColor) : "transparent",
+      border: { show: axis.drawsAxisLine, stroke: colorOf(axis.axisLineColor), width: 1 },
       ticks: { show: false },
+      gap: 8,
       grid: {
         show: axis.drawsGridLines,
-        stroke: `color-mix(in srgb, ${adapted(axis.gridColor)} 30%, transparent)`,
+        stroke: `color-mix(in srgb, ${colorOf(axis.gridColor)} 30%, transparent)`,
         dash: axis.gridLineDash ? [axis.gridLineDash.on, axis.gridLineDash.off] : [],
         width: 1,
       },
     });
+    const valueAxis = (name: "left" | "right", axis: ChartAxisSettings): uPlot.Axis => ({
+      ...axisOf(axis),
+      scale: "y",
+      side: sides[name],
+      size: room[name],
+      splits: () => this.valuesAtAxis(axis.drawsTopLabel),
+      values: (_plot, values) => values.map((value) => this.axisText(name, value)),
+    });
+    const [above, below] = xAxis.labelsBelow ? [room.top, 0] : [0, room.bottom];
     return {
       width: this.plotHolder.clientWidth,
       height: this.plotHolder.clientHeight,
-      padding: [viewPortOffsets.top, 0, 0, viewPortOffsets.left],
+      padding: [above, rightAxis.enabled ? 0 : room.right, below, leftAxis.enabled ? 0 : room.left],
       legend: { show: false },
       cursor: { show: false },
       scales: {
@@ -255,19 +275,13 @@ export class LineChartView implements ChartViews {
       axes: [
         {
           ...axisOf(xAxis),
-          size: viewPortOffsets.bottom,
-          gap: 8,
+          side: xAxis.labelsBelow ? sides.bottom : sides.top,
+          size: xAxis.labelsBelow ? room.bottom : room.top,
           splits: () => this.timesAtAxis(),
           values: (_plot, times) => times.map(() => ""),
         },
-        {
-          ...axisOf(rightAxis),
-          side: rightSide,
-          size: viewPortOffsets.right,
-          gap: 8,
-          splits: () => this.valuesAtAxis(),
-          values: (_plot, values) => values.map((value) => this.axisText("right", value)),
-        },
+        valueAxis("left", leftAxis),
+        valueAxis("right", rightAxis),
       ],
       series: [
         {},
@@ -275,6 +289,7 @@ export class LineChartView implements ChartViews {
           stroke: lineColor(data.color),
           width: data.lineWidth,
           fill: filled(data),
+          ...(data.cubic && uPlot.paths.spline && { paths: uPlot.paths.spline() }),
           points: {
             show: data.drawsCircles,
             size: 2 * data.circleRadius,
@@ -294,7 +309,8 @@ export class LineChartView implements ChartViews {
         ],
         draw: [
           (plot): void => {
-            this.drawTimes(plot, xAxis, font);
+            this.drawTimes(plot, xAxis);
+            this.drawTexts(plot, settings, data);
           },
         ],
       },
@@ -302,7 +318,7 @@ export class LineChartView implements ChartViews {
   }
 
   /** From one end of the whole range to the other, and between these where there is room. */
-  private valuesAtAxis(): number[] {
+  private valuesAtAxis(withTop: boolean): number[] {
     const whole = this.wholeValues();
     const shown = this.shownValues();
     let step = (whole.max - whole.min) / 5;
@@ -312,7 +328,7 @@ export class LineChartView implements ChartViews {
     return Array.from(
       { length: last - first + 1 },
       (_, index) => whole.min + (first + index) * step,
-    );
+    ).filter((value) => withTop || value < whole.max);
   }
 
   /**
@@ -322,7 +338,8 @@ export class LineChartView implements ChartViews {
   private timesAtAxis(): number[] {
     const { start, shown } = this.time;
     const labels = Math.max(1, Math.floor(this.plotHolder.clientWidth / labelWidth));
-    const granularity = Number.isFinite(this.granularity) ? this.granularity : 0;
+    const isHeeded = this.settings?.xAxis.hasGranularity && Number.isFinite(this.granularity);
+    const granularity = isHeeded ? this.granularity : 0;
     const least = Math.max(granularity, lengthOf(shown) / labels);
     const step = Math.max(1, Math.ceil(least / secondsPerDay - tolerance)) * secondsPerDay;
     const first = Math.ceil((shown.min - start) / step - tolerance);
@@ -330,37 +347,56 @@ export class LineChartView implements ChartViews {
     return Array.from({ length: last - first + 1 }, (_, index) => start + (first + index) * step);
   }
 
-  /** The first and the last label do not reach beyond the chart. */
-  private drawTimes(plot: uPlot, axis: ChartAxisSettings, font: string): void {
+  private drawTimes(plot: uPlot, axis: ChartAxisSettings): void {
     if (!axis.drawsLabels) return;
     const { ctx, bbox } = plot;
     const density = window.devicePixelRatio;
     const gap = 2 * density;
     ctx.save();
-    ctx.font = font.replace("11px", `${timeFontSize * density}px`);
-    ctx.fillStyle = adapted(axis.labelColor);
-    ctx.textAlign = "center";
-    ctx.textBaseline = "top";
-    const top = bbox.top + bbox.height + 8 * density;
+    ctx.font = cssFont(axis.labelFont ?? ownTimeFont, density);
+    ctx.fillStyle = colorOf(axis.labelColor);
+    ctx.textAlign = axis.centersLabels ? "center" : "left";
+    ctx.textBaseline = axis.labelsBelow ? "top" : "bottom";
+    const line = bbox.top + (axis.labelsBelow ? bbox.height + 8 * density : -8 * density);
     let free = -Infinity;
     const times = this.timesAtAxis();
     for (const time of times) {
       const text = this.axisText("x", time);
-      const half = ctx.measureText(text).width / 2;
-      let x = plot.valToPos(time, "x", true);
+      const { width } = ctx.measureText(text);
+      const before = axis.centersLabels ? width / 2 : 0;
+      let left = plot.valToPos(time, "x", true) - before;
       if (axis.keepsEndLabelsInside) {
-        x = Math.min(Math.max(x, gap + half), ctx.canvas.width - gap - half);
+        left = Math.min(Math.max(left, gap), ctx.canvas.width - gap - width);
       }
-      if (x - half < free) continue;
-      free = x + half + gap;
-      ctx.fillText(text, x, top);
+      if (left < free) continue;
+      free = left + width + gap;
+      ctx.fillText(text, left + before, line);
     }
     // A single label does not tell how long a time is shown.
     if (times.length < 2) {
-      const text = this.daysShown().join(" – ");
-      const below = times.length * 1.4 * timeFontSize * density;
-      ctx.fillStyle = adapted(null);
-      ctx.fillText(text, bbox.left + bbox.width / 2, top + below);
+      ctx.fillStyle = colorOf(null);
+      ctx.textAlign = "center";
+      const next = line + times.length * 14 * density;
+      ctx.fillText(this.daysShown().join(" – "), bbox.left + bbox.width / 2, next);
+    }
+    ctx.restore();
+  }
+
+  /** The description in the corner, and the values above their points. */
+  private drawTexts(plot: uPlot, settings: ChartSettings, data: LineData): void {
+    const { ctx, bbox } = plot;
+    const density = window.devicePixelRatio;
+    ctx.save();
+    ctx.font = cssFont(null, density);
+    ctx.fillStyle = adapted(settings.descriptionColor);
+    ctx.textAlign = "right";
+    ctx.textBaseline = "bottom";
+    ctx.fillText(settings.descriptionText, bbox.left + bbox.width, bbox.top + bbox.height);
+    ctx.font = cssFont(data.valueFont, density);
+    ctx.textAlign = "center";
+    for (const { x, y } of data.drawsValues ? data.entries : []) {
+      const above = plot.valToPos(y, "y", true) - (data.circleRadius + 2) * density;
+      ctx.fillText(this.axisText(data.axisDependency, y), plot.valToPos(x, "x", true), above);
     }
     ctx.restore();
   }
@@ -430,11 +466,15 @@ export class LineChartView implements ChartViews {
     const least = 24;
     const factor = (from: number, to: number): number =>
       Math.abs(from) < least || Math.abs(to) < least ? 1 : Math.abs(to) / Math.abs(from);
+    const [fromX, toX] = [before.clientX - other.clientX, now.clientX - other.clientX];
+    const [fromY, toY] = [before.clientY - other.clientY, now.clientY - other.clientY];
+    const both = factor(Math.hypot(fromX, fromY), Math.hypot(toX, toY));
+    const isOne = this.settings?.pinchZoomEnabled === true;
     this.zoomAt(
       (now.clientX + other.clientX) / 2,
       (now.clientY + other.clientY) / 2,
-      factor(before.clientX - other.clientX, now.clientX - other.clientX),
-      factor(before.clientY - other.clientY, now.clientY - other.clientY),
+      isOne ? both : factor(fromX, toX),
+      isOne ? both : factor(fromY, toY),
     );
   }
 

@@ -10,6 +10,7 @@ import {
   share,
   type SharedMail,
 } from "../../../platform/web/sharing";
+import { adapted } from "./colors";
 import { make, sheetCard, showModal, textButton } from "./dom";
 import { saveAsFile } from "./files";
 
@@ -35,8 +36,10 @@ export class MailComposer {
         saveAsFile(file.fileName, file.mimeType, file.data);
       }),
     );
+    const title = make("h2", { id: "composer-title" }, "New mail");
+    title.style.color = mail.titleColor === null ? "" : adapted(mail.titleColor);
     const card = sheetCard(
-      make("h2", { id: "composer-title" }, "New mail"),
+      title,
       fields,
       make("pre.mail-body", { tabindex: "0", "aria-label": "Text" }, bodyText(mail)),
       ...files,
@@ -62,6 +65,7 @@ export class MailComposer {
         finish("cancelled");
       }),
     );
+    card.style.setProperty("--bar-tint", adapted(mail.tint));
     dialog.append(card);
     dialog.addEventListener("cancel", (event) => {
       event.preventDefault();

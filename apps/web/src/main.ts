@@ -15,6 +15,7 @@ import { LocalStorage } from "../../../platform/web/storage";
 import { browserText } from "../../../platform/web/text";
 import { ActionSheets } from "./action_sheet";
 import { AlertDialogs } from "./alerts";
+import { setAppearance, setNavigationBarTint } from "./appearance";
 import { defineComponents } from "./components";
 import { loadCore, type WebApp } from "./core";
 import { askForHealthRecords } from "./health_sheet";
@@ -179,13 +180,8 @@ async function start(): Promise<void> {
     setIdleTimerDisabled(disabled) {
       waker.setIdleTimerDisabled(disabled);
     },
-    setAppearance(colors) {
-      const style = document.documentElement.style;
-      style.setProperty("--bar-tint", colors.navigationBarTint);
-      style.setProperty("--bar-title", colors.navigationBarTitle);
-      style.setProperty("--cell-tint", colors.tableCellTint);
-      style.setProperty("--segment-tint", colors.segmentedControlTint);
-    },
+    setAppearance,
+    setNavigationBarTint,
   };
 
   const page: Page = {
@@ -231,6 +227,7 @@ async function start(): Promise<void> {
 
   const [loaded] = await Promise.all([loadCore(page), camera.prepare()]);
   holder.app = loaded;
+  measuring.showCaptions(loaded.captions());
   followLife(loaded);
   loaded.launch();
   const root = document.querySelector<HTMLElement>("ion-app");

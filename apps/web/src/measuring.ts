@@ -9,7 +9,7 @@ import {
   sunny,
 } from "ionicons/icons";
 
-import type { WebApp } from "./core";
+import type { Captions, WebApp } from "./core";
 import { iconButton, make, makeCustom } from "./dom";
 import { ElementViews } from "./element_views";
 import type { DisplayViews } from "./page";
@@ -28,10 +28,10 @@ const fingerIcons: Readonly<Record<string, string>> = {
 const markedCheckbox = "checkbox_marked.png";
 
 interface ValueNames {
-  readonly caption: string;
+  readonly caption: "heartrate" | "spo2";
   /** As a screen reader says it. */
   readonly spoken: string;
-  readonly unit: string;
+  readonly unit: "heartrateUnit" | "spo2Unit";
   readonly panel: string;
   readonly gauge: string;
   readonly ring: string;
@@ -42,9 +42,9 @@ interface ValueNames {
 }
 
 const heartrate: ValueNames = {
-  caption: "Heart rate",
+  caption: "heartrate",
   spoken: "Heart rate",
-  unit: "BPM",
+  unit: "heartrateUnit",
   panel: "viewGaugeHeartrate",
   gauge: "gaugeHR",
   ring: "circleprogressHeartrate",
@@ -55,9 +55,9 @@ const heartrate: ValueNames = {
 };
 
 const spo2: ValueNames = {
-  caption: "SpO₂",
+  caption: "spo2",
   spoken: "Oxygen saturation",
-  unit: "%",
+  unit: "spo2Unit",
   panel: "viewGaugeSpo2",
   gauge: "gaugeSpo2",
   ring: "circleprogressSpo2",
@@ -74,9 +74,9 @@ export class MeasuringScreen {
   drawn: (milliseconds: number) => void = () => undefined;
 
   private readonly elements = new Map<string, HTMLElement>();
+  private readonly captions = new Map<HTMLElement, keyof Captions>();
   private readonly widgets = new Map<string, Widget>();
   private readonly title = makeCustom("ion-title");
-  private readonly begin = make("button.round.begin", { type: "button" }, "START");
   private readonly fingerIcon = makeCustom("ion-icon", { "aria-hidden": "true" });
   private readonly fingerChip = make(
     "p.finger",
@@ -84,6 +84,7 @@ export class MeasuringScreen {
     this.fingerIcon,
     this.named("labelFinger", make("span", { "aria-live": "polite" })),
   );
+  private readonly begin = make("button.round.begin", { type: "button" });
 
   /** `core` is asked for when something is tapped or drawn. */
   constructor(private readonly core: () => WebApp) {
@@ -127,6 +128,16 @@ export class MeasuringScreen {
 
   setTitle(title: string): void {
     this.title.textContent = title;
+  }
+
+  /** The core's captions, as soon as it is there. */
+  showCaptions(captions: Captions): void {
+    for (const [view, name] of this.captions) view.textContent = captions[name];
+  }
+
+  private captioned<View extends HTMLElement>(name: keyof Captions, view: View): View {
+    this.captions.set(view, name);
+    return view;
   }
 
   private named<View extends HTMLElement>(name: string, view: View): View {
@@ -202,7 +213,7 @@ export class MeasuringScreen {
         "div.caption-row",
         {},
         checkbox,
-        this.named(names.measuring, make("h2.caption", {}, names.caption)),
+        this.named(names.measuring, this.captioned(names.caption, make("h2.caption"))),
       ),
       dial,
     );
@@ -214,14 +225,14 @@ export class MeasuringScreen {
         "p.last-value",
         { role: "group", "aria-label": `Last ${names.spoken.toLowerCase()}` },
         this.named(names.last, make("span.number")),
-        make("span.unit", {}, names.unit),
+        this.captioned(names.unit, make("span.unit")),
       );
     const last = this.named(
       "viewLastMeasurements",
       make(
         "div.last-measurements",
         {},
-        make("h2.heading", {}, "Last measurement"),
+        this.captioned("lastMeasurement", make("h2.heading")),
         make("div.last-values", {}, lastValue(heartrate), lastValue(spo2)),
         // Why a value may not be relied on; empty ones take no room.
         make(
@@ -237,7 +248,7 @@ export class MeasuringScreen {
       make(
         "div.pulse",
         {},
-        make("h2.heading", {}, "Pulse"),
+        this.captioned("pulse", make("h2.heading")),
         make("div.curve", {}, this.widget("chartFourierView", 2)),
       ),
     );
@@ -261,13 +272,16 @@ export class MeasuringScreen {
   }
 
   private buttons(): HTMLElement {
-    const begin = this.named("beginButton", this.begin);
+    const begin = this.named("beginButton", this.captioned("start", this.begin));
     begin.addEventListener("click", () => {
       // The camera takes its time to open.
       begin.ariaBusy = "true";
       this.core().measuring().beginButtonPush();
     });
-    const stop = this.named("stopButton", make("button.round.stop", { type: "button" }, "STOP"));
+    const stop = this.named(
+      "stopButton",
+      this.captioned("stop", make("button.round.stop", { type: "button" })),
+    );
     stop.addEventListener("click", () => {
       this.core().measuring().stopButtonPush();
     });

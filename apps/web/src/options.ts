@@ -1,8 +1,12 @@
 // The options screen, and the pages that its rows lead to.
 import { followPage, type OptionsRow, type TableViewController, type WebApp } from "./core";
 import { make, makeCustom, textButton } from "./dom";
-import type { OptionsViews } from "./page";
+import type { AccessoryButton, OptionsViews } from "./page";
 import { textPage } from "./text_pages";
+
+const images: Readonly<Record<string, string>> = {
+  "emaileditbutton.png": "linear-gradient(var(--accent), var(--accent))",
+};
 
 export class OptionsScreen implements OptionsViews {
   readonly page: HTMLElement;
@@ -20,8 +24,8 @@ export class OptionsScreen implements OptionsViews {
     const close = textButton("button.bar-button", "Close", () => {
       core.buttonCloseTap();
     });
-    const lists = app
-      .optionsRows()
+    const lists = core
+      .rows()
       .map((rows, section) =>
         makeCustom(
           "ion-list",
@@ -46,7 +50,6 @@ export class OptionsScreen implements OptionsViews {
       ),
       content,
     );
-    core.viewDidLoad();
     followPage(this.page, core);
   }
 
@@ -55,12 +58,15 @@ export class OptionsScreen implements OptionsViews {
     if (view) view.textContent = text;
   }
 
-  setAccessoryButton(cell: string, title: string): void {
-    const button = make("button.accessory", { type: "button", slot: "end" }, title);
-    button.addEventListener("click", () => {
+  setAccessoryButton(cell: string, button: AccessoryButton): void {
+    const made = textButton("button.accessory", button.title, () => {
       this.core.accessoryButtonTapped();
     });
-    this.elements.get(cell)?.append(button);
+    made.slot = "end";
+    made.style.color = button.titleColor;
+    made.style.font = `${button.font} var(--ion-font-family)`;
+    made.style.background = `${images[button.backgroundImage] ?? ""} ${button.background}`;
+    this.elements.get(cell)?.append(made);
   }
 
   private row(row: OptionsRow, section: number, index: number): HTMLElement {

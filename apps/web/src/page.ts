@@ -37,6 +37,14 @@ export interface AlertField {
   readonly autocorrects: boolean;
 }
 
+type AlertMotion = "pop" | "downward" | "upward";
+
+export interface AlertStyle {
+  readonly show: AlertMotion;
+  readonly hide: AlertMotion;
+  readonly background: "shadow" | "blur";
+}
+
 export interface AlertShown {
   readonly kind: "plain" | "warning" | "error" | "waiting" | "notice" | "edit";
   readonly title: string;
@@ -46,14 +54,17 @@ export interface AlertShown {
   readonly textField: AlertField | null;
   readonly color: string;
   readonly iconTint: string;
+  readonly style: AlertStyle;
 }
 
-export interface Colors {
+export interface Appearance {
   readonly tableCellTint: string;
   readonly navigationBarTint: string;
   readonly navigationBarTitle: string;
+  readonly navigationBarImage: string;
   readonly pageIndicatorDot: string;
   readonly pageIndicatorCurrentDot: string;
+  readonly pageIndicatorBackground: string;
   readonly segmentedControlTint: string;
 }
 
@@ -68,7 +79,8 @@ export interface ScreenViews {
   setTitle(title: string): void;
   setBackSwipeEnabled(enabled: boolean): void;
   setIdleTimerDisabled(disabled: boolean): void;
-  setAppearance(colors: Colors): void;
+  setAppearance(appearance: Appearance): void;
+  setNavigationBarTint(tint: string | null): void;
 }
 
 export interface CameraViews {
@@ -105,17 +117,25 @@ export interface ChartAxisSettings {
   readonly drawsAxisLine: boolean;
   readonly drawsLabels: boolean;
   readonly drawsTopLabel: boolean;
+  readonly centersLabels: boolean;
+  readonly labelsBelow: boolean;
   readonly keepsEndLabelsInside: boolean;
+  readonly hasGranularity: boolean;
   /** Null for the chart's own. */
   readonly gridColor: string | null;
   readonly axisLineColor: string | null;
   readonly labelColor: string | null;
+  /** Weight and size. */
+  readonly labelFont: string | null;
 }
 
 export interface ChartSettings {
+  readonly descriptionText: string;
+  readonly descriptionColor: string;
   readonly noDataText: string;
   readonly scaleEnabled: boolean;
   readonly dragEnabled: boolean;
+  readonly pinchZoomEnabled: boolean;
   readonly viewPortOffsets: {
     readonly left: number;
     readonly top: number;
@@ -125,6 +145,7 @@ export interface ChartSettings {
   readonly drawsGridBackground: boolean;
   readonly gridBackgroundColor: string;
   readonly legendEnabled: boolean;
+  readonly legendForm: "square" | "circle" | "line";
   readonly leftAxis: ChartAxisSettings;
   readonly rightAxis: ChartAxisSettings;
   readonly xAxis: ChartAxisSettings;
@@ -134,13 +155,17 @@ export interface LineData {
   /** At seconds since 1970, ascending. */
   readonly entries: readonly { readonly x: number; readonly y: number }[];
   readonly label: string;
+  readonly axisDependency: "left" | "right";
   readonly color: string;
   readonly lineWidth: number;
+  readonly cubic: boolean;
   readonly drawsCircles: boolean;
   readonly circleRadius: number;
   readonly circleColor: string;
   readonly drawsCircleHoles: boolean;
   readonly circleHoleColor: string;
+  readonly drawsValues: boolean;
+  readonly valueFont: string;
   readonly drawsFilled: boolean;
   readonly fillColor: string;
   readonly fillAlpha: number;
@@ -164,17 +189,26 @@ export interface ResultsViews {
   setRightButtons(titles: readonly string[]): void;
   listHeight(): number;
   setEditing(editing: boolean, animated: boolean): void;
-  setSelected(row: number, selected: boolean): void;
+  setSelected(row: number, selected: boolean, animated: boolean): void;
   deleteRows(rows: readonly number[], animation: "none" | "fade"): void;
   reloadChooser(): void;
   setCheckMark(chooserRow: number, shown: boolean): void;
   setOpacity(element: string, opacity: number, seconds: number): void;
-  slideToolbar(upward: number, seconds: number): void;
+  slideToolbar(upward: number, listHeight: number, seconds: number): void;
+}
+
+export interface AccessoryButton {
+  readonly backgroundImage: string;
+  readonly title: string;
+  readonly titleColor: string;
+  /** Weight and size. */
+  readonly font: string;
+  readonly background: string;
 }
 
 export interface OptionsViews {
   setText(element: string, text: string): void;
-  setAccessoryButton(cell: string, title: string): void;
+  setAccessoryButton(cell: string, button: AccessoryButton): void;
 }
 
 export interface SharingViews {

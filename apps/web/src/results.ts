@@ -111,10 +111,21 @@ export class ResultsScreen implements ResultsViews {
     new IntersectionObserver((entries) => {
       if (entries.some((entry) => entry.isIntersecting)) this.addRows();
     }).observe(this.more);
-    core.viewDidLoad();
-    this.addRows();
-    this.showWhetherEmpty();
-    followPage(this.page, core);
+    const { listRowHeight, chooserRowHeight, chooserCornerRadius, dimColor } = core.look();
+    const { style } = this.page;
+    style.setProperty("--row-height", String(listRowHeight));
+    style.setProperty("--chooser-row-height", String(chooserRowHeight));
+    style.setProperty("--chooser-radius", `${chooserCornerRadius}px`);
+    style.setProperty("--dim", dimColor);
+    // The height that the core knows is that of the screen as it was.
+    window.addEventListener("resize", this.freeList);
+    followPage(this.page, core, () => {
+      this.addRows();
+      this.showWhetherEmpty();
+    });
+    this.page.addEventListener("ionViewWillUnload", () => {
+      window.removeEventListener("resize", this.freeList);
+    });
   }
 
   // What the core does to the views.
@@ -129,22 +140,24 @@ export class ResultsScreen implements ResultsViews {
     });
   }
 
+  /** Without what lies below the screen's safe area. */
   listHeight(): number {
-    return Math.round(this.content.clientHeight);
+    const inset = parseFloat(getComputedStyle(this.toolbar).paddingBottom);
+    return Math.round(this.content.clientHeight - inset);
   }
 
-  setEditing(editing: boolean): void {
-    this.editing = editing;
-    this.list.classList.toggle("editing", editing);
+  setEditing(_editing: boolean, animated: boolean): void {
+    this.editing = this.core.editingStyle() === "multipleSelection";
+    this.list.classList.toggle("editing", this.editing);
     for (const row of this.rows) {
-      row.toggleAttribute("disabled", editing);
-      this.setChecked(row, false);
+      row.toggleAttribute("disabled", this.editing);
+      this.setChecked(row, false, animated);
     }
   }
 
-  setSelected(row: number, selected: boolean): void {
+  setSelected(row: number, selected: boolean, animated: boolean): void {
     const element = this.rows[row];
-    if (element) this.setChecked(element, selected);
+    if (element) this.setChecked(element, selected, animated);
   }
 
   deleteRows(rows: readonly number[], animation: "none" | "fade"): void {
@@ -188,12 +201,25 @@ export class ResultsScreen implements ResultsViews {
     if (opacity === 0 && seconds > 0) this.leaveChooser();
   }
 
-  slideToolbar(upward: number, seconds: number): void {
+  slideToolbar(upward: number, listHeight: number, seconds: number): void {
     const shown = upward > 0;
-    this.toolbar.style.transition = `transform ${seconds}s, margin-top ${seconds}s`;
+    const { style } = this.content;
+    this.freeList();
+    style.maxHeight = `${this.content.clientHeight}px`;
+    // The height before takes effect first, or there would be nothing to change from.
+    this.content.getBoundingClientRect();
+    style.transition = `max-height ${seconds}s`;
+    if (shown) style.maxHeight = `${listHeight}px`;
+    else this.freeList();
+    this.page.style.setProperty("--toolbar-height", `${Math.abs(upward)}px`);
+    this.toolbar.style.transition = `margin-bottom ${seconds}s`;
     this.toolbar.classList.toggle("shown", shown);
     this.toolbar.inert = !shown;
   }
+
+  private readonly freeList = (): void => {
+    this.content.style.maxHeight = "";
+  };
 
   // Rows.
 
@@ -218,7 +244,7 @@ export class ResultsScreen implements ResultsViews {
   }
 
   private makeRow(): SlidingElement {
-    const option = makeCustom("ion-item-option", { color: "danger", expandable: "true" });
+    const option = makeCustom("ion-item-option", { expandable: "true" });
     const swipe = this.core.swipeAction();
     option.textContent = swipe.title;
     option.style.setProperty("--background", swipe.background);
@@ -277,8 +303,9 @@ export class ResultsScreen implements ResultsViews {
     this.setChecked(row, this.core.isSelected(index));
   }
 
-  private setChecked(row: HTMLElement, checked: boolean): void {
+  private setChecked(row: HTMLElement, checked: boolean, animated = false): void {
     row.classList.toggle("checked", checked);
+    row.classList.toggle("animated", animated);
     const circle = row.querySelector<HTMLElement & { icon?: string }>(".circle");
     if (circle) circle.icon = checked ? checkmarkCircle : ellipseOutline;
     circle?.setAttribute("aria-label", checked ? "Selected" : "Not selected");
@@ -332,6 +359,9 @@ export class ResultsScreen implements ResultsViews {
     return make(
       "div.control-row",
       {},
+      textButton("button.none", "None", () => {
+        this.core.tapNoLabels();
+      }),
       textButton("button.delete", "Delete", () => {
         this.core.tapDeleteRow();
       }),
