@@ -69,26 +69,6 @@ it("a damaged history is told, kept as it is, and can be saved and set aside", a
   expect(kept).toEqual([damaged]);
 });
 
-it("a change that a damaged item refuses is told each time", async () => {
-  const visit = await phone.visit({ stored: { ...acquainted, "veyla/email": '"somebody@' } });
-  const { page } = visit;
-  const notice = page.getByRole("alertdialog", { name: "Damaged data" });
-  const closeNotice = async (): Promise<void> => {
-    await notice.getByRole("button", { name: "Close" }).click();
-    await notice.waitFor({ state: "detached" });
-  };
-  await visit.swipe("left");
-  await closeNotice();
-  await visit.settled();
-  for (let times = 0; times < 2; ++times) {
-    await page.getByRole("button", { name: "EDIT" }).click();
-    await page.getByRole("textbox", { name: "Enter your email" }).fill("somebody@example.org");
-    await page.getByRole("button", { name: "Save" }).click();
-    await closeNotice();
-  }
-  expect(await visit.stored("email")).toBe('"somebody@');
-});
-
 it("a browser that stores nothing is told of", async () => {
   const visit = await phone.visit({ storageBlocked: true });
   await visit.page.getByRole("heading", { name: "Not saved" }).waitFor();

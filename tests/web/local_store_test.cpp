@@ -1,0 +1,139 @@
+#include "platform/web/local_store.h"
+
+#include <gmock/gmock.h>
+
+namespace veyla {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+
+/// What a browser keeps, another tab's changes included.
+class MemoryItems : public LocalItems {
+ public:
+  std::map<std::string, std::string> texts;
+  /// Why the browser refuses to write; empty for not.
+  std::string refusal;
+  int writes = 0;
+
+  std::optional<std::string> read(const std::string& key) const override {
+    const auto found = texts.find(key);
+    if (found == texts.end()) return std::nullopt;
+    return found->second;
+  }
+  std::string write(const std::vector<Change>& changes) override {
+    ++writes;
+    if (!refusal.empty()) return refusal;
+    for (const auto& [key, text] : changes) {
+      if (text) {
+        texts[key] = *text;
+      } else {
+        texts.erase(key);
+      }
+    }
+    return "";
+  }
+};
+
+class LocalStoreTest : public testing::Test {
+ protected:
+  LocalStoreTest() {
+    store_.failed = [this](const std::string& key, const std::string& line) {
+      told_.emplace_back(key, line);
+    };
+  }
+
+  MemoryItems items_;
+  LocalStore store_{items_};
+  std::vector<std::pair<std::string, std::string>> told_;
+};
+
+TEST_F(LocalStoreTest, ChangesAreSeenAtOnceAndWrittenTogether) {
+  items_.texts = {{"email", "\"a@b.de\""}, {"gone", "1"}};
+  store_.setValue("email", "c@d.de");
+  store_.removeValue("gone");
+  EXPECT_EQ(store_.value("email"), Value("c@d.de"));
+  EXPECT_EQ(store_.value("gone"), std::nullopt);
+  EXPECT_EQ(items_.writes, 0);
+  store_.synchronize();
+  store_.synchronize();
+  EXPECT_THAT(items_.texts, ElementsAre(Pair("email", "\"c@d.de\"")));
+  EXPECT_EQ(items_.writes, 1);
+  // Another tab's.
+  items_.texts["email"] = "\"e@f.de\"";
+  EXPECT_EQ(store_.value("email"), Value("e@f.de"));
+}
+
+TEST_F(LocalStoreTest, WhatABrowserRefusesIsToldAndTriedAgain) {
+  items_.refusal = "full";
+  store_.setValue("email", "a@b.de");
+  store_.synchronize();
+  EXPECT_THAT(told_, ElementsAre(Pair("", "full")));
+  items_.refusal.clear();
+  store_.synchronize();
+  EXPECT_EQ(items_.texts["email"], "\"a@b.de\"");
+}
+
+TEST_F(LocalStoreTest, ChangesThatBelongTogetherAreOneWriteOrNone) {
+  const auto change = [this] {
+    store_.exclusively([this] {
+      store_.setValue("values", 1);
+      store_.exclusively([this] { store_.setValue("last", 2); });
+      store_.synchronize();
+      EXPECT_EQ(items_.writes, 0) << "not before the outermost end";
+    });
+  };
+  items_.refusal = "full";
+  change();
+  EXPECT_THAT(told_, ElementsAre(Pair("", "full")));
+  EXPECT_EQ(store_.value("values"), std::nullopt) << "given up";
+  items_.refusal.clear();
+  items_.writes = 0;
+  change();
+  EXPECT_EQ(items_.writes, 1);
+  EXPECT_THAT(items_.texts, ElementsAre(Pair("last", "2"), Pair("values", "1")));
+}
+
+TEST_F(LocalStoreTest, ADamagedItemRefusesChangesUntilItIsSetAside) {
+  const std::string damaged = "[{\"hr\":7";
+  items_.texts["values"] = damaged;
+  EXPECT_EQ(store_.value("values"), std::nullopt);
+  EXPECT_EQ(store_.value("values"), std::nullopt);
+  ASSERT_THAT(told_, ElementsAre(Pair("values", HasSubstr("damaged")))) << "once for reading";
+  for (int times = 0; times < 2; ++times) {
+    store_.setValue("values", 1);
+    store_.removeValue("values");
+    store_.synchronize();
+  }
+  EXPECT_EQ(told_.size(), 5U) << "and for each change that it refuses";
+  EXPECT_EQ(store_.rawText("values"), damaged);
+
+  items_.refusal = "full";
+  store_.setAside("values", Date{1'700'000'000});
+  EXPECT_EQ(store_.rawText("values"), damaged);
+  items_.refusal.clear();
+  store_.setAside("values", Date{1'700'000'000});
+  EXPECT_THAT(items_.texts, ElementsAre(Pair("damaged values 1700000000", R"("[{\"hr\":7")")));
+  store_.setValue("values", 1);
+  store_.synchronize();
+  EXPECT_EQ(items_.texts["values"], "1");
+}
+
+TEST_F(LocalStoreTest, ADamagedItemThatNobodyHasReadIsLeftAsWell) {
+  items_.texts["email"] = "\"somebody@";
+  store_.setValue("email", "a@b.de");
+  store_.synchronize();
+  EXPECT_EQ(items_.texts["email"], "\"somebody@");
+  EXPECT_THAT(told_, ElementsAre(Pair("email", HasSubstr("damaged"))));
+  // A text that no browser could store.
+  told_.clear();
+  store_.setValue("note", "\xff");
+  EXPECT_THAT(told_, ElementsAre(Pair("", HasSubstr("note"))));
+  store_.synchronize();
+  EXPECT_EQ(items_.writes, 0);
+}
+
+}  // namespace
+}  // namespace veyla
