@@ -54,10 +54,12 @@ export async function followMainThread(
       })
       .map(({ pid, tid }) => `${pid} ${tid}`),
   );
+  // What ran already when the following began, or still when it ended, has no time of its own.
   const spent = (wanted: RegExp): Spent[] =>
     events
-      .filter(({ ph, name, pid, tid }) => {
-        return ph === "X" && wanted.test(name) && threads.has(`${pid} ${tid}`);
+      .filter(({ ph, name, pid, tid, tdur }) => {
+        const isWhole = ph === "X" && tdur !== undefined;
+        return isWhole && wanted.test(name) && threads.has(`${pid} ${tid}`);
       })
       .map(({ dur = NaN, tdur = NaN }) => ({ processor: tdur / 1000, elapsed: dur / 1000 }));
   return { tasks: spent(/^ThreadControllerImpl::RunTask$/), calls: spent(/^FunctionCall$/) };
