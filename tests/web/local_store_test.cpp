@@ -80,9 +80,12 @@ TEST_F(LocalStoreTest, ChangesThatBelongTogetherAreOneWriteOrNone) {
   const auto change = [this] {
     store_.exclusively([this] {
       store_.setValue("values", 1);
-      store_.exclusively([this] { store_.setValue("last", 2); });
-      store_.synchronize();
+      store_.exclusively([this] {
+        store_.setValue("last", 2);
+        store_.synchronize();
+      });
       EXPECT_EQ(items_.writes, 0) << "not before the outermost end";
+      store_.synchronize();
     });
   };
   items_.refusal = "full";
@@ -92,7 +95,7 @@ TEST_F(LocalStoreTest, ChangesThatBelongTogetherAreOneWriteOrNone) {
   items_.refusal.clear();
   items_.writes = 0;
   change();
-  EXPECT_EQ(items_.writes, 1);
+  EXPECT_EQ(items_.writes, 1) << "once for both";
   EXPECT_THAT(items_.texts, ElementsAre(Pair("last", "2"), Pair("values", "1")));
 }
 
