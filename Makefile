@@ -52,6 +52,10 @@ lint: setup-lint ## check the formatting, and with clang-tidy what is not a test
 	@cmake --build --preset release --target veyla_resources
 	@git ls-files '*.cpp' ':!tests' ':!benchmarks' ':!apps/web' ':!platform/web' | \
 	  xargs -P "$$(nproc)" -n 4 clang-tidy-14 -p build/release --quiet
+	@emcmake cmake --preset web >/dev/null
+	@git ls-files 'apps/web/*.cpp' 'platform/web/*.cpp' | xargs -P "$$(nproc)" -n 4 clang-tidy-14 \
+	  -p build/web --quiet --extra-arg-before=--target=wasm32-unknown-emscripten \
+	  --extra-arg-before=--sysroot="$$(em-config CACHE)/sysroot"
 	@scripts/web_packages.sh && cd apps/web && npm run --silent lint
 
 clean: ## remove what was built

@@ -22,6 +22,7 @@
 #include "platform/web/page_health_store.h"
 #include "platform/web/page_items.h"
 #include "platform/web/page_sharing.h"
+#include "platform/web/page_time.h"
 #include "platform/web/page_video_track.h"
 #include "platform/web/track_camera.h"
 #include "shell/intro_view_controller.h"
@@ -91,7 +92,8 @@ class WebApp {
  private:
   emscripten::val page_;
   Pending pending_;
-  EventLoop loop_;
+  PageTime time_;
+  EventLoop loop_{time_};
   PageLog log_;
   PageDevice device_;
   BrowserText text_;
