@@ -4,8 +4,6 @@
 
 namespace veyla {
 
-using emscripten::val;
-
 template <>
 struct PageNames<ActionStyle> {
   static constexpr std::array<std::string_view, 2> names{"standard", "cancel"};

@@ -77,7 +77,7 @@ class PageResultsScreen : private PageResults, public ResultsViewController {
       : PageResults(std::move(page), sheets),
         ResultsViewController(static_cast<PageResults&>(*this), std::move(dismiss)) {}
   /// A sheet goes with its screen.
-  ~PageResultsScreen() { dismissSheet(); }
+  ~PageResultsScreen() override { dismissSheet(); }
 };
 
 class PageOptionsScreen : private PageOptions, public TableViewController {

@@ -110,7 +110,7 @@ class TrackCamera::Device : public CaptureDevice {
   bool torchChanged_ = false;
 };
 
-class TrackCamera::Session : public CaptureSession {
+class TrackCamera::Session final : public CaptureSession {
  public:
   explicit Session(TrackCamera& camera) : camera_(camera) {}
   ~Session() override {
