@@ -279,6 +279,7 @@ TEST_F(MainViewControllerTest, LowAndMissingSpo2ValuesAreCountedApart) {
   EXPECT_FALSE(screen_.isDone());
   rig_.spo2(92);
   EXPECT_TRUE(screen_.isDone()) << "the sixtieth since the accepted one";
+  EXPECT_EQ(screen_.failedSpo2Counter(), 3);
 }
 
 TEST_F(MainViewControllerTest, AnSpo2OfNinetyThreeIsAcceptedAndAnythingBelowIsLow) {

@@ -199,6 +199,7 @@ START 0.02 ~ leave appear 3            -> {initial}
 START 2.02 ~ background return 3       -> {initial}
 START 2.42 ~ STOP 3                    -> {stopped}
 START 2.03 STOP ~ 3                    -> START | {will} | {tap} | last -- -- | {zero} | {boxes}
+START 2.03 curve ~ 3                   -> STOP | {analyzing} | {cover} | pulse | {zero} | {on}
 START 2.03 lost OK ~ 3                 -> START | {will} | {tap} | last -- -- | {zero} | {boxes}
 START 3 STOP 0.02 ~ background return 3 -> {initial}
 START 3 STOP 0.02 ~ START 3            -> {measuring}
@@ -277,13 +278,19 @@ TEST(MeasuringSequencesTest, OneFrameCannotBothFinishAMeasurementAndBeTheLastLow
   Somebody low;
   low.rig.spo2Setting("neededValidSpo2", 1000);
   low.live("START 3 good*3 low*59");
-  low.rig.spo2Setting("neededValidSpo2", 1);  // The values there are suffice from now on.
+  low.rig.spo2Setting("neededValidSpo2", 3);  // The values there are suffice from now on.
   const std::string problems = low.after("low 1");
   low.screen.done();
   EXPECT_EQ(low.after("1"), problems);
   EXPECT_EQ(low.ends, std::vector{MeasurementEnd::lowSignal});
   EXPECT_EQ(low.entries(), 0U);
   EXPECT_FALSE(Utils::hasLastSpo2());
+
+  Somebody curve;
+  curve.rig.heartrateSetting("neededValidHeartrate", 1000);
+  curve.rig.heartrateSetting("rawDataSize", 90);  // It would come with the same frame.
+  curve.after("START 3 low*60 3");
+  EXPECT_TRUE(curve.rig.platform.display.isSeen(MeasuringScreen::viewLastMeasurements));
 
   Somebody done;
   const std::string finished = done.after("START 3 good*3 1");

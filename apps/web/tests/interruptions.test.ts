@@ -54,6 +54,13 @@ function buttons(visit: Visit): Promise<string[]> {
   );
 }
 
+/** Waits until one of them stands alone and nothing moves, and looks whether that stays so. */
+async function expectButton(visit: Visit, name: "START" | "STOP", when: string): Promise<void> {
+  await expect.poll(() => buttons(visit), { message: when, timeout: 10_000 }).toEqual([name]);
+  await visit.still();
+  expect(await buttons(visit), when).toEqual([name]);
+}
+
 type Moment =
   | { readonly goes: "beginButton" | "stopButton" | "viewCenter" }
   | { readonly logged: "Done Both" }
@@ -128,68 +135,55 @@ describe("with a camera and a torch", () => {
 
   it("STOP during the countdown ends it", async () => {
     const visit = await phone.visit({ stored: acquainted });
+    const stopped = atMoment(visit, { goes: "beginButton" }, 500, "STOP");
     await visit.start();
     await visit.alert("Starting ...").waitFor();
-    await visit.page.waitForTimeout(500);
-    await visit.stop();
-    await expectIdle(visit);
-    // The countdown's end begins nothing.
-    await visit.page.waitForTimeout(2200);
+    await stopped;
     await expectIdle(visit);
     expect(await visit.torch()).not.toContain(true);
     expect(await holdsCamera(visit)).toBe(false);
+    // Its end is not the next one's.
+    await visit.startMeasuring();
+    expect(await visit.torch()).toEqual([true]);
   });
 
   it("one of START and STOP stays, whatever falls into their coming and going", async () => {
     const visit = await phone.visit({ stored: acquainted });
-    const countdown = async (): Promise<void> => {
-      await visit.start();
-      await visit.page.getByRole("button", { name: "STOP" }).waitFor();
-      await visit.still();
-    };
     // Each begins with a tap on the START that the one before has left.
     for (const delay of [0, 100, 200]) {
       const interrupted = atMoment(visit, { goes: "beginButton" }, delay, "hide and show");
       await visit.start();
       await interrupted;
-      await visit.still();
-      expect(await buttons(visit), `${delay} ms after START fades`).toEqual(["START"]);
+      await expectButton(visit, "START", `hidden ${delay} ms after START fades`);
     }
     for (const delay of [0, 100, 200]) {
-      await countdown();
+      await visit.start();
+      await expectButton(visit, "STOP", "counting down");
       const interrupted = atMoment(visit, { goes: "stopButton" }, delay, "hide and show");
       await visit.stop();
       await interrupted;
-      await visit.still();
-      expect(await buttons(visit), `${delay} ms after STOP acts`).toEqual(["START"]);
+      await expectButton(visit, "START", `hidden ${delay} ms after STOP acts`);
     }
-    await countdown();
+    await visit.start();
+    await expectButton(visit, "STOP", "counting down");
     await atMoment(visit, "now", 0, "STOP twice");
-    await visit.page.getByRole("button", { name: "START" }).waitFor();
-    await visit.still();
-    expect(await buttons(visit), "STOP twice").toEqual(["START"]);
-    await countdown();
-    expect(await buttons(visit)).toEqual(["STOP"]);
+    await expectButton(visit, "START", "after STOP twice");
   });
 
   it("STOP has its say while the curve comes, and none once the result is there", async () => {
     const visit = await phone.visit({ stored: acquainted });
-    for (const delay of [100, 200]) {
-      await visit.startMeasuring();
-      await atMoment(visit, { goes: "viewCenter" }, delay, "STOP");
-      await visit.page.getByRole("button", { name: "START" }).waitFor();
-      await visit.still();
-      expect(await buttons(visit), `STOP ${delay} ms after the curve`).toEqual(["START"]);
-      await visit.element("viewLastMeasurements").waitFor();
-      expect(await visit.element("chartFourierView").isVisible()).toBe(false);
-    }
+    const early = atMoment(visit, { goes: "viewCenter" }, 100, "STOP");
+    await visit.start();
+    await early;
+    await expectButton(visit, "START", "STOP while the curve comes");
+    expect(await visit.element("viewLastMeasurements").isVisible()).toBe(true);
+    expect(await visit.element("chartFourierView").isVisible()).toBe(false);
     expect(await visit.stored("values")).toBeNull();
 
-    await visit.startMeasuring();
-    await atMoment(visit, { logged: "Done Both" }, 0, "STOP");
-    await visit.page.getByRole("button", { name: "START" }).waitFor();
-    await visit.still();
-    expect(await buttons(visit), "STOP just before the end").toEqual(["START"]);
+    const late = atMoment(visit, { logged: "Done Both" }, 0, "STOP");
+    await visit.start();
+    await late;
+    await expectButton(visit, "START", "STOP just before the end");
     expect(await visit.element("labelRed").textContent()).toBe("FINISHED");
     expect(await visit.stored("values")).not.toBeNull();
   });
