@@ -185,6 +185,7 @@ describe("with a camera and a torch", () => {
     await late;
     await expectButton(visit, "START", "STOP just before the end");
     expect(await visit.element("labelRed").textContent()).toBe("FINISHED");
+    expect(await visit.element("labelHeartrate").textContent()).not.toBe("--");
     expect(await visit.stored("values")).not.toBeNull();
   });
 
