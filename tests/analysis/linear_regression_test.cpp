@@ -2,10 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
-#include <barrier>
 #include <cmath>
-#include <thread>
+#include <future>
 
 namespace veyla {
 namespace {
@@ -33,20 +31,12 @@ TEST(LinearRegressionTest, TheInterceptTakesTheFittersOwnSlope) {
 }
 
 TEST(LinearRegressionTest, EveryThreadGetsTheOneSharedFitter) {
-  constexpr std::size_t threads = 8;
-  std::array<LinearRegression*, threads> found{};
-  std::barrier together(threads);
-  {
-    std::vector<std::thread> asking;
-    for (LinearRegression*& fitter : found) {
-      asking.emplace_back([&together, &fitter] {
-        together.arrive_and_wait();
-        fitter = &LinearRegression::sharedInstance();
-      });
-    }
-    for (std::thread& thread : asking) thread.join();
+  std::vector<std::future<LinearRegression*>> asked;
+  for (int thread = 0; thread < 8; ++thread) {
+    asked.push_back(
+        std::async(std::launch::async, [] { return &LinearRegression::sharedInstance(); }));
   }
-  EXPECT_THAT(found, testing::Each(&LinearRegression::sharedInstance()));
+  for (auto& fitter : asked) EXPECT_EQ(fitter.get(), &LinearRegression::sharedInstance());
 }
 
 TEST(LinearRegressionTest, TheWorkingListIsFittedAndOtherwiseLeftAlone) {

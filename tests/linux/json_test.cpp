@@ -102,59 +102,39 @@ TEST(StoredJsonTest, EveryBitOfANumberIsKept) {
     const std::uint64_t bits = random();
     const double wide = std::bit_cast<double>(bits);
     const float narrow = std::bit_cast<float>(static_cast<std::uint32_t>(bits));
-    const auto back = readJson(*writeJson(Array{wide, narrow, Date{wide}}));
-    ASSERT_TRUE(back);
-    const auto bitsOf = [&](std::size_t place) {
-      return (*back->array())[place].visit([](const auto& held) -> std::uint64_t {
-        using Held = std::decay_t<decltype(held)>;
-        if constexpr (std::is_same_v<Held, double>) return std::bit_cast<std::uint64_t>(held);
-        if constexpr (std::is_same_v<Held, float>) return std::bit_cast<std::uint32_t>(held);
-        if constexpr (std::is_same_v<Held, Date>) {
-          return std::bit_cast<std::uint64_t>(held.secondsSince1970);
-        }
-        return 0;
-      });
-    };
-    ASSERT_EQ(bitsOf(0), bits);
-    ASSERT_EQ(bitsOf(1), static_cast<std::uint32_t>(bits));
-    ASSERT_EQ(bitsOf(2), bits);
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(*doubleFromText(numberText(wide))), bits);
+    ASSERT_EQ(std::bit_cast<std::uint32_t>(*floatFromText(numberText(narrow))),
+              static_cast<std::uint32_t>(bits));
+    const auto text = writeJson(Array{wide, narrow, Date{wide}});
+    ASSERT_EQ(writeJson(*readJson(*text)), text);
   }
 }
 
 template <class Conversions>
 class RealTextTest : public testing::Test {};
 
-#ifdef __cpp_lib_to_chars
-using AllConversions = testing::Types<RealTextByC, RealTextByCpp>;
-#else
-using AllConversions = testing::Types<RealTextByC>;
-#endif
-TYPED_TEST_SUITE(RealTextTest, AllConversions);
+using BothWays = testing::Types<RealText, RealTextByC>;
+TYPED_TEST_SUITE(RealTextTest, BothWays);
 
 TYPED_TEST(RealTextTest, ReadsBackWhatItWritesAndNothingElse) {
   std::mt19937_64 random(7);
-  for (int i = 0; i < 20000; ++i) {
+  double value = 0;
+  float single = 0;
+  for (int i = 0; i < 5000; ++i) {
     const std::uint64_t bits = random();
     const double wide = std::bit_cast<double>(bits);
     const float narrow = std::bit_cast<float>(static_cast<std::uint32_t>(bits));
-    double wideBack = 0;
-    float narrowBack = 0;
-    ASSERT_TRUE(std::isnan(wide) || (TypeParam::read(TypeParam::shortest(wide), wideBack) &&
-                                     std::bit_cast<std::uint64_t>(wideBack) == bits));
-    ASSERT_TRUE(std::isnan(narrow) ||
-                (TypeParam::read(TypeParam::shortest(narrow), narrowBack) && narrowBack == narrow));
+    ASSERT_EQ(TypeParam::read(TypeParam::shortest(wide), value), !std::isnan(wide));
+    ASSERT_EQ(TypeParam::read(TypeParam::shortest(narrow), single), !std::isnan(narrow));
+    ASSERT_TRUE((value == wide || std::isnan(wide)) && (single == narrow || std::isnan(narrow)));
   }
   EXPECT_EQ(TypeParam::shortest(97.1F), "97.1");
-  EXPECT_EQ(TypeParam::shortest(0.1), "0.1");
-  double value = 42;
   for (const char* text : {"-inf", "1.5", "-.5", "1E5", "5e-324", "0e999", "1."}) {
     EXPECT_TRUE(TypeParam::read(text, value)) << text;
   }
-  value = 42;
   for (const char* text : {"", "-", ".", "nan", "infinity", "INF", "+1", " 1", "1 ", "1,5", "0x1p3",
                            "1e", "--1", "1e999", "1e-999"}) {
     EXPECT_FALSE(TypeParam::read(text, value)) << text;
-    EXPECT_EQ(value, 42) << text;
   }
 }
 
