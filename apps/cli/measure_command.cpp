@@ -202,7 +202,7 @@ ExitStatus measure(const MeasureOptions& options) {
   std::unique_ptr<RecordingSource> source =
       options.input.empty()
           ? std::make_unique<SyntheticSource>(FingerOptions{}, builtInSeconds, builtInRate)
-          : openRecording(options.input);
+          : openRecording(options.input, options.request.start);
   const SettingsSource settings(options.settingsFolder, options.request.device);
   Keeping keeping(options);
   TimedQueue queue(options.realtime ? TimedQueue::Pace::wall : TimedQueue::Pace::recording);

@@ -12,6 +12,7 @@ extern "C" {
 
 #include "platform/format.h"
 #include "platform/linux/bgra_frame.h"
+#include "platform/linux/ffmpeg_random_access.h"
 #include "platform/linux/ffmpeg_support.h"
 #include "platform/linux/ffmpeg_track.h"
 
@@ -38,6 +39,7 @@ class FfmpegSource::Reader {
       const int error = avcodec_receive_frame(codec_.get(), &frame);
       if (error == 0 && sws_isSupportedInput(static_cast<AVPixelFormat>(frame.format))) {
         failuresInARow_ = 0;
+        ++decoded_;
         if (frame.decode_error_flags != 0) ++damaged_;
         noteEnd(frame);
         return true;
@@ -55,6 +57,16 @@ class FfmpegSource::Reader {
     }
     return false;
   }
+
+  /// Leaves out the packets up to this one, which is still to come.
+  void skipTo(std::size_t packet) {
+    while (track_.packetsRead() < packet && track_.read(*packet_)) {
+      av_packet_unref(packet_.get());
+    }
+    avcodec_flush_buffers(codec_.get());
+  }
+
+  int decodedFrames() const { return decoded_; }
 
   /// `lastTime` is that of the last frame, `gap` the step after it at which the recording ends.
   std::string remark(double lastTime, std::optional<double> gap) const {
@@ -138,6 +150,7 @@ class FfmpegSource::Reader {
   ffmpeg::Track track_;
   ffmpeg::Codec codec_;
   ffmpeg::Packet packet_{av_packet_alloc()};
+  int decoded_ = 0;
   int undecodable_ = 0;
   int failuresInARow_ = 0;
   int damaged_ = 0;
@@ -169,6 +182,11 @@ class FfmpegSource::Clock {
     }
     last_ = time;
     return time;
+  }
+
+  /// Of a frame as long as nothing is amiss with those before it.
+  double plainTimeOf(std::int64_t timestamp) const {
+    return ffmpeg::seconds(timestamp, base_) - zero_;
   }
 
  private:
@@ -293,16 +311,36 @@ class FfmpegSource::Scaler {
   BgraFrame output_{lowPresetWidth, lowPresetHeight};
 };
 
-FfmpegSource::FfmpegSource(const std::string& path)
-    : reader_(std::make_unique<Reader>(path)),
-      clock_(std::make_unique<Clock>(reader_->track().timeBase(), reader_->track().frameRate())),
-      scaler_(std::make_unique<Scaler>()) {
+FfmpegSource::FfmpegSource(const std::string& path, double from) : path_(path) {
+  begin();
+  if (from > 0 && !skipTo(from)) begin();
+}
+
+FfmpegSource::~FfmpegSource() = default;
+
+void FfmpegSource::begin() {
+  reader_ = std::make_unique<Reader>(path_);
+  clock_ = std::make_unique<Clock>(reader_->track().timeBase(), reader_->track().frameRate());
+  scaler_ = std::make_unique<Scaler>();
+  time_ = 0;
+  gap_.reset();
   readNext();
   if (!nextTime_)
     reader_->track().refuse("no frame of it could be decoded; copy or record it again");
 }
 
-FfmpegSource::~FfmpegSource() = default;
+/// From the first frame on to the last one at or before `from` that needs none of those between
+/// them; false when it did not come out, so that all have to be decoded.
+bool FfmpegSource::skipTo(double from) {
+  const std::int64_t first = scaler_->nextFrame().best_effort_timestamp;
+  ffmpeg::Track track(path_);
+  const auto point = ffmpeg::randomAccessPointBefore(from, first, track);
+  if (!point || point->packets <= reader_->track().packetsRead()) return true;
+  reader_->skipTo(point->packets);
+  time_ = clock_->plainTimeOf(point->timestamp);
+  readNext();
+  return nextTime_ && scaler_->nextFrame().best_effort_timestamp == point->timestamp;
+}
 
 void FfmpegSource::readNext() {
   nextTime_.reset();
@@ -330,6 +368,8 @@ void FfmpegSource::deliver(SampleBufferDelegate& delegate) {
   }
   delegate.captureOutput(scaler_->output());
 }
+
+int FfmpegSource::decodedFrames() const { return reader_->decodedFrames(); }
 
 std::string FfmpegSource::remark() const { return reader_->remark(time_, gap_); }
 

@@ -12,13 +12,14 @@ namespace veyla {
 ///
 /// - Takes the video track and leaves sound, cover pictures and other tracks alone.
 /// - Frames carry the file's own times; where there are none they go on at the frame rate. Time 0
-/// is
-///   the first frame that could be decoded.
+///   is the first frame that could be decoded.
 /// - `deliver` scales to the size of the low preset by area, with the colour matrix and range that
 ///   the frame names. Frames that name none are taken as BT.601, limited unless their pixel format
 ///   says otherwise, as the FFmpeg tools do.
 /// - Frames that cannot be decoded are passed over and counted in the remark, and so is a file that
-///   is cut off.
+///   is cut off. Ends where hundreds in a row cannot be decoded.
+/// - Decodes from the last place before `from` from which on the frames come out the same to the
+///   bit as if all had been decoded; from the beginning where there is none or that is not certain.
 /// - Ends where a frame would come more than `longestStepBetweenFrames` after the one before it,
 ///   which the remark tells.
 /// - Rotation is ignored on purpose: the buffers of a live camera are in the orientation of its
@@ -27,8 +28,9 @@ namespace veyla {
 ///   videos.
 class FfmpegSource : public RecordingSource {
  public:
-  /// Decodes the first frame. Throws `InputError`.
-  explicit FfmpegSource(const std::string& path);
+  /// Decodes the first frame. The first to be moved on to is one at or before `from` seconds.
+  /// Throws `InputError`.
+  explicit FfmpegSource(const std::string& path, double from = 0);
   ~FfmpegSource() override;
 
   bool advance() override;
@@ -37,13 +39,19 @@ class FfmpegSource : public RecordingSource {
   void deliver(SampleBufferDelegate& delegate) override;
   std::string remark() const override;
 
+  /// How many frames were decoded so far, whether anybody moved on to them or not.
+  int decodedFrames() const;
+
  private:
   class Reader;
   class Clock;
   class Scaler;
 
+  void begin();
+  bool skipTo(double from);
   void readNext();
 
+  std::string path_;
   std::unique_ptr<Reader> reader_;
   std::unique_ptr<Clock> clock_;
   std::unique_ptr<Scaler> scaler_;

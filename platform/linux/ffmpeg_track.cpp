@@ -140,7 +140,10 @@ std::optional<double> Track::promisedEnd() const {
       input_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) {
     return std::nullopt;
   }
-  return static_cast<double>(startOr0(input_->start_time) + input_->duration) / AV_TIME_BASE;
+  // One that the head states is counted from 0, one that was found at the end from the start.
+  const bool isStated = input_->duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
+  return static_cast<double>((isStated ? 0 : startOr0(input_->start_time)) + input_->duration) /
+         AV_TIME_BASE;
 }
 
 void Track::refuse(const std::string& reason) const { throw InputError(path_ + ": " + reason); }

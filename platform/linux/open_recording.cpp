@@ -34,10 +34,10 @@ bool startsLikeSeries(const std::string& path) {
 
 }  // namespace
 
-std::unique_ptr<RecordingSource> openRecording(const std::string& path) {
+std::unique_ptr<RecordingSource> openRecording(const std::string& path, double from) {
   requireInputFile(path);
   if (startsLikeSeries(path)) return std::make_unique<SeriesSource>(path);
-  return std::make_unique<FfmpegSource>(path);
+  return std::make_unique<FfmpegSource>(path, from);
 }
 
 }  // namespace veyla

@@ -24,8 +24,8 @@ class RecordingSource {
  public:
   virtual ~RecordingSource() = default;
 
-  /// Moves on to the next frame (at first, to the first one); false when there is none. Throws
-  /// `InputError` when the file changes under the reader.
+  /// Moves on to the next frame (at first, to the first one there is); false when there is none.
+  /// Throws `InputError` when the file changes under the reader.
   virtual bool advance() = 0;
 
   /// Seconds from the first frame of the recording to the one that `advance` would move on to;
@@ -46,7 +46,9 @@ class RecordingSource {
   virtual std::string remark() const { return {}; }
 };
 
-/// Opens a video or a colour series, whichever the file holds. Throws `InputError`.
-std::unique_ptr<RecordingSource> openRecording(const std::string& path);
+/// Opens a video or a colour series, whichever the file holds, for somebody who needs no frames but
+/// the newest at or before `from` seconds and those after it: older ones may be left out, the
+/// others are the same, at the same times. Throws `InputError`.
+std::unique_ptr<RecordingSource> openRecording(const std::string& path, double from = 0);
 
 }  // namespace veyla

@@ -44,6 +44,13 @@ class FfmpegSourceTest : public testing::Test {
       EXPECT_NEAR(frame.blue, 30, 2);
     }
   }
+  static void expectEndOf(const PlayedRecording& all, const PlayedRecording& played) {
+    ASSERT_FALSE(played.times.empty());
+    ASSERT_LE(played.times.size(), all.times.size());
+    const auto left = static_cast<std::ptrdiff_t>(all.times.size() - played.times.size());
+    EXPECT_EQ(played.times, std::vector(all.times.begin() + left, all.times.end()));
+    EXPECT_EQ(played.frames, std::vector(all.frames.begin() + left, all.frames.end()));
+  }
   /// The refusal without the file's name, which it must begin with.
   static std::string refusal(const std::string& path) {
     const std::string message = refusalOf([&] { openRecording(path); });
@@ -222,6 +229,112 @@ TEST_F(FfmpegSourceTest, AVideoEndsWhereNoMoreOfItCanBeDecoded) {
     EXPECT_EQ(played.frames.size(), frames);
     EXPECT_EQ(played.remark, path + remark);
   }
+}
+
+TEST_F(FfmpegSourceTest, FramesFromASecondOnAreThoseOfTheWholeToTheBit) {
+  const std::string reordered = "-c:v libx264 -preset veryfast -pix_fmt yuv420p -bf 3 -g 20 ";
+  const std::string hevc =
+      "-c:v libx265 -preset ultrafast -x265-params log-level=none:bframes=3:keyint=20 ";
+  const std::string ofA = " -i '" + folder_.file("a.mp4") + "' -c copy ";
+  const std::string made = pictures("64x48", "30", "3");
+  struct {
+    std::string arguments;
+    const char* name;
+    /// Whether frames before 1.9 s are left out.
+    bool skips;
+  } const cases[] = {
+      {made + reordered, "a.mp4", true},
+      {"-ss 0.5" + ofA, "edit-list.mp4", true},
+      {ofA + "-output_ts_offset 7.3", "late.mkv", true},
+      {ofA + "-output_ts_offset 7.3", "late.ts", true},
+      {ofA + "-movflags frag_keyframe+empty_moov", "no-index.mp4", true},
+      {made + R"(-vf "select='not(between(n,10,29))',settb=1/1000" -vsync vfr )" + reordered,
+       "vfr.mp4", true},
+      {made + hevc, "hevc.mp4", true},
+      {made + hevc, "hevc.ts", true},
+      {made + "-c:v mpeg4 -bf 2 -g 20", "mpeg4.mp4", true},
+      {made + "-c:v mpeg2video -bf 2 -g 15", "mpeg2.ts", true},
+      {made + "-c:v mjpeg", "mjpeg.avi", true},
+      {made + "-vf setpts=6*PTS -r 12 -c:v mjpeg", "slow.avi", true},
+      {made + "-c:v libvpx -deadline realtime -g 20", "vp8.webm", true},
+      {made + "-c:v libvpx-vp9 -cpu-used 8 -auto-alt-ref 1 -lag-in-frames 16 -g 20", "vp9.webm",
+       true},
+      // Key frames that later frames look behind.
+      {made + reordered + "-x264-params open-gop=1", "open.mp4", false},
+      {made + reordered + "-x264-params intra-refresh=1", "refresh.mp4", false},
+      // Timestamps that are missing, in the order of decoding, of an earlier frame, the same for
+      // two decoding times with a wrong one behind, and that leap.
+      {made + reordered, "no-times.avi", false},
+      {made + "-c:v libxvid -bf 2 -g 20", "decoding-order.mp4", false},
+      {ofA + R"(-bsf:v "setts=pts='if(eq(N,40),PTS-1600,PTS)'")", "early.mp4", true},
+      {ofA + R"(-bsf:v "setts=dts='if(eq(N,5),PREV_OUTDTS,DTS)':pts='if(eq(N,70),PTS-67,PTS)'")",
+       "twice.flv", false},
+      {made + R"(-vf "setpts='PTS+if(gte(N,30),11/TB,0)'" -vsync vfr )" + reordered, "leap.mp4",
+       true},
+      // Colours that are told when they change.
+      {made + R"(-filter_complex "drawbox=color=red:t=fill:enable='lt(t,1)',)"
+              R"(drawbox=color=blue:t=fill:enable='gte(t,1)',split[a][b];)"
+              R"([b]palettegen=stats_mode=single[p];[a][p]paletteuse=new=1" )"
+              "-c:v rawvideo -pix_fmt pal8",
+       "palette.avi", false},
+  };
+  std::vector<std::pair<std::string, bool>> clips;
+  for (const auto& [arguments, name, skips] : cases) {
+    clips.emplace_back(folder_.ffmpeg(arguments, name), skips);
+  }
+  const std::string part = contentsOf(folder_.file("late.ts"));
+  clips.emplace_back(folder_.write("starts-again.ts", part + part), true);
+  clips.emplace_back(folder_.write("begins-in-the-middle.ts", part.substr(188 * 20)), true);
+
+  for (const auto& [path, skips] : clips) {
+    FfmpegSource whole(path);
+    const PlayedRecording all = play(whole);
+    for (const double from : {1.9, 13.5}) {
+      SCOPED_TRACE(path + " from " + std::to_string(from));
+      FfmpegSource source(path, from);
+      const PlayedRecording played = play(source);
+      expectEndOf(all, played);
+      EXPECT_LE(played.times.front(), from);
+      EXPECT_EQ(played.remark, all.remark);
+      if (from > 2) continue;
+      EXPECT_EQ(source.decodedFrames() < whole.decodedFrames(), skips);
+    }
+  }
+}
+
+TEST_F(FfmpegSourceTest, WhereDecodingCannotBeginItBeginsBefore) {
+  // The pictures around 2 s cannot be decoded.
+  std::string video =
+      contentsOf(folder_.ffmpeg(pictures("16x16", "30", "4") + "-c:v prores", "a.mov"));
+  std::size_t head = 0;
+  for (int i = 0; i <= 62; ++i) {
+    head = video.find("icpf", head + 1);
+    ASSERT_NE(head, video.npos);
+    if (i >= 58) video.replace(head, 8, 8, 'x');
+  }
+  const std::string damaged = folder_.write("damaged.mov", video);
+  FfmpegSource whole(damaged);
+  FfmpegSource fromTwo(damaged, 2.01);
+  expectEndOf(play(whole), play(fromTwo));
+  EXPECT_EQ(fromTwo.decodedFrames(), whole.decodedFrames());
+
+  // What the later frames are like is said once, where they begin at 2 s.
+  const std::string earlier =
+      contentsOf(folder_.ffmpeg(pictures("64x48", "30", "2") + h264 + "-bf 0", "1.ts"));
+  std::string later = contentsOf(
+      folder_.ffmpeg(pictures("96x64", "30", "4") + h264 + "-bf 0 -output_ts_offset 2", "2.ts"));
+  for (const char unit : {'\x67', '\x68'}) {
+    const std::string start = std::string("\0\0\1", 3) + unit;
+    for (auto at = later.find(start); (at = later.find(start, at + 1)) != later.npos;) {
+      later[at + 3] = '\x6C';
+    }
+  }
+  const std::string joined = folder_.write("joined.ts", earlier + later);
+  const PlayedRecording all = read(joined);
+  ASSERT_EQ(all.frames.size(), 180U);
+  FfmpegSource fromFive(joined, 5);
+  expectEndOf(all, play(fromFive));
+  EXPECT_LE(fromFive.decodedFrames(), 140);
 }
 
 TEST_F(FfmpegSourceTest, RefusalsNameTheReason) {
