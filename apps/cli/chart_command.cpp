@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <regex>
 #include <span>
 #include <sstream>
 #include <string_view>
@@ -115,9 +114,16 @@ std::string legendOf(const LineDataSet& data, const TextChartStyle& style) {
 }
 
 /// Without the changes of colour.
-std::string plain(const std::string& line) {
-  static const std::regex change("\x1b\\[[0-9;]*m");
-  return std::regex_replace(line, change, "");
+std::string plain(std::string line) {
+  for (std::size_t begin = 0; (begin = line.find("\x1b[", begin)) != std::string::npos;) {
+    const std::size_t end = line.find_first_not_of("0123456789;", begin + 2);
+    if (end != std::string::npos && line[end] == 'm') {
+      line.erase(begin, end + 1 - begin);
+    } else {
+      ++begin;
+    }
+  }
+  return line;
 }
 
 /// Without the page feed, the blanks at the ends of lines and the empty lines around the drawing.
