@@ -1,9 +1,9 @@
 # Thin: CMake presets do the building. `make help` lists the commands.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-web build bench web format lint clean setup setup-test setup-lint setup-web FORCE
+.PHONY: help demo test test-core test-web build bench web format lint clean setup setup-test setup-lint setup-web FORCE
 
 help: ## this list
-	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-9s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
 
 setup:
 	@scripts/setup.sh build
@@ -29,6 +29,12 @@ build: setup-test ## install what is missing and build the program, its tests an
 test: setup-test ## install what is missing, build, and run every test
 	@scripts/test.sh
 
+test-core: setup-test ## install what is missing, build and run the core's own tests alone
+	@cmake --preset release -DVEYLA_TESTS=ON >/dev/null
+	@cmake --build --preset release --target veyla_core_tests
+	@LC_ALL=C.UTF-8 ctest --test-dir build/release -L '^core$$' --no-tests=error \
+	  --output-on-failure --progress -j "$$(nproc)"
+
 test-web: setup-test ## install what is missing and test the phone app alone, in a real browser
 	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
 	@scripts/test_web.sh
@@ -48,10 +54,10 @@ format: setup-lint ## format the code
 
 lint: setup-lint ## check the formatting, and with clang-tidy what is not a test
 	@git ls-files '*.h' '*.cpp' | xargs clang-format-14 --dry-run -Werror
-	@cmake --preset release -DVEYLA_TESTS=ON >/dev/null
-	@cmake --build --preset release --target veyla_resources
+	@cmake --preset lint >/dev/null
+	@cmake --build --preset lint --target veyla_resources
 	@git ls-files '*.cpp' ':!tests' ':!benchmarks' ':!apps/web' ':!platform/web' | \
-	  xargs -P "$$(nproc)" -n 4 clang-tidy-14 -p build/release --quiet
+	  xargs -P "$$(nproc)" -n 4 clang-tidy-14 -p build/lint --quiet
 	@emcmake cmake --preset web >/dev/null
 	@git ls-files 'apps/web/*.cpp' 'platform/web/*.cpp' | xargs -P "$$(nproc)" -n 4 clang-tidy-14 \
 	  -p build/web --quiet --checks=-bugprone-dynamic-static-initializers --extra-arg-before=--target=wasm32-unknown-emscripten \
