@@ -176,9 +176,10 @@ export class TrackCamera {
     return isLit(this.track());
   }
 
-  setTorch(lit: boolean): void {
+  /** Over when the track has answered, as `setModes`. */
+  setTorch(lit: boolean): Promise<void> {
     this.torchWanted = lit;
-    this.ask((track) => this.askForTorch(track));
+    return this.ask((track) => this.askForTorch(track));
   }
 
   supports(name: ModeName, mode: string): boolean {
@@ -190,8 +191,8 @@ export class TrackCamera {
   }
 
   /** In one set, for some browsers look at the first alone. Each call replaces the last one's. */
-  setModes(modes: Readonly<Partial<Record<ModeName, string>>>): void {
-    this.ask(async (track) => {
+  setModes(modes: Readonly<Partial<Record<ModeName, string>>>): Promise<void> {
+    return this.ask(async (track) => {
       await this.constrain(track, modes);
       // Where each call stands for all that is to hold, this has put the torch out.
       if (this.torchWanted) await this.askForTorch(track);
@@ -229,9 +230,10 @@ export class TrackCamera {
   }
 
   /** Asks the track that is open now, after all that was asked before. */
-  private ask(question: (track: MediaStreamTrack) => Promise<void>): void {
+  private ask(question: (track: MediaStreamTrack) => Promise<void>): Promise<void> {
     const track = this.track();
     if (track) this.asked = this.asked.then(() => question(track));
+    return this.asked;
   }
 
   /**

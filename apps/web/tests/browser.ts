@@ -19,17 +19,20 @@ export const pictures = `${build}web-pictures/`;
 mkdirSync(pictures, { recursive: true });
 
 interface CameraSetup {
-  /** The recording in front of the camera, no camera at all, or one that the user refuses. */
-  readonly camera: { readonly shows: string } | "none" | "refused";
+  /**
+   * The recording in front of the camera, the browser's own generated picture, no camera at all, or one
+   * that the user refuses.
+   */
+  readonly camera: { readonly shows: string } | "generated" | "none" | "refused";
 }
 
 /** How one visitor comes. */
 export interface Visitor {
   /**
-   * Refused: the camera has one, but does not switch it on. Ignored: nor does it say so. Listed: told as a
-   * list of what it can be.
+   * Refused: the camera has one, but does not switch it on. Ignored: nor does it say so. Literal: each call
+   * stands for all that is to hold. Listed: told as a list of what it can be.
    */
-  readonly torch?: boolean | "refused" | "ignored" | "listed";
+  readonly torch?: boolean | "refused" | "ignored" | "literal" | "listed";
   readonly stored?: Readonly<Record<string, string>>;
   readonly colorScheme?: "light" | "dark";
   readonly viewport?: { readonly width: number; readonly height: number };
@@ -263,7 +266,7 @@ function keepAddresses(): void {
  * browsers may, it looks at the first of the advanced sets alone, and leaves out one that names both,
  * as one that it cannot meet, without a word.
  */
-function addTorch(kind: true | "refused" | "ignored" | "listed"): void {
+function addTorch(kind: Exclude<NonNullable<Visitor["torch"]>, false>): void {
   const lights: boolean[] = [];
   Object.assign(window, { lights });
   const lit = new WeakSet<MediaStreamTrack>();
@@ -293,7 +296,10 @@ function addTorch(kind: true | "refused" | "ignored" | "listed"): void {
     const isAlone = Object.keys(modes).length === 0;
     if (typeof torch === "boolean" && isAlone && kind !== "ignored" && this.readyState === "live")
       light(this, torch);
-    return Promise.resolve();
+    if (kind !== "literal") return Promise.resolve();
+    if (torch !== true) light(this, false);
+    const size = { width: constraints?.width ?? 640, height: constraints?.height ?? 480 };
+    return own.applyConstraints.value?.call(this, size) ?? Promise.resolve();
   };
   tracks.stop = function (): void {
     own.stop.value?.call(this);
@@ -359,12 +365,10 @@ export class PhoneBrowser {
       "--disable-sync",
       "--host-resolver-rules=MAP veyla.test 127.0.0.1",
     ];
-    if (setup.camera === "refused") args.push("--use-fake-device-for-media-stream");
-    else args.push("--use-fake-ui-for-media-stream");
-    if (setup.camera !== "none" && setup.camera !== "refused") {
-      args.push("--use-fake-device-for-media-stream");
+    if (setup.camera !== "refused") args.push("--use-fake-ui-for-media-stream");
+    if (setup.camera !== "none") args.push("--use-fake-device-for-media-stream");
+    if (typeof setup.camera === "object")
       args.push(`--use-file-for-fake-video-capture=${setup.camera.shows}`);
-    }
     const [browser, server] = await Promise.all([
       chromium.launch({ executablePath: process.env["CHROMIUM"] ?? "/usr/bin/chromium", args }),
       preview({
