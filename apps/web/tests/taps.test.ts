@@ -124,6 +124,7 @@ it.each([0, 100, 200, 300])(
     const alert = visit.alert("Nothing to run");
     expect(await alert.isVisible()).toBe(true);
     expect(await visit.element("beginButton").getAttribute("aria-busy")).toBeNull();
+    await visit.page.locator(".alert:not(.unseen)").waitFor();
     await visit.page.touchscreen.tap(20, 20);
     await alert.waitFor({ state: "detached" });
   },
