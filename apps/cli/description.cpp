@@ -157,6 +157,7 @@ std::string section(const char* title, const Rows& rows) {
 
 std::vector<std::pair<std::string, const char*>> exitStatuses() {
   std::vector<std::pair<std::string, const char*>> rows;
+  rows.reserve(exitStatusMeanings.size());
   for (const auto& [status, meaning] : exitStatusMeanings) {
     rows.emplace_back(std::to_string(static_cast<int>(status)), meaning);
   }

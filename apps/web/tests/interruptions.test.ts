@@ -245,6 +245,18 @@ describe("with a camera and a torch", () => {
     expect(await visit.alert("Camera lost").count()).toBe(0);
     await tellCamera(visit, "mute");
     await expectLost();
+    await visit.page.getByRole("button", { name: "OK" }).click();
+    await expectIdle(visit);
+
+    // Nor does it matter that STOP was tapped at the same moment.
+    await visit.startMeasuring();
+    const stopped = visit.element("stopButton").evaluate((button: HTMLElement) => {
+      button.click();
+    });
+    await Promise.all([stopped, tellCamera(visit, "ended")]);
+    await expectLost();
+    await visit.page.getByRole("button", { name: "OK" }).click();
+    await expectButton(visit, "START", "STOP and the camera's loss");
   });
 
   it("nothing ticked is nothing to run", async () => {
