@@ -45,13 +45,30 @@ std::string formatsOfOneFile() {
   return names;
 }
 
-/// Phones write a video's index at its end; without it the file opens as nothing at all.
-bool startsLikeMp4(const std::string& path) {
-  std::array<char, 8> start{};
+/// The first bytes of a file, as many as it has.
+std::string startOf(const std::string& path) {
+  std::array<char, 12> start{};
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
                                                              std::fclose);
-  return file && std::fread(start.data(), 1, start.size(), file.get()) == start.size() &&
-         std::string_view(start.data() + 4, 4) == "ftyp";
+  return {start.data(), file ? std::fread(start.data(), 1, start.size(), file.get()) : 0};
+}
+
+/// Phones write a video's index at its end; without it the file opens as nothing at all.
+bool startsLikeMp4(const std::string& start) { return start.find("ftyp") == 4; }
+
+/// As phones keep photographs: in the same kind of file as videos, or under an ending by which the
+/// libraries take them for one of a sequence.
+bool startsLikePhotograph(const std::string& start) {
+  constexpr std::array<std::string_view, 4> brands{"heic", "heix", "mif1", "avif"};
+  return start.starts_with("\xFF\xD8\xFF") ||
+         (startsLikeMp4(start) &&
+          std::find(brands.begin(), brands.end(), start.substr(8)) != brands.end());
+}
+
+/// Formats of single pictures, of which a file may hold a row that is a video.
+bool isOfPictures(const AVInputFormat& format) {
+  const std::string_view name(format.name);
+  return name.ends_with("_pipe") || name == "gif";
 }
 
 }  // namespace
@@ -59,8 +76,26 @@ bool startsLikeMp4(const std::string& path) {
 Track::Track(const std::string& path) : path_(path) {
   silenceLog();
   requireInputFile(path);
+  open();
+  if (!isOfPictures(*input_->iformat) && !startsLikePhotograph(startOf(path))) return;
+  if (isPicture()) refuseAsPicture();
+  open();
+}
+
+void Track::open() {
+  stream_ = nullptr;
+  packetsRead_ = 0;
+  brokenOff_ = false;
   openFile();
   chooseStream();
+}
+
+bool Track::isPicture() {
+  // A photograph may come with a few smaller ones of itself.
+  constexpr std::size_t mostInPicture = 4;
+  const Packet packet(av_packet_alloc());
+  while (packetsRead_ <= mostInPicture && read(*packet)) av_packet_unref(packet.get());
+  return packetsRead_ <= mostInPicture;
 }
 
 void Track::openFile() {
@@ -71,7 +106,9 @@ void Track::openFile() {
   int error = avformat_open_input(&input, fileUrl(path_).c_str(), nullptr, &options);
   av_dict_free(&options);
   if (error < 0) {
-    if (startsLikeMp4(path_)) {
+    const std::string start = startOf(path_);
+    if (startsLikePhotograph(start)) refuseAsPicture();
+    if (startsLikeMp4(start)) {
       refuse("a video without its index, as when recording or copying broke off; copy it again");
     }
     refuseAsNoVideo();
@@ -147,6 +184,10 @@ std::optional<double> Track::promisedEnd() const {
 }
 
 void Track::refuse(const std::string& reason) const { throw InputError(path_ + ": " + reason); }
+
+void Track::refuseAsPicture() const {
+  refuse("a picture and no video; film the fingertip for 45 s and give that video");
+}
 
 void Track::refuseAsNoVideo() const {
   refuse("not a video; give a video, or a colour series whose first line names time, R, G and B");

@@ -11,7 +11,7 @@ namespace veyla::ffmpeg {
 /// The video track of a file: its packets, in the order in which they are decoded.
 ///
 /// Leaves sound, cover pictures and other tracks alone, and reads the file alone: playlists and
-/// sequences of pictures, which lead to other files, are no videos.
+/// sequences of pictures, which lead to other files, are no videos, and neither is a picture.
 class Track {
  public:
   /// Throws `InputError`.
@@ -35,8 +35,12 @@ class Track {
   [[noreturn]] void refuse(const std::string& reason) const;
 
  private:
+  void open();
+  /// Reads on to find out.
+  bool isPicture();
   void openFile();
   void chooseStream();
+  [[noreturn]] void refuseAsPicture() const;
   [[noreturn]] void refuseAsNoVideo() const;
 
   std::string path_;

@@ -75,6 +75,15 @@ TEST_F(BadInputTest, WhatIsNoVideoIsRefused) {
   expectUnreadable(write("empty.mp4", ""), {"an empty file"});
   expectUnreadable(write("text.mp4", "This is a letter and not a film.\n"), {"not a video"});
   expectUnreadable(ffmpeg("-f lavfi -i sine=d=1", "sound.mkv"), {"without a video track"});
+  const std::string scene = "-f lavfi -i testsrc=s=64x48:d=1 ";
+  for (const char* name : {"still.png", "still.jpg", "still.gif"}) {
+    const std::string picture = ffmpeg(scene + "-frames:v 1", name);
+    expectUnreadable(picture, {"a picture and no video; film the fingertip"});
+    expectRefused(run({"series", picture, "-o", "-"}), 3, {name, "a picture and no video"});
+  }
+  for (const char* name : {"moving.gif", "moving.mjpeg", "moving.avi"}) {
+    EXPECT_EQ(run({"series", ffmpeg(scene, name), "-o", "-"}).status, 0) << name;
+  }
 }
 
 TEST_F(BadInputTest, AVideoThatBreaksOffIsUsedAsFarAsItGoes) {
