@@ -33,7 +33,8 @@ class DateFormatting {
   virtual LocalTime localTime(Date date) const = 0;
   /// The localized date in medium style and time in short style, such as "Mar 5, 2024, 2:07 PM".
   virtual std::string mediumDateShortTime(Date date) const = 0;
-  /// Reads such a text back; nothing when it is in another form.
+  /// Reads such a text back, the later moment in an hour that comes twice; nothing when it is in
+  /// another form.
   virtual std::optional<Date> parseMediumDateShortTime(std::string_view text) const = 0;
 
   /// The date in a pattern of Unicode's date fields, such as "dd/MM" or "dd MMM"; digits, names and
@@ -50,7 +51,8 @@ class NumberFormatting {
  public:
   virtual ~NumberFormatting() = default;
 
-  /// In decimal style with at most so many fraction digits, such as "97.3" or "1,250".
+  /// In decimal style with at most so many fraction digits, such as "97.3" or "1,250". A tie goes
+  /// to the even digit: 97.25 is "97.2".
   virtual std::string decimal(double value, int maximumFractionDigits) const = 0;
 };
 

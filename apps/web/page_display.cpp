@@ -1,6 +1,7 @@
 #include "apps/web/page_display.h"
 
 #include "apps/web/page_shell.h"
+#include "platform/web/page_fields.h"
 #include "shell/view_animation.h"
 
 namespace veyla {
@@ -16,18 +17,14 @@ val posesOf(const ViewAnimation& animation, bool endsVisible) {
   val poses = val::array();
   for (int i = 0; i < poseCount; ++i) {
     const double elapsed = animation.seconds * i / (poseCount - 1);
-    const ElementPose pose = animation.poseAt(elapsed, endsVisible);
-    val each = val::object();
-    each.set("opacity", pose.opacity);
-    each.set("scale", pose.scale);
-    each.set("x", pose.x);
-    each.set("y", pose.y);
-    poses.call<void>("push", each);
+    poses.call<void>("push", animation.poseAt(elapsed, endsVisible));
   }
   return poses;
 }
 
 }  // namespace
+
+EMSCRIPTEN_BINDINGS(page_display) { VEYLA_VALUE(ElementPose, opacity, scale, x, y); }
 
 void PageDisplay::setText(Element element, const std::string& text) {
   page_.call<void>("setText", nameOf(element), text);

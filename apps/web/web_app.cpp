@@ -68,6 +68,8 @@ void WebApp::launch() { AppDelegate::instance().launch().addObserver(judge_); }
 void WebApp::enterBackground() {
   AppDelegate::instance().applicationWillResignActive();
   AppDelegate::instance().applicationDidEnterBackground();
+  // A page that is hidden may never be shown again.
+  store_.synchronize();
 }
 
 void WebApp::enterForeground() {

@@ -10,8 +10,8 @@ namespace veyla {
 ///
 /// A measurement bears the date that the wall shows when it ends. Where somebody sets the machine's
 /// clock back between two of them, the later one bears the earlier date, like every other file of
-/// that hour; it still comes after the other everywhere, since the history and the health records
-/// keep the order in which they were written, and nothing sorts them.
+/// that hour; it still comes after the other in the history and in the health records, which keep
+/// the order in which they were written; charts go by the dates.
 class WallClock : public Clock {
  public:
   Date now() const override {

@@ -43,6 +43,7 @@ void LocalStore::change(std::string_view key, std::optional<std::string> text) {
   if (!pending_.contains(key)) value(key);
   if (unreadable_.contains(key)) {
     if (isTold) tellDamaged(std::string(key));
+    spoilt_ = true;
     return;
   }
   pending_.insert_or_assign(std::string(key), std::move(text));
@@ -57,21 +58,32 @@ void LocalStore::tellDamaged(const std::string& key) const {
 }
 
 void LocalStore::synchronize() {
-  if (nesting_ > 1 || pending_.empty()) return;
+  // What is changed exclusively is written at its end.
+  if (!isExclusive_) write();
+}
+
+bool LocalStore::write() {
+  if (pending_.empty()) return true;
   const std::string reason = items_.write({pending_.begin(), pending_.end()});
   if (reason.empty()) {
     pending_.clear();
-  } else {
-    if (nesting_ > 0) pending_.clear();
-    if (failed) failed("", reason);
+  } else if (failed) {
+    failed("", reason);
   }
+  return reason.empty();
 }
 
 void LocalStore::exclusively(const std::function<void()>& changes) {
-  ++nesting_;
+  if (isExclusive_) {
+    changes();
+    return;
+  }
+  const auto before = pending_;
+  isExclusive_ = true;
+  spoilt_ = false;
   changes();
-  if (nesting_ == 1) synchronize();
-  --nesting_;
+  isExclusive_ = false;
+  if (spoilt_ || !write()) pending_ = before;
 }
 
 void LocalStore::setAside(const std::string& key, Date now) {

@@ -29,9 +29,10 @@ class LocalItems {
 /// The key-value store in the browser's `localStorage`: an item a key, its value as `writeJson`
 /// writes it.
 ///
-/// A flush writes all changes or, where the browser refuses one, none; what could not be written
-/// within `exclusively` is given up, so that the contents are what they were before. An item that
-/// cannot be read is left as it is and its key refuses changes until the item is set aside.
+/// A flush writes all changes or, where the browser refuses one, none. The changes within
+/// `exclusively` are written at its end; where one is refused or they could not be written, all of
+/// them are given up, so that the contents are what they were before. An item that cannot be read
+/// is left as it is and its key refuses changes until the item is set aside.
 /// Another tab's changes are seen by the next reading; the browser has no lock on them.
 class LocalStore : public KeyValueStore {
  public:
@@ -56,6 +57,7 @@ class LocalStore : public KeyValueStore {
 
  private:
   void change(std::string_view key, std::optional<std::string> text);
+  bool write();
   void tellDamaged(const std::string& key) const;
 
   struct Read {
@@ -69,7 +71,9 @@ class LocalStore : public KeyValueStore {
   /// What was read last: the history is long and read often.
   std::map<std::string, Read, std::less<>> read_;
   std::set<std::string, std::less<>> unreadable_;
-  int nesting_ = 0;
+  bool isExclusive_ = false;
+  /// A change within `exclusively` was refused.
+  bool spoilt_ = false;
 };
 
 }  // namespace veyla

@@ -10,8 +10,8 @@ EMSCRIPTEN_BINDINGS(page_sharing) {
 }
 
 void PageSharing::composeMail(const Mail& mail, MailFinished finished) {
-  const int number = pending_.keep([finished = std::move(finished)](int answer) {
-    if (finished) finished(static_cast<MailResult>(answer), "");
+  const int number = pending_.keep([page = page_, finished = std::move(finished)](int answer) {
+    if (finished) finished(static_cast<MailResult>(answer), page.call<std::string>("mailFailure"));
   });
   page_.call<void>("composeMail", mail, number);
 }

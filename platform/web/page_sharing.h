@@ -14,9 +14,9 @@ namespace veyla {
 /// is a mail program nor what became of a mail in it.
 class PageSharing : public Sharing {
  public:
-  /// `page` answers `composeMail(mail, pending)`, `dismissMail()`, `composeMessage(body, pending)`,
-  /// `dismissMessage()` and `open(address)`. The answers are the results in the order of their
-  /// enumerations.
+  /// `page` answers `composeMail(mail, pending)`, `mailFailure()`, `dismissMail()`,
+  /// `composeMessage(body, pending)` and `open(address)`. The answers are the results in the order
+  /// of their enumerations.
   PageSharing(emscripten::val page, Pending& pending) : page_(std::move(page)), pending_(pending) {}
 
   bool canSendMail() const override { return true; }

@@ -63,12 +63,14 @@ export function canShare(mail: SharedMail): boolean {
   return "canShare" in navigator && navigator.canShare(sharedData(mail));
 }
 
-export async function share(mail: SharedMail): Promise<MailResult> {
+/** What became of the mail, and why where it failed. */
+export async function share(mail: SharedMail): Promise<[MailResult, string]> {
   try {
     await navigator.share(sharedData(mail));
-    return "sent";
+    return ["sent", ""];
   } catch (error) {
-    return error instanceof DOMException && error.name === "AbortError" ? "cancelled" : "failed";
+    if (error instanceof DOMException && error.name === "AbortError") return ["cancelled", ""];
+    return ["failed", error instanceof Error ? error.message : String(error)];
   }
 }
 

@@ -51,10 +51,26 @@ function monthName(date: Date): string {
   const month = date.getMonth();
   let name = monthNames.get(month);
   if (name === undefined) {
-    name = field(date, "month", "short");
+    name = shortMonth(locale, date);
     monthNames.set(month, name);
   }
   return name;
+}
+
+/** As it stands in a date, or where that has numbers instead, a name as close to it as there is. */
+export function shortMonth(language: string, date: Date): string {
+  const month = (options: Intl.DateTimeFormatOptions): string | undefined =>
+    new Intl.DateTimeFormat(language, options)
+      .formatToParts(date)
+      .find(({ type }) => type === "month")?.value;
+  const names = [
+    month({ year: "numeric", month: "short", day: "2-digit" }),
+    month({ month: "short" }),
+    // Such as "3月", where the name is a number with a word behind it.
+    new Intl.DateTimeFormat(language, { month: "short" }).format(date),
+    month({ month: "long", day: "numeric" }),
+  ];
+  return names.find((name) => name !== undefined && /\p{L}/u.test(name)) ?? names[0] ?? "";
 }
 
 function offsetFromUtc(date: Date): string {
@@ -99,7 +115,7 @@ function* daysBackwards(): Generator<Date> {
  * The minute that the browser writes as `text` in medium and short style, in milliseconds.
  *
  * A browser writes dates and reads none back, so the day is looked for whose words and numbers are
- * all there, and then its minute that is written like this.
+ * all there, and then its minute that is written like this: the later one in an hour that comes twice.
  */
 function minuteWritten(text: string): number | null {
   const wanted = withPlainSpaces(text);
@@ -110,7 +126,11 @@ function minuteWritten(text: string): number | null {
       .filter(({ type }) => dateParts.includes(type));
     if (!parts.every(({ value }) => wanted.includes(withPlainSpaces(value)))) continue;
     const end = new Date(day.getFullYear(), day.getMonth(), day.getDate() + 1).getTime();
-    for (let minute = day.getTime(); minute < end; minute += millisecondsPerMinute) {
+    for (
+      let minute = end - millisecondsPerMinute;
+      minute >= day.getTime();
+      minute -= millisecondsPerMinute
+    ) {
       if (withPlainSpaces(mediumDateShortTimeFormat.format(minute)) === wanted) return minute;
     }
   }
@@ -164,7 +184,10 @@ export const browserText = {
   decimal(value: number, maximumFractionDigits: number): string {
     let format = decimalFormats.get(maximumFractionDigits);
     if (!format) {
-      format = new Intl.NumberFormat(undefined, { maximumFractionDigits });
+      format = new Intl.NumberFormat(undefined, {
+        maximumFractionDigits,
+        roundingMode: "halfEven",
+      });
       decimalFormats.set(maximumFractionDigits, format);
     }
     return format.format(value);

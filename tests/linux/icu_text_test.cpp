@@ -33,7 +33,9 @@ TEST(IcuTextTest, WhatFormattingMakesReadsBackWithAnySpaces) {
   for (const char* locale : {"en_US", "de_DE", "fr_FR", "es_MX", "ja_JP", "ko_KR", "ar_EG", "bg_BG",
                              "fi_FI", "vi_VN", "th_TH", "fa_IR", "zh_TW", "hi_IN"}) {
     const IcuText text(locale, "America/New_York");
-    for (const Date date : {afternoon, Date{0}, Date{1719878400}, Date{1733011140}}) {
+    // The last is the later one of two that are written alike.
+    for (const Date date :
+         {afternoon, Date{0}, Date{1719878400}, Date{1733011140}, Date{1730615400}}) {
       const std::string written = text.mediumDateShortTime(date);
       EXPECT_EQ(text.parseMediumDateShortTime(written), date) << written;
       EXPECT_EQ(text.parseMediumDateShortTime(plainSpaced(written)), date) << written;
@@ -94,7 +96,7 @@ TEST(IcuTextTest, PatternsWriteAndReadTheLocalesDigitsNamesAndCalendar) {
 
 TEST(IcuTextTest, DecimalNumbersAreShortAndTheLocales) {
   EXPECT_EQ(IcuText("en_US", "UTC").decimal(1250, 1), "1,250");
-  EXPECT_EQ(IcuText("de_DE", "UTC").decimal(97.34, 1), "97,3");
+  EXPECT_EQ(IcuText("de_DE", "UTC").decimal(97.25, 1), "97,2");
   EXPECT_EQ(IcuText("ar_EG", "UTC").decimal(90, 1), "٩٠");
 }
 

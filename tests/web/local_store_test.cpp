@@ -80,12 +80,9 @@ TEST_F(LocalStoreTest, ChangesThatBelongTogetherAreOneWriteOrNone) {
   const auto change = [this] {
     store_.exclusively([this] {
       store_.setValue("values", 1);
-      store_.exclusively([this] {
-        store_.setValue("last", 2);
-        store_.synchronize();
-      });
-      EXPECT_EQ(items_.writes, 0) << "not before the outermost end";
+      store_.exclusively([this] { store_.setValue("last", 2); });
       store_.synchronize();
+      EXPECT_EQ(items_.writes, 0) << "not before the outermost end";
     });
   };
   items_.refusal = "full";
@@ -97,6 +94,15 @@ TEST_F(LocalStoreTest, ChangesThatBelongTogetherAreOneWriteOrNone) {
   change();
   EXPECT_EQ(items_.writes, 1) << "once for both";
   EXPECT_THAT(items_.texts, ElementsAre(Pair("last", "2"), Pair("values", "1")));
+
+  items_.texts["values"] = "[{";
+  store_.removeValue("other");
+  store_.exclusively([this] {
+    store_.setValue("values", 1);
+    store_.removeValue("last");
+  });
+  store_.synchronize();
+  EXPECT_EQ(items_.texts["last"], "2") << "what one change was refused for stays undone";
 }
 
 TEST_F(LocalStoreTest, ADamagedItemRefusesChangesUntilItIsSetAside) {

@@ -15,6 +15,8 @@ import { make, sheetCard, showModal, textButton } from "./dom";
 import { saveAsFile } from "./files";
 
 export class MailComposer {
+  /** Why the last mail failed, if it did. */
+  failure = "";
   private dialog: HTMLDialogElement | undefined;
 
   /** `settle` hands the results on to the core. */
@@ -22,7 +24,8 @@ export class MailComposer {
 
   composeMail(mail: SharedMail, pending: number): void {
     this.dismissMail();
-    const finish = (result: MailResult): void => {
+    const finish = (result: MailResult, reason = ""): void => {
+      this.failure = reason;
       this.settle(pending, mailResults.indexOf(result));
     };
     const dialog = make("dialog.sheet.composer", { "aria-labelledby": "composer-title" });
@@ -47,9 +50,9 @@ export class MailComposer {
     if (canShare(mail)) {
       card.append(
         textButton("button.primary", "Share …", () => {
-          void share(mail).then((result) => {
+          void share(mail).then(([result, reason]) => {
             // Whoever turns back may want another way.
-            if (result !== "cancelled") finish(result);
+            if (result !== "cancelled") finish(result, reason);
           });
         }),
       );

@@ -218,6 +218,7 @@ async function start(): Promise<void> {
       dismissMail() {
         composer.dismissMail();
       },
+      mailFailure: () => composer.failure,
       composeMessage(body, pending) {
         composer.composeMessage(body, pending);
       },

@@ -213,6 +213,7 @@ export interface OptionsViews {
 
 export interface SharingViews {
   composeMail(mail: SharedMail, pending: number): void;
+  mailFailure(): string;
   dismissMail(): void;
   composeMessage(body: string, pending: number): void;
   open(address: string): void;

@@ -185,10 +185,13 @@ it("hands the mail on to the phone's own programs where the browser can", async 
   });
   await page.getByRole("button", { name: "Edit" }).click();
   await page.locator(".result").nth(1).click();
-  await page.getByRole("toolbar").getByRole("button", { name: "Share" }).click();
-  await page.getByRole("button", { name: "Email (csv)" }).click();
-  await page.getByRole("button", { name: "Share …" }).click();
-  await page.getByRole("heading", { name: "New mail" }).waitFor({ state: "detached" });
+  const shareMail = async (): Promise<void> => {
+    await page.getByRole("toolbar").getByRole("button", { name: "Share" }).click();
+    await page.getByRole("button", { name: "Email (csv)" }).click();
+    await page.getByRole("button", { name: "Share …" }).click();
+    await page.getByRole("heading", { name: "New mail" }).waitFor({ state: "detached" });
+  };
+  await shareMail();
   const csv = "Date,Heart Rate,Saturation\n2024-03-04 14:07:21,0,97";
   expect(await page.evaluate(() => (window as unknown as { shared: unknown[] }).shared)).toEqual([
     {
@@ -198,6 +201,12 @@ it("hands the mail on to the phone's own programs where the browser can", async 
     },
   ]);
   expect(visit.log).toContain("Mail sent");
+
+  await page.evaluate(() => {
+    Object.assign(navigator, { share: () => Promise.reject(new Error("too large")) });
+  });
+  await shareMail();
+  expect(visit.log).toContain("Mail sent failure: too large");
 });
 
 it("lists a long history as far as it is scrolled", async () => {
