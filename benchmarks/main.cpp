@@ -29,7 +29,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
       auto yardstick = times_.find(work + "_yardstick" + name.substr(work.size()));
       if (yardstick == times_.end()) yardstick = times_.find(work + "_yardstick/");
       if (yardstick != times_.end()) {
-        std::printf("%-48s %8.2f\n", name.c_str(), time / yardstick->second);
+        std::printf("%-48s %8.3f\n", name.c_str(), time / yardstick->second);
       }
     }
   }

@@ -1,9 +1,10 @@
 #include <benchmark/benchmark.h>
 
-#include <array>
+#include <algorithm>
+#include <utility>
 
-#include "acquisition/frame_averaging.h"
 #include "apps/cli/measurement_run.h"
+#include "platform/linux/bgra_frame.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/queue_clock.h"
 #include "platform/linux/resource_files.h"
@@ -12,53 +13,53 @@
 namespace veyla {
 namespace {
 
-/// A recording in memory: the same frames every time, which cost nothing to make.
+/// The frames of a fingertip in memory: the same every time, which cost nothing to make.
+class Keeper : public SampleBufferDelegate {
+ public:
+  std::vector<BgraFrame> frames;
+
+  void captureOutput(PixelBuffer& buffer) override {
+    BgraFrame& frame = frames.emplace_back(buffer.width(), buffer.height());
+    std::copy_n(buffer.baseAddress(), buffer.bytesPerRow() * buffer.height(), frame.baseAddress());
+  }
+  void captureOutput(const FrameSample&) override {}
+  void captureOutput(DroppedSample) override {}
+};
+
 class MemorySource : public RecordingSource {
  public:
-  explicit MemorySource(const std::vector<FrameSample>& frames) : frames_(frames) {}
+  explicit MemorySource(std::vector<BgraFrame>& frames) : frames_(frames) {}
 
   bool advance() override { return ++next_ <= frames_.size(); }
   std::optional<double> nextTime() const override {
     if (next_ >= frames_.size()) return std::nullopt;
-    return static_cast<double>(next_) / 30.0;
+    return timeOf(next_);
   }
-  double time() const override { return static_cast<double>(next_ - 1) / 30.0; }
+  double time() const override { return timeOf(next_ - 1); }
   void deliver(SampleBufferDelegate& delegate) override {
     delegate.captureOutput(frames_[next_ - 1]);
   }
 
  private:
-  const std::vector<FrameSample>& frames_;
+  static double timeOf(std::size_t index) {
+    return static_cast<double>(index) / VideoDataOutput::framesPerSecond;
+  }
+
+  std::vector<BgraFrame>& frames_;
   std::size_t next_ = 0;
 };
 
-constexpr std::array allCells{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-
-/// Keeps the frame records of a synthetic fingertip.
-class Keeper : public SampleBufferDelegate {
- public:
-  std::vector<FrameSample> frames;
-
-  void captureOutput(PixelBuffer& buffer) override {
-    frames.push_back(
-        averager_.average(buffer.baseAddress(), buffer.width(), buffer.height(), allCells));
-  }
-  void captureOutput(const FrameSample& sample) override { frames.push_back(sample); }
-  void captureOutput(DroppedSample) override {}
-
- private:
-  GridAverager averager_;
-};
-
-std::vector<FrameSample> fingertip() {
-  SyntheticSource source(FingerOptions{}, 45, 30);
+std::vector<BgraFrame> fingertip() {
+  constexpr double longerThanItsMeasurement = 25;
+  SyntheticSource source(FingerOptions{}, longerThanItsMeasurement,
+                         VideoDataOutput::framesPerSecond);
   Keeper keeper;
   while (source.advance()) source.deliver(keeper);
-  return keeper.frames;
+  return std::move(keeper.frames);
 }
 
-void measurement(benchmark::State& state) {
-  const auto frames = fingertip();
+void measure(benchmark::State& state, bool isJudged) {
+  auto frames = fingertip();
   for (auto _ : state) {
     TimedQueue queue;
     QueueClock clock({}, queue);
@@ -66,14 +67,22 @@ void measurement(benchmark::State& state) {
     EmbeddedResources resources;
     MeasurementRun run({}, std::make_unique<MemorySource>(frames),
                        {.queue = queue, .clock = clock, .store = store, .resources = resources});
+    run.isJudged = isJudged;
     const auto report = run.run();
     benchmark::DoNotOptimize(report.seconds);
     state.counters["seconds"] = report.seconds;
+    state.counters["frames"] = report.frames;
     state.counters["estimates"] =
         report.heartrateEstimates.accepted + report.heartrateEstimates.rejected;
   }
 }
+
+void measurement(benchmark::State& state) { measure(state, true); }
 BENCHMARK(measurement)->Unit(benchmark::kMillisecond);
+
+/// The same frames with nobody who judges finger and values.
+void measurement_yardstick(benchmark::State& state) { measure(state, false); }
+BENCHMARK(measurement_yardstick)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace veyla
