@@ -11,7 +11,8 @@
 namespace veyla {
 
 enum class FingerState {
-  /// Nothing that looks like a lit fingertip: dark, pale, lifeless, or of many colours.
+  /// Nothing that looks like a lit fingertip: dark, pale, grey, violet, lifeless, or of many
+  /// colours.
   noFinger,
   /// A channel stands at its upper end, where a pulse is cut off.
   tooBright,

@@ -90,54 +90,70 @@ std::string whenSeen(const MeasurementReport& report, std::initializer_list<Fing
   return text;
 }
 
-/// Where the finger was not as it should be; empty where nothing can be said.
-std::string fingerFault(const MeasurementReport& report) {
-  const std::string absent = whenSeen(report, {FingerState::noFinger});
-  if (!absent.empty()) {
-    return "no finger" + absent + (report.isBlack ? ": the picture is black" : "");
-  }
-  const std::string bright = whenSeen(report, {FingerState::tooBright});
-  if (!bright.empty()) return "too bright" + bright + ": expose less or press more lightly";
-  const std::string unclear = whenSeen(report, {FingerState::moving, FingerState::weak});
-  return unclear.empty() ? "" : "the pulse was unclear" + unclear + ": hold still";
+/// Where the finger was not as it should be for the longest, and what follows from it; empty where
+/// nothing can be said.
+struct FingerFault {
+  std::string what;
+  std::string advice;
+};
+
+FingerFault fingerFault(const MeasurementReport& report) {
+  using States = std::initializer_list<FingerState>;
+  FingerFault fault;
+  double longest = 0;
+  const auto consider = [&](States states, const char* name, const char* advice) {
+    double seconds = 0;
+    for (const FingerState state : states) seconds += secondsIn(report, state);
+    const std::string when = whenSeen(report, states);
+    if (when.empty() || seconds <= longest) return;
+    longest = seconds;
+    fault = {name + when, advice};
+  };
+  consider({FingerState::noFinger}, "no finger", report.isBlack ? ": the picture is black" : "");
+  consider({FingerState::tooBright}, "too bright", ": expose less or press more lightly");
+  consider({FingerState::moving, FingerState::weak}, "the pulse was unclear", ": hold still");
+  return fault;
 }
 
-/// Whether most of the time there was nothing to measure.
+/// Whether most of the time there was nothing that can be measured.
 bool lackedFinger(const MeasurementReport& report) {
-  return secondsIn(report, FingerState::noFinger) > 0.5 * report.seconds;
+  const double seconds =
+      secondsIn(report, FingerState::noFinger) + secondsIn(report, FingerState::tooBright);
+  return seconds > 0.5 * report.seconds;
+}
+
+std::string sentence(const FingerFault& fault) {
+  std::string text = fault.what + fault.advice;
+  if (text.empty()) return text;
+  text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
+  return text + ".\n";
 }
 
 /// Why a value that was requested has not become final, and what to do about it; empty for one that
-/// has, or for lack of time alone.
+/// has, or for lack of time alone. What the finger kept from both values is all that is said:
+/// nothing else helps before it.
 std::string shortfall(const MeasurementReport& report, const MeasurementRequest& request) {
   const bool lacksHeartrate = request.heartrate && !report.heartrate;
   const bool lacksSpo2 = request.spo2 && !report.spo2;
   if (!lacksHeartrate && !lacksSpo2) return {};
-  const auto sentence = [](std::string text) {
-    if (text.empty()) return text;
-    text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
-    return text + ".\n";
-  };
-  const std::string fault = fingerFault(report);
+  const FingerFault fault = fingerFault(report);
   if (lackedFinger(report)) return sentence(fault);
 
-  std::string text;
   const EstimateCounts& heartrate = report.heartrateEstimates;
   if (lacksHeartrate && heartrate.rejected + heartrate.none > heartrate.accepted) {
-    const int estimates = heartrate.accepted + heartrate.rejected + heartrate.none;
-    text += !fault.empty() ? sentence(fault)
-                           : formatText(
-                                 "The pulse was unclear in %i of %i heart-rate estimates: "
-                                 "hold still, press lightly, warm the finger.\n",
-                                 heartrate.rejected + heartrate.none, estimates);
+    if (!fault.what.empty()) return sentence(fault);
+    return formatText(
+        "The pulse was unclear in %i of %i heart-rate estimates: hold still, press lightly, warm "
+        "the finger.\n",
+        heartrate.rejected + heartrate.none,
+        heartrate.accepted + heartrate.rejected + heartrate.none);
   }
   const EstimateCounts& spo2 = report.spo2Estimates;
   if (lacksSpo2 && spo2.none + spo2.low > spo2.accepted) {
-    text +=
-        "No oxygen value: this camera's colours give none of 93 % or more. --only heartrate "
-        "measures without it.\n";
+    return "No oxygen value: this camera's colours give none of 93 % or more. --only heartrate "
+           "measures without it.\n";
   }
-  return text;
+  return {};
 }
 
 /// What speaks against a final value; empty for one to be relied on.
@@ -160,7 +176,8 @@ std::string doubtLine(const char* caption, const std::vector<Doubt>& doubts,
       case Doubt::unclearPulse:
         break;
     }
-    return "the pulse was unclear" + whenSeen(report, {FingerState::moving, FingerState::weak});
+    const std::string fault = fingerFault(report).what;
+    return fault.empty() ? "the pulse was unclear" : fault;
   };
   return formatText("%-12s unsure: %s.\n", caption, reason().c_str());
 }

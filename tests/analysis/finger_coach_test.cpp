@@ -83,10 +83,20 @@ TEST(FingerCoachTest, WhatIsNoFingerIsToldSoonAndNeverCalledGood) {
          return Rgb{8 + 3 * noise(random), 8 + 3 * noise(random), 8 + 3 * noise(random)};
        }},
       {"white", plain({255, 255, 255})},
+      {"pale with noise",
+       [&](double, double, double) {
+         const double shade = 4 * noise(random);
+         return Rgb{220 + shade, 180 + shade, 150 + shade};
+       }},
       {"grey with noise",
        [&](double, double, double) {
-         const double light = 150 + 4 * noise(random);
-         return Rgb{light, light, light};
+         const double light = 60 + 2 * noise(random);
+         return Rgb{light, light, 0.95 * light};
+       }},
+      {"violet, slowly panned",
+       [](double x, double, double time) {
+         const double light = 160 + 40 * std::sin(2 * x + 0.1 * time);
+         return Rgb{light, 0.6 * light, 0.8 * light};
        }},
       {"red", plain({255, 0, 0})},
       {"dark red", plain({90, 3, 3})},

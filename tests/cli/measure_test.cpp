@@ -306,10 +306,15 @@ TEST_F(MeasureTest, WhatIsWrongWithAFingerIsToldWithItsSecondsAndWhatIsUnsureWit
     if (row >= 240 && row < 330) of[1] = of[2] = of[3] = "3";
   });
   EXPECT_NEAR(lifted["finger"]["noFinger"].get<double>(), 3, 0.5);
+  EXPECT_THAT(liftedText, HasSubstr("Heart rate   unsure: no finger from 8 to 11 s.\n"));
   const auto [black, blackText] =
       measured([](std::size_t, Fields& of) { of[1] = of[2] = of[3] = "0"; });
   EXPECT_TRUE(black["heartrate"].is_null());
   EXPECT_THAT(blackText, HasSubstr("\nNo finger from 2 to 40 s: the picture is black.\n"));
+  // What the finger explains gets no other advice.
+  const auto [bright, brightText] = measured([](std::size_t, Fields& of) { of[1] = "255"; });
+  EXPECT_THAT(brightText, AllOf(HasSubstr("\nToo bright from 2 to 40 s: expose less"),
+                                Not(HasSubstr("--only heartrate"))));
 }
 
 TEST_F(MeasureTest, KilledInTheMiddleTheStoreHoldsWholeEntries) {
