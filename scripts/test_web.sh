@@ -15,10 +15,17 @@ generate() { # name, options
 generate 72 --bpm 72
 generate 96 --bpm 96
 generate low --spo2 80
-series=build/web-recordings/series.csv dark=build/web-recordings/dark-blue.csv
+series=build/web-recordings/series.csv
 build/veyla synth $series --seconds 45
-awk -F, -v OFS=, 'NR > 1 { $4 *= 0.1 } 1' $series >$dark
-generate dark-blue --from $dark
+change() { # name, what happens to a row's colours, t seconds after the first
+  awk -F, -v OFS=, "NR > 1 { t = \$1 / 1000; $2 } 1" $series >build/web-recordings/$1.csv
+  generate $1 --from build/web-recordings/$1.csv
+}
+change dark-blue '$4 *= 0.1'
+# Absent at first, away for three seconds, then too close to the light.
+change absent 'if (t < 6) $2 = $3 = $4 = 3
+  else if (t >= 12 && t < 15) { $2 = 60; $3 = 62; $4 = 55 }
+  else if (t >= 15 && t < 18) $2 = 255'
 
 cd apps/web
 npm test

@@ -10,7 +10,9 @@ const root = fileURLToPath(new URL("..", import.meta.url));
 const build = fileURLToPath(new URL("../../../build/", import.meta.url));
 
 /** A recording of a generated finger, made before the tests. */
-export function recording(name: "72" | "96" | "low" | "dark-blue"): { readonly shows: string } {
+export function recording(name: "72" | "96" | "low" | "dark-blue" | "absent"): {
+  readonly shows: string;
+} {
   return { shows: `${build}web-recordings/${name}.y4m` };
 }
 

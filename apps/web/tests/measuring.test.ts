@@ -224,3 +224,50 @@ describe("a camera that sees next to no blue", () => {
     await phone.close();
   });
 });
+
+describe("a finger that comes late, leaves, and is too bright for a while", () => {
+  it("is told in words and pictures, and what comes of it is marked", async () => {
+    const phone = await PhoneBrowser.open({ camera: recording("absent") });
+    const visit = await phone.visit({ stored: acquainted });
+    const { page } = visit;
+    const words = visit.element("labelFinger");
+    // Read out from the first word on: what is hidden when it gets its text is not.
+    expect(await words.getAttribute("aria-live")).toBe("polite");
+    const isRead = (element: Element): boolean =>
+      element.checkVisibility({ visibilityProperty: true });
+    expect(await words.evaluate(isRead)).toBe(true);
+
+    const icons = new Map<string, string>();
+    const expectTold = async (state: string, text: string): Promise<void> => {
+      const chip = page.locator(`.finger[data-state="${state}"]`);
+      await chip.waitFor({ timeout: 15_000 });
+      expect(await words.textContent()).toBe(text);
+      const icon = chip.locator("ion-icon svg");
+      const others = [...icons].filter(([other]) => other !== state).map(([, svg]) => svg);
+      await expect.poll(async () => others.includes(await icon.innerHTML())).toBe(false);
+      icons.set(state, await icon.innerHTML());
+    };
+    await visit.startMeasuring();
+    await expectTold("noFinger", "Move your finger over lens and light");
+    // No frame is wanted while there is no finger.
+    await inspect(visit, "finger-absent");
+    await expectTold("good", "Finger in place");
+    await expectTold("noFinger", "Move your finger over lens and light");
+    await page.emulateMedia({ colorScheme: "dark" });
+    await expectTold("tooBright", "Press more lightly");
+    await inspect(visit, "finger-too-bright-night");
+    expect(await visit.stored("values")).toBeNull();
+    await expectTold("good", "Finger in place");
+
+    await page.getByText("FINISHED").waitFor(finished);
+    await page.locator('.finger[data-state=""]').waitFor({ state: "attached" });
+    expect(await words.textContent()).toBe("");
+    expect(await visit.element("labelDoubtHeartrate").textContent()).toContain(
+      "Unsure: no finger was seen for part of the time.",
+    );
+    await inspect(visit, "doubt-absent-night");
+    await page.emulateMedia({ colorScheme: "light" });
+    await inspect(visit, "doubt-absent");
+    await phone.close();
+  });
+});
