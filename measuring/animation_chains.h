@@ -19,16 +19,14 @@ struct AnimationStep {
 
 /// Animations that follow one another: each begins when the one before it is over.
 ///
-/// They belong to what was presented when they were asked for. Once something else is presented,
-/// what they had still to do is not done: their elements stand as they would in the end, but
-/// nothing changes with them.
+/// They belong to what was presented when they were asked for. Each presentation settles those of
+/// the one before first: what they had still to do is not done, their elements stand as they would
+/// in the end, but nothing changes with them.
 class AnimationChains {
  public:
   explicit AnimationChains(Display& display) : display_(display) {}
 
-  /// Settles what its elements had still to do before.
   void play(std::vector<AnimationStep> steps);
-  /// Settles everything.
   void settle();
 
  private:
@@ -39,7 +37,6 @@ class AnimationChains {
   };
 
   void playStep(const std::shared_ptr<Chain>& chain);
-  void settle(const Chain& chain);
 
   Display& display_;
   /// Those whose last step has not begun.

@@ -26,7 +26,7 @@ class CircleProgressBar {
   /// In points, between the ring and the hint area inside it.
   float hintViewSpacing = 0;
   Font hintTextFont{"HelveticaNeue-Light", 14};
-  Color hintTextColor{1, 1, 1, 1};
+  Color hintTextColor = white;
   /// The text inside the ring for a progress; may be empty, which is no text.
   std::function<std::string(float progress)> hintTextGenerationBlock;
 

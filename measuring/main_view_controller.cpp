@@ -148,9 +148,9 @@ void MainViewController::cameraLost() {
   if (!measurement_->isUnderWay()) return;
   endMeasurement(MeasurementEnd::cameraLost, [this] {
     showStateTappedStop();
-    Utils::showAlertWithTitle(
-        "Camera lost", "Another app has taken it, or it was unplugged. Tap START to measure again.",
-        AlertKind::error);
+    Alerts::instance().show(
+        modalAlert(AlertKind::error, "Camera lost",
+                   "Another app has taken it, or it was unplugged. Tap START to measure again."));
   });
 }
 
@@ -159,14 +159,15 @@ void MainViewController::cameraLost() {
 void MainViewController::beginButtonPush() {
   // The second of a double tap.
   if (measurement_->isUnderWay() && !measurement_->isInterrupted) return;
+  if (measurement_->isUnderWay()) endMeasurement(MeasurementEnd::replaced);
   if (!runSpo2_ && !runHeartrate_) {
     Alerts::instance().show(modalAlert(
         AlertKind::warning, "Nothing to run",
         "You have disabled both heartrate and spo2 measurements. Enable at least one of them "
         "before tapping START."));
+    measurement_->isRunning = false;
     return;
   }
-  if (measurement_->isUnderWay()) endMeasurement(MeasurementEnd::replaced);
   measurement_ = Measurement::accepted();
   services().mainQueue.after(buttonDelay, measurement_->whileItLasts([this] {
     measurement_->cameraWait =
@@ -211,6 +212,7 @@ void MainViewController::countDownToMeasuring() {
   starting.subtitle = coverInstruction;
   starting.duration = measurement_->countDown;
   starting.onDismiss = measurement_->whileItLasts([this] {
+    if (measurement_->isDone) return;
     startTorch();
     measurement_->canBegin = true;
     showStateMeasuring();
@@ -430,6 +432,7 @@ void MainViewController::stopRunning() { endMeasurement(MeasurementEnd::stopped)
 void MainViewController::endMeasurement(MeasurementEnd how, const std::function<void()>& present) {
   videoProcessing_->stopRecording();
   stopShimmering();
+  // Left to itself it would stand beside the next countdown's, or over what told of the end.
   if (const auto alert = measurement_->startingAlert) Alerts::instance().withdraw(*alert);
   const bool ends = measurement_->end(how);
   if (present) present();

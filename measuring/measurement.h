@@ -23,7 +23,8 @@ class Measurement : public std::enable_shared_from_this<Measurement> {
 
   // Its state, which the screen lets others set.
 
-  /// From START on until it ends; until STOP or the next START where the camera did not start.
+  /// From START on until it ends; where the camera did not start, until STOP, the background,
+  /// another screen or the next START.
   bool isRunning = false;
   bool canBegin = false;
   bool isDone = false;

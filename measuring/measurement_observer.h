@@ -39,7 +39,8 @@ class MeasurementObserver {
  public:
   virtual ~MeasurementObserver() = default;
 
-  /// START was accepted, and everything of the measurement before is gone.
+  /// The camera may be used, and everything of the measurement before is gone. One that ends
+  /// before, refused or left within a moment, tells its end alone.
   virtual void measurementBegan() {}
   /// The colours of a frame that is about to be stored, and a frame that did not come; from the
   /// light's coming on.
@@ -54,7 +55,8 @@ class MeasurementObserver {
   /// A value is final, stored as the last one and shown.
   virtual void heartrateFinal(float /*heartrate*/) {}
   virtual void spo2Final(float /*spo2*/) {}
-  /// After everything that the end shows and keeps.
+  /// After everything that the end shows and keeps. `counter` is the former measurement's where
+  /// this one has not begun.
   virtual void measurementEnded(std::int32_t /*counter*/, MeasurementEnd /*end*/) {}
 };
 

@@ -144,7 +144,8 @@ class CaptureSession {
   virtual void commitConfiguration() = 0;
 
   /// From now on frames come, `VideoDataOutput::framesPerSecond` of them a second, the first tick
-  /// now; nothing when it runs already.
+  /// now or, where frames come when the camera has them, with its first frame; a drop is told no
+  /// later than with the next frame. Nothing when it runs already.
   virtual void startRunning() = 0;
   /// No frame comes after this. The device stays as it is, its light included: a session that is
   /// started again goes on with it.

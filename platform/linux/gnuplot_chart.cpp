@@ -95,7 +95,7 @@ Range timesOf(std::span<const GnuplotChart> charts) {
 /// The range with so much room at both ends that marks and labels there stay inside. `margin` and
 /// `width` are in the same unit, the margin less than half the width.
 Range withRoom(Range times, double margin, double width) {
-  constexpr double aloneRoom = secondsPerDay / 2;
+  constexpr double aloneRoom = secondsPerDay / 2.0;
   const double room =
       times.length() > 0 ? times.length() * margin / (width - 2 * margin) : aloneRoom;
   return {times.from - room, times.to + room};

@@ -76,6 +76,18 @@ TEST_F(MainViewControllerTest, EveryAlertSaysWhatToDo) {
   start();
   expectAlert("Error", AlertKind::error,
               "There seems to be a problem with the video camera. Check your camera settings.");
+  const auto tapBoxes = [&] {
+    screen_.buttonCheckboxHeartrateTapped();
+    screen_.buttonCheckboxSpo2Tapped();
+  };
+  tapBoxes();
+  EXPECT_TRUE(screen_.isRunning());
+  start();
+  expectAlert("Nothing to run", AlertKind::warning,
+              "You have disabled both heartrate and spo2 measurements. Enable at least one of them "
+              "before tapping START.");
+  EXPECT_FALSE(screen_.isRunning());
+  tapBoxes();
   platform_.camera.device->torch = true;
   start();
   expectAlert("Starting ...", AlertKind::waiting, "Cover flash and camera lens with finger...");
@@ -88,13 +100,6 @@ TEST_F(MainViewControllerTest, EveryAlertSaysWhatToDo) {
   EXPECT_EQ(platform_.alerts.shown.back().buttons[0].title, "Read FAQ");
   Alerts::instance().tapButton(platform_.alerts.lastId, 0);
   EXPECT_EQ(platform_.journal.of("screens").back(), "faq");
-  screen_.buttonCheckboxHeartrateTapped();
-  screen_.buttonCheckboxSpo2Tapped();
-  screen_.beginButtonPush();
-  expectAlert("Nothing to run", AlertKind::warning,
-              "You have disabled both heartrate and spo2 measurements. Enable at least one of them "
-              "before tapping START.");
-  EXPECT_FALSE(screen_.isRunning());
 }
 
 TEST_F(MainViewControllerTest, TheLogNamesTheReasonWhyTheCameraMayNotBeUsed) {
@@ -134,6 +139,15 @@ TEST_F(MainViewControllerTest, FramesOfTheCountdownCountButAreNotStored) {
   EXPECT_THAT(*screen_.data()->rawHRValues(), ElementsAre(98));
   EXPECT_THAT(screen_.chartFourierView().data(), ElementsAre(98));
   EXPECT_THAT(platform_.log.lines, Contains("red 99, green 80, blue: 40"));
+}
+
+TEST_F(MainViewControllerTest, ACountdownOfWhatIsDoneLeadsToNothing) {
+  screen_.beginButtonPush();
+  platform_.time.runFor(1);
+  screen_.setIsDone(true);
+  platform_.time.runFor(2);
+  EXPECT_EQ(platform_.camera.device->torchState, 0);
+  EXPECT_FALSE(screen_.canBegin());
 }
 
 TEST_F(MainViewControllerTest, ANewStartForgetsTheMeasurementBefore) {
@@ -324,7 +338,8 @@ TEST_F(MainViewControllerTest, TheEndKeepsFirstTheFirstValueThenTheSecondThenThe
   ASSERT_THAT(*entries, SizeIs(1));
   EXPECT_EQ(entries->front(),
             (HistoryEntry{70.3125, 97, platform_.date.now(), Labels{}, std::nullopt}));
-  EXPECT_THAT(platform_.log.lines, AllOf(Contains("Done HR"), Contains("Done Both")));
+  EXPECT_THAT(platform_.log.lines,
+              AllOf(Contains("Done HR"), Contains("Done Spo2"), Contains("Done Both")));
   EXPECT_EQ(platform_.camera.device->torchState, 0);
 }
 
@@ -353,6 +368,7 @@ TEST_F(MainViewControllerTest, TheFinalHeartrateIsTheMedianOfElevenAndTheFinalSp
   EXPECT_EQ(screen_.finalHeartrate(), 87.890625F) << "seven of the last eleven";
   EXPECT_EQ(screen_.finalSpo2(), 99) << "ten of all seventeen";
   EXPECT_EQ(heartrateText(), "88");
+  EXPECT_EQ(screen_.gaugeSpo2().value(), 99);
   EXPECT_EQ(platform_.display.view({"labelLastSpo2"}).text, "99");
   EXPECT_EQ(platform_.display.view({"labelHeartrate"}).font, (Font{"HelveticaNeue-Medium", 25}));
   EXPECT_EQ(platform_.display.view({"labelSpo2"}).font, (Font{"HelveticaNeue-Medium", 25}));

@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cctype>
 #include <random>
@@ -146,11 +146,13 @@ good         -> STOP | {analyzing} | {cover} | last -- -- | now 70 97 | dials 70
 0.3 good 0.3 -> STOP | {analyzing} | {cover} | last -- -- | now 70 97 | dials 70 97, rings 50 67 | {on}
 curve        -> STOP | {analyzing} | {cover} | last -- --(zoomOut) | now 70 97 | dials 70 97, rings 50 67 | {on}
 0.26         -> STOP | {analyzing} | {cover} | pulse(zoomIn) | now 70 97 | dials 70 97, rings 50 67 | {on}
-good 0.5     -> STOP | {analyzing} | {cover} | pulse | now 70 =97 | dials 70 97, rings 75 100 | heart rate shimmers | torch | measuring
+good 0.05    -> STOP | {analyzing} | {cover} | pulse(zoomIn) | now 70 =97(zoomIn) | dials 70 97, rings 56 75 | heart rate shimmers | torch | measuring
+0.45         -> STOP | {analyzing} | {cover} | pulse | now 70 =97 | dials 70 97, rings 75 100 | heart rate shimmers | torch | measuring
 good         -> STOP(slideUp) | FINISHED(fadeIn) | {tap}(fadeIn) | pulse(zoomOut) | now =70(zoomIn) =97 | dials 70 97, rings 75 100 | {boxes}
 0.32         -> START(slideUp) | FINISHED | {tap} | last 70(zoomIn) 97(zoomIn) | now =70(zoomIn) =97 | dials 70 97, rings 100 100 | {boxes}
 1            -> {finished}
-START 1      -> STOP | {will} | {cover} | last 70 97 | {zero} | alert Starting ...
+START 0.03   -> START(fadeOut) | {will} | {cover} | last 70 97 | now -- -- | dials 50 93, rings 95 95 | alert Starting ...
+1            -> STOP | {will} | {cover} | last 70 97 | {zero} | alert Starting ...
 )")) {
     EXPECT_EQ(somebody.after(happenings), seen) << happenings;
   }
@@ -169,6 +171,9 @@ START 3 good 1 leave appear      -> {initial}
 heartrate 1 START 3 good 1 low*60 -> START | {tap} | last -- -- | now -- -- | dials 50 97, rings 0 33 | viewGaugeHeartrate gone | [ ] | [x] | alert Got problems?
 heartrate                        -> START | {tap} | last -- -- | {zero} | viewGaugeHeartrate(zoomOut) | [ ] | [x]
 spo2 1 spo2                      -> START | {tap} | last -- -- | {zero} | viewGaugeSpo2(zoomIn) | {boxes}
+spo2                             -> START | {tap} | last -- -- | {zero} | viewGaugeSpo2(zoomOut) | [x] | [ ]
+heartrate START 3                -> STOP | {analyzing} | {cover} | last -- -- | {zero} | viewGaugeHeartrate gone | SpO2 shimmers | torch | measuring
+START 3 none*3 curve 3           -> STOP | {analyzing} | {cover} | last 70 -- | now =70 -- | dials 70 93, rings 100 0 | SpO2 shimmers | torch | measuring
 spo2 START 3                     -> STOP | {analyzing} | {cover} | last -- -- | {zero} | viewGaugeSpo2 gone | heart rate shimmers | torch | measuring
 )")) {
     EXPECT_EQ(Somebody().after(happenings), seen) << happenings;
@@ -206,6 +211,7 @@ START 3 STOP 0.02 ~ START 3            -> {measuring}
 START 3 STOP ~ STOP 3                  -> {stopped}
 START 3 STOP ~ lost OK 3               -> {stopped}
 START 3 lost ~ OK STOP 3               -> {stopped}
+START 3 STOP 0.01 lost OK START ~ 3    -> {measuring}
 START 3 curve ~ STOP 3                 -> {stopped}
 START 3 curve ~ background return 3    -> {initial}
 START 3 curve ~ leave appear 3         -> {initial}
@@ -238,6 +244,7 @@ START 1 leave appear START 1 opened 3    -> {measuring}
     Somebody somebody;
     somebody.camera.opensLater = true;
     EXPECT_EQ(somebody.after(happenings), seen) << happenings;
+    EXPECT_EQ(somebody.camera.isWaitedFor(), somebody.screen.isRunning()) << happenings;
   }
 }
 
@@ -280,11 +287,13 @@ TEST(MeasuringSequencesTest, OneFrameCannotBothFinishAMeasurementAndBeTheLastLow
   low.live("START 3 good*3 low*59");
   low.rig.spo2Setting("neededValidSpo2", 3);  // The values there are suffice from now on.
   const std::string problems = low.after("low 1");
+  low.screen.doneHeartrate();
   low.screen.done();
   EXPECT_EQ(low.after("1"), problems);
   EXPECT_EQ(low.ends, std::vector{MeasurementEnd::lowSignal});
   EXPECT_EQ(low.entries(), 0U);
   EXPECT_FALSE(Utils::hasLastSpo2());
+  EXPECT_THAT(low.rig.platform.journal.of("health"), testing::SizeIs(1));
 
   Somebody curve;
   curve.rig.heartrateSetting("neededValidHeartrate", 1000);

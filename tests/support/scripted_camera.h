@@ -146,17 +146,19 @@ class ScriptedCamera : public Camera {
 
   /// Keeps what waits for the camera to open, where a test wants to open it later.
   bool opensLater = false;
-  std::function<void()> opened;
+  std::weak_ptr<std::function<void()>> waiting;
 
   CameraAuthorization authorizationStatus() const override { return authorization; }
   std::shared_ptr<void> prepare(std::function<void()> ready) override {
     if (!opensLater) return Camera::prepare(std::move(ready));
     const auto wait = std::make_shared<std::function<void()>>(std::move(ready));
-    opened = [waiting = std::weak_ptr(wait)] {
-      if (const auto call = waiting.lock()) (*call)();
-    };
+    waiting = wait;
     return wait;
   }
+  void opened() {
+    if (const auto call = waiting.lock()) (*call)();
+  }
+  bool isWaitedFor() const { return !waiting.expired(); }
   void requestAccess(std::function<void(bool granted)> completion) override { completion(grants); }
   std::optional<std::vector<std::shared_ptr<CaptureDevice>>> discoverBackDevices() override {
     return backDevices;

@@ -233,7 +233,7 @@ describe("with a camera and a torch", () => {
     await tellCamera(visit, "ended");
     await expectLost();
     await inspect(visit, "alert-camera-lost");
-    await visit.page.getByRole("button", { name: "OK" }).click();
+    await visit.page.getByRole("button", { name: "Done" }).click();
     await expectIdle(visit);
 
     // A moment's silence is none of it.
@@ -245,7 +245,7 @@ describe("with a camera and a torch", () => {
     expect(await visit.alert("Camera lost").count()).toBe(0);
     await tellCamera(visit, "mute");
     await expectLost();
-    await visit.page.getByRole("button", { name: "OK" }).click();
+    await visit.page.getByRole("button", { name: "Done" }).click();
     await expectIdle(visit);
 
     // Nor does it matter that STOP was tapped at the same moment.
@@ -255,7 +255,7 @@ describe("with a camera and a torch", () => {
     });
     await Promise.all([stopped, tellCamera(visit, "ended")]);
     await expectLost();
-    await visit.page.getByRole("button", { name: "OK" }).click();
+    await visit.page.getByRole("button", { name: "Done" }).click();
     await expectButton(visit, "START", "STOP and the camera's loss");
   });
 
