@@ -24,6 +24,8 @@ double quantileOf(std::vector<std::uint16_t> frames, double share) {
 /// Nothing below nine tenths of the limit, then by how much of it.
 double excess(double value, double limit) { return std::max(0.0, value / limit - 0.9); }
 
+double over(double value, double limit) { return std::max(0.0, value / limit - 1); }
+
 }  // namespace
 
 void Tally::add(const Window& window, const std::optional<Finish>& finish) {
@@ -74,11 +76,17 @@ double costOf(const Figures& figures, const Limits& limits) {
          excess(figures.ninetieth, limits.ninetieth);
 }
 
-double beyond(const Figures& figures, const Limits& limits) {
-  const auto over = [](double value, double limit) { return std::max(0.0, value / limit - 1); };
-  return over(figures.meanError, limits.meanError) + over(figures.over5, limits.over5) +
-         over(figures.over10, limits.over10) + over(figures.unfinished, limits.unfinished) +
-         over(figures.median, limits.median) + over(figures.ninetieth, limits.ninetieth);
+void addBeyond(const Figures& figures, const Limits& limits, Beyond& sum) {
+  sum.recordings += over(figures.meanError, limits.meanError) + over(figures.over5, limits.over5) +
+                    over(figures.over10, limits.over10) +
+                    over(figures.unfinished, limits.unfinished) +
+                    over(figures.ninetieth, limits.ninetieth);
+  sum.median += over(figures.median, limits.median);
+}
+
+void addBeyond(const FingerFigures& figures, Beyond& sum) {
+  constexpr double mostUnfinished = 0.5;
+  sum.fingers += over(figures.unfinished, mostUnfinished) + figures.over2;
 }
 
 }  // namespace veyla::tuning

@@ -12,8 +12,7 @@ namespace veyla::tuning {
 
 namespace {
 
-constexpr int declaredEvery = 20;
-constexpr double longestShortRecording = 180;
+constexpr int secondsBetweenStarts = 5;
 
 /// The place of `text` in `list`, which it joins if it is new there.
 std::size_t placeIn(std::vector<std::string>& list, const std::string& text) {
@@ -33,7 +32,6 @@ Window windowOf(const Reference& reference, std::size_t recording, int start) {
   Window window;
   window.recording = recording;
   window.startFrame = start * framesPerSecond;
-  window.declared = start % declaredEvery == 0;
   const double from = start + Measurement::countdownSeconds;
   for (int frames = 0; frames <= windowFrames; ++frames) {
     const double to = from + static_cast<double>(frames - 1) / framesPerSecond;
@@ -60,8 +58,7 @@ Material materialIn(const std::vector<std::string>& folders) {
       recording.set = placeIn(material.sets, setOf(found.name));
       personsOfSet.resize(material.sets.size());
       recording.fold = placeIn(personsOfSet[recording.set], personOf(found.name)) % foldCount;
-      const int every = found.seconds <= longestShortRecording ? 2 : 5;
-      for (int start = 0; start + windowSeconds <= found.seconds; start += every) {
+      for (int start = 0; start + windowSeconds <= found.seconds; start += secondsBetweenStarts) {
         material.windows.push_back(windowOf(found.reference, material.recordings.size(), start));
       }
       material.recordings.push_back(std::move(recording));

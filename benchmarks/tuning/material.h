@@ -33,8 +33,6 @@ struct Recording {
 struct Window {
   std::size_t recording = 0;
   std::int32_t startFrame = 0;
-  /// Whether it is one of those that `veyla evaluate` takes without options.
-  bool declared = false;
   /// By number of frames stored up to the finish: the plain mean of the reference's rows, and the
   /// one weighted by time; 0 where it has none.
   std::vector<float> reference;
@@ -61,8 +59,7 @@ inline constexpr std::size_t foldCount = 3;
 /// the estimates in other phases.
 inline constexpr int fingerStarts = 5;
 
-/// Out of several folders, without estimates yet. Windows start every 20 s and, as the others of
-/// the search, every 2 s of a recording of up to 3 minutes and every 5 s of a longer one. Throws
+/// Out of several folders, without estimates yet; windows as of `veyla evaluate --every 5`. Throws
 /// `InputError`.
 Material materialIn(const std::vector<std::string>& folders);
 

@@ -5,7 +5,6 @@
 #include <mutex>
 #include <random>
 
-#include "analysis/heartrate_processing.h"
 #include "apps/cli/parallel.h"
 #include "platform/format.h"
 
@@ -16,21 +15,15 @@ namespace {
 /// How much one of a hundred generated fingers costs that is wrong or unfinished.
 constexpr double costOfWrongFinger = 0.2;
 /// Candidates of each size that generated fingers are tried on.
-constexpr std::size_t finalists = 250;
+constexpr std::size_t finalists = 300;
 
 Limits limitsOf(const std::string& set) {
   Limits limits;
   // Long recordings of still hands: nobody should have to wait there as long as on some phones.
-  if (set.ends_with("hypoxia")) limits.ninetieth = 24;
+  if (set.ends_with("hypoxia")) limits.ninetieth = 22.5;
   // Whole numbers of 8 bits may cost a tenth.
   return set.starts_with("drawn") ? limits.times(1.1) : limits;
 }
-
-/// What windows of each recording came to, of both kinds of windows.
-struct Tallies {
-  std::vector<Tally> declared;
-  std::vector<Tally> all;
-};
 
 template <class Includes>
 FiguresOfSets figuresOf(const Material& material, const std::vector<Tally>& tallies,
@@ -44,39 +37,28 @@ FiguresOfSets figuresOf(const Material& material, const std::vector<Tally>& tall
   return figures;
 }
 
-double costOf(const Material& material, const FiguresOfSets& figures) {
-  double cost = 0;
+Judgement judgementOf(const Material& material, const FiguresOfSets& figures) {
+  Judgement judgement;
   for (std::size_t set = 0; set < figures.size(); ++set) {
-    cost += costOf(figures[set], limitsOf(material.sets[set]));
+    const Limits limits = limitsOf(material.sets[set]);
+    addBeyond(figures[set], limits, judgement.beyond);
+    judgement.cost += costOf(figures[set], limits);
   }
-  return cost;
+  return judgement;
 }
 
-double beyondOf(const Material& material, const FiguresOfSets& figures) {
-  double sum = 0;
-  for (std::size_t set = 0; set < figures.size(); ++set) {
-    sum += beyond(figures[set], limitsOf(material.sets[set]));
-  }
-  return sum;
-}
-
-Candidate candidateOf(const Material& material, const Settings& settings, const Tallies& tallies) {
-  const auto everything = [](const Recording&) { return true; };
+/// `tallies` has one of each recording.
+Candidate candidateOf(const Material& material, const Settings& settings,
+                      const std::vector<Tally>& tallies) {
   Candidate candidate;
   candidate.settings = settings;
-  candidate.declared = figuresOf(material, tallies.declared, everything);
-  candidate.all = figuresOf(material, tallies.all, everything);
-  candidate.beyond = beyondOf(material, candidate.declared);
-  candidate.cost = (costOf(material, candidate.declared) + costOf(material, candidate.all)) / 2;
+  candidate.figures = figuresOf(material, tallies, [](const Recording&) { return true; });
+  candidate.judgement = judgementOf(material, candidate.figures);
   for (std::size_t fold = 0; fold < foldCount; ++fold) {
     const auto outside = [&](const Recording& recording) { return recording.fold != fold; };
     const auto inside = [&](const Recording& recording) { return recording.fold == fold; };
-    const FiguresOfSets declared = figuresOf(material, tallies.declared, outside);
-    candidate.folds[fold].beyondOutside = beyondOf(material, declared);
-    candidate.folds[fold].costOutside =
-        (costOf(material, declared) + costOf(material, figuresOf(material, tallies.all, outside))) /
-        2;
-    candidate.folds[fold].inside = figuresOf(material, tallies.all, inside);
+    candidate.folds[fold].outside = judgementOf(material, figuresOf(material, tallies, outside));
+    candidate.folds[fold].inside = figuresOf(material, tallies, inside);
   }
   return candidate;
 }
@@ -90,14 +72,12 @@ void tryThresholds(const Material& material, const SearchSpace& space, int rawDa
   }
   std::vector<std::optional<Finish>> finishes;
   for (const int skip : space.skips) {
-    const std::vector<Tally> none(material.recordings.size());
-    std::vector<Tallies> tallies(space.needed.size(), Tallies{none, none});
+    std::vector tallies(space.needed.size(), std::vector<Tally>(material.recordings.size()));
     for (const Window& window : material.windows) {
       replay(material.recordings[window.recording].estimates, bins[window.recording],
              window.startFrame, windowFrames, skip, space.needed, finishes);
       for (std::size_t n = 0; n < finishes.size(); ++n) {
-        tallies[n].all[window.recording].add(window, finishes[n]);
-        if (window.declared) tallies[n].declared[window.recording].add(window, finishes[n]);
+        tallies[n][window.recording].add(window, finishes[n]);
       }
     }
     for (std::size_t n = 0; n < tallies.size(); ++n) {
@@ -108,44 +88,36 @@ void tryThresholds(const Material& material, const SearchSpace& space, int rawDa
 }
 
 FingerFigures tryFingers(const Material& material, const Settings& settings) {
-  constexpr int highestInBin = 160;
-  const double bin = static_cast<double>(HeartrateProcessing::calcBPM(1));
   const std::array needed{settings.needed};
   double percentages = 0;
   int finished = 0;
-  int inRange = 0;
-  int unfinishedInRange = 0;
-  int wrong = 0;
+  int over2 = 0;
   std::vector<std::optional<Finish>> finishes;
   for (const Finger& finger : material.fingers) {
     const auto bins = judge(finger.estimates, settings.thresholds);
     for (int start = 0; start < fingerStarts; ++start) {
       replay(finger.estimates, bins, start, windowFrames, settings.skip, needed, finishes);
-      const bool within = finger.bpm <= highestInBin;
-      inRange += within ? 1 : 0;
-      if (!finishes[0]) {
-        unfinishedInRange += within ? 1 : 0;
-        continue;
-      }
+      if (!finishes[0]) continue;
       const double error = std::abs(static_cast<double>(finishes[0]->heartrate) - finger.bpm);
-      if (within && error > bin + 0.0015) ++wrong;
+      if (error > 2) ++over2;
       percentages += 100 * error / finger.bpm;
       ++finished;
     }
   }
-  return {.unfinished = 100.0 * unfinishedInRange / inRange,
-          .wrong = 100.0 * wrong / inRange,
+  const auto measured = static_cast<int>(material.fingers.size()) * fingerStarts;
+  return {.unfinished = 100.0 * (measured - finished) / measured,
+          .over2 = 100.0 * over2 / measured,
           .meanPercentageError = percentages / std::max(finished, 1)};
 }
 
-/// Keeps the candidates that are cheapest by some measure.
+/// Keeps the candidates that are best by some measure.
 void keepFinalists(std::vector<Candidate>& candidates) {
   std::vector<Candidate> kept;
-  const auto keepBy = [&](const auto& cost, std::size_t count) {
+  const auto keepBy = [&](const auto& rank, std::size_t count) {
     count = std::min(count, candidates.size());
     std::partial_sort(candidates.begin(), candidates.begin() + static_cast<std::ptrdiff_t>(count),
                       candidates.end(),
-                      [&](const Candidate& a, const Candidate& b) { return cost(a) < cost(b); });
+                      [&](const Candidate& a, const Candidate& b) { return rank(a) < rank(b); });
     for (std::size_t i = 0; i < count; ++i) {
       const auto same = [&](const Candidate& other) {
         return other.settings == candidates[i].settings;
@@ -153,15 +125,9 @@ void keepFinalists(std::vector<Candidate>& candidates) {
       if (std::none_of(kept.begin(), kept.end(), same)) kept.push_back(candidates[i]);
     }
   };
-  keepBy([](const Candidate& of) { return of.cost; }, finalists);
-  keepBy([](const Candidate& of) { return 1000 * of.beyond + of.cost; }, 4 * finalists);
+  keepBy([](const Candidate& of) { return of.judgement; }, finalists);
   for (std::size_t fold = 0; fold < foldCount; ++fold) {
-    keepBy([=](const Candidate& of) { return of.folds[fold].costOutside; }, finalists / 4);
-    keepBy(
-        [=](const Candidate& of) {
-          return 1000 * of.folds[fold].beyondOutside + of.folds[fold].costOutside;
-        },
-        2 * finalists);
+    keepBy([=](const Candidate& of) { return of.folds[fold].outside; }, finalists / 2);
   }
   candidates = std::move(kept);
 }
@@ -184,6 +150,11 @@ std::vector<Thresholds> thresholdsOf(const SearchSpace& space, int rawDataSize) 
   return thresholds;
 }
 
+void addFingers(const FingerFigures& fingers, Judgement& judgement) {
+  addBeyond(fingers, judgement.beyond);
+  judgement.cost += costOfWrongFinger * (fingers.unfinished + fingers.over2);
+}
+
 std::vector<Candidate> searchSize(Material& material, const SearchSpace& space, int rawDataSize) {
   gather(material, rawDataSize);
   const std::vector<Thresholds> thresholds = thresholdsOf(space, rawDataSize);
@@ -197,10 +168,8 @@ std::vector<Candidate> searchSize(Material& material, const SearchSpace& space, 
   inParallel(candidates.size(), 0, [&](std::size_t i) {
     Candidate& candidate = candidates[i];
     candidate.fingers = tryFingers(material, candidate.settings);
-    const double cost =
-        costOfWrongFinger * (candidate.fingers.wrong + candidate.fingers.unfinished);
-    candidate.cost += cost;
-    for (Candidate::Fold& fold : candidate.folds) fold.costOutside += cost;
+    addFingers(candidate.fingers, candidate.judgement);
+    for (Candidate::Fold& fold : candidate.folds) addFingers(candidate.fingers, fold.outside);
   });
   return candidates;
 }
@@ -215,8 +184,9 @@ std::vector<Candidate> search(Material& material, const SearchSpace& space,
     const auto found = searchSize(material, space, rawDataSize);
     candidates.insert(candidates.end(), found.begin(), found.end());
   }
-  std::stable_sort(candidates.begin(), candidates.end(),
-                   [](const Candidate& a, const Candidate& b) { return a.cost < b.cost; });
+  std::stable_sort(
+      candidates.begin(), candidates.end(),
+      [](const Candidate& a, const Candidate& b) { return a.judgement < b.judgement; });
   return candidates;
 }
 

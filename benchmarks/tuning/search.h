@@ -26,23 +26,25 @@ struct Settings {
 /// Figures of each set, in the order of `Material::sets`.
 using FiguresOfSets = std::vector<Figures>;
 
+/// The less the better: as near to all limits as can be, then the least cost.
+struct Judgement {
+  Beyond beyond;
+  double cost = 0;
+
+  auto operator<=>(const Judgement&) const = default;
+};
+
 /// Settings and what they make of the material.
 struct Candidate {
   Settings settings;
-  /// Of the windows that `veyla evaluate` takes, and of all windows of the search.
-  FiguresOfSets declared;
-  FiguresOfSets all;
+  FiguresOfSets figures;
   FingerFigures fingers;
-  /// On the recordings of all folds: half from each of the two kinds of windows, and the fingers.
-  double cost = 0;
-  /// Of the declared figures of all sets together; see `tuning::beyond`.
-  double beyond = 0;
+  /// Of all recordings and the fingers: what a choice is made by.
+  Judgement judgement;
   struct Fold {
-    /// On the recordings outside the fold, and the fingers: what a choice is made by.
-    double costOutside = 0;
-    /// Of the declared figures outside.
-    double beyondOutside = 0;
-    /// On those inside, which had no part in it.
+    /// Of the recordings outside the fold and the fingers.
+    Judgement outside;
+    /// Of those inside, which have no part in it.
     FiguresOfSets inside;
   };
   std::array<Fold, foldCount> folds;
@@ -62,9 +64,9 @@ struct SearchSpace {
   unsigned seed = 1;
 };
 
-/// The best candidates of the space, cheapest first; those that are best outside of some fold, and
-/// those that come closest to all limits, are among them. The same arguments give the same
-/// candidates. `progress` is called with a line of text now and then.
+/// The best candidates of the space, the best first; those that are best outside of some fold are
+/// among them. The same arguments give the same candidates. `progress` is called with a line of
+/// text now and then.
 std::vector<Candidate> search(Material& material, const SearchSpace& space,
                               const std::function<void(const std::string&)>& progress);
 

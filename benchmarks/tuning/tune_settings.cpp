@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <string>
-#include <tuple>
 
 #include "apps/cli/plot_style.h"
 #include "benchmarks/tuning/search.h"
@@ -36,8 +35,8 @@ std::string rowOf(const Candidate& of, const FiguresOfSets& figures) {
 }
 
 std::string rowOf(const Candidate& of) {
-  return rowOf(of, of.declared) + formatText(" | %5.2f %5.2f %5.2f", of.fingers.unfinished,
-                                             of.fingers.wrong, of.fingers.meanPercentageError);
+  return rowOf(of, of.figures) + formatText(" | %5.2f %5.2f %5.2f", of.fingers.unfinished,
+                                            of.fingers.over2, of.fingers.meanPercentageError);
 }
 
 void printHead(const Material& material, bool fingers) {
@@ -48,11 +47,10 @@ void printHead(const Material& material, bool fingers) {
     head += " |   MAE  time    >5   >10 unfin median  90th";
   }
   std::printf("%s%s\n%s%s\n", sets.c_str(), fingers ? " | fingers" : "", head.c_str(),
-              fingers ? " | unfin   bin  MAPE" : "");
+              fingers ? " | unfin    >2  MAPE" : "");
 }
 
-/// The mean error of each set and its median time to the finish over the frames per estimate, on
-/// all windows of the search.
+/// The mean error of each set and its median time to the finish over the frames per estimate.
 std::string waitingScript(const Material& material, const std::vector<Candidate>& found) {
   std::string script =
       plotBegin(1400, 900) +
@@ -65,7 +63,7 @@ std::string waitingScript(const Material& material, const std::vector<Candidate>
     script += formatText("$set%zu << EOD\n", set);
     for (const Candidate& candidate : found) {
       script += formatText("%d %.3f %.3f\n", candidate.settings.rawDataSize,
-                           candidate.all[set].meanError, candidate.all[set].median);
+                           candidate.figures[set].meanError, candidate.figures[set].median);
     }
     script += "EOD\n";
     const char* colour = plotColors[set % plotColors.size()];
@@ -106,7 +104,7 @@ void printAround(const Material& material, SearchSpace space, const Settings& be
 
   only(best.rawDataSize);
   space.rawDataSizes.clear();
-  for (int size = 120; size <= 240; size += 10) space.rawDataSizes.push_back(size);
+  for (int size = 80; size <= 200; size += 10) space.rawDataSizes.push_back(size);
   const auto waiting = print("Frames per estimate: what waiting is worth");
   if (!waitingPlot.empty()) {
     OutputFile picture(waitingPlot);
@@ -120,7 +118,7 @@ void printAround(const Material& material, SearchSpace space, const Settings& be
   space.skips = {1, 2, 3, 4, 5, 6};
   print("Frames from one estimate to the next");
   only(best.rawDataSize);
-  space.needed = {10, 15, 20, 25, 30, 35, 40, 50, 60};
+  space.needed = {6, 8, 10, 12, 14, 16, 20, 24, 30};
   print("Accepted estimates that finish a measurement");
   only(best.rawDataSize);
   space.validPercent = {best.thresholds.validPercent - 6, best.thresholds.validPercent + 6};
@@ -130,41 +128,11 @@ void printAround(const Material& material, SearchSpace space, const Settings& be
   print("How far a rival may lie and belong to the same peak");
 }
 
-/// Generated fingers without the right number, in per cent.
-double failing(const Candidate& of) { return of.fingers.unfinished + of.fingers.wrong; }
-
-/// Those within every limit, those with the fewest wrong fingers first.
-void printWithin(const Material& material, std::vector<Candidate> candidates, std::size_t shown) {
-  std::erase_if(candidates, [](const Candidate& of) { return of.beyond > 0; });
-  std::stable_sort(candidates.begin(), candidates.end(),
-                   [](const Candidate& a, const Candidate& b) { return failing(a) < failing(b); });
-  std::printf("\nWithin every limit: %zu, those with the fewest wrong fingers\n",
-              candidates.size());
-  printHead(material, true);
-  for (std::size_t i = 0; i < std::min(shown, candidates.size()); ++i) {
-    std::printf("%s\n", rowOf(candidates[i]).c_str());
-  }
-}
-
-/// The cheapest of those within all limits with which every generated finger up to 160 beats per
-/// minute gets a number, or of
-/// the ones that come closest to the limits.
-template <class Beyond, class Cost>
-const Candidate& choose(const std::vector<Candidate>& candidates, const Beyond& beyond,
-                        const Cost& cost) {
-  const auto rank = [&](const Candidate& of) {
-    return std::tuple(of.fingers.unfinished > 0, beyond(of), cost(of));
-  };
-  return *std::min_element(
-      candidates.begin(), candidates.end(),
-      [&](const Candidate& a, const Candidate& b) { return rank(a) < rank(b); });
-}
-
 struct Options {
   std::vector<std::string> folders;
   SearchSpace space;
-  std::array<int, 2> sizes{160, 170};
-  std::array<int, 2> needed{5, 60};
+  std::array<int, 2> sizes{105, 120};
+  std::array<int, 2> needed{5, 24};
   std::size_t shown = 12;
   std::vector<int> around;
   std::string waitingPlot;
@@ -189,26 +157,22 @@ void tune(Options options) {
     std::fprintf(stderr, "%s\n", line.c_str());
   });
 
-  std::printf("Best on everything, on the windows of veyla evaluate\n");
+  const auto within = std::count_if(candidates.begin(), candidates.end(), [](const Candidate& of) {
+    return of.judgement.beyond == Beyond{};
+  });
+  std::printf("Within every limit: %td. The best:\n", within);
   printHead(material, true);
   for (std::size_t i = 0; i < std::min(options.shown, candidates.size()); ++i) {
     std::printf("%s\n", rowOf(candidates[i]).c_str());
   }
-  printWithin(material, candidates, options.shown);
-  const auto cost = [](const Candidate& of) { return of.cost; };
-  const auto beyond = [](const Candidate& of) { return of.beyond; };
-  std::printf(
-      "\nChosen: a number for every generated finger up to 160, within every limit, then the least "
-      "cost\n");
-  printHead(material, true);
-  std::printf("%s\n", rowOf(choose(candidates, beyond, cost)).c_str());
-  std::printf("\nChosen so without a third of the recordings, measured on that third\n");
+  std::printf("\nChosen without a third of the recordings, measured on that third\n");
   printHead(material, false);
   for (std::size_t fold = 0; fold < foldCount; ++fold) {
-    const Candidate& chosen = choose(
-        candidates, [=](const Candidate& of) { return of.folds[fold].beyondOutside; },
-        [=](const Candidate& of) { return of.folds[fold].costOutside; });
-    std::printf("%s\n", rowOf(chosen, chosen.folds[fold].inside).c_str());
+    const auto chosen = std::min_element(candidates.begin(), candidates.end(),
+                                         [=](const Candidate& a, const Candidate& b) {
+                                           return a.folds[fold].outside < b.folds[fold].outside;
+                                         });
+    std::printf("%s\n", rowOf(*chosen, chosen->folds[fold].inside).c_str());
   }
 }
 
@@ -224,11 +188,11 @@ int main(int argc, char** argv) {
                   "recordings, each with a NAME.reference.csv; in sets that are named drawn..., "
                   "limits are a tenth larger")
       ->required();
-  program.add_option("--sizes", options.sizes, "fewest and most frames per estimate (160 170)");
+  program.add_option("--sizes", options.sizes, "fewest and most frames per estimate (105 120)");
   program.add_option("--valid", options.space.validPercent, "range of TTValidPercent (40 56)");
   program.add_option("--distance", options.space.maxDistance, "range of TTMaxDistance (1 7)");
   program.add_option("--minimum", options.space.minimumBpm, "range of minimumBpm (41 46)");
-  program.add_option("--needed", options.needed, "range of neededValidHeartrate (5 60)");
+  program.add_option("--needed", options.needed, "range of neededValidHeartrate (5 24)");
   program.add_option("--skips", options.space.skips,
                      "frames from one estimate to the next (1 2 3 4 5)");
   program.add_option("--samples", options.space.samples, "thresholds tried with each size (120)");
