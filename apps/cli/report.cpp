@@ -212,7 +212,7 @@ std::string explanation(const MeasurementReport& report, const MeasurementReques
   const std::string option = shortenedBy(report, request);
   if (report.seconds <= 0) {
     return "The recording ended before the measurement began: it needs 2 seconds of countdown and "
-           "then 15 to 20 seconds with a finger on the lens.\n" +
+           "then 10 to 20 seconds with a finger on the lens.\n" +
            (option.empty() ? "" : option + "\n");
   }
   const std::string ended =

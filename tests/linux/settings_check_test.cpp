@@ -5,6 +5,7 @@
 
 #include <map>
 
+#include "platform/capture.h"
 #include "platform/linux/resource_files.h"
 #include "platform/portable/json.h"
 #include "tests/linux/scratch.h"
@@ -70,6 +71,29 @@ TEST_F(SettingsCheckTest, GoodSettingsHaveNoProblem) {
   EXPECT_THAT(problems(), ElementsAre(problem(Kind::error, "HeartrateSettings.json: entry 1",
                                               "\"minimumBpm\" is not as it must be; make it a "
                                               "number from 1 to 225")));
+}
+
+TEST_F(SettingsCheckTest, EveryShippedProfileIsWholeAndShowsItsFirstValuesInTenSeconds) {
+  const EmbeddedResources shipped;
+  const NlohmannJsonParser json;
+  for (const char* profile :
+       {"iphone4", "iphone4s", "iphone5", "iphone5s", "iphone6", "iphone6plus", "iphone6s",
+        "iphone6splus", "iphone7", "iphone7plus", "iphoneSE"}) {
+    EXPECT_THAT(checkSettings(shipped, json, profile), IsEmpty()) << profile;
+  }
+  const auto entries = [&](const char* name) {
+    return *(*json.parse(*shipped.read(name, "json")))["results"].array();
+  };
+  constexpr int tenSeconds = 10 * VideoDataOutput::framesPerSecond;
+  constexpr int framesBeforeChart = 30;
+  for (const Value& entry : entries("HeartrateSettings")) {
+    EXPECT_LE(entry["rawDataSize"].intValue() + framesBeforeChart, tenSeconds) << described(entry);
+  }
+  for (const Value& entry : entries("Spo2Settings")) {
+    EXPECT_LE(entry["framesBeforeBeginning"].intValue() + entry["rawDataSize"].intValue(),
+              tenSeconds)
+        << described(entry);
+  }
 }
 
 TEST_F(SettingsCheckTest, AFileThatGivesNoEntriesIsAnError) {
