@@ -144,7 +144,9 @@ std::string nothingSaved(const MeasurementReport& report) {
         "%.0f %%.\n",
         static_cast<double>(*report.spo2));
   }
-  if (report.outcome == Outcome::lowSignal) return "Nothing saved.\n";
+  if (report.outcome == Outcome::lowSignal) {
+    return "Nothing saved: a result takes oxygen values of 93 % or more.\n";
+  }
   return "Nothing saved: a result takes a steady finger for some 10 to 25 seconds after the 2 of "
          "the countdown.\n";
 }
