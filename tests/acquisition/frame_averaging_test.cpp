@@ -41,21 +41,15 @@ TEST(FrameAveragingTest, TheWholeFrameTruncatesMeansAndSurvivesTheLargestSums) {
   frame.set(0, 0, {3, 5, 7});
   EXPECT_EQ(averageAll(frame), (FrameSample{3, 2, 1, 2}));
   const TestFrame white(1200, 600, {255, 255, 255});
-  EXPECT_EQ(averageAll(white).red, 255);
-  EXPECT_EQ(averageAll(white).blue, 255);
-}
-
-TEST(FrameAveragingTest, AnOddRowLosesItsLastPixelButNotItsShare) {
-  TestFrame frame(3, 2, {90, 90, 90});
-  frame.set(2, 0, {255, 255, 255});
-  frame.set(2, 1, {255, 255, 255});
-  EXPECT_EQ(averageAll(frame).red, 60);
-}
-
-TEST(FrameAveragingTest, TheWholeFrameStepsOverThePaddingOfRows) {
-  const TestFrame frame(4, 3, fingertip, 12);
-  EXPECT_EQ(averageAll(frame).red, 100);
-  EXPECT_EQ(averageWholeFrame(frame.baseAddress(), 0, 0, 0), FrameSample{});
+  EXPECT_EQ(averageAll(white), (FrameSample{255, 255, 255, 255}));
+  // An odd row loses its last pixel, but not its share.
+  TestFrame odd(3, 2, {90, 90, 90});
+  for (const std::size_t y : {0U, 1U}) odd.set(2, y, {255, 255, 255});
+  EXPECT_EQ(averageAll(odd).red, 60);
+  // Rows have padding, which is stepped over.
+  const TestFrame padded(4, 3, fingertip, 12);
+  EXPECT_EQ(averageAll(padded).red, 100);
+  EXPECT_EQ(averageWholeFrame(padded.baseAddress(), 0, 0, 0), FrameSample{});
 }
 
 TEST(FrameAveragingTest, GridRowsAreReadAsUnpaddedWhateverTheyAre) {
@@ -63,6 +57,10 @@ TEST(FrameAveragingTest, GridRowsAreReadAsUnpaddedWhateverTheyAre) {
   TestFrame frame(16, 32, black, 4);
   frame.set(13, 3, fingertip);
   EXPECT_EQ(averageCells(frame, {1}).red, 100);
+  // 10 × 11 pixels: cells of 2 × 2, one sample each.
+  TestFrame odd(10, 11, black);
+  odd.set(6, 6, fingertip);
+  EXPECT_EQ(averageCells(odd, {16}).red, 100);
 }
 
 TEST(FrameAveragingTest, ACellSamplesEveryFourthPixelOfEveryFourthRow) {
@@ -98,13 +96,6 @@ TEST(FrameAveragingTest, CellsAreNumberedRowByRowAndAveragedWithFractions) {
   EXPECT_EQ(averageCells(frame, {1, 2, 2}).red, static_cast<float>(5.0 / 3));
   EXPECT_EQ(averageCells(frame, {1, 2}).green, 3);
   EXPECT_EQ(averageCells(frame, {0, 17, -3, 5}).red, 5) << "numbers without a cell are passed over";
-}
-
-TEST(FrameAveragingTest, OddSizesTruncateTheCells) {
-  // 10 × 11 pixels: cells of 2 × 2, one sample each.
-  TestFrame frame(10, 11, black);
-  frame.set(6, 6, fingertip);
-  EXPECT_EQ(averageCells(frame, {16}).red, 100);
 }
 
 TEST(FrameAveragingTest, WithoutCellsOrPixelsThereIsNothingToAverage) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "acquisition/sd_ios_version.h"
+#include "history/table_view_controller.h"
 #include "tests/support/measuring_rig.h"
 
 namespace veyla {
@@ -41,57 +42,73 @@ TEST(SettingsTest, AResourceThatIsMissingBrokenOrWithoutTheDeviceYieldsNothing) 
 }
 
 struct Hardware {
-  const char* model;
   int number;
   const char* profile;
+  const char* name;
+  std::vector<const char*> models;
 };
 
-TEST(SettingsTest, HardwareModelsHaveTheirNumbersAndProfiles) {
-  constexpr Hardware phones[] = {{"iPhone3,1", 3, "iphone4"},
-                                 {"iPhone4,1", 4, "iphone4s"},
-                                 {"iPhone5,2", 5, "iphone5"},
-                                 {"iPhone5,3", 6, "iphone5"},
-                                 {"iPhone6,2", 7, "iphone5s"},
-                                 {"iPhone7,2", 8, "iphone6"},
-                                 {"iPhone7,1", 9, "iphone6plus"},
-                                 {"iPhone8,1", 10, "iphone6s"},
-                                 {"iPhone8,2", 11, "iphone6splus"},
-                                 {"iPhone9,1", 30, "iphone7"},
-                                 {"iPhone9,4", 31, "iphone7plus"},
-                                 {"iPhone8,4", 0, "iphone6"},
-                                 {"iPhone14,5", 0, "iphone6"},
-                                 {"x86_64", 0, "iphone6"},
-                                 {"iPad2,5", 15, "iphone6"},
-                                 {"iPad3,6", 17, "iphone6"},
-                                 {"iPad4,7", 21, "iphone6"},
-                                 {"iPad5,3", 20, "iphone6"},
-                                 {"iPad6,8", 23, "iphone6"},
-                                 {"iPod7,1", 29, "iphone6"},
-                                 {"", 0, "iphone6"}};
-  for (const Hardware& phone : phones) {
-    TestPlatform platform(phone.model);
-    EXPECT_EQ(SDiOSVersion::deviceVersion(), phone.number) << phone.model;
-    EXPECT_EQ(Utils::platformString(), phone.profile) << phone.model;
+TEST(SettingsTest, HardwareModelsHaveTheirNumbersProfilesAndNames) {
+  const Hardware known[] = {
+      {3, "iphone4", "iPhone 4", {"iPhone3,1", "iPhone3,2", "iPhone3,3"}},
+      {4, "iphone4s", "iPhone 4S", {"iPhone4,1", "iPhone4,2", "iPhone4,3"}},
+      {5, "iphone5", "iPhone 5", {"iPhone5,1", "iPhone5,2"}},
+      {6, "iphone5", "iPhone 5C", {"iPhone5,3", "iPhone5,4"}},
+      {7, "iphone5s", "iPhone 5S", {"iPhone6,1", "iPhone6,2"}},
+      {8, "iphone6", "iPhone 6", {"iPhone7,2"}},
+      {9, "iphone6plus", "iPhone 6 Plus", {"iPhone7,1"}},
+      {10, "iphone6s", "iPhone 6S", {"iPhone8,1"}},
+      {11, "iphone6splus", "iPhone 6S Plus", {"iPhone8,2"}},
+      {30, "iphone7", "iPhone 7", {"iPhone9,1", "iPhone9,3"}},
+      {31, "iphone7plus", "iPhone 7 Plus", {"iPhone9,2", "iPhone9,4"}},
+      {0, "iphone6", "Simulator", {"i386", "x86_64", "iPhone8,4", "iPhone14,5", ""}},
+      {13, "iphone6", "iPad 1", {"iPad1,1"}},
+      {14, "iphone6", "iPad 2", {"iPad2,1", "iPad2,2", "iPad2,3", "iPad2,4"}},
+      {15, "iphone6", "iPad Mini", {"iPad2,5", "iPad2,6", "iPad2,7"}},
+      {16, "iphone6", "iPad 3", {"iPad3,1", "iPad3,2", "iPad3,3"}},
+      {17, "iphone6", "iPad 4", {"iPad3,4", "iPad3,5", "iPad3,6"}},
+      {18, "iphone6", "iPad Air", {"iPad4,1", "iPad4,2", "iPad4,3"}},
+      {19, "iphone6", "iPad Mini 2", {"iPad4,4", "iPad4,5", "iPad4,6"}},
+      {20, "iphone6", "iPad Air 2", {"iPad5,3", "iPad5,4"}},
+      {21, "iphone6", "iPad Mini 3", {"iPad4,7", "iPad4,8", "iPad4,9"}},
+      {22, "iphone6", "iPad Mini 4", {"iPad5,1", "iPad5,2"}},
+      {23, "iphone6", "iPad Pro", {"iPad6,7", "iPad6,8"}},
+      {24, "iphone6", "iPod Touch 1st Gen", {"iPod1,1"}},
+      {25, "iphone6", "iPod Touch 2nd Gen", {"iPod2,1"}},
+      {26, "iphone6", "iPod Touch 3rd Gen", {"iPod3,1"}},
+      {27, "iphone6", "iPod Touch 4th Gen", {"iPod4,1"}},
+      {28, "iphone6", "iPod Touch 5th Gen", {"iPod5,1"}},
+      {29, "iphone6", "iPod Touch 6th Gen", {"iPod7,1"}}};
+  TestPlatform platform;
+  OptionsView noView;
+  for (const auto& [number, profile, name, models] : known) {
+    for (const char* model : models) {
+      SCOPED_TRACE(model);
+      platform.device.model = model;
+      EXPECT_EQ(SDiOSVersion::deviceVersion(), number);
+      EXPECT_EQ(Utils::platformString(), profile);
+      EXPECT_EQ(Utils::isIphone6or6plus(),
+                number == 8 || number == 9 || number == 0 || (number > 11 && number < 30));
+      TableViewController(noView, {}).feedback();
+      EXPECT_THAT(platform.sharing.mails.back().body,
+                  testing::EndsWith("\nModel: " + std::string(name)));
+    }
   }
   EXPECT_EQ(SDiOSVersion::deviceNamesByCode().size(), 57U);
 }
 
-TEST(SettingsTest, DeviceQuestionsKeepTheirFirstAnswerButForTheOneAskedAnew) {
-  TestPlatform platform("iPhone3,1");
-  EXPECT_TRUE(Utils::isIphone4());
-  EXPECT_FALSE(Utils::isIphone4s());
-  EXPECT_FALSE(Utils::isIphone6or6plus());
-
-  platform.device.model = "iPhone7,1";
-  EXPECT_TRUE(Utils::isIphone4());
-  EXPECT_FALSE(Utils::isIphone5());
-  EXPECT_TRUE(Utils::isIphone6or6plus());
-  platform.device.model = "iPhone6,1";
-  EXPECT_TRUE(Utils::isIphone5s());
-  EXPECT_FALSE(Utils::isIphone6or6plus());
-}
-
-TEST(SettingsTest, PhonesAreToldApartAlsoWhereNothingDependsOnIt) {
+TEST(SettingsTest, DeviceQuestionsKeepTheirFirstAnswerAndAreAskedAlsoWhereNothingDependsOnIt) {
+  using Question = bool (*)();
+  const std::pair<Question, const char*> questions[] = {{Utils::isIphone4, "iPhone3,1"},
+                                                        {Utils::isIphone4s, "iPhone4,1"},
+                                                        {Utils::isIphone5, "iPhone5,4"},
+                                                        {Utils::isIphone5s, "iPhone6,1"}};
+  for (const auto& [is, model] : questions) {
+    TestPlatform platform(model);
+    for (const auto& [other, otherModel] : questions) EXPECT_EQ(other(), other == is) << model;
+    platform.device.model = "iPhone9,1";
+    EXPECT_TRUE(is()) << model;
+  }
   MeasuringRig rig;
   ScriptedDeviceInfo& device = rig.platform.device;
   device.model = "iPhone3,1";

@@ -90,19 +90,17 @@ TEST_F(ChartResultsViewControllerTest, TheChartsShowAFixedRangeOnTheRightAndDays
 TEST_F(ChartResultsViewControllerTest, TheLinesAreThinWithRingsAndAnInvisibleArea) {
   saveDaysAgo(0, 160, 85);
   screen_.viewWillAppear();
+  EXPECT_EQ(heartrate_.data.label, "heartrate (data points are averaged for each day)");
+  EXPECT_EQ(heartrate_.data.circleColor, (Color{1, 0, 0, 1}));
   const LineDataSet& line = spo2_.data;
   EXPECT_EQ(line.label, "spo2 (data points are averaged for each day)");
-  EXPECT_EQ(heartrate_.data.label, "heartrate (data points are averaged for each day)");
   EXPECT_EQ(line.color, (Color{0, 0, 1, 1}));
-  EXPECT_EQ(heartrate_.data.circleColor, (Color{1, 0, 0, 1}));
   EXPECT_EQ(line.circleHoleColor, white);
-  EXPECT_EQ(line.lineWidth, 1);
-  EXPECT_EQ(line.circleRadius, 5);
+  EXPECT_THAT((std::array{line.lineWidth, line.circleRadius, line.fillColor.alpha, line.fillAlpha}),
+              ElementsAre(1, 5, 0, 65.0 / 255));
   EXPECT_TRUE(line.drawsCircles && line.drawsCircleHoles && line.drawsFilled);
   EXPECT_FALSE(line.drawsValues || line.cubic);
   EXPECT_EQ(line.valueFont, (Font{"DroidSans", 9}));
-  EXPECT_EQ(line.fillColor.alpha, 0);
-  EXPECT_DOUBLE_EQ(line.fillAlpha, 65.0 / 255);
   EXPECT_EQ(line.axisDependency, AxisDependency::right);
   EXPECT_EQ(line.entries.front().y, 85) << "also outside the range";
 }

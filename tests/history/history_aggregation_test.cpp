@@ -3,9 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cmath>
-#include <random>
-#include <set>
 
 #include "history/date_value_formatter.h"
 #include "history/history_store.h"
@@ -51,20 +48,26 @@ class HistoryAggregationTest : public testing::Test {
 
 // Selection.
 
-TEST_F(HistoryAggregationTest, AWeekIsTodayAndTheSixDaysBeforeInEveryZone) {
-  for (const char* zone : {"UTC", "Europe/Berlin", "America/Los_Angeles", "Pacific/Kiritimati"}) {
-    SCOPED_TRACE(zone);
+TEST_F(HistoryAggregationTest, APeriodIsTodayAndTheDaysBeforeInEveryZone) {
+  for (const char* zone : {"UTC", "Asia/Kolkata", "America/Los_Angeles", "Pacific/Kiritimati"}) {
     in("en_US", zone);
-    Utils::clearValues();
     const Date today =
         *services().dates.parse(services().dates.formatted(now(), "yyyy-MM-dd"), "yyyy-MM-dd");
-    save(1, 0, Date{today.secondsSince1970 - 7 * day + day - 60});  // seven days ago, 23:59
-    save(2, 0, Date{today.secondsSince1970 - 6 * day + 60});        // six days ago, 00:01
-    save(3, 0, Date{today.secondsSince1970 + day - 1});             // later today
-    std::vector<double> kept;
-    for (const HistoryEntry& entry : Utils::getLastWeekForLabel(-1)) kept.push_back(entry.hr);
-    EXPECT_THAT(kept, ElementsAre(2, 3));
-    EXPECT_THAT(Utils::getAllForLabel(-1), SizeIs(3));
+    for (const auto& [days, ofPeriod] : {std::pair{7, &Utils::getLastWeekForLabel},
+                                         {30, &Utils::getLastMonthForLabel},
+                                         {90, &Utils::getLast3MonthsForLabel}}) {
+      SCOPED_TRACE(std::string(zone) + ", days: " + std::to_string(days));
+      Utils::clearValues();
+      const double first = today.secondsSince1970 - (days - 1) * day;
+      save(1, 0, Date{first - 3 * day});                   // long before
+      save(2, 0, Date{first - 7260});                      // the day before, in the evening
+      save(3, 0, Date{first + 7260});                      // the first day, early
+      save(4, 0, Date{today.secondsSince1970 + day - 1});  // later today
+      std::vector<double> kept;
+      for (const HistoryEntry& entry : ofPeriod(-1)) kept.push_back(entry.hr);
+      EXPECT_THAT(kept, ElementsAre(3, 4));
+      EXPECT_THAT(Utils::getAllForLabel(-1), SizeIs(4));
+    }
   }
 }
 
@@ -175,27 +178,26 @@ TEST_F(HistoryAggregationTest, EverythingWalksFromTheOldestEntrysOwnTime) {
   EXPECT_THAT(Utils::makeChartDataSets2(future, -1).x, IsEmpty()) << "it begins after today";
 }
 
-TEST_F(HistoryAggregationTest, ADayThatTheClocksSkipLetsNoLaterOneThrough) {
+TEST_F(HistoryAggregationTest,
+       ADayThatTheClocksSkipLetsNoLaterOneThroughAndARepeatedOneHasOnePoint) {
   in("de_DE", "Europe/Berlin");
-  platform_.moveTo(Date{1'712'010'600});  // 2024-04-02 00:30, two days after the change
-  for (int daysAgo = 6; daysAgo >= 0; --daysAgo) {
-    save(100 - daysAgo, 0, Date{now().secondsSince1970 - daysAgo * day - 7200});
-  }
-  const ChartSeries series = week();
-  EXPECT_THAT(series.x, ElementsAre("26/03", "27/03", "28/03", "29/03", "30/03", "01/04", "02/04"));
-  EXPECT_THAT(valuesOf(series.hr), ElementsAre(94, 95, 96, 97, 98)) << "26/03 to 30/03";
-}
-
-TEST_F(HistoryAggregationTest, ADayThatTheClocksRepeatHasOnePoint) {
-  in("de_DE", "Europe/Berlin");
-  platform_.moveTo(Date{1'730'154'600});  // 2024-10-28 23:30, the day after the change
-  for (int daysAgo = 2; daysAgo >= 0; --daysAgo) {
-    save(100 - daysAgo, 0, Date{now().secondsSince1970 - daysAgo * day - 7200});
-  }
-  const ChartSeries series = week();
-  EXPECT_THAT(series.x, ElementsAre("23/10", "24/10", "25/10", "26/10", "27/10", "27/10", "28/10"));
-  EXPECT_THAT(valuesOf(series.hr), ElementsAre(98, 99, 100));
-  EXPECT_EQ(series.hr[1].x, now().secondsSince1970 - 2 * day) << "the first of the two";
+  const auto weekOfDays = [&](double moment) {
+    platform_.moveTo(Date{moment});
+    Utils::clearValues();
+    for (int daysAgo = 6; daysAgo >= 0; --daysAgo) {
+      save(100 - daysAgo, 0, Date{now().secondsSince1970 - daysAgo * day - 7200});
+    }
+    return week();
+  };
+  const ChartSeries skipped = weekOfDays(1'712'010'600);  // 2024-04-02 00:30, two days after
+  EXPECT_THAT(skipped.x,
+              ElementsAre("26/03", "27/03", "28/03", "29/03", "30/03", "01/04", "02/04"));
+  EXPECT_THAT(valuesOf(skipped.hr), ElementsAre(94, 95, 96, 97, 98)) << "26/03 to 30/03";
+  const ChartSeries repeated = weekOfDays(1'730'154'600);  // 2024-10-28 23:30, the day after
+  EXPECT_THAT(repeated.x,
+              ElementsAre("23/10", "24/10", "25/10", "26/10", "27/10", "27/10", "28/10"));
+  EXPECT_THAT(valuesOf(repeated.hr), ElementsAre(95, 96, 97, 98, 99, 100));
+  EXPECT_EQ(repeated.hr[4].x, now().secondsSince1970 - 2 * day) << "the first of the two";
 }
 
 TEST_F(HistoryAggregationTest, DaysAreWrittenInTheDevicesLanguage) {
@@ -208,119 +210,6 @@ TEST_F(HistoryAggregationTest, DaysAreWrittenInTheDevicesLanguage) {
   EXPECT_EQ(written("de_DE", "Europe/Berlin"), "14 Nov., 14/11");
   EXPECT_EQ(written("ja_JP", "Asia/Tokyo"), "15 11月, 15/11");
   EXPECT_EQ(written("ar_EG", "America/New_York"), "١٤ نوفمبر, ١٤/١١");
-}
-
-// Against the procedure as it is told, step by step, with a scan of all entries for every day.
-
-std::int32_t toldDaysAgo(Date date) {
-  const auto& dates = services().dates;
-  const Date start = *dates.parse(dates.formatted(date, "yyyy-MM-dd"), "yyyy-MM-dd");
-  const auto seconds =
-      static_cast<std::int32_t>(start.secondsSince1970 - services().clock.now().secondsSince1970);
-  return -seconds / 86400;
-}
-
-std::vector<HistoryEntry> toldSelection(std::int32_t label, std::int32_t days) {
-  std::vector<HistoryEntry> kept;
-  for (const HistoryEntry& entry : Utils::getValues().value_or(std::vector<HistoryEntry>())) {
-    const std::int32_t daysAgo = toldDaysAgo(entry.date);
-    if (days >= 0 && daysAgo >= days) continue;
-    if (label < 0 || entry.labels[static_cast<std::size_t>(label)]) kept.push_back(entry);
-  }
-  return kept;
-}
-
-ChartSeries toldSeries(const std::vector<HistoryEntry>& entries, std::int32_t daysAgo) {
-  const auto ddmm = [](Date date) { return services().dates.formatted(date, "dd/MM"); };
-  const double now = services().clock.now().secondsSince1970;
-  ChartSeries series{{}, {}, {}, now, 0};
-  if (daysAgo < 0 && entries.empty()) return series;
-  const double start =
-      daysAgo < 0 ? entries.front().date.secondsSince1970 : now + 86400 - daysAgo * 86400;
-  const std::int32_t daysFrom = toldDaysAgo(Date{start});
-  std::set<std::string> keys;
-  for (const HistoryEntry& entry : entries) keys.insert(ddmm(entry.date));
-  std::vector<DailyAverage> records;
-  for (const std::string& key : keys) {
-    DailyAverage record{0, 0, key, std::nullopt};
-    int heartrates = 0;
-    int spo2s = 0;
-    for (const HistoryEntry& entry : entries) {
-      if (entry.hr > 0 && ddmm(entry.date) == key) {
-        record.hr += entry.hr;
-        ++heartrates;
-        record.date = entry.date;
-      }
-      if (entry.spo2 > 0 && ddmm(entry.date) == key) {
-        record.spo2 += entry.spo2;
-        ++spo2s;
-        record.date = entry.date;
-      }
-    }
-    record.hr = heartrates > 0 ? record.hr / heartrates : 0;
-    record.spo2 = spo2s > 0 ? record.spo2 / spo2s : 0;
-    if (record.date) records.push_back(record);
-  }
-  std::sort(records.begin(), records.end(),
-            [](const auto& left, const auto& right) { return *left.date < *right.date; });
-  std::size_t cursor = 0;
-  for (int k = 0; k <= daysFrom; ++k) {
-    const double t = start + 86400.0 * k;
-    series.x.push_back(ddmm(Date{t}));
-    if (cursor >= records.size() || records[cursor].dateString != series.x.back()) continue;
-    const DailyAverage& record = records[cursor++];
-    if (record.hr > 0) series.hr.push_back({t, record.hr});
-    if (record.spo2 > 0) series.spo2.push_back({t, record.spo2});
-    if (record.hr > 0 || record.spo2 > 0) {
-      series.minTimestamp = std::min(series.minTimestamp, t);
-      series.maxTimestamp = std::max(series.maxTimestamp, t);
-    }
-  }
-  return series;
-}
-
-TEST_F(HistoryAggregationTest, OnePassGivesWhatTheProcedureGivesOnRandomHistories) {
-  std::mt19937 random(1);
-  const auto upTo = [&](double most) {
-    return std::uniform_real_distribution<double>(0, most)(random);
-  };
-  // Ever later nows, of which some lie within an hour of a change of the clocks' midnights.
-  const std::vector<double> nows{1'700'000'000, 1'710'050'400, 1'711'924'200, 1'712'010'600,
-                                 1'729'990'799, 1'730'154'600, 1'730'700'000, 1'735'689'601};
-  std::size_t points = 0;
-  for (const double moment : nows) {
-    platform_.moveTo(Date{moment});
-    for (const auto& [locale, zone] :
-         std::vector<std::pair<const char*, const char*>>{{"en_US", "UTC"},
-                                                          {"de_DE", "Europe/Berlin"},
-                                                          {"ar_EG", "America/New_York"},
-                                                          {"ja_JP", "Pacific/Kiritimati"},
-                                                          {"fa_IR", "America/St_Johns"}}) {
-      SCOPED_TRACE(std::string(zone) + " at " + std::to_string(moment));
-      in(locale, zone);
-      std::vector<HistoryEntry> entries(40);
-      for (HistoryEntry& entry : entries) {
-        entry.date = Date{moment + day - upTo(upTo(1) < 0.5 ? 12 * day : 800 * day)};
-        entry.hr = upTo(1) < 0.3 ? 0 : 60 + upTo(30);
-        entry.spo2 = upTo(1) < 0.3 ? 0 : 90 + upTo(10);
-        for (bool& label : entry.labels) label = upTo(1) < 0.5;
-      }
-      std::sort(entries.begin(), entries.end(),
-                [](const auto& left, const auto& right) { return left.date < right.date; });
-      // A migration can leave entries out of order.
-      if (upTo(1) < 0.3) std::swap(entries.front(), entries.back());
-      Utils::setValues(entries);
-      for (const std::int32_t days : {7, 30, 90, -1}) {
-        const auto label = static_cast<std::int32_t>(upTo(8)) - 1;
-        auto values = Utils::getLastValuesForLabel(label, days);
-        ASSERT_EQ(values, toldSelection(label, days));
-        const ChartSeries told = toldSeries(values, days);
-        ASSERT_EQ(Utils::makeChartDataSets2(values, days), told);
-        points += told.hr.size() + told.spo2.size();
-      }
-    }
-  }
-  EXPECT_GT(points, 1000U) << "the histories were to have something to show";
 }
 
 }  // namespace

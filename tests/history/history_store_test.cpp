@@ -127,81 +127,76 @@ TEST_F(HistoryStoreTest, RandomEntriesLieInTheirRangesAndOnTheirDay) {
   std::vector<double> heartrates;
   std::vector<double> spo2s;
   int flags = 0;
+  int oldFlags = 0;
+  const auto addFlags = [](int& to, const Labels& labels) {
+    to += static_cast<int>(std::count(labels.begin(), labels.end(), true));
+  };
   for (int i = 0; i < 300; ++i) {
     const auto entry = Utils::makeAndSaveRandomValue(3, false, false);
     ASSERT_EQ(entry.date.secondsSince1970, TestPlatform::start.secondsSince1970 - 259200);
     heartrates.push_back(entry.hr);
     spo2s.push_back(entry.spo2);
-    for (const bool flag : entry.labels) flags += flag ? 1 : 0;
+    addFlags(flags, entry.labels);
+    const auto old = Utils::makeAndSaveRandomValueOLD(1, i % 2 == 0, i % 2 != 0);
+    ASSERT_EQ(old.date, "at 1699913600");
+    addFlags(oldFlags, *old.labels);
+    const std::string& measured = i % 2 == 0 ? old.spo2 : old.heartrate;
+    ASSERT_EQ(i % 2 == 0 ? old.heartrate : old.spo2, "--");
+    (i % 2 == 0 ? spo2s : heartrates).push_back(std::stod(measured));
   }
   EXPECT_THAT(heartrates, Each(AllOf(Ge(60), Le(90))));
   EXPECT_THAT(heartrates, AllOf(Contains(Le(63)), Contains(Ge(87))));
   EXPECT_THAT(spo2s, Each(AllOf(Ge(90), Le(100))));
   EXPECT_THAT(spo2s, AllOf(Contains(Le(91)), Contains(Ge(99))));
   EXPECT_NEAR(flags, 1050, 150) << "half of 2100";
+  EXPECT_NEAR(oldFlags, 210, 90) << "a tenth of 2100";
   EXPECT_THAT(*Utils::getValues(), SizeIs(300));
 
-  const auto empty = Utils::makeAndSaveRandomValue(0, true, true);
+  // 30000 days of seconds exceed 32 bits: −2592000000 becomes 1702967296.
+  const auto empty = Utils::makeAndSaveRandomValue(30000, true, true);
   EXPECT_EQ(empty.hr, 0);
   EXPECT_EQ(empty.spo2, 0);
-  EXPECT_EQ(empty.date, TestPlatform::start);
-  // 30000 days of seconds exceed 32 bits: −2592000000 becomes 1702967296.
-  EXPECT_EQ(Utils::makeAndSaveRandomValue(30000, true, true).date.secondsSince1970,
-            TestPlatform::start.secondsSince1970 + 1702967296.0);
-}
-
-TEST_F(HistoryStoreTest, RandomOldEntriesCarryFewLabels) {
-  int flags = 0;
-  for (int i = 0; i < 300; ++i) {
-    const auto entry = Utils::makeAndSaveRandomValueOLD(1, false, true);
-    ASSERT_EQ(entry.spo2, "--");
-    ASSERT_THAT(entry.heartrate, testing::EndsWith(" bpm"));
-    ASSERT_EQ(entry.date, "at 1699913600");
-    for (const bool flag : *entry.labels) flags += flag ? 1 : 0;
-  }
-  EXPECT_NEAR(flags, 210, 90) << "a tenth of 2100";
+  EXPECT_EQ(empty.date.secondsSince1970, TestPlatform::start.secondsSince1970 + 1702967296.0);
 }
 
 // User state.
 
-TEST_F(HistoryStoreTest, TheLastValuesAreSinglePrecisionAndZeroBeforeTheFirst) {
-  EXPECT_FALSE(Utils::hasLastHeartrate());
-  EXPECT_FALSE(Utils::hasLastSpo2());
+TEST_F(HistoryStoreTest, StateIsFlushedButForTheUserIdentifierAndFlagsCountByBeingThere) {
+  const auto held = [] {
+    return std::array{Utils::hasShownIntro(), Utils::hasFirstTimeNotePopup(),
+                      Utils::hasEmail(),      Utils::hasLastHeartrate(),
+                      Utils::hasLastSpo2(),   Utils::hasUserID()};
+  };
+  EXPECT_THAT(held(), Each(false));
   EXPECT_EQ(Utils::getLastHeartrate(), 0);
-  Utils::setLastHeartrate(70.3125F);
-  Utils::setLastSpo2(97.1F);
-  EXPECT_TRUE(Utils::hasLastHeartrate());
-  EXPECT_EQ(Utils::getLastHeartrate(), 70.3125F);
-  EXPECT_EQ(Utils::getLastSpo2(), 97.1F);
-  EXPECT_EQ(platform_.store.values["last_spo2"], Value(97.1F));
-}
-
-TEST_F(HistoryStoreTest, AFlagCountsByBeingThereWhateverItSays) {
-  EXPECT_FALSE(Utils::hasShownIntro());
-  EXPECT_FALSE(Utils::hasFirstTimeNotePopup());
+  EXPECT_EQ(Utils::getEmail(), std::nullopt);
   Utils::setShownIntro();
   Utils::setFirstTimeNotePopup();
-  EXPECT_EQ(platform_.store.values["finishedIntro"], Value(true));
-  EXPECT_EQ(platform_.store.values["pleaseNoteShown"], Value(true));
-  platform_.store.values["finishedIntro"] = false;
-  platform_.store.values["pleaseNoteShown"] = false;
-  EXPECT_TRUE(Utils::hasShownIntro());
-  EXPECT_TRUE(Utils::hasFirstTimeNotePopup());
-}
-
-TEST_F(HistoryStoreTest, TheAddressIsFlushedAndTheUserIdentifierIsNot) {
-  EXPECT_EQ(Utils::getEmail(), std::nullopt);
+  Utils::setLastHeartrate(70.3125F);
+  Utils::setLastSpo2(97.1F);
   Utils::setEmail("a@b.de");
+  Utils::setUserID(Utils::createUserID());
+  EXPECT_THAT(held(), Each(true));
+  EXPECT_EQ(Utils::getLastHeartrate(), 70.3125F);
+  EXPECT_EQ(Utils::getLastSpo2(), 97.1F);
   EXPECT_EQ(Utils::getEmail(), "a@b.de");
-  EXPECT_TRUE(Utils::hasEmail());
+  EXPECT_EQ(Utils::getUserID(), platform_.text.randomUuid());
+  using testing::Pair;
+  EXPECT_THAT(
+      platform_.store.values,
+      testing::UnorderedElementsAre(Pair("finishedIntro", true), Pair("pleaseNoteShown", true),
+                                    Pair("last_heartrate", 70.3125F), Pair("last_spo2", 97.1F),
+                                    Pair("email", "a@b.de"), Pair("UUID", testing::_)));
+  for (const char* flag : {"finishedIntro", "pleaseNoteShown"}) {
+    platform_.store.values[flag] = false;
+  }
+  EXPECT_THAT(held(), Each(true)) << "whatever they say";
   Utils::removeEmail();
   EXPECT_FALSE(Utils::hasEmail());
-  const std::string identifier = Utils::createUserID();
-  EXPECT_FALSE(Utils::hasUserID());
-  Utils::setUserID(identifier);
-  EXPECT_EQ(Utils::getUserID(), identifier);
   EXPECT_THAT(platform_.journal.of("store"),
-              ElementsAre("set email", "flush", "remove email", "flush", "set UUID"));
+              ElementsAre("set finishedIntro", "flush", "set pleaseNoteShown", "flush",
+                          "set last_heartrate", "flush", "set last_spo2", "flush", "set email",
+                          "flush", "set UUID", "remove email", "flush"));
 }
 
 }  // namespace

@@ -83,40 +83,43 @@ TEST_F(TableViewControllerTest, ItAppearsWithAnEditButtonAndAWhiteBar) {
 }
 
 TEST_F(TableViewControllerTest, RowsLeadWhereTheySay) {
-  EXPECT_THAT(tapRow(0, 0), ElementsAre("sharing mail Veyla Support"));
-  EXPECT_EQ(screen_.whichEmail(), "feedback");
-  EXPECT_THAT(tapRow(0, 1), ElementsAre("screens release notes"));
-  EXPECT_THAT(tapRow(1, 0), ElementsAre("screens intro"));
-  EXPECT_THAT(tapRow(1, 3),
-              ElementsAre("sharing open itms-apps://store.test/WebObjects/MZStore.woa/wa/"
-                          "viewContentsUserReviews?id=4711&onlyLatestVersion=true&pageNumber=0"
-                          "&sortOrdering=1&type=Purple+Software"));
-  EXPECT_THAT(tapRow(1, 4), ElementsAre("sharing mail Check out Orvane Veyla app"));
-  EXPECT_EQ(screen_.whichEmail(), "invite");
-  EXPECT_THAT(tapRow(1, 5), ElementsAre("screens faq"));
-  EXPECT_THAT(tapRow(1, 6), ElementsAre("sharing open https://social.test/veyla"));
-  for (const auto& [section, row] :
-       {std::pair{0, 2}, {1, 1}, {1, 2}, {1, 7}, {2, 0}, {2, 1}, {2, 3}, {3, 0}, {-1, 0}}) {
-    EXPECT_THAT(tapRow(section, row), IsEmpty()) << section << ", " << row;
-  }
-}
-
-TEST_F(TableViewControllerTest, ARowSaysWhatATapOnItDoes) {
   const auto rows = screen_.rows();
   ASSERT_THAT(rows, ElementsAre(SizeIs(2), SizeIs(7), SizeIs(2)));
-  EXPECT_EQ(rows[0][0].title, "Send feedback");
-  EXPECT_EQ(rows[1][3].title, "Rate Veyla");
-  EXPECT_EQ(rows[1][5].title, "Questions and answers");
-  // A row does something or leads to a page, but for the one with a button of its own.
-  for (std::size_t section = 0; section < rows.size(); ++section) {
-    for (std::size_t row = 0; row < rows[section].size(); ++row) {
-      const bool acts =
-          !tapRow(static_cast<std::int32_t>(section), static_cast<std::int32_t>(row)).empty();
-      EXPECT_EQ(acts + !rows[section][row].page.empty(), rows[section][row].isEmail ? 0 : 1);
-    }
+  struct Case {
+    std::int32_t section;
+    std::int32_t row;
+    const char* title;
+    const char* leadsTo;
+  };
+  const std::string review =
+      "sharing open "
+      "itms-apps://store.test/WebObjects/MZStore.woa/wa/viewContentsUserReviews?id=4711"
+      "&onlyLatestVersion=true&pageNumber=0&sortOrdering=1&type=Purple+Software";
+  // What a tap does; or the page, which the view shows.
+  const Case cases[] = {{0, 0, "Send feedback", "sharing mail Veyla Support"},
+                        {0, 1, "Release notes", "screens release notes"},
+                        {1, 0, "Introduction", "screens intro"},
+                        {1, 1, "Health records", "HealthHowTo"},
+                        {1, 2, "Terms", "Terms"},
+                        {1, 3, "Rate Veyla", review.c_str()},
+                        {1, 4, "Invite friends", "sharing mail Check out Orvane Veyla app"},
+                        {1, 5, "Questions and answers", "screens faq"},
+                        {1, 6, "Follow us", "sharing open https://social.test/veyla"},
+                        {2, 0, "Please provide us your email", ""},
+                        {2, 1, "About", "About"}};
+  for (const auto& [section, row, title, leadsTo] : cases) {
+    const OptionsRow& shown =
+        rows[static_cast<std::size_t>(section)][static_cast<std::size_t>(row)];
+    EXPECT_EQ(shown.title, title);
+    EXPECT_EQ(shown.isEmail, section == 2 && row == 0);
+    const auto done = tapRow(section, row);
+    EXPECT_EQ(std::string(shown.page) + (done.empty() ? "" : done.front()), leadsTo);
+    EXPECT_EQ(screen_.whichEmail(), section * 10 + row >= 14 ? "invite" : "feedback");
   }
-  EXPECT_EQ(rows[2][0],
-            (OptionsRow{"Please provide us your email", "For better support", "", true}));
+  for (const auto& [section, row] : {std::pair{0, 2}, {1, 7}, {2, 3}, {3, 0}, {-1, 0}, {0, -1}}) {
+    EXPECT_THAT(tapRow(section, row), IsEmpty()) << section << ", " << row;
+  }
+  EXPECT_EQ(rows[2][0].subTitle, "For better support");
   Utils::setEmail("a@b.de");
   EXPECT_EQ(screen_.rows()[2][0], (OptionsRow{"Change your email", "a@b.de", "", true}));
 }
@@ -155,8 +158,7 @@ TEST_F(TableViewControllerTest, TheDialogAsksForAnAddress) {
   EXPECT_EQ(asked.textField->placeholder, "Enter your email");
   EXPECT_EQ(asked.textField->text, "");
   EXPECT_EQ(asked.textField->keyboard, Keyboard::email);
-  EXPECT_FALSE(asked.textField->autocapitalizes);
-  EXPECT_FALSE(asked.textField->autocorrects);
+  EXPECT_FALSE(asked.textField->autocapitalizes || asked.textField->autocorrects);
   ASSERT_EQ(asked.buttons.size(), 1U) << "nothing to remove";
   EXPECT_EQ(asked.buttons[0].title, "Save");
 }
@@ -224,16 +226,6 @@ TEST_F(TableViewControllerTest, FeedbackTellsTheApplicationAndTheMachine) {
             "Model: iPhone 6S");
   EXPECT_EQ(mail.tint, (Color{0, 0, 0, 1}));
   EXPECT_EQ(mail.titleColor, (Color{0, 0, 0, 1}));
-  for (const auto& [model, name] : {std::pair{"iPod7,1", "iPod Touch 6th Gen"},
-                                    {"iPhone9,4", "iPhone 7 Plus"},
-                                    {"iPad1,1", "iPad 1"},
-                                    {"iPhone3,1", "iPhone 4"},
-                                    {"toaster", "Simulator"}}) {
-    platform_.device.model = model;
-    screen_.feedback();
-    EXPECT_THAT(platform_.sharing.mails.back().body,
-                testing::EndsWith("\nModel: " + std::string(name)));
-  }
   platform_.sharing.mailFinished(MailResult::failed, "no account");
   EXPECT_THAT(platform_.log.lines, testing::Contains("Mail sent failure: no account"));
   EXPECT_THAT(platform_.journal.of("sharing").back(), "dismiss mail");
