@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 
 #include "analysis/vector_utils.h"
 
@@ -88,6 +89,28 @@ FrameSample wholeFrameRecord(const FrameSample& means) {
                   static_cast<std::uint32_t>(blue));
 }
 
+FrameCells cellsOf(std::span<const double, FrameCells::count> red,
+                   std::span<const double, FrameCells::count> green,
+                   std::span<const double, FrameCells::count> blue) {
+  const auto sum = [](std::span<const double> values) {
+    return std::accumulate(values.begin(), values.end(), 0.0);
+  };
+  const double reds = sum(red);
+  const double greens = sum(green);
+  const double all = reds + greens + sum(blue);
+  FrameCells cells;
+  double spread = 0;
+  for (std::size_t i = 0; i < FrameCells::count; ++i) {
+    const double brightness = red[i] + green[i] + blue[i];
+    cells.brightness[i] = static_cast<float>(brightness);
+    // Light counts, so that a dark corner, which has no colour to speak of, weighs little.
+    spread +=
+        std::abs(red[i] - brightness * reds / all) + std::abs(green[i] - brightness * greens / all);
+  }
+  cells.colourSpread = all > 0 ? static_cast<float>(spread / all) : 0;
+  return cells;
+}
+
 FrameSample GridAverager::average(const std::uint8_t* pixels, std::size_t width, std::size_t height,
                                   std::span<const int> cells) {
   redMedians_.clear();
@@ -108,9 +131,8 @@ FrameSample GridAverager::average(const std::uint8_t* pixels, std::size_t width,
 std::optional<FrameCells> GridAverager::cells() const {
   constexpr std::size_t count = FrameCells::count;
   if (redMedians_.size() != count) return std::nullopt;
-  return FrameCells::of(std::span(redMedians_).first<count>(),
-                        std::span(greenMedians_).first<count>(),
-                        std::span(blueMedians_).first<count>());
+  return cellsOf(std::span(redMedians_).first<count>(), std::span(greenMedians_).first<count>(),
+                 std::span(blueMedians_).first<count>());
 }
 
 void GridAverager::sampleCell(const std::uint8_t* pixels, std::size_t width, std::size_t height,

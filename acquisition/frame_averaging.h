@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "acquisition/frame_colours.h"
 #include "platform/capture.h"
 
 /// From the pixels of one frame (bytes blue, green, red, alpha) to its frame record.
@@ -24,8 +23,14 @@ FrameSample averageWholeFrame(const std::uint8_t* pixels, std::size_t width, std
 
 /// The same record from the channel means of a frame, whose fractions the sums of its bytes lose. A
 /// record that is a whole frame's already, whole numbers with the luma in both its places, stays as
-/// it is.
+/// it is. So do means that look like one, whole numbers with as much green as red: they cannot be
+/// told apart, and are of no finger, whose red is far above its green.
 FrameSample wholeFrameRecord(const FrameSample& means);
+
+/// How cells differ, from their channels, 0 to 255 each.
+FrameCells cellsOf(std::span<const double, FrameCells::count> red,
+                   std::span<const double, FrameCells::count> green,
+                   std::span<const double, FrameCells::count> blue);
 
 /// Averages grid cells; keeps its buffers from frame to frame, so that a frame allocates nothing.
 class GridAverager {

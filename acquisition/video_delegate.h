@@ -1,6 +1,6 @@
 #pragma once
 
-#include "acquisition/frame_colours.h"
+#include "platform/frame_colours.h"
 
 namespace veyla {
 

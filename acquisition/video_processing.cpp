@@ -184,13 +184,13 @@ std::shared_ptr<CaptureDevice> VideoProcessing::backFacingCamera() const {
 
 void VideoProcessing::captureOutput(PixelBuffer& didOutputSampleBuffer) {
   PixelBuffer& buffer = didOutputSampleBuffer;
+  AveragedFrame frame;
   if (isIphone4_) {
     // The buffer stays locked: it is released whole after the callback.
     if (!buffer.lockBaseAddress()) return;
-    FrameColours colours;
-    const FrameSample sample = averageWholeFrame(buffer.baseAddress(), buffer.width(),
-                                                 buffer.height(), buffer.bytesPerRow(), &colours);
-    deliver(sample, colours);
+    frame.record = averageWholeFrame(buffer.baseAddress(), buffer.width(), buffer.height(),
+                                     buffer.bytesPerRow(), &frame.colours);
+    captureOutput(frame);
     return;
   }
 
@@ -202,26 +202,28 @@ void VideoProcessing::captureOutput(PixelBuffer& didOutputSampleBuffer) {
 
   cells_.clear();
   Utils::appendCells(Utils::getSpo2Settings("grids"), cells_);
-  const FrameSample sample = gridAverager_.average(pixels, width, height, cells_);
-  deliver(sample, {sample.red, sample.green, sample.blue, gridAverager_.cells()});
+  frame.record = gridAverager_.average(pixels, width, height, cells_);
+  frame.colours = {frame.record.red, frame.record.green, frame.record.blue, gridAverager_.cells()};
+  captureOutput(frame);
 }
 
 void VideoProcessing::captureOutput(const FrameSample& didOutputSample) {
   const FrameSample& sample = didOutputSample;
-  deliver(isIphone4_ ? wholeFrameRecord(sample) : sample,
-          {sample.red, sample.green, sample.blue, std::nullopt});
+  captureOutput(AveragedFrame{isIphone4_ ? wholeFrameRecord(sample) : sample,
+                              {sample.red, sample.green, sample.blue, std::nullopt}});
+}
+
+void VideoProcessing::captureOutput(const AveragedFrame& didOutputFrame) {
+  if (!delegate_) return;
+  const FrameSample& record = didOutputFrame.record;
+  delegate_->frameColours(didOutputFrame.colours);
+  delegate_->updateMeasurementsWithRed(record.red, record.green, record.blue, record.hr);
 }
 
 void VideoProcessing::captureOutput(DroppedSample /*didDropSampleBuffer*/) {
   ++framedrops_;
   logLine("frame dropped: %i, counter: %i", framedrops_, counter_);
   if (delegate_) delegate_->frameDropped();
-}
-
-void VideoProcessing::deliver(const FrameSample& sample, const FrameColours& colours) {
-  if (!delegate_) return;
-  delegate_->frameColours(colours);
-  delegate_->updateMeasurementsWithRed(sample.red, sample.green, sample.blue, sample.hr);
 }
 
 void VideoProcessing::avCaptureSettings() {

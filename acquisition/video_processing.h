@@ -38,6 +38,7 @@ class VideoProcessing : public SampleBufferDelegate {
 
   void captureOutput(PixelBuffer& didOutputSampleBuffer) override;
   void captureOutput(const FrameSample& didOutputSample) override;
+  void captureOutput(const AveragedFrame& didOutputFrame) override;
   void captureOutput(DroppedSample didDropSampleBuffer) override;
 
   /// Whether every pixel is averaged rather than grid cells; set at the start from the profile.
@@ -76,7 +77,6 @@ class VideoProcessing : public SampleBufferDelegate {
 
  private:
   void applyCameraSettings();
-  void deliver(const FrameSample& sample, const FrameColours& colours);
 
   bool isIphone4_ = false;
   bool isIphone6_ = false;

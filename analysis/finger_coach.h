@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "acquisition/frame_colours.h"
+#include "platform/frame_colours.h"
 
 namespace veyla {
 

@@ -7,6 +7,7 @@
 
 #include "acquisition/settings.h"
 #include "analysis/vector_utils.h"
+#include "platform/capture.h"
 #include "platform/platform.h"
 
 namespace veyla {
@@ -14,7 +15,8 @@ namespace veyla {
 namespace {
 
 constexpr std::size_t binCount = RealFft::binCount;
-constexpr double bpmPerBin = 0.87890625;
+/// A transform takes twice as many frames as it has bins.
+constexpr double bpmPerBin = VideoDataOutput::framesPerSecond * 60.0 / (2.0 * binCount);
 
 /// Bins that span 180 beats per minute.
 constexpr std::size_t reportedBins = 205;
@@ -132,7 +134,7 @@ void HeartrateProcessing::transform(float lowBin) {
 }
 
 float HeartrateProcessing::calcBPM(std::int64_t bin) {
-  return static_cast<float>(static_cast<double>(bin) * (1.0 / 512.0) * 15.0 * 0.5 * 60.0);
+  return static_cast<float>(static_cast<double>(bin) * bpmPerBin);
 }
 
 bool HeartrateProcessing::isDone() const {

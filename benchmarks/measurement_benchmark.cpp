@@ -23,6 +23,7 @@ class Keeper : public SampleBufferDelegate {
     std::copy_n(buffer.baseAddress(), buffer.bytesPerRow() * buffer.height(), frame.baseAddress());
   }
   void captureOutput(const FrameSample&) override {}
+  void captureOutput(const AveragedFrame&) override {}
   void captureOutput(DroppedSample) override {}
 };
 

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "acquisition/frame_colours.h"
 #include "acquisition/heartrate_result.h"
 #include "analysis/spo2_processing.h"
+#include "platform/frame_colours.h"
 
 namespace veyla {
 

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/frame_colours.h"
+
 namespace veyla {
 
 /// One video frame: 32-bit pixels in the byte order blue, green, red, alpha.
@@ -40,10 +42,17 @@ struct FrameSample {
   bool operator==(const FrameSample&) const = default;
 };
 
+/// What the measurement has of one frame: its record, and its colours for whoever judges the
+/// finger.
+struct AveragedFrame {
+  FrameSample record;
+  FrameColours colours;
+};
+
 /// Names a frame that the capture discarded.
 struct DroppedSample {};
 
-/// What a video data output calls on the main thread, once per frame, with one of the three.
+/// What a video data output calls on the main thread, once per frame, with one of the four.
 class SampleBufferDelegate {
  public:
   virtual ~SampleBufferDelegate() = default;
@@ -52,6 +61,9 @@ class SampleBufferDelegate {
   /// A frame of which the channel means are known and no pixels, such as a row of a recorded colour
   /// series.
   virtual void captureOutput(const FrameSample& didOutputSample) = 0;
+  /// A frame that was averaged before, by the same profile and settings: a recording of which many
+  /// parts are measured is decoded once.
+  virtual void captureOutput(const AveragedFrame& didOutputFrame) = 0;
   virtual void captureOutput(DroppedSample didDropSampleBuffer) = 0;
 };
 
@@ -130,7 +142,8 @@ struct VideoDataOutput {
 
 enum class SessionPreset { low };
 
-/// Leads the frames of its input to its output while it runs.
+/// Leads the frames of its input to its output while it runs. Without one of the two nothing is
+/// delivered, no drop either, while the time of what is filmed passes.
 class CaptureSession {
  public:
   virtual ~CaptureSession() = default;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <mutex>
 #include <numeric>
@@ -20,12 +21,11 @@ namespace {
 
 constexpr std::string_view referenceEnding = ".reference.csv";
 
-double lengthOf(const std::filesystem::path& path) {
+KeptRecording read(const std::filesystem::path& path, FrameAverager& averager) {
   const auto source = openRecording(path);
-  double seconds = 0;
-  while (source->advance()) seconds = source->time();
+  KeptRecording recording(*source, averager);
   if (const std::string remark = source->remark(); !remark.empty()) complain(remark);
-  return seconds;
+  return recording;
 }
 
 /// The recording that a reference belongs to: the file of its name with another ending.
@@ -53,7 +53,7 @@ std::optional<Comparison> compared(std::optional<float> measured, std::optional<
   return Comparison{static_cast<double>(*measured), *reference};
 }
 
-void measure(EvaluatedWindow& window, const ReferencedRecording& recording,
+void measure(EvaluatedWindow& window, const ReferencedRecording& referenced,
              const EvaluationRequest& request, const Resources& resources) {
   TimedQueue queue;
   QueueClock clock({}, queue);
@@ -63,12 +63,12 @@ void measure(EvaluatedWindow& window, const ReferencedRecording& recording,
                       .device = request.device,
                       .start = window.start,
                       .duration = request.window},
-                     openRecording(recording.path),
+                     referenced.recording.source(),
                      {.queue = queue, .clock = clock, .store = store, .resources = resources});
   window.report = run.run();
 
   const MeasurementReport& report = window.report;
-  const Reference& reference = recording.reference;
+  const Reference& reference = referenced.reference;
   const double from = window.start + Measurement::countdownSeconds;
   const double to = from + report.heartrateSeconds;
   window.heartrate = compared(report.heartrate, reference.heartrate(from, to));
@@ -178,7 +178,8 @@ EvaluationSummary summaryOf(SummaryKind kind, const std::string& name, const Sel
 
 }  // namespace
 
-ReferencedFolder recordingsIn(const std::string& folder) {
+ReferencedFolder recordingsIn(const std::string& folder, const Resources& resources,
+                              const std::string& device) {
   std::error_code error;
   std::vector<std::filesystem::path> references;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
@@ -199,10 +200,11 @@ ReferencedFolder recordingsIn(const std::string& folder) {
   }
   std::sort(references.begin(), references.end());
   ReferencedFolder found;
+  FrameAverager averager(resources, device);
   for (const auto& reference : references) {
     try {
       const std::filesystem::path path = recordingOf(reference);
-      found.recordings.push_back({path.stem(), path, Reference(reference), lengthOf(path)});
+      found.recordings.push_back({path.stem(), Reference(reference), read(path, averager)});
     } catch (const InputError& fault) {
       if (references.size() == 1) throw;
       found.faults.emplace_back(fault.what());
@@ -217,13 +219,14 @@ ReferencedFolder recordingsIn(const std::string& folder) {
 
 Evaluation evaluateFolder(const EvaluationRequest& request, const Resources& resources,
                           const std::function<void(std::size_t done, std::size_t all)>& progress) {
-  const ReferencedFolder folder = recordingsIn(request.folder);
+  const ReferencedFolder folder = recordingsIn(request.folder, resources, request.device);
   const std::vector<ReferencedRecording>& recordings = folder.recordings;
   Evaluation evaluation;
   evaluation.faults = folder.faults;
   for (std::size_t i = 0; i < recordings.size(); ++i) {
     evaluation.recordings.push_back(recordings[i].name);
-    for (int n = 0; n * request.every + request.window <= recordings[i].seconds; ++n) {
+    const double seconds = recordings[i].recording.seconds();
+    for (int n = 0; n * request.every + request.window <= seconds; ++n) {
       evaluation.windows.emplace_back();
       evaluation.windows.back().recording = i;
       evaluation.windows.back().start = n * request.every;

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstddef>
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "apps/cli/kept_recording.h"
 #include "apps/cli/measurement_run.h"
 #include "apps/cli/reference.h"
 #include "platform/resources.h"
@@ -58,10 +58,8 @@ struct EvaluatedWindow {
 struct ReferencedRecording {
   /// Without ending.
   std::string name;
-  std::filesystem::path path;
   Reference reference;
-  /// From the first frame to the last.
-  double seconds = 0;
+  KeptRecording recording;
 };
 
 /// What a folder holds.
@@ -72,8 +70,10 @@ struct ReferencedFolder {
   std::vector<std::string> faults;
 };
 
+/// Reads each recording once, as a measurement with these settings on this hardware model does.
 /// Throws `InputError` when there is nothing to use.
-ReferencedFolder recordingsIn(const std::string& folder);
+ReferencedFolder recordingsIn(const std::string& folder, const Resources& resources,
+                              const std::string& device);
 
 /// Seconds: a reference is not taken to come later than that.
 constexpr std::size_t latestLag = 20;

@@ -6,6 +6,7 @@
 #include "apps/cli/evaluation.h"
 #include "apps/cli/parallel.h"
 #include "measuring/measurement.h"
+#include "platform/linux/resource_files.h"
 #include "platform/linux/synthetic_finger.h"
 
 namespace veyla::tuning {
@@ -48,17 +49,15 @@ Material materialIn(const std::vector<std::string>& folders) {
   Material material;
   std::vector<std::vector<std::string>> personsOfSet;
   for (const std::string& folder : folders) {
-    const ReferencedFolder recorded = recordingsIn(folder);
+    const ReferencedFolder recorded = recordingsIn(folder, EmbeddedResources(), defaultDevice);
     if (!recorded.faults.empty()) throw InputError(recorded.faults.front());
     for (const ReferencedRecording& found : recorded.recordings) {
-      Recording recording;
-      recording.name = found.name;
-      recording.path = found.path;
-      recording.seconds = found.seconds;
+      Recording recording{.name = found.name, .kept = found.recording, .estimates = {}};
       recording.set = placeIn(material.sets, setOf(found.name));
       personsOfSet.resize(material.sets.size());
       recording.fold = placeIn(personsOfSet[recording.set], personOf(found.name)) % foldCount;
-      for (int start = 0; start + windowSeconds <= found.seconds; start += secondsBetweenStarts) {
+      const double seconds = found.recording.seconds();
+      for (int start = 0; start + windowSeconds <= seconds; start += secondsBetweenStarts) {
         material.windows.push_back(windowOf(found.reference, material.recordings.size(), start));
       }
       material.recordings.push_back(std::move(recording));
@@ -78,7 +77,7 @@ void gather(Material& material, int rawDataSize) {
   inParallel(material.recordings.size(), 0, [&](std::size_t i) {
     Recording& recording = material.recordings[i];
     recording.estimates =
-        gatherEstimates(openRecording(recording.path), rawDataSize, recording.seconds + 1);
+        gatherEstimates(recording.kept.source(), rawDataSize, recording.kept.seconds() + 1);
   });
   constexpr int seconds = windowSeconds + 1;
   inParallel(material.fingers.size(), 0, [&](std::size_t i) {

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "apps/cli/kept_recording.h"
 #include "benchmarks/tuning/estimates.h"
 #include "platform/capture.h"
 
@@ -19,13 +19,12 @@ inline constexpr int windowFrames = windowSeconds * framesPerSecond;
 
 struct Recording {
   std::string name;
-  std::filesystem::path path;
+  KeptRecording kept;
   /// Recordings that are alike, such as "resting": figures are given for each set.
   std::size_t set = 0;
   /// Which part of the recordings it belongs to when they are split; those of one person, whose
   /// names begin alike, stay together.
   std::size_t fold = 0;
-  double seconds = 0;
   Estimates estimates;
 };
 

@@ -126,7 +126,7 @@ class RecordingCamera::Session : public CaptureSession,
       playback_->end();
       return;
     }
-    if (!output || !output->sampleBufferDelegate) return;
+    if (inputs_.empty() || !output || !output->sampleBufferDelegate) return;
     if (tick == FrameTicks::Tick::delivered) playback_->deliver(*output->sampleBufferDelegate);
     if (tick == FrameTicks::Tick::dropped) {
       output->sampleBufferDelegate->captureOutput(DroppedSample{});

@@ -234,7 +234,7 @@ void TrackCamera::takeFrame(double time) {
   const auto due = pacer_.frameAt(time);
   for (int i = 0; i < due.delivered + due.dropped; ++i) {
     // A frame can end the measurement.
-    if (!running_ || running_->outputs().empty()) return;
+    if (!running_ || running_->inputs().empty() || running_->outputs().empty()) return;
     SampleBufferDelegate* delegate = running_->outputs().front()->sampleBufferDelegate;
     if (!delegate) return;
     if (i < due.delivered) {

@@ -7,6 +7,8 @@
 #include <numbers>
 #include <random>
 
+#include "acquisition/frame_averaging.h"
+
 namespace veyla {
 namespace {
 
@@ -43,7 +45,7 @@ FrameColours frameOf(const Scene& scene, double time) {
     frame.green += static_cast<float>(green[cell] / FrameCells::count);
     frame.blue += static_cast<float>(blue[cell] / FrameCells::count);
   }
-  frame.cells = FrameCells::of(red, green, blue);
+  frame.cells = cellsOf(red, green, blue);
   return frame;
 }
 

@@ -61,12 +61,15 @@ class RecordingCameraTest : public testing::Test, public SampleBufferDelegate {
     camera_->setOnEnd([this] { ends_.push_back(queue_.elapsed()); });
     newSession();
   }
-  void newSession() {
-    session_ = camera_->makeSession();
+  void newSession() { session_ = sessionOf(*camera_); }
+  std::shared_ptr<CaptureSession> sessionOf(RecordingCamera& camera) {
+    auto session = camera.makeSession();
+    session->addInput(camera.makeDeviceInput(camera.defaultVideoDevice()));
     auto output = std::make_shared<VideoDataOutput>();
     output->alwaysDiscardsLateVideoFrames = true;
     output->sampleBufferDelegate = this;
-    session_->addOutput(output);
+    session->addOutput(output);
+    return session;
   }
   void playAll() {
     session_->startRunning();
@@ -80,6 +83,7 @@ class RecordingCameraTest : public testing::Test, public SampleBufferDelegate {
     ticks_ += 'f';
     if (onFrame_) onFrame_();
   }
+  void captureOutput(const AveragedFrame&) override {}
   void captureOutput(DroppedSample) override { ticks_ += 'd'; }
 
   TimedQueue queue_;
@@ -191,10 +195,7 @@ TEST_F(RecordingCameraTest, WorkHandedOverAtTheStartComesBeforeTheFrameOfItsMome
   for (const double startedAt : {0.0, 0.02, 0.1, 1.7, 1234.56789}) {
     TimedQueue queue;
     RecordingCamera camera(std::make_unique<ScriptedSource>(evenTimes(60, 15)), queue);
-    session_ = camera.makeSession();
-    auto output = std::make_shared<VideoDataOutput>();
-    output->sampleBufferDelegate = this;
-    session_->addOutput(output);
+    session_ = sessionOf(camera);
     frames_.clear();
     std::size_t framesBefore = 0;
     queue.after(startedAt, [&] {
@@ -226,6 +227,16 @@ TEST_F(RecordingCameraTest, AFrameMayStopAndDropTheSessionThatDeliversIt) {
   EXPECT_EQ(frames_.size(), 60U);
 }
 
+TEST_F(RecordingCameraTest, WithoutAnInputNothingIsDeliveredAndTheRecordingGoesOn) {
+  open(evenTimes(30, 15));
+  const auto input = session_->inputs().front();
+  queue_.after(0.5, [&] { session_->removeInput(input); });
+  queue_.after(1.5, [&] { session_->addInput(input); });
+  playAll();
+  EXPECT_EQ(ticks_, std::string(15, 'f'));
+  EXPECT_EQ(frames_.back(), 29);
+}
+
 TEST_F(RecordingCameraTest, ARestartedSessionTicksOnceAtATime) {
   open(evenTimes(60, 15));
   session_->startRunning();
@@ -241,11 +252,7 @@ TEST_F(RecordingCameraTest, ARestartedSessionTicksOnceAtATime) {
 TEST_F(RecordingCameraTest, AtTheWallsPaceTheFramesOfLateTicksDoNotCome) {
   TimedQueue queue(TimedQueue::Pace::wall);
   RecordingCamera camera(std::make_unique<ScriptedSource>(evenTimes(15, 15)), queue);
-  session_ = camera.makeSession();
-  auto output = std::make_shared<VideoDataOutput>();
-  output->alwaysDiscardsLateVideoFrames = true;
-  output->sampleBufferDelegate = this;
-  session_->addOutput(output);
+  session_ = sessionOf(camera);
   onFrame_ = [this] {
     if (frames_.size() == 1) std::this_thread::sleep_for(std::chrono::milliseconds(600));
   };

@@ -10,13 +10,22 @@
 #include <csignal>
 
 #include "acquisition/frame_averaging.h"
+#include "acquisition/settings.h"
+#include "acquisition/video_processing.h"
+#include "apps/cli/evaluation.h"
+#include "apps/cli/kept_recording.h"
+#include "apps/cli/report.h"
 #include "apps/cli/series_command.h"
 #include "apps/cli/synth_command.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/queue_clock.h"
 #include "platform/linux/resource_files.h"
 #include "platform/linux/series_source.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/linux/video_writer.h"
+#include "platform/portable/json.h"
 #include "tests/linux/recordings.h"
+#include "tests/support/test_platform.h"
 
 namespace veyla {
 namespace {
@@ -205,12 +214,94 @@ TEST_F(RecordingCommandsTest, TheLastEntryOfTheFoldersSettingsSaysWhichCellsAreA
           GridAverager().average(frame.baseAddress(), frame.width(), frame.height(), std::array{1});
     }
     void captureOutput(const FrameSample&) override {}
+    void captureOutput(const AveragedFrame&) override {}
     void captureOutput(DroppedSample) override {}
   } cell;
   const auto video = openRecording(synthetic.output);
   ASSERT_TRUE(video->advance());
   video->deliver(cell);
   EXPECT_EQ(read(averaged.output).frames.front(), cell.sample);
+}
+
+/// All that a measurement on this device has of each frame.
+class Measurer : public VideoDelegate {
+ public:
+  explicit Measurer(const std::string& device) : platform_(device) {
+    const std::string profile = Utils::platformString();
+    const auto text = EmbeddedResources().read("Spo2Settings", "json");
+    Utils::setSpo2Settings(*Utils::entryFor(profile, *NlohmannJsonParser().parse(*text)));
+    video_.setIsIphone4(profile == wholeFrameProfile);
+    video_.setDelegate(this);
+  }
+
+  std::vector<std::vector<float>> play(RecordingSource& source) {
+    frames_.clear();
+    while (source.advance()) source.deliver(video_);
+    return frames_;
+  }
+
+  void frameColours(const FrameColours& colours) override {
+    frames_.push_back({colours.red, colours.green, colours.blue});
+    if (!colours.cells) return;
+    frames_.back().push_back(colours.cells->colourSpread);
+    for (const float cell : colours.cells->brightness) frames_.back().push_back(cell);
+  }
+  void updateMeasurementsWithRed(float red, float green, float blue, float hr) override {
+    for (const float value : {red, green, blue, hr}) frames_.back().push_back(value);
+  }
+
+ private:
+  TestPlatform platform_;
+  VideoProcessing video_;
+  std::vector<std::vector<float>> frames_;
+};
+
+TEST_F(RecordingCommandsTest, OfAKeptRecordingAMeasurementHasAllThatTheRecordingGivesIt) {
+  const SynthOptions synthetic = options("a.mp4");
+  ASSERT_EQ(synth(synthetic).status, 0);
+  const std::string rows = folder_.write("a.csv", "time,R,G,B,hr\n0,99.5,50.5,9.5,70\n9,7,7,7,7\n");
+  for (const std::string& path : {synthetic.output, rows}) {
+    for (const char* device : {"iPhone8,1", "iPhone3,1"}) {
+      SCOPED_TRACE(path + " " + device);
+      FrameAverager averager(EmbeddedResources(), device);
+      const KeptRecording kept(*openRecording(path), averager);
+      Measurer measurer(device);
+      const auto frames = measurer.play(*openRecording(path));
+      EXPECT_THAT(frames, testing::SizeIs(testing::Ge(2U)));
+      EXPECT_EQ(measurer.play(*kept.source()), frames);
+      EXPECT_EQ(measurer.play(*kept.source()), frames);
+    }
+  }
+}
+
+TEST_F(RecordingCommandsTest, AVideoIsDecodedOnceForAllItsWindowsWhichMeasureAsItselfDoes) {
+  SynthOptions synthetic = options("a.mp4");
+  synthetic.seconds = 26;
+  ASSERT_EQ(synth(synthetic).status, 0);
+  folder_.write("a.reference.csv", "time,heartrate,spo2\n0,72,97\n");
+  const ScratchFolder elsewhere;
+  const std::string copy = elsewhere.write("a.mp4", contentsOf(synthetic.output));
+  const EmbeddedResources resources;
+  const EvaluationRequest request{
+      .folder = folder_.path(), .window = 20.5, .every = 2.7, .spo2 = true, .jobs = 1};
+  // There is nothing left to decode once the first window is measured.
+  const auto remove = [&](std::size_t, std::size_t) { std::filesystem::remove(synthetic.output); };
+  const Evaluation evaluation = evaluateFolder(request, resources, remove);
+  ASSERT_EQ(evaluation.windows.size(), 3U);
+  for (const EvaluatedWindow& window : evaluation.windows) {
+    TimedQueue queue;
+    QueueClock clock({}, queue);
+    MemoryKeyValueStore store;
+    MeasurementRun run({.start = window.start, .duration = request.window},
+                       openRecording(copy, window.start),
+                       {.queue = queue, .clock = clock, .store = store, .resources = resources});
+    const MeasurementReport own = run.run();
+    EXPECT_EQ(reportAsJson(window.report), reportAsJson(own));
+    EXPECT_TRUE(own.heartrate && own.heartrateJudgement);
+    EXPECT_EQ(window.report.heartrate, own.heartrate);
+    EXPECT_EQ(window.report.spo2, own.spo2);
+    EXPECT_EQ(window.report.heartrateJudgement->clarity, own.heartrateJudgement->clarity);
+  }
 }
 
 TEST_F(RecordingCommandsTest, WrongValuesAreNamed) {

@@ -35,6 +35,7 @@ class FrameCollector : public SampleBufferDelegate {
   void captureOutput(const FrameSample& didOutputSample) override {
     frames.push_back(didOutputSample);
   }
+  void captureOutput(const AveragedFrame&) override {}
   void captureOutput(DroppedSample) override { ++drops; }
 
   std::vector<FrameSample> frames;

@@ -170,6 +170,7 @@ TEST(FingerPainterTest, CellsDifferSoThatWholeMediansCarryThePulse) {
       sample = GridAverager().average(frame.baseAddress(), frame.width(), frame.height(), *cells);
     }
     void captureOutput(const FrameSample&) override {}
+    void captureOutput(const AveragedFrame&) override {}
     void captureOutput(DroppedSample) override {}
     const std::vector<int>* cells = nullptr;
     FrameSample sample;

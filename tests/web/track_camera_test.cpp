@@ -46,6 +46,7 @@ struct FrameCount : SampleBufferDelegate {
 
   void captureOutput(PixelBuffer&) override { ++frames; }
   void captureOutput(const FrameSample&) override {}
+  void captureOutput(const AveragedFrame&) override {}
   void captureOutput(DroppedSample) override {}
 };
 
@@ -72,8 +73,9 @@ class TrackCameraTest : public testing::Test {
     const int before = count_.frames;
     for (int i = 0; i < 30; ++i) {
       std::ranges::fill(camera_.frameBuffer(4, 4), std::uint8_t{});
-      camera_.takeFrame(i / 30.0);
+      camera_.takeFrame(second_ + i / 30.0);
     }
+    ++second_;
     return count_.frames - before;
   }
 
@@ -81,6 +83,8 @@ class TrackCameraTest : public testing::Test {
   Pending pending_;
   TrackCamera camera_{track_, pending_};
   FrameCount count_;
+  /// Of the camera's own time.
+  int second_ = 0;
 };
 
 TEST_F(TrackCameraTest, APauseLeavesTheTrackAndItsLightAndFramesComeAgain) {
@@ -99,7 +103,12 @@ TEST_F(TrackCameraTest, APauseLeavesTheTrackAndItsLightAndFramesComeAgain) {
   EXPECT_TRUE(track_.opened && track_.lit && track_.playing);
   EXPECT_EQ(framesOfASecond(), whole);
 
+  // Somebody waits for the track, which stays open: still none comes to a session without it.
+  auto other = camera_.prepare([] {});
   running->removeInput(running->inputs().front());
+  EXPECT_EQ(framesOfASecond(), 0);
+  EXPECT_TRUE(track_.opened);
+  other.reset();
   EXPECT_FALSE(track_.opened);
 }
 

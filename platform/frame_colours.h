@@ -3,7 +3,6 @@
 #include <array>
 #include <cstddef>
 #include <optional>
-#include <span>
 
 namespace veyla {
 
@@ -16,10 +15,6 @@ struct FrameCells {
   /// How far the cells' colours, red and green as parts of their sum, lie from the frame's on
   /// average: 0 for one colour everywhere, some 0.4 for a test card.
   float colourSpread = 0;
-
-  /// Of the cells' channels, 0 to 255 each.
-  static FrameCells of(std::span<const double, count> red, std::span<const double, count> green,
-                       std::span<const double, count> blue);
 };
 
 /// The colours of one frame for whoever judges the finger: beside the frame record, whose values

@@ -1,0 +1,45 @@
+#include "apps/cli/kept_recording.h"
+
+#include <utility>
+
+namespace veyla {
+
+class KeptRecording::Source : public RecordingSource {
+ public:
+  explicit Source(std::shared_ptr<const std::vector<Frame>> frames) : frames_(std::move(frames)) {}
+
+  bool advance() override {
+    if (next_ == frames_->size()) return false;
+    ++next_;
+    return true;
+  }
+  std::optional<double> nextTime() const override {
+    if (next_ == frames_->size()) return std::nullopt;
+    return (*frames_)[next_].time;
+  }
+  double time() const override { return current().time; }
+  void deliver(SampleBufferDelegate& delegate) override {
+    delegate.captureOutput(current().averaged);
+  }
+
+ private:
+  const Frame& current() const { return (*frames_)[next_ - 1]; }
+
+  std::shared_ptr<const std::vector<Frame>> frames_;
+  std::size_t next_ = 0;
+};
+
+KeptRecording::KeptRecording(RecordingSource& source, FrameAverager& averager) {
+  std::vector<Frame> frames;
+  while (source.advance()) {
+    source.deliver(averager);
+    frames.push_back({source.time(), averager.frame()});
+  }
+  frames_ = std::make_shared<const std::vector<Frame>>(std::move(frames));
+}
+
+std::unique_ptr<RecordingSource> KeptRecording::source() const {
+  return std::make_unique<Source>(frames_);
+}
+
+}  // namespace veyla
