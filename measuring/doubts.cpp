@@ -17,6 +17,8 @@ constexpr double mostAtDoubleRate = 0.6;
 constexpr double leastAtHalfRate = 0.5;
 /// Of the frames measured.
 constexpr double mostWithoutFinger = 0.2;
+/// Frames without a finger, a second's, that explain why a pulse is not clear.
+constexpr std::size_t enoughToBlur = 15;
 /// Of the estimates behind a saturation, which is the middle one of them.
 constexpr double mostDoubtfulEstimates = 0.2;
 
@@ -81,10 +83,12 @@ HeartrateJudgement judgeHeartrate(double heartrate, std::span<const float> red,
 
   HeartrateJudgement judgement;
   judgement.clarity = std::clamp(pulse.own, 0.0, 1.0);
-  if (isMore(framesWithoutFinger(coach), mostWithoutFinger, coach.frames())) {
+  const bool isUnclear = pulse.own < leastClarity;
+  const std::size_t absent = framesWithoutFinger(coach);
+  if (isMore(absent, mostWithoutFinger, coach.frames()) || (isUnclear && absent >= enoughToBlur)) {
     judgement.doubts.push_back(Doubt::noFinger);
   }
-  if (pulse.own < leastClarity) {
+  if (isUnclear) {
     const double atHalfRate = std::max(inRed.halfRate, inGreen.halfRate);
     judgement.doubts.push_back(atHalfRate > leastAtHalfRate ? Doubt::halfRate
                                                             : Doubt::unclearPulse);
