@@ -296,7 +296,7 @@ TEST_F(FfmpegSourceTest, FramesFromASecondOnAreThoseOfTheWholeToTheBit) {
       expectEndOf(all, played);
       EXPECT_LE(played.times.front(), from);
       EXPECT_EQ(played.remark, all.remark);
-      if (from > 2) continue;
+      if (from > 2 && from > all.times.back()) continue;
       EXPECT_EQ(source.decodedFrames() < whole.decodedFrames(), skips);
     }
   }
