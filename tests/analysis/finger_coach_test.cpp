@@ -101,7 +101,6 @@ TEST(FingerCoachTest, WhatIsNoFingerIsToldSoonAndNeverCalledGood) {
          return Rgb{light, 0.6 * light, 0.8 * light};
        }},
       {"red", plain({255, 0, 0})},
-      {"dark red", plain({90, 3, 3})},
       {"colour bars",
        [&](double x, double, double) {
          const double shade = noise(random);
