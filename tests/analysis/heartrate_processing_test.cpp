@@ -136,38 +136,27 @@ TEST_F(HeartrateProcessingTest, EachStepOfTheWalkIsLogged) {
                 "8192.000000, currValue: 2048.000000"}));
 }
 
-TEST_F(HeartrateProcessingTest, WhenEveryBinBelongsToThePeakTheLastOneStands) {
+TEST_F(HeartrateProcessingTest, WhenEveryBinBelongsToThePeakTheLastOneStandsAndAFlatSignalHasNone) {
   settings(1024, 101, 512);
   platform_.fft.peaks = {{80, 100}};
   EXPECT_EQ(estimate({1}).diffPercent, 100);
   EXPECT_EQ(platform_.log.lines.size(), 511U);
-}
-
-TEST_F(HeartrateProcessingTest, AFlatSignalIsNeverValid) {
   platform_.fft.peaks = {{80, 0}};
-  const auto result = estimate(std::vector<float>(1024, 100.0F));
-  EXPECT_TRUE(std::isnan(result.diffPercent));
-  EXPECT_EQ(result.max, 0);
+  EXPECT_TRUE(std::isnan(estimate({1}).diffPercent));
+  EXPECT_EQ(estimate({1}).max, 0);
 }
 
-TEST_F(HeartrateProcessingTest, IsDoneAtExactlyTheNeededCount) {
-  auto& processing = HeartrateProcessing::instance();
-  const bool expected[] = {false, false, false, true, false};
-  for (const bool done : expected) {
-    EXPECT_EQ(processing.isDone(), done);
-    Data::instance().addFourierValues({});
-  }
-}
-
-TEST_F(HeartrateProcessingTest, TheSpreadIsThatOfTheLastNeededHeartrates) {
+TEST_F(HeartrateProcessingTest, TheSpreadIsThatOfTheLastNeededHeartratesAndTheirCountIsTheEnd) {
   auto& processing = HeartrateProcessing::instance();
   EXPECT_EQ(processing.diffHeartrates(), 0);
   Data::instance().addHeartrateValue(500);
   EXPECT_TRUE(std::isnan(processing.diffHeartrates()));
-  for (const float heartrate : {60.0F, 62.0F, 64.0F}) {
-    Data::instance().addHeartrateValue(heartrate);
-  }
+  for (const float heartrate : {60.0F, 62.0F, 64.0F}) Data::instance().addHeartrateValue(heartrate);
   EXPECT_EQ(processing.diffHeartrates(), 2);
+  for (const bool done : {false, false, false, true, false}) {
+    EXPECT_EQ(processing.isDone(), done);
+    Data::instance().addFourierValues({});
+  }
 }
 
 }  // namespace

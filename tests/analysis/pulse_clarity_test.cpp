@@ -3,24 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <numbers>
 #include <random>
 #include <vector>
+
+#include "tests/support/builders.h"
 
 namespace veyla {
 namespace {
 
-/// A pulse of harmonics like a photoplethysmogram's, on a breath of 15 a minute that swings as far.
+/// With a breath.
 std::vector<float> pulse(double bpm, double seconds = 14) {
-  std::vector<float> series;
-  for (int i = 0; i < 15 * seconds; ++i) {
-    const double time = i / 15.0;
-    const double beats = 2 * std::numbers::pi * bpm / 60 * time;
-    const double value = std::sin(beats) + 0.5 * std::sin(2 * beats + 1) +
-                         1.5 * std::sin(2 * std::numbers::pi * 0.25 * time);
-    series.push_back(static_cast<float>(150 + value));
-  }
-  return series;
+  return photoplethysmogram(bpm, seconds, 1.5);
 }
 
 std::vector<float> noise(unsigned seed, std::size_t length = 210) {

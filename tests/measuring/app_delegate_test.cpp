@@ -32,7 +32,8 @@ Value settingsOf(const char* key, int value) {
 }
 
 TEST_F(AppDelegateTest, LaunchMigratesThenLoadsTextsAndSettingsThenSetsTheLooks) {
-  platform_.store.values["history"] = Value::Array{Value::Array{"at 5", "64 bpm", "98%"}};
+  platform_.store.values["history"] =
+      Value::Array{Value::Array{"at 6", "72 bpm", "97%"}, Value::Array{"at 5", "64 bpm", "98%"}};
   platform_.resources.give("Spo2Settings", settingsOf("rawDataSize", 1));
   platform_.resources.give("HeartrateSettings", settingsOf("rawDataSize", 2));
   platform_.resources.give("CameraSettings", settingsOf("focusMode", 2));
@@ -45,14 +46,19 @@ TEST_F(AppDelegateTest, LaunchMigratesThenLoadsTextsAndSettingsThenSetsTheLooks)
                           "found ya!: {iPhoneModel = iphone6s, rawDataSize = 2}",
                           "found ya!: {iPhoneModel = iphone6s, focusMode = 2}"));
   EXPECT_THAT(platform_.journal.lines(),
-              ElementsAre("store set values", "store flush", "store remove history", "store flush",
-                          "screens appearance", "screens idle timer off",
-                          "store set rating_first_use", "store set rating_uses", "store flush"));
+              ElementsAre("store set values", "store flush", "store set values", "store flush",
+                          "store remove history", "store flush", "screens appearance",
+                          "screens idle timer off", "store set rating_first_use",
+                          "store set rating_uses", "store flush"));
   EXPECT_EQ(Utils::getHeartrateSettings("rawDataSize").intValue(), 2);
   EXPECT_EQ(Utils::getSpo2Settings("rawDataSize").intValue(), 1);
   EXPECT_EQ(Utils::getCameraSettings("focusMode").intValue(), 2);
   EXPECT_FALSE(application_.activatedFromBackground());
-  EXPECT_EQ(platform_.screens.appearance->navigationBarImage, "topbar.png");
+  EXPECT_EQ(platform_.store.exclusivePieces, 2) << "the migration, and the count of uses";
+  const Color red{1, 0, 0, 1};
+  const Color grey{2.0 / 3, 2.0 / 3, 2.0 / 3, 1};
+  EXPECT_EQ(platform_.screens.appearance,
+            (Appearance{red, white, white, "topbar.png", grey, black, white, red}));
 }
 
 TEST_F(AppDelegateTest, TheMeasuringScreenIsLoadedBetweenLaunchAndActivation) {
@@ -65,7 +71,7 @@ TEST_F(AppDelegateTest, TheMeasuringScreenIsLoadedBetweenLaunchAndActivation) {
   EXPECT_TRUE(posted_.empty());
 }
 
-TEST_F(AppDelegateTest, AnInterruptionBeforeTheFirstBackgroundPostsNothing) {
+TEST_F(AppDelegateTest, EveryActivationIsPostedAfterTheFirstReturnFromTheBackground) {
   application_.applicationDidBecomeActive();
   application_.applicationWillResignActive();
   application_.applicationDidBecomeActive();
@@ -74,9 +80,6 @@ TEST_F(AppDelegateTest, AnInterruptionBeforeTheFirstBackgroundPostsNothing) {
   EXPECT_THAT(platform_.log.lines,
               ElementsAre("AppDelegate didBecomeActive", "AppDelegate willResignActive",
                           "AppDelegate didBecomeActive", "AppDelegate willTerminate"));
-}
-
-TEST_F(AppDelegateTest, AfterTheFirstReturnEveryActivationIsPosted) {
   application_.applicationDidEnterBackground();
   EXPECT_THAT(posted_, ElementsAre("didEnterBackground"));
   application_.applicationWillEnterForeground();
@@ -86,14 +89,23 @@ TEST_F(AppDelegateTest, AfterTheFirstReturnEveryActivationIsPosted) {
   EXPECT_THAT(posted_, ElementsAre("didEnterBackground", "didBecomeActive", "didBecomeActive"));
 }
 
-TEST_F(AppDelegateTest, AnOldHistoryIsMigratedAndRemovedInOnePiece) {
-  Utils::saveHeartrateOLD(64, 98, TestPlatform::start, std::nullopt);
-  Utils::saveHeartrateOLD(72, 97, TestPlatform::start, std::nullopt);
-  platform_.store.exclusivePieces = 0;
-  application_.application({});
-  EXPECT_EQ(Utils::getValues()->size(), 2U);
-  EXPECT_FALSE(Utils::getValuesOLD());
-  EXPECT_EQ(platform_.store.exclusivePieces, 2) << "the migration, and the count of uses";
+TEST(NotificationCenterTest, AHandlerMayRegisterAndRemoveAnybodyItselfIncluded) {
+  NotificationCenter center;
+  std::vector<std::string> told;
+  const int leaving = 0, removed = 0, staying = 0;
+  center.add(&leaving, "news", [&, name = std::string("a name longer than a word is")] {
+    center.remove(&leaving);
+    center.remove(&removed);
+    center.add(&staying, "news", [&] { told.push_back("late"); });
+    told.push_back(name);
+  });
+  center.add(&removed, "news", [&] { told.push_back("removed"); });
+  center.add(&staying, "news", [&] { told.push_back("staying"); });
+  center.add(&staying, "other news", [&] { told.push_back("other"); });
+  center.post("news");
+  center.post("news");
+  EXPECT_THAT(told,
+              testing::ElementsAre("a name longer than a word is", "staying", "staying", "late"));
 }
 
 }  // namespace

@@ -2,27 +2,13 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
-#include <numbers>
-#include <vector>
+#include "tests/support/builders.h"
 
 namespace veyla {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr double framesPerSecond = 15;
-
-/// A pulse with its first harmonic, 14 seconds of it.
-std::vector<float> pulse(double bpm) {
-  std::vector<float> series;
-  for (int i = 0; i < 14 * framesPerSecond; ++i) {
-    const double beats = 2 * std::numbers::pi * bpm / 60 * i / framesPerSecond;
-    series.push_back(static_cast<float>(150 + std::sin(beats) + 0.5 * std::sin(2 * beats + 1)));
-  }
-  return series;
-}
 
 FingerCoach coachThatSaw(const std::vector<float>& red, std::size_t darkFrames) {
   FingerCoach coach;
@@ -48,7 +34,7 @@ TEST(DoubtsTest, AHeartRateIsDoubtedWhereTheColoursDoNotRepeatAtItsPeriodOrAnoth
                         {72, 100, {Doubt::unclearPulse}}};
   for (const Case& each : cases) {
     SCOPED_TRACE(testing::Message() << each.told << " for " << each.truth);
-    const auto series = pulse(each.truth);
+    const auto series = photoplethysmogram(each.truth);
     // The clearer of the two channels speaks, whichever it is.
     for (const auto& judgement :
          {judgeHeartrate(each.told, series, still, coachThatSaw(series, 0)),
@@ -60,7 +46,7 @@ TEST(DoubtsTest, AHeartRateIsDoubtedWhereTheColoursDoNotRepeatAtItsPeriodOrAnoth
 }
 
 TEST(DoubtsTest, AFingerThatWasAwayForAFifthOfTheTimeIsADoubtBeforeAllOthers) {
-  const auto red = pulse(72);
+  const auto red = photoplethysmogram(72);
   EXPECT_THAT(judgeHeartrate(72, red, red, coachThatSaw(red, 40)).doubts, IsEmpty());
   EXPECT_THAT(judgeHeartrate(72, red, red, coachThatSaw(red, 60)).doubts,
               ElementsAre(Doubt::noFinger));

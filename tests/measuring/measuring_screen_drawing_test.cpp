@@ -105,30 +105,26 @@ TEST_F(MeasuringScreenDrawingTest, ShowsWhatCanBeSeenAndNothingElse) {
   EXPECT_THAT(texts(), Not(Contains("Pulse")));
 }
 
-TEST_F(MeasuringScreenDrawingTest, OpacityReachesTheShapes) {
-  views_.setOpacity(viewCenter, 0.5);
-  const RecorderCanvas canvas = drawn();
-  EXPECT_EQ(std::count_if(canvas.shapes.begin(), canvas.shapes.end(),
-                          [](const auto& shape) { return shape.alpha == 0.5; }),
-            2);
-}
-
 TEST_F(MeasuringScreenDrawingTest, CheckboxesShowTheirMarksUnlessHidden) {
-  const std::size_t marked = drawn().shapes.size();
-  const auto strokes = [&](const Color& color) {
-    const RecorderCanvas canvas = drawn();
-    return std::count_if(canvas.shapes.begin(), canvas.shapes.end(), [&](const auto& shape) {
-      return shape.isStroke() && shape.color() == color;
+  const std::size_t all = drawn().shapes.size();
+  const auto marks = [&] {
+    const auto shapes = drawn().shapes;
+    return std::count_if(shapes.begin(), shapes.end(), [](const auto& shape) {
+      return shape.isStroke() && shape.color() == white;
     });
   };
-  EXPECT_EQ(strokes(white), 2);
+  EXPECT_EQ(marks(), 2);
   views_.setImage(buttonCheckboxSpo2, "checkbox_unmarked.png");
-  EXPECT_EQ(strokes(white), 1);
-  views_.setImage(buttonCheckboxSpo2, "checkbox_marked.png");
-  EXPECT_EQ(strokes(white), 2);
-  views_.setHidden(buttonCheckboxHeartrate, true);
-  views_.setHidden(buttonCheckboxSpo2, true);
-  EXPECT_EQ(drawn().shapes.size(), marked - 4);
+  EXPECT_EQ(marks(), 1);
+  for (const Element box : {buttonCheckboxHeartrate, buttonCheckboxSpo2}) {
+    views_.setHidden(box, true);
+  }
+  EXPECT_EQ(drawn().shapes.size(), all - 4);
+  views_.setOpacity(viewCenter, 0.5);
+  const auto shapes = drawn().shapes;
+  EXPECT_EQ(std::count_if(shapes.begin(), shapes.end(),
+                          [](const auto& shape) { return shape.alpha == 0.5; }),
+            2);
 }
 
 TEST_F(MeasuringScreenDrawingTest, ACaptionIsRedWhileItShimmersAndLongLinesShrink) {

@@ -18,18 +18,15 @@ using testing::ElementsAre;
 TEST(UsageUtilsTest, EachCounterIsItsOwnAndDurableAtOnce) {
   TestPlatform platform;
   EXPECT_EQ(UsageUtils::total_lowsig(), 0);
-  UsageUtils::setTotal_finished(1);
-  UsageUtils::setTotal_finished_percent(2);
-  UsageUtils::setTotal_hr_low(3);
-  UsageUtils::setTotal_hr_low_percent(4);
-  UsageUtils::setTotal_lowsig(-5);
-  UsageUtils::setTotal_lowsig_percent(std::numeric_limits<std::int64_t>::max());
-  EXPECT_EQ(UsageUtils::total_finished(), 1);
-  EXPECT_EQ(UsageUtils::total_finished_percent(), 2);
-  EXPECT_EQ(UsageUtils::total_hr_low(), 3);
-  EXPECT_EQ(UsageUtils::total_hr_low_percent(), 4);
-  EXPECT_EQ(UsageUtils::total_lowsig(), -5);
-  EXPECT_EQ(UsageUtils::total_lowsig_percent(), std::numeric_limits<std::int64_t>::max());
+  const std::array setters{&UsageUtils::setTotal_finished, &UsageUtils::setTotal_finished_percent,
+                           &UsageUtils::setTotal_hr_low,   &UsageUtils::setTotal_hr_low_percent,
+                           &UsageUtils::setTotal_lowsig,   &UsageUtils::setTotal_lowsig_percent};
+  const std::array getters{&UsageUtils::total_finished, &UsageUtils::total_finished_percent,
+                           &UsageUtils::total_hr_low,   &UsageUtils::total_hr_low_percent,
+                           &UsageUtils::total_lowsig,   &UsageUtils::total_lowsig_percent};
+  const std::int64_t values[] = {1, 2, 3, 4, -5, std::numeric_limits<std::int64_t>::max()};
+  for (std::size_t i = 0; i < setters.size(); ++i) setters[i](values[i]);
+  for (std::size_t i = 0; i < getters.size(); ++i) EXPECT_EQ(getters[i](), values[i]) << i;
   EXPECT_THAT(platform.journal.of("store"),
               ElementsAre("set total_finished", "flush", "set total_finished_percent", "flush",
                           "set total_hr_low", "flush", "set total_hr_low_percent", "flush",

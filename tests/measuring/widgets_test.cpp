@@ -7,7 +7,6 @@
 namespace veyla {
 namespace {
 
-using testing::DoubleNear;
 using testing::ElementsAre;
 
 constexpr double side = 200;
@@ -45,14 +44,13 @@ class WidgetsTest : public testing::Test {
     return canvas;
   }
   /// Of the first shape without arcs that is filled: the needle, whose tip comes first.
-  static Polar needleTip(const RecorderCanvas& canvas) {
-    for (const auto& shape : canvas.shapes) {
-      if (!shape.isStroke() && shape.arcs.empty()) return Polar(shape.points.front());
-    }
-    ADD_FAILURE() << "no needle";
-    return Polar({});
+  double needleDegrees() const {
+    const auto shapes = drawnGauge().shapes;
+    const auto needle = std::find_if(shapes.begin(), shapes.end(), [](const auto& shape) {
+      return !shape.isStroke() && shape.arcs.empty();
+    });
+    return needle == shapes.end() ? std::nan("") : Polar(needle->points.front()).degrees;
   }
-  double needleDegrees() const { return needleTip(drawnGauge()).degrees; }
 
   TestPlatform platform_;
   WMGaugeView gauge_;
@@ -73,26 +71,20 @@ TEST_F(WidgetsTest, TheNeedleSweepsThe220DegreesOfItsRange) {
   EXPECT_EQ(gauge_.value(), 50);
 }
 
-TEST_F(WidgetsTest, TheScalePrintsItsValuesUprightAtTicksOf22Degrees) {
-  const RecorderCanvas canvas = drawnGauge();
+TEST_F(WidgetsTest, TheScalePrintsItsValuesAtTicksOf22Degrees) {
   std::vector<std::string> printed;
-  for (const auto& text : canvas.texts) {
+  for (const auto& text : drawnGauge().texts) {
     EXPECT_NEAR(Polar({text.at.x, text.at.y - 0.7 * 11 / 2}).degrees,
                 -110 + 22 * static_cast<double>(printed.size()), 1e-3);
-    EXPECT_NEAR(text.font.size, 0.055 * side, 1e-4);
-    EXPECT_EQ(text.font.name, "HelveticaNeue-Light");
     printed.push_back(text.text);
   }
   EXPECT_THAT(printed,
               ElementsAre("50", "55", "60", "65", "70", "75", "80", "85", "90", "95", "100"));
   int ticks = 0;
-  for (const auto& shape : canvas.shapes) {
+  for (const auto& shape : drawnGauge().shapes) {
     if (!shape.isStroke() || !shape.arcs.empty()) continue;
-    const Polar outer(shape.points[0]);
-    const Polar inner(shape.points[1]);
-    EXPECT_NEAR(outer.degrees, -110 + 22 * ticks++, 1e-3);
-    EXPECT_NEAR(outer.distance - inner.distance, 0.05 * side, 1e-4);
-    EXPECT_NEAR(std::get<Stroke>(shape.with).width, 0.005 * side, 1e-4);
+    EXPECT_NEAR(Polar(shape.points[0]).degrees, -110 + 22 * ticks++, 1e-3);
+    EXPECT_NEAR(Polar(shape.points[0]).distance - Polar(shape.points[1]).distance, 10, 1e-4);
   }
   EXPECT_EQ(ticks, 11);
 
@@ -103,9 +95,8 @@ TEST_F(WidgetsTest, TheScalePrintsItsValuesUprightAtTicksOf22Degrees) {
   EXPECT_EQ(gauge_.scaleRotation(), 250);
   EXPECT_EQ(gauge_.valueAtTick(3), 94.5F);
   EXPECT_NEAR(gauge_.subdivisionAngle(), (290 - 70.9) / 14, 1e-4);
-  const RecorderCanvas saturation = drawnGauge();
-  EXPECT_EQ(saturation.texts.size(), 8U);
-  EXPECT_EQ(saturation.texts.back().text, "100");
+  EXPECT_EQ(drawnGauge().texts.size(), 8U);
+  EXPECT_EQ(drawnGauge().texts.back().text, "100");
 }
 
 TEST_F(WidgetsTest, WhatSettingsSwitchOffIsNotDrawn) {
@@ -154,46 +145,44 @@ TEST_F(WidgetsTest, AnAnimatedNeedleTakesEightTenthsOfASecondFromWhereItIs) {
 }
 
 TEST_F(WidgetsTest, TheRingIsABandFromTheTopAroundADisc) {
-  ring_.setProgress(0.25F, false);
-  const RecorderCanvas canvas = drawnRing();
-  ASSERT_EQ(canvas.shapes.size(), 3U);
-  const double starts[] = {270, 360};
-  const double ends[] = {360, 630};
-  const Color colors[] = {{200.0 / 255, 2.0 / 255, 0, 1}, {0, 0, 0, 0.2}};
-  for (std::size_t i = 0; i < 2; ++i) {
-    const auto& band = canvas.shapes[i];
-    ASSERT_EQ(band.arcs.size(), 2U);
-    EXPECT_EQ(band.arcs[0].center, (Point{30, 40}));
-    EXPECT_EQ(band.arcs[0].radius, 30);
-    EXPECT_EQ(band.arcs[1].radius, 25);
-    EXPECT_TRUE(band.arcs[1].negative);
-    EXPECT_NEAR(band.arcs[0].from, starts[i] * degree, 1e-6);
-    EXPECT_NEAR(band.arcs[0].to, ends[i] * degree, 1e-6);
-    EXPECT_NEAR(band.arcs[1].from, ends[i] * degree, 1e-6);
-    EXPECT_NEAR(band.arcs[1].to, starts[i] * degree, 1e-6);
-    EXPECT_EQ(band.color(), colors[i]);
-  }
-  EXPECT_EQ(canvas.shapes[2].arcs[0].radius, 24);
-  EXPECT_EQ(canvas.shapes[2].color(), colors[0]);
-  EXPECT_TRUE(canvas.texts.empty());
-  ring_.hintTextGenerationBlock = [](float progress) {
-    return std::to_string(progress).substr(0, 4);
+  const Color progressed{200.0 / 255, 2.0 / 255, 0, 1};
+  const Color track{0, 0, 0, 0.2};
+  struct Case {
+    float progress;
+    std::vector<std::pair<double, Color>> bands;  // where each ends, in degrees, and its colour
   };
-  ASSERT_NE(drawnRing().find("0.25"), nullptr);
-  EXPECT_EQ(drawnRing().find("0.25")->at.x, 30);
-  EXPECT_EQ(drawnRing({8, 8}).shapes.size(), 2U) << "no room for a disc";
-}
-
-TEST_F(WidgetsTest, ProgressOutsideItsRangeIsAFullOrAnEmptyRing) {
-  const std::pair<float, Color> cases[] = {
-      {1.4F, accentRed}, {-0.2F, {0, 0, 0, 0.2}}, {std::nanf(""), {0, 0, 0, 0.2}}};
-  for (const auto& [progress, color] : cases) {
+  const Case cases[] = {{0.25F, {{360, progressed}, {630, track}}},
+                        {1.4F, {{630, progressed}}},
+                        {-0.2F, {{630, track}}},
+                        {std::nanf(""), {{630, track}}}};
+  for (const auto& [progress, bands] : cases) {
     ring_.setProgress(progress, false);
     const RecorderCanvas canvas = drawnRing();
-    ASSERT_EQ(canvas.shapes.size(), 2U) << progress;
-    EXPECT_EQ(canvas.shapes[0].color(), color);
-    EXPECT_NEAR(canvas.shapes[0].arcs[0].to - canvas.shapes[0].arcs[0].from, 360 * degree, 1e-6);
+    ASSERT_EQ(canvas.shapes.size(), bands.size() + 1) << progress;
+    double start = 270;
+    for (std::size_t i = 0; i < bands.size(); ++i) {
+      const auto& band = canvas.shapes[i];
+      const auto& [end, color] = bands[i];
+      EXPECT_EQ(band.arcs[0].center, (Point{30, 40}));
+      EXPECT_EQ(band.arcs[0].radius, 30);
+      EXPECT_EQ(band.arcs[1].radius, 25);
+      EXPECT_TRUE(band.arcs[1].negative);
+      EXPECT_NEAR(band.arcs[0].from, start * degree, 1e-6);
+      EXPECT_NEAR(band.arcs[0].to, end * degree, 1e-6);
+      EXPECT_NEAR(band.arcs[1].from, end * degree, 1e-6);
+      EXPECT_NEAR(band.arcs[1].to, start * degree, 1e-6);
+      EXPECT_EQ(band.color(), color);
+      start = end;
+    }
+    EXPECT_EQ(canvas.shapes.back().arcs[0].radius, 24);
+    EXPECT_EQ(canvas.shapes.back().color(), progressed);
+    EXPECT_TRUE(canvas.texts.empty());
   }
+  ring_.hintTextGenerationBlock = [](float) { return "hint"; };
+  ASSERT_NE(drawnRing().find("hint"), nullptr);
+  EXPECT_EQ(drawnRing().find("hint")->at.x, 30);
+  EXPECT_EQ(drawnRing({12, 12}).shapes.size(), 1U) << "no room for a disc";
+  EXPECT_EQ(drawnRing({13, 13}).shapes.size(), 2U) << "half a point of one";
 }
 
 TEST_F(WidgetsTest, AnAnimatedRingGoesByHundredthsOfASecondAndEndsExactly) {
@@ -202,11 +191,10 @@ TEST_F(WidgetsTest, AnAnimatedRingGoesByHundredthsOfASecondAndEndsExactly) {
   for (const float target : {1.0F, 0.3F}) {
     const float from = ring_.progress();
     ring_.setProgress(target, true);
-    EXPECT_EQ(ring_.progress(), from);
-    platform_.time.runFor(0.0101);
-    EXPECT_FLOAT_EQ(ring_.progress(), from + (target - from) * 0.05F);
-    platform_.time.runFor(0.1);
-    EXPECT_NEAR(ring_.progress(), from + (target - from) * 0.55F, 1e-5);
+    for (const auto& [seconds, share] : {std::pair{0.0, 0.0F}, {0.0101, 0.05F}, {0.1, 0.55F}}) {
+      platform_.time.runFor(seconds);
+      EXPECT_NEAR(ring_.progress(), from + (target - from) * share, 1e-5);
+    }
     platform_.time.runFor(0.1);
     EXPECT_EQ(ring_.progress(), target);
   }
@@ -227,10 +215,10 @@ TEST_F(WidgetsTest, AnAnimatedRingGoesByHundredthsOfASecondAndEndsExactly) {
   for (int hundredth = 1; hundredth < 100; ++hundredth) {
     const float target = static_cast<float>(hundredth) / 100;
     ring_.setProgress(0, false);
-    ring_.setProgress(target, true);
-    platform_.time.runFor(0.2001);
-    ring_.setProgress(target, true);
-    platform_.time.runFor(1);
+    for (const double seconds : {0.2001, 1.0}) {
+      ring_.setProgress(target, true);
+      platform_.time.runFor(seconds);
+    }
     EXPECT_EQ(ring_.progress(), target);
     redraws_ = 0;
     platform_.time.runFor(1);

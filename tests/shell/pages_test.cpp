@@ -6,6 +6,7 @@
 #include "platform/linux/resource_files.h"
 #include "platform/portable/json.h"
 #include "shell/alerts.h"
+#include "shell/faq.h"
 #include "shell/product.h"
 #include "shell/release_notes.h"
 #include "tests/support/test_platform.h"
@@ -76,6 +77,22 @@ TEST_F(PagesTest, ThePopupTellsWhatThisVersionBrought) {
   platform_.device.version = "1.0.1";
   Utils::showReleaseNotesPopup();
   EXPECT_EQ(platform_.alerts.shown.back().subtitle, "Small improvements.");
+}
+
+TEST(FaqTest, WholeEntriesAreLoadedInTheirOrderAndReplaceThoseBefore) {
+  TestPlatform platform;
+  platform.resources.give(
+      "Faq",
+      Value::Dictionary{
+          {"results", Value::Array{Value::Dictionary{{"question", "B?"}, {"answer", "b"}},
+                                   Value::Dictionary{{"question", "no answer"}},
+                                   Value::Dictionary{{"question", "A?"}, {"answer", "a"}}}}});
+  Utils::loadLocalFaqs();
+  Utils::loadLocalFaqs();
+  EXPECT_THAT(Utils::faqs(), ElementsAre(FaqEntry{"B?", "b"}, FaqEntry{"A?", "a"}));
+  platform.resources.files["Faq.json"] = "no JSON";
+  Utils::loadLocalFaqs();
+  EXPECT_THAT(Utils::faqs(), IsEmpty());
 }
 
 }  // namespace

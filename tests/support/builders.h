@@ -31,6 +31,19 @@ inline std::vector<float> wave(double periods, std::size_t length = 1024, double
   return samples;
 }
 
+/// A pulse with its first harmonic like a photoplethysmogram's, at 15 frames a second, on a breath
+/// of 15 a minute that swings as far as `breath`.
+inline std::vector<float> photoplethysmogram(double bpm, double seconds = 14, double breath = 0) {
+  std::vector<float> series;
+  for (int i = 0; i < 15 * seconds; ++i) {
+    const double beats = 2 * std::numbers::pi * bpm / 60 * i / 15;
+    const double breaths = 2 * std::numbers::pi * 0.25 * i / 15;
+    series.push_back(static_cast<float>(150 + std::sin(beats) + 0.5 * std::sin(2 * beats + 1) +
+                                        breath * std::sin(breaths)));
+  }
+  return series;
+}
+
 inline void addPulse(const std::vector<float>& samples) {
   for (const float sample : samples) Data::instance().addHRValue(sample);
 }

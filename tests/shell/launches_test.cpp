@@ -1,7 +1,7 @@
-#include "shell/rating_prompt.h"
-
 #include <gtest/gtest.h>
 
+#include "shell/launch_history.h"
+#include "shell/rating_prompt.h"
 #include "tests/support/test_platform.h"
 
 namespace veyla {
@@ -22,10 +22,10 @@ class RatingPromptTest : public testing::Test {
 };
 
 TEST_F(RatingPromptTest, AsksOnceWhenDaysUsesAndEventsHaveAllBeenReached) {
-  log(3, 3);
+  log(3, 2);
   platform_.time.runFor(86399);
-  log(1, 1);
-  EXPECT_EQ(asked(), 0U);
+  log(0, 1);
+  EXPECT_EQ(asked(), 0U) << "too early";
   platform_.time.runFor(1);
   log(0, 1);
   EXPECT_EQ(asked(), 1U);
@@ -50,6 +50,25 @@ TEST_F(RatingPromptTest, CountsAcrossLaunches) {
   RatingPrompt::instance().configure(1, 3, 3);
   RatingPrompt::instance().logSignificantEvent();
   EXPECT_EQ(later.journal.of("screens").size(), 1U);
+}
+
+TEST(LaunchHistoryTest, TheFirstLaunchIsNoUpdateAndRecordsItsVersion) {
+  TestPlatform platform;
+  EXPECT_TRUE(Utils::isAppOnFirstLaunch());
+  EXPECT_FALSE(Utils::isAppVersionUpdated());
+  EXPECT_TRUE(Utils::isAppOnFirstLaunch()) << "the answer holds for the whole launch";
+  EXPECT_EQ(platform.journal.of("store").back(), "flush");
+
+  TestPlatform second;
+  second.store.values = platform.store.values;
+  EXPECT_FALSE(Utils::isAppOnFirstLaunch());
+  EXPECT_FALSE(Utils::isAppVersionUpdated());
+
+  TestPlatform updated;
+  updated.store.values = second.store.values;
+  updated.device.version = "1.1.0";
+  EXPECT_FALSE(Utils::isAppOnFirstLaunch());
+  EXPECT_TRUE(Utils::isAppVersionUpdated());
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
-#include "analysis/vector_utils.h"
-
 #include <gmock/gmock.h>
 
 #include <cmath>
+
+#include "analysis/linear_regression.h"
+#include "analysis/vector_utils.h"
 
 namespace veyla {
 namespace {
@@ -13,14 +14,10 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Series = std::vector<double>;
 
-TEST(VectorUtilsTest, TheMedianIsTheUpperOneAndNeverAnAverage) {
+TEST(VectorUtilsTest, TheMedianIsTheUpperOneAndNeverAnAverageOfBytesToo) {
   EXPECT_EQ(VectorUtils::medianOf(Series{3, 1, 2, 4}), 3);
-  EXPECT_EQ(VectorUtils::medianOf(Series{2, 9}), 9);
   EXPECT_EQ(VectorUtils::medianOf(Series{5}), 5);
   EXPECT_EQ(VectorUtils::medianOf(Series{9, 1, 5}), 5);
-}
-
-TEST(VectorUtilsTest, TheMedianOfBytesIsTheElementThatASortWouldFind) {
   std::vector<std::uint8_t> bytes;
   std::uint32_t random = 1;
   for (std::size_t size = 1; size <= 600; ++size) {
@@ -37,12 +34,9 @@ TEST(VectorUtilsTest, TheDeviationIsThatOfASample) {
   EXPECT_TRUE(std::isnan(*VectorUtils::standardDeviationOf(Series{7})));
 }
 
-TEST(VectorUtilsTest, ExtremesAreSinglePrecisionValues) {
+TEST(VectorUtilsTest, TheTailKeepsItsOrderAndExtremesAreSinglePrecisionValues) {
   EXPECT_EQ(VectorUtils::maxOf(Series{-3, -1.1, -2}), -1.1F);
   EXPECT_EQ(VectorUtils::minOf(Series{0.1, 3}), 0.1F);
-}
-
-TEST(VectorUtilsTest, TheTailKeepsItsOrderAndIsNeverLongerThanTheSeries) {
   const Series series{1, 2, 3};
   EXPECT_THAT(VectorUtils::lastObjectsOf(series, 2), ElementsAre(2, 3));
   EXPECT_THAT(VectorUtils::lastObjectsOf(series, 10), ElementsAre(1, 2, 3));
@@ -58,6 +52,44 @@ TEST(VectorUtilsTest, DetrendingRemovesTheLineAndKeepsTheLevelOnRequest) {
   // The line is fitted to the doubles, the samples are read in single precision.
   const double sample = 16777217;
   EXPECT_THAT(VectorUtils::detrend(Series{sample, sample}, true), Each(-1));
+}
+
+using testing::SizeIs;
+
+const std::vector<DataItem> rising{{3, 6}, {1, 2}, {2, 4}};
+
+TEST(LinearRegressionTest, TheInterceptTakesTheFittersOwnSlope) {
+  LinearRegression fitter;
+  const RegressionResult fit = fitter.calculateRegression(rising);
+  EXPECT_EQ(fit.slope, 2);
+  EXPECT_DOUBLE_EQ(fit.correlation, 1);
+  EXPECT_EQ(fit.intercept, 4) << "the mean of y";
+  EXPECT_EQ(fitter.slope(), 0);
+  EXPECT_EQ(fitter.sumXY(), 28);
+  EXPECT_EQ(fitter.sumX2(), 14);
+  EXPECT_EQ(fitter.sumY2(), 56);
+
+  fitter.setSlope(2);
+  EXPECT_EQ(fitter.calculateRegression(rising).intercept, 0);
+  EXPECT_EQ(fitter.sumX(), 6) << "each fit begins its sums anew";
+  EXPECT_NEAR(fitter.calculateRegression(std::vector<DataItem>{{0, 1}, {1, 0}, {2, 2}}).correlation,
+              0.5, 1e-12);
+}
+
+TEST(LinearRegressionTest, TheWorkingListIsFittedAndOtherwiseLeftAlone) {
+  LinearRegression fitter;
+  for (const DataItem& point : rising) fitter.addDataObject(point);
+  const auto copy = fitter.getArray();
+  EXPECT_EQ(fitter.calculate().slope, 2);
+  EXPECT_EQ(fitter.workingArray().front().xValue, 3) << "sorting is the fit's own";
+  fitter.calculateRegression(std::vector<DataItem>{{0, 0}});
+  fitter.addDataObject({4, 8});
+  EXPECT_THAT(copy, SizeIs(3));
+  EXPECT_THAT(fitter.getArray(), SizeIs(4));
+  fitter.clear();
+  const RegressionResult nothing = fitter.calculate();
+  EXPECT_TRUE(std::isnan(nothing.slope) && std::isnan(nothing.intercept) &&
+              std::isnan(nothing.correlation));
 }
 
 }  // namespace
