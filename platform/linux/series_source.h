@@ -80,14 +80,12 @@ class SeriesSource : public RecordingSource {
   void deliver(SampleBufferDelegate& delegate) override;
   std::string remark() const override;
 
-  /// Rows of the series.
-  std::size_t size() const { return size_; }
-
  private:
   double secondsOf(const SeriesRow& row) const { return (row.time - firstTime_) / 1000; }
 
   std::string path_;
   SeriesReader reader_;
+  /// In rows.
   std::size_t size_ = 0;
   bool cutOff_ = false;
   double firstTime_ = 0;

@@ -20,7 +20,6 @@
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/queue_clock.h"
 #include "platform/linux/resource_files.h"
-#include "platform/linux/series_source.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/linux/video_writer.h"
 #include "platform/portable/json.h"
@@ -133,24 +132,6 @@ TEST_F(RecordingCommandsTest, EveryKindOfVideoKeepsMeansTimesAndCount) {
     EXPECT_NEAR(red, 0, 0.33);
     EXPECT_NEAR(green, 0, 0.33);
   }
-}
-
-TEST_F(RecordingCommandsTest, ARecordedSeriesComesBackOutOfItsVideo) {
-  std::string recorded = recordedSeries("resting-01.csv");
-  if (recorded.empty()) GTEST_SKIP() << "no recorded series here";
-  SynthOptions drawn = options("drawn.mp4");
-  drawn.from = recorded;
-  drawn.seconds = 5;
-  ASSERT_EQ(synth(drawn).status, 0);
-  const auto played = read(drawn.output);
-  ASSERT_EQ(played.frames.size(), 150U);
-  ColourTrack track(recorded);
-  double worst = 0;
-  for (std::size_t i = 0; i < played.frames.size(); ++i) {
-    const ChannelMeans excess = excessOf(played.frames[i], track.at(played.times[i]));
-    worst = std::max({worst, std::abs(excess.red), std::abs(excess.green), std::abs(excess.blue)});
-  }
-  EXPECT_LT(worst, 0.7);
 }
 
 TEST_F(RecordingCommandsTest, ASeriesIsDrawnAtItsOwnLengthAndWrittenAsASeries) {
@@ -268,8 +249,7 @@ TEST_F(RecordingCommandsTest, OfAKeptRecordingAMeasurementHasAllThatTheRecording
       Measurer measurer(device);
       const auto frames = measurer.play(*openRecording(path));
       EXPECT_THAT(frames, testing::SizeIs(testing::Ge(2U)));
-      EXPECT_EQ(measurer.play(*kept.source()), frames);
-      EXPECT_EQ(measurer.play(*kept.source()), frames);
+      for (int again = 0; again < 2; ++again) EXPECT_EQ(measurer.play(*kept.source()), frames);
     }
   }
 }
@@ -297,10 +277,9 @@ TEST_F(RecordingCommandsTest, AVideoIsDecodedOnceForAllItsWindowsWhichMeasureAsI
                        {.queue = queue, .clock = clock, .store = store, .resources = resources});
     const MeasurementReport own = run.run();
     EXPECT_EQ(reportAsJson(window.report), reportAsJson(own));
-    EXPECT_TRUE(own.heartrate && own.heartrateJudgement);
+    EXPECT_TRUE(own.heartrate);
     EXPECT_EQ(window.report.heartrate, own.heartrate);
     EXPECT_EQ(window.report.spo2, own.spo2);
-    EXPECT_EQ(window.report.heartrateJudgement->clarity, own.heartrateJudgement->clarity);
   }
 }
 

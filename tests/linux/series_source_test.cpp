@@ -111,15 +111,5 @@ TEST_F(SeriesSourceTest, LinesMayLieAnywhereAcrossTheBuffer) {
   }
 }
 
-TEST_F(SeriesSourceTest, RecordedSeriesReadToTheirEnd) {
-  const std::string path = recordedSeries("resting-01.csv");
-  if (path.empty()) GTEST_SKIP() << "no recorded series here";
-  SeriesSource source(path);
-  const auto played = play(source);
-  EXPECT_EQ(played.frames.size(), source.size());
-  EXPECT_GT(played.times.back(), 60);
-  EXPECT_THAT(played.remark, IsEmpty());
-}
-
 }  // namespace
 }  // namespace veyla

@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "acquisition/frame_averaging.h"
+#include "apps/cli/command_device.h"
+#include "apps/cli/frame_averager.h"
+#include "platform/linux/resource_files.h"
 #include "tests/linux/recordings.h"
 
 namespace veyla {
@@ -164,26 +166,15 @@ TEST(FingerPainterTest, CellsDifferSoThatWholeMediansCarryThePulse) {
   FingerOptions options;
   const SyntheticFinger finger(options);
   SyntheticSource source(options, 20, 15);
-  const std::vector<int> cells{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-  struct : SampleBufferDelegate {
-    void captureOutput(PixelBuffer& frame) override {
-      sample = GridAverager().average(frame.baseAddress(), frame.width(), frame.height(), *cells);
-    }
-    void captureOutput(const FrameSample&) override {}
-    void captureOutput(const AveragedFrame&) override {}
-    void captureOutput(DroppedSample) override {}
-    const std::vector<int>* cells = nullptr;
-    FrameSample sample;
-  } averages;
-  averages.cells = &cells;
+  FrameAverager averager(EmbeddedResources(), defaultDevice);
   double error = 0;
   double offset = 0;
   int count = 0;
   std::vector<double> drawn;
   std::vector<double> asked;
   while (source.advance()) {
-    source.deliver(averages);
-    drawn.push_back(static_cast<double>(averages.sample.red));
+    source.deliver(averager);
+    drawn.push_back(static_cast<double>(averager.frame().record.red));
     asked.push_back(finger.at(source.time()).red);
     offset += drawn.back() - asked.back();
     ++count;
