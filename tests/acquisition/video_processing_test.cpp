@@ -182,7 +182,7 @@ TEST_F(VideoProcessingTest, GridCellsAreReadFromTheSettingsAtEachFrameWhateverTh
 TEST_F(VideoProcessingTest, OneProfileAveragesTheWholeFrameAndSkipsOneThatCannotBeLocked) {
   platform_.device.model = "iPhone3,1";
   video_.startRecording();
-  TestFrame frame(192, 144, {10, 200, 100});
+  TestFrame frame(192, 144, {10, 200, 100}, 64);
   video_.captureOutput(frame);
   EXPECT_THAT(delegate_.frames, ElementsAre(FrameSample{100, 148, 10, 148}));
   EXPECT_EQ(frame.unlocks, 0);
@@ -216,6 +216,12 @@ TEST_F(VideoProcessingTest, TheDumpTellsTheCamerasStateOnEveryFifteenthFrame) {
                           "-------------CAN NOT CHANGE---", "isAdjustingWhiteBalance: 1",
                           "isAdjustingFocus: 0", "isAdjustingExposure: 1", "torchLevel: 0.500000",
                           "-----------------------------------------"));
+  platform_.log.lines.clear();
+  platform_.journal.clear();
+  video_.setCounter(0);
+  video_.avCaptureSettings();
+  EXPECT_EQ(platform_.log.lines.size(), 31U);
+  EXPECT_THAT(platform_.journal.lines(), ElementsAre("device lock", "device unlock"));
 }
 
 }  // namespace

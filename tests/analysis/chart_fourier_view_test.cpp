@@ -68,6 +68,7 @@ TEST(ChartFourierViewTest, DrawsItsPointsBetweenTheirExtremesTheFirstFiveLower) 
 
 TEST(ChartFourierViewTest, DrawsNothingOfFewPointsOrAFlatCurve) {
   EXPECT_TRUE(drawn({1, 2, 3, 4, 5, 6, 7, 8, 9}, 110).empty());
+  EXPECT_EQ(drawn({5, 5, 5, 5, 5, 5, 5, 5, 5, 6}, 110).size(), 1U) << "a range of 1 is a curve";
   EXPECT_TRUE(drawn(std::vector<float>(90, 5.0F), 110).empty());
   EXPECT_TRUE(drawn({5.1F, 5.9F, 5, 5, 5, 5, 5, 5, 5, 5}, 110).empty());
 }

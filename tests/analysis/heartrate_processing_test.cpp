@@ -96,11 +96,17 @@ TEST_F(HeartrateProcessingTest, TheSmallestMagnitudeIsCappedAndTheBinsEndWithThe
 }
 
 TEST_F(HeartrateProcessingTest, OnlyTheLastSamplesCountAndAShortWindowIsPadded) {
+  // A level that rises is no pulse, and what a longer window held is gone.
+  auto rising = wave(80);
+  for (std::size_t i = 0; i < rising.size(); ++i) rising[i] += 50 * static_cast<float>(i);
+  EXPECT_GT(estimate(rising).diffPercent, 99);
+
   settings(256, 50, 5);
   std::vector<float> pulse(500, 200.0F);
   const auto newest = wave(20, 256);
   pulse.insert(pulse.end(), newest.begin(), newest.end());
   const auto alone = estimate(newest);
+  EXPECT_LT(alone.max, 1.1F * 1280 * 4096) << "a quarter of the long one's";
   const auto after = estimate(pulse);
   EXPECT_EQ(alone.index, 80) << "20 periods of 256 samples are 80 of 1024";
   EXPECT_EQ(after.max, alone.max);

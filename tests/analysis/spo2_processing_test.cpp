@@ -75,20 +75,23 @@ TEST(Spo2ProcessingTest, TheOldAlgorithmComparesRedWithBlueAndHelpsTwoDevicesOut
   EXPECT_EQ(Spo2Processing::instance().calculateSpo2({}), 0);
 }
 
-TEST(Spo2ProcessingTest, TheOldWindowIsNinetyFramesAndLongerOnTwoDevices) {
-  const auto spo2WithOutlierAt = [](const char* hardware, int framesBack) {
+TEST(Spo2ProcessingTest, TheOldWindowsAreNinetyFramesAndLongerOnTwoDevices) {
+  const auto spo2WithOutlierAt = [](const char* hardware, int framesBack, bool inRed) {
     TestPlatform platform(hardware);
     for (int i = 200; i > 0; --i) {
       const bool high = i % 2 == 0;
-      Data::instance().addRedValue(i == framesBack ? 200 : high ? 110 : 100);
-      Data::instance().addBlueValue(high ? 60 : 50);
+      Data::instance().addRedValue(inRed && i == framesBack ? 200 : high ? 110 : 100);
+      Data::instance().addBlueValue(!inRed && i == framesBack ? 250 : high ? 60 : 50);
     }
     return Spo2Processing::instance().calculateSpo2({});
   };
-  EXPECT_EQ(spo2WithOutlierAt(otherPhone, 91), 50);
-  EXPECT_EQ(spo2WithOutlierAt(otherPhone, 90), -400);
-  EXPECT_EQ(spo2WithOutlierAt(iphone4, 151), 50);
-  EXPECT_EQ(spo2WithOutlierAt(iphone4s, 150), -400);
+  for (const bool inRed : {true, false}) {
+    const float within = inRed ? -400 : 97.5F;
+    EXPECT_FLOAT_EQ(spo2WithOutlierAt(otherPhone, 91, inRed), 50);
+    EXPECT_FLOAT_EQ(spo2WithOutlierAt(otherPhone, 90, inRed), within);
+    EXPECT_FLOAT_EQ(spo2WithOutlierAt(iphone4, 151, inRed), 50);
+    EXPECT_FLOAT_EQ(spo2WithOutlierAt(iphone4s, 150, inRed), within);
+  }
 }
 
 TEST(Spo2ProcessingTest, TheNewAlgorithmSetsGreenBeyondRedAgainstTheBlueMinimum) {

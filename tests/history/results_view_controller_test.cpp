@@ -211,8 +211,10 @@ TEST_F(ResultsViewControllerTest, ASwipeOffersToDeleteInRed) {
 
 TEST_F(ResultsViewControllerTest, TheTrashDeletesTheSelectedRowsAndEndsEditing) {
   loadThree();
+  screen_.didSelectRow(1, list);
   edit({2, 0});
   screen_.clickTrash();
+  EXPECT_EQ(screen_.resultsCurrentSelectedRow(), -1);
   ASSERT_THAT(*Utils::getValues(), SizeIs(1));
   EXPECT_EQ(Utils::getValues()->front().spo2, 97.4);
   EXPECT_THAT(platform_.log.lines, ElementsAre("click trash", "setEditing 0"));

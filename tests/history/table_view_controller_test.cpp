@@ -164,7 +164,11 @@ TEST_F(TableViewControllerTest, TheDialogAsksForAnAddress) {
 }
 
 TEST_F(TableViewControllerTest, AnAddressIsStoredAsTypedButForBlanksAroundIt) {
-  type(" \u3000Some.One+Tag@Example.ORG\u00a0\t");
+  // All of Unicode's.
+  const std::string blanks =
+      " \t\n\v\f\r\u0085\u00a0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009"
+      "\u200a\u2028\u2029\u202f\u205f\u3000";
+  type(blanks + "Some.One+Tag@Example.ORG" + blanks);
   tap("Save");
   EXPECT_EQ(Utils::getEmail(), "Some.One+Tag@Example.ORG");
   EXPECT_FALSE(alerts_.isShowing(id_));

@@ -406,8 +406,18 @@ TEST(MeasuringScreenLifeTest, LoadingSetsGaugesRingsAndFontsUp) {
   EXPECT_EQ(rig.screen.gaugeSpo2().scaleDivisions, 7);
   EXPECT_EQ(rig.screen.circleprogressHeartrate().hintTextGenerationBlock(0.5F), "");
   EXPECT_EQ(rig.screen.circleprogressSpo2().startAngle, 270);
-  EXPECT_TRUE(rig.screen.runHeartrate());
-  EXPECT_TRUE(rig.screen.runSpo2());
+  EXPECT_TRUE(rig.screen.runHeartrate() && rig.screen.runSpo2());
+  rig.startMeasuring();
+  rig.platform.display.redraws.clear();
+  rig.spo2(97);
+  rig.platform.time.runFor(1);
+  EXPECT_THAT(
+      rig.platform.display.redraws,
+      testing::UnorderedElementsAre(testing::Pair("gaugeHR", testing::Gt(20)),
+                                    testing::Pair("gaugeSpo2", testing::Gt(20)),
+                                    testing::Pair("circleprogressHeartrate", testing::Gt(10)),
+                                    testing::Pair("circleprogressSpo2", testing::Gt(10)),
+                                    testing::Pair("chartFourierView", 2)));
   for (const char* older : {"iPhone3,1", "iPhone4,1"}) {
     MeasuringRig smaller;
     smaller.platform.device.model = older;

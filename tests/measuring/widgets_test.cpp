@@ -191,6 +191,7 @@ TEST_F(WidgetsTest, AnAnimatedRingGoesByHundredthsOfASecondAndEndsExactly) {
   for (const float target : {1.0F, 0.3F}) {
     const float from = ring_.progress();
     ring_.setProgress(target, true);
+    EXPECT_TRUE(ring_.animated());
     for (const auto& [seconds, share] : {std::pair{0.0, 0.0F}, {0.0101, 0.05F}, {0.1, 0.55F}}) {
       platform_.time.runFor(seconds);
       EXPECT_NEAR(ring_.progress(), from + (target - from) * share, 1e-5);
