@@ -132,13 +132,14 @@ bool writes(const std::function<void()>& work) {
 
 /// Why a measurement that did not finish is not in the history, and what would be.
 std::string nothingSaved(const MeasurementReport& report) {
-  if (report.heartrate) {
+  // Nobody is advised to save what may not be relied on.
+  if (report.heartrate && report.heartrateJudgement->doubts.empty()) {
     return formatText(
         "Nothing saved, since not every value became final: --only heartrate saves "
         "the %.0f beats per minute.\n",
         static_cast<double>(*report.heartrate));
   }
-  if (report.spo2) {
+  if (report.spo2 && report.spo2Doubts->empty()) {
     return formatText(
         "Nothing saved, since not every value became final: --only spo2 saves the "
         "%.0f %%.\n",

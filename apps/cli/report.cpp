@@ -137,7 +137,8 @@ std::string shortfall(const MeasurementReport& report, const MeasurementRequest&
   const bool lacksSpo2 = request.spo2 && !report.spo2;
   if (!lacksHeartrate && !lacksSpo2) return {};
   const FingerFault fault = fingerFault(report);
-  if (lackedFinger(report)) return sentence(fault);
+  const bool isDoubted = report.heartrateJudgement && !report.heartrateJudgement->doubts.empty();
+  if (lackedFinger(report) || (isDoubted && !fault.what.empty())) return sentence(fault);
 
   const EstimateCounts& heartrate = report.heartrateEstimates;
   if (lacksHeartrate && heartrate.rejected + heartrate.none > heartrate.accepted) {

@@ -165,6 +165,17 @@ TEST_F(MeasureTest, WhatEndsEarlyIsToldAndNotKept) {
                                          "71 beats per minute"),
                                Not(HasSubstr("START")), Not(HasSubstr("remove your finger"))));
   EXPECT_THAT(historyIn(folder() / "home" / "veyla"), IsEmpty());
+
+  // Away from 4 to 7 s; what may not be relied on, nobody is advised to save.
+  auto rows = linesOf(contentsOf(file("low.csv")));
+  std::string lifted;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (i > 120 && i <= 210) rows[i].replace(rows[i].find(','), std::string::npos, ",3,3,3");
+    lifted += rows[i] + '\n';
+  }
+  EXPECT_THAT(run({"measure", write("lifted.csv", lifted)}).out,
+              AllOf(HasSubstr("Heart rate   unsure: no finger"), HasSubstr("\nNothing saved: "),
+                    Not(HasSubstr("--only heartrate"))));
 }
 
 TEST_F(MeasureTest, TraceAndLogTellEveryEstimate) {
