@@ -181,7 +181,7 @@ TEST_F(ResultsViewControllerTest, BeforeAndAfterExcludeEachOtherFromTheTappedSid
 
 // Deletion.
 
-TEST_F(ResultsViewControllerTest, TheChooserDeletesItsEntry) {
+TEST_F(ResultsViewControllerTest, TheChooserAndASwipeDeleteOneEntry) {
   loadThree();
   screen_.didSelectRow(1, list);
   forget();
@@ -195,17 +195,13 @@ TEST_F(ResultsViewControllerTest, TheChooserDeletesItsEntry) {
   EXPECT_EQ(Utils::getValues()->back().hr, 72.5);
   screen_.didSelectRow(0, chooser);
   EXPECT_EQ(storedLabels(0), flags({0})) << "no entry is being edited";
-}
 
-TEST_F(ResultsViewControllerTest, ASwipeOffersToDeleteInRed) {
-  loadThree();
   EXPECT_EQ(screen_.swipeAction(), (SwipeAction{"Delete", Color{1, 0, 0, 1}}));
   EXPECT_EQ(screen_.editingStyle(), EditingStyle::swipeToDelete);
-  screen_.tapSwipeAction(0);
-  EXPECT_THAT(platform_.log.lines, ElementsAre("delete from swipe"));
-  EXPECT_THAT(shown(), ElementsAre("delete 0 fading"));
-  screen_.tapSwipeAction(0);
-  screen_.tapSwipeAction(0);
+  forget();
+  for (const std::size_t row : {1U, 0U}) screen_.tapSwipeAction(row);
+  EXPECT_THAT(platform_.log.lines, ElementsAre("delete from swipe", "delete from swipe"));
+  EXPECT_THAT(shown(), ElementsAre("delete 1 fading", "delete 0 fading"));
   EXPECT_THAT(*Utils::getValues(), IsEmpty()) << "an empty history, not an absent one";
 }
 

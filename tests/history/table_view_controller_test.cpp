@@ -76,9 +76,9 @@ TEST_F(TableViewControllerTest, ItAppearsWithAnEditButtonAndAWhiteBar) {
   screen_.buttonCloseTap();
   EXPECT_THAT(platform_.log.lines, ElementsAre("viewDidLoad: Options", "Options: viewWillAppear"));
   EXPECT_EQ(view_.emailButton,
-            (AccessoryButton{"emaileditbutton.png", "EDIT", Color{1, 1, 1, 1},
-                             Font{"HelveticaNeue-Regular", 14}, Color{0, 0, 0, 0}}));
-  EXPECT_EQ(platform_.screens.navigationBarTint, (Color{1, 1, 1, 1}));
+            (AccessoryButton{
+                "emaileditbutton.png", "EDIT", white, {"HelveticaNeue-Regular", 14}, transparent}));
+  EXPECT_EQ(platform_.screens.navigationBarTint, white);
   EXPECT_EQ(dismissals_, 1);
 }
 

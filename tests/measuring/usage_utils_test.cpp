@@ -45,14 +45,13 @@ TEST(UsageUtilsTest, AddressesAreJudgedAsTheTableOfBothBindingsSays) {
   const std::string& validates = *(*table)["validateEmail"].text();
   for (const Value& address : addresses) {
     const std::string& text = *address["text"].text();
-    EXPECT_EQ(UsageUtils().isEmailWithEmail(text), address["isEmail"].boolValue()) << text;
-    EXPECT_EQ(Utils::validateEmail(text), address["validateEmail"].boolValue()) << text;
+    const bool isOne = address["isEmail"].boolValue();
+    const bool isValid = address["validateEmail"].boolValue();
+    EXPECT_EQ(UsageUtils().isEmailWithEmail(text), isOne) << text;
+    EXPECT_EQ(Utils::validateEmail(text), isValid) << text;
     // The table's own patterns are those.
-    const std::size_t length = platform.text.count(text);
-    EXPECT_EQ(platform.text.findsIgnoringCase(isEmail, text, length),
-              address["isEmail"].boolValue());
-    EXPECT_EQ(platform.text.matchesWholeIgnoringCase(validates, text),
-              address["validateEmail"].boolValue());
+    EXPECT_EQ(platform.text.findsIgnoringCase(isEmail, text, platform.text.count(text)), isOne);
+    EXPECT_EQ(platform.text.matchesWholeIgnoringCase(validates, text), isValid);
   }
 }
 
