@@ -15,12 +15,11 @@ Value entry(const char* profile, int rawDataSize) {
   return Value::Dictionary{{"iPhoneModel", profile}, {"rawDataSize", rawDataSize}};
 }
 
-Value resource(Value::Array entries) {
-  return Value::Dictionary{{"results", Value(std::move(entries))}};
-}
-
-TEST(SettingsTest, TheLastEntryForTheDeviceWins) {
+TEST(SettingsTest, TheLastEntryForTheDeviceWinsAndWithoutOneThereIsNone) {
   TestPlatform platform("iPhone8,1");
+  const auto resource = [](Value::Array entries) {
+    return Value::Dictionary{{"results", Value(std::move(entries))}};
+  };
   platform.resources.give("Spo2Settings", resource({entry("iphone6s", 1), entry("iphone6", 2),
                                                     entry("iphone6s", 3), "no entry"}));
   const auto settings = Utils::loadDefaultSettings("Spo2Settings");
@@ -29,10 +28,6 @@ TEST(SettingsTest, TheLastEntryForTheDeviceWins) {
   EXPECT_THAT(platform.log.lines,
               ElementsAre("found ya!: {iPhoneModel = iphone6s, rawDataSize = 1}",
                           "found ya!: {iPhoneModel = iphone6s, rawDataSize = 3}"));
-}
-
-TEST(SettingsTest, AResourceThatIsMissingBrokenOrWithoutTheDeviceYieldsNothing) {
-  TestPlatform platform("iPhone8,1");
   platform.resources.files["Broken.json"] = "{";
   platform.resources.give("Other", resource({entry("iphone7", 1)}));
   platform.resources.give("NoList", Value::Dictionary{{"results", 5}});

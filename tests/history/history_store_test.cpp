@@ -70,7 +70,9 @@ TEST_F(HistoryStoreTest, AStoredElementThatIsNoEntryIsKeptAsItIs) {
 
 // The old layout and its migration.
 
-TEST_F(HistoryStoreTest, OldEntriesWereTextsNewestFirst) {
+TEST_F(HistoryStoreTest, OldEntriesWereTextsNewestFirstAndMigrateOldestFirst) {
+  Utils::saveHeartrate(60, 99, Date{1}, std::nullopt);
+  platform_.journal.clear();
   Utils::saveHeartrateOLD(0.99F, 0.99F, Date{10}, std::nullopt);
   const auto newest = Utils::saveHeartrateOLD(71.6F, 97.4F, Date{20}, restingAndAsleep);
   EXPECT_EQ(newest, (OldHistoryEntry{"at 20", "72 bpm", "97%", restingAndAsleep}));
@@ -80,27 +82,16 @@ TEST_F(HistoryStoreTest, OldEntriesWereTextsNewestFirst) {
             Value(Value::Array{"at 20", "72 bpm", "97%",
                                Value::Array{true, false, false, false, false, false, true}}));
   EXPECT_THAT(platform_.log.lines, ElementsAre("no data in history...."));
-  EXPECT_THAT(platform_.journal.of("store"),
-              ElementsAre("set history", "flush", "set history", "flush"));
-}
-
-TEST_F(HistoryStoreTest, TheMigrationAppendsOldestFirstAfterWhatIsThere) {
-  Utils::saveHeartrate(60, 99, Date{1}, std::nullopt);
-  Utils::saveHeartrateOLD(64, 98, Date{10}, restingAndAsleep);
-  Utils::saveHeartrateOLD(0, 0, Date{20}, std::nullopt);
-  Utils::saveHeartrateOLD(72, 0, Date{30}, std::nullopt);
-  platform_.journal.clear();
   Utils::convertOldValuesToNew();
   Utils::clearValuesOLD();
-
-  EXPECT_THAT(*Utils::getValues(), ElementsAre(HistoryEntry{60, 99, Date{1}, noLabels, {}},
-                                               HistoryEntry{64, 98, Date{10}, restingAndAsleep, {}},
-                                               HistoryEntry{0, 0, Date{20}, noLabels, {}},
-                                               HistoryEntry{72, 0, Date{30}, noLabels, {}}));
+  EXPECT_THAT(*Utils::getValues(),
+              ElementsAre(HistoryEntry{60, 99, Date{1}, noLabels, {}},
+                          HistoryEntry{0, 0, Date{10}, noLabels, {}},
+                          HistoryEntry{72, 97, Date{20}, restingAndAsleep, {}}));
   EXPECT_FALSE(Utils::getValuesOLD());
   EXPECT_THAT(platform_.journal.of("store"),
-              ElementsAre("set values", "flush", "set values", "flush", "set values", "flush",
-                          "remove history", "flush"));
+              ElementsAre("set history", "flush", "set history", "flush", "set values", "flush",
+                          "set values", "flush", "remove history", "flush"));
 }
 
 TEST_F(HistoryStoreTest, TheMigrationKeepsWhatIsOlderOrHarderToRead) {

@@ -222,42 +222,41 @@ TEST_F(ResultsViewControllerTest, TheTrashDeletesTheSelectedRowsAndEndsEditing) 
 
 // Editing.
 
-TEST_F(ResultsViewControllerTest, TheToolbarShowsWhileSomethingIsSelected) {
+TEST_F(ResultsViewControllerTest, TheToolbarShowsWhileSomethingIsSelectedAndAllAndNoneTakeTurns) {
   loadThree();
-  screen_.setEditing(true, true);
-  EXPECT_EQ(screen_.editingStyle(), EditingStyle::multipleSelection);
-  EXPECT_THAT(shown(), ElementsAre("editing 1 animated", "right Done Chart", "left All"));
+  const auto shownAfter = [&](const std::function<void()>& taps) {
+    forget();
+    taps();
+    std::string lines;
+    for (const std::string& line : shown()) lines += line + '|';
+    return lines;
+  };
+  const std::string comes = "toolbar 44, list 456 in 0.5 s|";
+  const std::string goes = "toolbar -44, list 500 in 0.5 s|";
+  EXPECT_EQ(shownAfter([&] { screen_.tapEditButton(); }),
+            "editing 1 animated|right Done Chart|left All|");
   EXPECT_THAT(platform_.log.lines, ElementsAre("setEditing 1"));
-  forget();
-  screen_.didSelectRow(0, list);
-  screen_.didSelectRow(2, list);
-  screen_.didDeselectRow(0);
-  EXPECT_THAT(shown(), ElementsAre("toolbar 44, list 456 in 0.5 s")) << "once";
-  screen_.didDeselectRow(2);
-  EXPECT_THAT(shown(), testing::Contains("toolbar -44, list 500 in 0.5 s"));
+  EXPECT_EQ(screen_.editingStyle(), EditingStyle::multipleSelection);
+  EXPECT_EQ(shownAfter([&] {
+              for (const std::size_t row : {0U, 2U}) screen_.didSelectRow(row, list);
+              screen_.didDeselectRow(0);
+            }),
+            comes)
+      << "once";
+  EXPECT_EQ(shownAfter([&] { screen_.didDeselectRow(2); }), goes);
   EXPECT_EQ(screen_.resultsCurrentSelectedRow(), -1) << "no chooser while editing";
-  screen_.didSelectRow(1, list);
-  screen_.setEditing(false, true);
-  EXPECT_FALSE(screen_.isBottomToolbarShown());
-  EXPECT_THAT(screen_.selectedRows(), IsEmpty());
-}
-
-TEST_F(ResultsViewControllerTest, AllAndNoneTakeTurns) {
-  loadThree();
-  edit({});
-  screen_.clickAllAndNone();
-  EXPECT_THAT(shown(), ElementsAre("left None", "select 0", "select 1", "select 2",
-                                   "toolbar 44, list 456 in 0.5 s"));
+  EXPECT_EQ(shownAfter([&] { screen_.tapLeftButton(); }),
+            "left None|select 0|select 1|select 2|" + comes);
   EXPECT_THAT(screen_.selectedRows(), SizeIs(3));
-  forget();
-  screen_.clickAllAndNone();
-  EXPECT_THAT(shown(), ElementsAre("left All", "deselect 0", "deselect 1", "deselect 2",
-                                   "toolbar -44, list 500 in 0.5 s"));
+  EXPECT_EQ(shownAfter([&] { screen_.tapLeftButton(); }),
+            "left All|deselect 0|deselect 1|deselect 2|" + goes);
   EXPECT_THAT(screen_.selectedRows(), IsEmpty());
 
-  // Whether the last tap was on All outlives the editing mode.
+  // Whether the last tap was on All outlives the editing mode; what was selected does not.
   screen_.tapLeftButton();
   screen_.tapEditButton();
+  EXPECT_FALSE(screen_.isBottomToolbarShown());
+  EXPECT_THAT(screen_.selectedRows(), IsEmpty());
   screen_.tapEditButton();
   screen_.tapLeftButton();
   EXPECT_THAT(screen_.selectedRows(), IsEmpty());
