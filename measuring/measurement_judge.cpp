@@ -25,7 +25,6 @@ void MeasurementJudge::measurementBegan() {
   heartrate_.reset();
   spo2_.reset();
   showFinger(std::nullopt);
-  showDoubts();
 }
 
 void MeasurementJudge::frameSeen(const FrameColours& colours) {
@@ -40,7 +39,8 @@ void MeasurementJudge::spo2Estimated(std::int32_t /*counter*/, float /*spo2*/,
   if (verdict != EstimateVerdict::accepted) return;
   ++evidence_.estimates;
   if (figures.lacksBlue) ++evidence_.withoutBlue;
-  if (figures.lacksRedPulse) ++evidence_.withoutRedPulse;
+  const bool isCutOff = coach_.state() == FingerState::tooBright;
+  if (figures.lacksRedPulse || isCutOff) ++evidence_.withoutRedPulse;
   if (coach_.state() == FingerState::noFinger) ++evidence_.withoutFinger;
 }
 
@@ -48,11 +48,13 @@ void MeasurementJudge::heartrateFinal(float heartrate) {
   const Data& data = Data::instance();
   heartrate_ = judgeHeartrate(static_cast<double>(heartrate), *data.rawRedValues(),
                               *data.rawGreenValues(), coach_);
+  heartrateLine_ = lineOf(heartrate_->doubts);
   showDoubts();
 }
 
 void MeasurementJudge::spo2Final(float /*spo2*/) {
   spo2_ = judgeSpo2(evidence_);
+  spo2Line_ = lineOf(*spo2_);
   showDoubts();
 }
 
@@ -61,11 +63,9 @@ void MeasurementJudge::measurementEnded(std::int32_t /*counter*/, MeasurementEnd
 }
 
 void MeasurementJudge::showDoubts() {
-  const std::string heartrate = heartrate_ ? lineOf(heartrate_->doubts) : "";
-  const std::string spo2 = spo2_ ? lineOf(*spo2_) : "";
-  display().setText(labelDoubtHeartrate, heartrate);
+  display().setText(labelDoubtHeartrate, heartrateLine_);
   // What is wrong with both values is said once.
-  display().setText(labelDoubtSpo2, spo2 == heartrate ? "" : spo2);
+  display().setText(labelDoubtSpo2, spo2Line_ == heartrateLine_ ? "" : spo2Line_);
 }
 
 void MeasurementJudge::showFinger(std::optional<FingerState> state) {

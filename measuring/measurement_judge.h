@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "analysis/finger_coach.h"
@@ -13,7 +14,8 @@ namespace veyla {
 /// final value can be relied on. It changes nothing in the flow: no value, no order, no entry.
 ///
 /// What it has to say goes to the display's lines for it: `labelFinger` while measuring, and
-/// `labelDoubtHeartrate` and `labelDoubtSpo2` from a final value on until the next measurement.
+/// `labelDoubtHeartrate` and `labelDoubtSpo2` from a final value on until the next one: the value
+/// stands there as the last one for as long.
 class MeasurementJudge : public MeasurementObserver {
  public:
   /// The finger as it is seen now and was seen in the measurement.
@@ -40,6 +42,9 @@ class MeasurementJudge : public MeasurementObserver {
   Spo2Evidence evidence_;
   std::optional<HeartrateJudgement> heartrate_;
   std::optional<std::vector<Doubt>> spo2_;
+  /// What is shown of the doubts about the last values, of this measurement or one before.
+  std::string heartrateLine_;
+  std::string spo2Line_;
 };
 
 /// What to do about the finger: "Move your finger over lens and light" and so on.

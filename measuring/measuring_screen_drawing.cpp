@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <numbers>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace veyla {
 
@@ -179,6 +183,7 @@ class Drawing {
         drawHeading(captions.lastMeasurement);
         drawLast(labelLastHeartrate, layout_.heartrate.lastValue, captions.heartrateUnit);
         drawLast(labelLastSpo2, layout_.spo2.lastValue, captions.spo2Unit);
+        drawDoubts();
       });
       drawElement(canvas_, views_, chartFourierView, [&](const auto&) { drawPulse(chart); });
     });
@@ -210,6 +215,34 @@ class Drawing {
 
   void drawHeading(std::string_view text) {
     drawLine(canvas_, text, layout_.centerHeading, sized(mediumFont, 13), grey);
+  }
+
+  /// From the panel's lower edge upward, in as many lines as they need.
+  void drawDoubts() {
+    constexpr double lineHeight = 16;
+    constexpr double padding = 12;
+    const Font font = sized(regularFont, 12);
+    const Rect& panel = layout_.center;
+    std::vector<std::string> lines;
+    for (const Element doubt : {labelDoubtHeartrate, labelDoubtSpo2}) {
+      std::istringstream words(views_.visibleText(doubt));
+      std::string line;
+      for (std::string word; words >> word;) {
+        const std::string longer = line.empty() ? word : line + ' ' + word;
+        if (canvas_.measureText(longer, font).width > panel.width - 2 * padding) {
+          lines.push_back(std::exchange(line, word));
+        } else {
+          line = longer;
+        }
+      }
+      if (!line.empty()) lines.push_back(line);
+    }
+    double y = panel.y + panel.height - padding - lineHeight * static_cast<double>(lines.size());
+    for (const std::string& line : lines) {
+      drawLine(canvas_, line, {panel.x + padding, y, panel.width - 2 * padding, lineHeight}, font,
+               ink);
+      y += lineHeight;
+    }
   }
 
   /// A number with its unit behind it, the two of them in the middle.

@@ -79,6 +79,11 @@ void LiveView::update(const MainViewController& screen) {
   if (std::chrono::steady_clock::now() - lastDrawing_ >= betweenDrawings) draw(screen);
 }
 
+void LiveView::end(const MainViewController& screen) {
+  hasEnded_ = true;
+  draw(screen);
+}
+
 void LiveView::draw(const MainViewController& screen) {
   lastDrawing_ = std::chrono::steady_clock::now();
   if (!hiddenCursor_) hiddenCursor_.emplace();
@@ -122,9 +127,10 @@ std::vector<std::string> LiveView::lines(const MainViewController& screen) const
     lines.emplace_back();
   }
 
-  lines.push_back(textLine(accent, state_.visibleText(labelRed)));
+  const bool isLeft = hasEnded_ && !screen.isDone();
+  lines.push_back(textLine(accent, isLeft ? "" : state_.visibleText(labelRed)));
   // The phone's instructions are for a finger that can still be moved.
-  lines.push_back(textLine(faint, state_.visibleText(labelFinger)));
+  lines.push_back(textLine(faint, isLeft ? "" : state_.visibleText(labelFinger)));
   return lines;
 }
 

@@ -20,10 +20,11 @@ class LiveView {
   /// Redraws unless the last drawing was a moment ago: a recording that runs faster than a terminal
   /// can show costs no more than one that does not.
   void update(const MainViewController& screen);
-  /// Redraws in any case.
-  void draw(const MainViewController& screen);
+  /// Draws for the last time: what a recording that is over left unfinished is not asked for.
+  void end(const MainViewController& screen);
 
  private:
+  void draw(const MainViewController& screen);
   std::vector<std::string> lines(const MainViewController& screen) const;
   std::string valueLine(const char* caption, Element value, Element measuring, const char* unit,
                         float progress) const;
@@ -37,6 +38,7 @@ class LiveView {
   /// From the first drawing on: before it, questions may be asked.
   std::optional<HiddenCursor> hiddenCursor_;
   std::size_t drawnLines_ = 0;
+  bool hasEnded_ = false;
   std::chrono::steady_clock::time_point lastDrawing_;
 };
 

@@ -148,7 +148,7 @@ std::string nothingSaved(const MeasurementReport& report) {
   if (report.outcome == Outcome::lowSignal) {
     return "Nothing saved: a result takes oxygen values of 93 % or more.\n";
   }
-  return "Nothing saved: a result takes a steady finger for some 10 to 25 seconds after the 2 of "
+  return "Nothing saved: a result takes a steady finger for some 10 to 20 seconds after the 2 of "
          "the countdown.\n";
 }
 
@@ -161,7 +161,7 @@ MeasurementReport runInView(MeasurementRun& run, bool quiet) {
   run.screenChanged = [&](const MainViewController& screen) { view.update(screen); };
   run.ended = [&](const MainViewController& screen) {
     if (endedBefore) endedBefore(screen);
-    view.draw(screen);
+    view.end(screen);
     std::cout << '\n';
   };
   return run.run();

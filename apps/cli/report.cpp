@@ -138,7 +138,7 @@ std::string shortfall(const MeasurementReport& report, const MeasurementRequest&
   if (!lacksHeartrate && !lacksSpo2) return {};
   const FingerFault fault = fingerFault(report);
   const bool isDoubted = report.heartrateJudgement && !report.heartrateJudgement->doubts.empty();
-  if (lackedFinger(report) || (isDoubted && !fault.what.empty())) return sentence(fault);
+  if (lackedFinger(report)) return sentence(fault);
 
   const EstimateCounts& heartrate = report.heartrateEstimates;
   if (lacksHeartrate && heartrate.rejected + heartrate.none > heartrate.accepted) {
@@ -151,10 +151,10 @@ std::string shortfall(const MeasurementReport& report, const MeasurementRequest&
   }
   const EstimateCounts& spo2 = report.spo2Estimates;
   if (lacksSpo2 && spo2.none + spo2.low > spo2.accepted) {
-    return "No oxygen value: this camera's colours give none of 93 % or more. --only heartrate "
-           "measures without it.\n";
+    return std::string("No oxygen value: this camera's colours give none of 93 % or more.") +
+           (isDoubted ? "\n" : " --only heartrate measures without it.\n");
   }
-  return {};
+  return isDoubted ? sentence(fault) : "";
 }
 
 /// What speaks against a final value; empty for one to be relied on.

@@ -128,13 +128,20 @@ TEST_F(EvaluateTest, ABrokenRecordingIsToldAndTheOthersAreMeasured) {
 
 TEST_F(EvaluateTest, RecordedFingersAreMeasuredAsWellAsIsClaimed) {
   if (!std::filesystem::exists(VEYLA_RECORDINGS_FOLDER)) GTEST_SKIP() << "no recordings here";
-  const Json list = json({"evaluate", VEYLA_RECORDINGS_FOLDER});
+  const Json list = json({"evaluate", VEYLA_RECORDINGS_FOLDER, "--every", "5"});
   for (const char* set : {"all resting", "all hypoxia"}) {
     const Json row = rowOf(list, set);
     EXPECT_LE(row["meanAbsoluteError"].get<double>(), 1.6) << row;
     EXPECT_LE(row["medianSeconds"].get<double>(), 16.5) << row;
     EXPECT_GE(row["finished"].get<double>(), 0.96 * row["windows"].get<double>()) << row;
+    EXPECT_LE(row["percentOver5"].get<double>(), 5) << row;
+    EXPECT_LE(row["percentOver10"].get<double>(), 0.5) << row;
   }
+  const Json all = rowOf(list, "all");
+  EXPECT_GT(all["percentUnsure"].get<double>(), 1) << all;
+  EXPECT_LE(all["percentUnsure"].get<double>(), 5) << all;
+  EXPECT_LE(all["percentOver5OfSure"].get<double>(), 3.5) << all;
+  EXPECT_LE(all["percentOver10OfSure"].get<double>(), 0.3) << all;
 }
 
 }  // namespace

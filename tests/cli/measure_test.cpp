@@ -175,6 +175,7 @@ TEST_F(MeasureTest, WhatEndsEarlyIsToldAndNotKept) {
   }
   EXPECT_THAT(run({"measure", write("lifted.csv", lifted)}).out,
               AllOf(HasSubstr("Heart rate   unsure: no finger"), HasSubstr("\nNothing saved: "),
+                    HasSubstr("\nNo oxygen value: this camera's colours give none"),
                     Not(HasSubstr("--only heartrate"))));
 }
 

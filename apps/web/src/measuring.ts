@@ -84,6 +84,8 @@ export class MeasuringScreen {
     this.fingerIcon,
     this.named("labelFinger", make("span", { "aria-live": "polite" })),
   );
+  /** Says what comes to stand in the centre while that is hidden, and would not be read out there. */
+  private readonly readOut = make("p.read-out", { role: "status" });
   private readonly begin = make("button.round.begin", { type: "button" });
 
   /** `core` is asked for when something is tapped or drawn. */
@@ -227,6 +229,16 @@ export class MeasuringScreen {
         this.named(names.last, make("span.number")),
         this.captioned(names.unit, make("span.unit")),
       );
+    // Why a value may not be relied on; empty ones take no room.
+    const doubts = make(
+      "div.doubts",
+      {},
+      this.named("labelDoubtHeartrate", make("p.doubt")),
+      this.named("labelDoubtSpo2", make("p.doubt")),
+    );
+    new MutationObserver(() => {
+      this.readOut.textContent = [...doubts.children].map((each) => each.textContent).join(" ");
+    }).observe(doubts, { subtree: true, childList: true });
     const last = this.named(
       "viewLastMeasurements",
       make(
@@ -234,13 +246,7 @@ export class MeasuringScreen {
         {},
         this.captioned("lastMeasurement", make("h2.heading")),
         make("div.last-values", {}, lastValue(heartrate), lastValue(spo2)),
-        // Why a value may not be relied on; empty ones take no room.
-        make(
-          "div.doubts",
-          { "aria-live": "polite" },
-          this.named("labelDoubtHeartrate", make("p.doubt")),
-          this.named("labelDoubtSpo2", make("p.doubt")),
-        ),
+        doubts,
       ),
     );
     const chart = this.named(
@@ -260,6 +266,7 @@ export class MeasuringScreen {
       "div.lines",
       {},
       this.fingerChip,
+      this.readOut,
       this.named("labelRed", make("p.status", { role: "status" })),
       this.named("labelGrey", make("p.instruction", { "aria-live": "polite" })),
     );

@@ -265,6 +265,8 @@ describe("a finger that comes late, leaves, and is too bright for a while", () =
     expect(await visit.element("labelDoubtHeartrate").textContent()).toContain(
       "Unsure: no finger was seen for part of the time.",
     );
+    const readOut = page.getByRole("status").filter({ hasText: "Unsure: no finger" });
+    expect(await readOut.count()).toBe(1);
     await inspect(visit, "doubt-absent-night");
     await page.emulateMedia({ colorScheme: "light" });
     await inspect(visit, "doubt-absent");

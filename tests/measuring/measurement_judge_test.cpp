@@ -1,0 +1,48 @@
+#include "measuring/measurement_judge.h"
+
+#include <gmock/gmock.h>
+
+#include "measuring/measuring_screen.h"
+#include "tests/support/measuring_rig.h"
+
+namespace veyla {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Optional;
+using testing::StartsWith;
+
+TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAsItsValue) {
+  MeasuringRig rig;
+  rig.appear();
+  MeasurementJudge judge;
+  rig.screen.addObserver(judge);
+  const auto text = [&](Element element) { return rig.platform.display.view(element).text; };
+  const auto measure = [&] {
+    for (int i = 0; i < 3; ++i) rig.spo2(97);
+  };
+
+  rig.startMeasuring();
+  rig.heartrateAmbiguous();
+  rig.frames(26, {1, 1, 1, 1});
+  rig.heartrateBin(80);
+  EXPECT_EQ(text(MeasuringScreen::labelFinger), "Move your finger over lens and light");
+  measure();
+  EXPECT_EQ(text(MeasuringScreen::labelFinger), "");
+  EXPECT_THAT(judge.spo2(), Optional(ElementsAre(Doubt::noFinger)));
+  const std::string mark = text(MeasuringScreen::labelDoubtHeartrate);
+  EXPECT_THAT(mark, StartsWith("Unsure: no finger"));
+  EXPECT_EQ(text(MeasuringScreen::labelDoubtSpo2), "") << "said once";
+
+  rig.screen.buttonCheckboxHeartrateTapped();
+  rig.startMeasuring();
+  EXPECT_EQ(judge.coach().frames(), 0U);
+  EXPECT_FALSE(judge.heartrate());
+  measure();
+  EXPECT_THAT(judge.spo2(), Optional(IsEmpty()));
+  EXPECT_EQ(text(MeasuringScreen::labelDoubtHeartrate), mark) << "of the last heart rate";
+}
+
+}  // namespace
+}  // namespace veyla
