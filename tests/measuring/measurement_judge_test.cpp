@@ -42,6 +42,11 @@ TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAs
   measure();
   EXPECT_THAT(judge.spo2(), Optional(IsEmpty()));
   EXPECT_EQ(text(MeasuringScreen::labelDoubtHeartrate), mark) << "of the last heart rate";
+
+  rig.startMeasuring();
+  for (int i = 0; i < 30; ++i) rig.frame({255, i % 2 == 0 ? 80.0F : 82.0F, 40, 100});
+  measure();
+  EXPECT_THAT(judge.spo2(), Optional(ElementsAre(Doubt::noRedPulse)));
 }
 
 }  // namespace
