@@ -228,7 +228,9 @@ class Drawing {
       std::istringstream words(views_.visibleText(doubt));
       std::string line;
       for (std::string word; words >> word;) {
-        const std::string longer = line.empty() ? word : line + ' ' + word;
+        std::string longer = line;
+        if (!longer.empty()) longer += ' ';
+        longer += word;
         if (canvas_.measureText(longer, font).width > panel.width - 2 * padding) {
           lines.push_back(std::exchange(line, word));
         } else {

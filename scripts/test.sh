@@ -30,23 +30,27 @@ add_results() {
   passed=$((passed + tests - failures - skips))
 }
 
-echo "== core with clang and libc++"
+stage() { printf '== %s (after %d:%02d)\n' "$1" $((SECONDS / 60)) $((SECONDS % 60)); }
+
+stage "core with clang and libc++"
 cmake --preset clang-core >/dev/null
 cmake --build --preset clang-core
 
 for preset in release sanitize; do
-  echo "== tests, $preset"
+  stage "$preset: build"
   cmake --preset "$preset" -DVEYLA_TESTS=ON >/dev/null
   cmake --build --preset "$preset"
+  stage "$preset: tests"
   rm -f "build/$preset/tests.xml"
   ctest --test-dir "build/$preset" --output-on-failure --output-junit tests.xml -j "$(nproc)" || status=$?
   add_results "build/$preset/tests.xml"
 done
 
-echo "== tests of the phone app, in a browser"
+stage "phone app: build, and tests in a browser"
 rm -f build/web-tests.xml
 scripts/test_web.sh || status=$?
 add_results build/web-tests.xml
 
+stage "done"
 echo "$passed passed, $failed failed, $skipped skipped"
 [ "$status" -eq 0 ] && [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]

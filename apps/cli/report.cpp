@@ -152,7 +152,7 @@ std::string shortfall(const MeasurementReport& report, const MeasurementRequest&
   const EstimateCounts& spo2 = report.spo2Estimates;
   if (lacksSpo2 && spo2.none + spo2.low > spo2.accepted) {
     return std::string("No oxygen value: this camera's colours give none of 93 % or more.") +
-           (isDoubted ? "\n" : " --only heartrate measures without it.\n");
+           (isDoubted || !request.heartrate ? "\n" : " --only heartrate measures without it.\n");
   }
   return isDoubted ? sentence(fault) : "";
 }
@@ -192,7 +192,9 @@ std::string shortenedBy(const MeasurementReport& report, const MeasurementReques
   if (request.duration && *request.duration <= used) {
     return formatText("--duration %g ended it: 45 s are plenty.", *request.duration);
   }
-  if (request.start <= 0) return {};
+  // What does not suffice in so much time, more of it does not help.
+  constexpr double enoughSeconds = 20;
+  if (request.start <= 0 || report.seconds > enoughSeconds) return {};
   return formatText("--start %g left no more of the recording: start earlier or record longer.",
                     request.start);
 }

@@ -1,6 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <array>
+#include <barrier>
 #include <cmath>
+#include <future>
 
 #include "analysis/linear_regression.h"
 #include "analysis/vector_utils.h"
@@ -90,6 +93,21 @@ TEST(LinearRegressionTest, TheWorkingListIsFittedAndOtherwiseLeftAlone) {
   const RegressionResult nothing = fitter.calculate();
   EXPECT_TRUE(std::isnan(nothing.slope) && std::isnan(nothing.intercept) &&
               std::isnan(nothing.correlation));
+}
+
+TEST(LinearRegressionTest, EveryThreadGetsTheOneSharedFitter) {
+  std::array<LinearRegression*, 8> found{};
+  std::barrier together(static_cast<std::ptrdiff_t>(found.size()));
+  {
+    std::vector<std::future<void>> asking;
+    for (LinearRegression*& fitter : found) {
+      asking.push_back(std::async(std::launch::async, [&together, &fitter] {
+        together.arrive_and_wait();
+        fitter = &LinearRegression::sharedInstance();
+      }));
+    }
+  }
+  EXPECT_THAT(found, testing::Each(&LinearRegression::sharedInstance()));
 }
 
 }  // namespace

@@ -186,6 +186,8 @@ TEST_F(TableViewControllerTest, ANonvalidAddressKeepsTheDialogOpen) {
     ASSERT_TRUE(alerts_.isShowing(id_)) << text;
     EXPECT_EQ(alerts_.fieldText(id_), text);
     EXPECT_EQ(platform_.alerts.shown.back().title, "Whoops!");
+    EXPECT_EQ(platform_.alerts.shown.back().kind, AlertKind::plain);
+    EXPECT_EQ(platform_.alerts.shown.back().closeButton, "OK");
     EXPECT_EQ(platform_.alerts.shown.back().subtitle, "You entered a nonvalid email");
     EXPECT_THAT(platform_.alerts.fields, ElementsAre("focus " + std::to_string(id_)));
   }
