@@ -5,13 +5,16 @@
 #include <cmath>
 
 #include "analysis/heartrate_processing.h"
+#include "measuring/measurement.h"
+#include "platform/capture.h"
 
 namespace veyla::tuning {
 
 namespace {
 
 /// Frames of the countdown, which count but are not stored.
-constexpr std::int32_t countdownFrames = 30;
+constexpr std::int32_t countdownFrames =
+    Measurement::countdownSeconds * VideoDataOutput::framesPerSecond;
 /// Accepted values behind the one shown.
 constexpr std::size_t shownValues = 11;
 
