@@ -30,7 +30,8 @@ Value::Value(Value&&) noexcept = default;
 Value& Value::operator=(const Value&) = default;
 Value& Value::operator=(Value&&) noexcept = default;
 Value::~Value() = default;
-bool Value::operator==(const Value&) const = default;
+// Written out: clang-tidy 14 does not survive the default.
+bool Value::operator==(const Value& other) const { return held_ == other.held_; }
 
 bool Value::isNumber() const {
   return std::holds_alternative<std::int64_t>(held_) || std::holds_alternative<float>(held_) ||
