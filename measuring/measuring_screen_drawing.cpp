@@ -183,7 +183,6 @@ class Drawing {
         drawHeading(captions.lastMeasurement);
         drawLast(labelLastHeartrate, layout_.heartrate.lastValue, captions.heartrateUnit);
         drawLast(labelLastSpo2, layout_.spo2.lastValue, captions.spo2Unit);
-        drawDoubts();
       });
       drawElement(canvas_, views_, chartFourierView, [&](const auto&) { drawPulse(chart); });
     });
@@ -196,6 +195,7 @@ class Drawing {
     drawElement(canvas_, views_, labelGrey, [&](const ScreenState::View& view) {
       drawLine(canvas_, view.text, layout_.instruction, sized(regularFont, 15), grey);
     });
+    drawDoubts();
   }
 
   void drawButtons() {
@@ -217,12 +217,13 @@ class Drawing {
     drawLine(canvas_, text, layout_.centerHeading, sized(mediumFont, 13), grey);
   }
 
-  /// From the panel's lower edge upward, in as many lines as they need.
+  /// Below the instruction, whichever panel the picture shows, in as many lines as they need.
   void drawDoubts() {
-    constexpr double lineHeight = 16;
-    constexpr double padding = 12;
-    const Font font = sized(regularFont, 12);
-    const Rect& panel = layout_.center;
+    constexpr double lineHeight = 14;
+    const Font font = sized(regularFont, 11);
+    Rect place = layout_.instruction;
+    place.y += place.height + 4;
+    place.height = lineHeight;
     std::vector<std::string> lines;
     for (const Element doubt : {labelDoubtHeartrate, labelDoubtSpo2}) {
       std::istringstream words(views_.visibleText(doubt));
@@ -231,7 +232,7 @@ class Drawing {
         std::string longer = line;
         if (!longer.empty()) longer += ' ';
         longer += word;
-        if (canvas_.measureText(longer, font).width > panel.width - 2 * padding) {
+        if (canvas_.measureText(longer, font).width > place.width) {
           lines.push_back(std::exchange(line, word));
         } else {
           line = longer;
@@ -239,11 +240,9 @@ class Drawing {
       }
       if (!line.empty()) lines.push_back(line);
     }
-    double y = panel.y + panel.height - padding - lineHeight * static_cast<double>(lines.size());
     for (const std::string& line : lines) {
-      drawLine(canvas_, line, {panel.x + padding, y, panel.width - 2 * padding, lineHeight}, font,
-               ink);
-      y += lineHeight;
+      drawLine(canvas_, line, place, font, ink);
+      place.y += lineHeight;
     }
   }
 

@@ -136,6 +136,12 @@ TEST_F(MeasuringScreenDrawingTest, ACaptionIsRedWhileItShimmersAndLongLinesShrin
   const std::string line(60, 'm');
   views_.setText(labelGrey, line);
   EXPECT_FLOAT_EQ(drawn({320, 568}).find(line)->font.size, (320 - 32) / 30.0F);
+
+  // A doubt is wrapped, and shown with either panel.
+  views_.setText(labelDoubtSpo2, "Unsure: " + std::string(55, 'm') + " again");
+  views_.setHidden(chartFourierView, false);
+  views_.setHidden(viewLastMeasurements, true);
+  EXPECT_THAT(texts(), IsSupersetOf({"Unsure: " + std::string(55, 'm'), std::string("again")}));
 }
 
 }  // namespace
