@@ -1,6 +1,7 @@
 #include "measuring/measurement_judge.h"
 
 #include "acquisition/data.h"
+#include "measuring/measurement.h"
 #include "measuring/measuring_screen.h"
 #include "platform/platform.h"
 
@@ -12,6 +13,9 @@ using namespace MeasuringScreen;
 
 Display& display() { return services().measuringDisplay; }
 
+/// The picture beside a reason that does not lie with the finger.
+constexpr std::string_view noValue = "noValue";
+
 /// The weightiest is enough to know what to do; reports name them all.
 std::string lineOf(const std::vector<Doubt>& doubts) {
   return doubts.empty() ? "" : std::string(textOf(doubts.front()));
@@ -21,21 +25,31 @@ std::string lineOf(const std::vector<Doubt>& doubts) {
 
 void MeasurementJudge::measurementBegan() {
   coach_.reset();
+  heartrateEstimates_ = {};
+  spo2Estimates_ = {};
   evidence_ = {};
   heartrate_.reset();
   spo2_.reset();
-  showFinger(std::nullopt);
+  showFinger("", "");
 }
 
 void MeasurementJudge::frameSeen(const FrameColours& colours) {
   coach_.look(colours);
-  showFinger(coach_.state());
+  const auto state = coach_.state();
+  showFinger(state ? textOf(*state) : "", state ? nameOf(*state) : "");
 }
 
 void MeasurementJudge::frameDropped() { coach_.miss(); }
 
+void MeasurementJudge::heartrateEstimated(std::int32_t /*counter*/,
+                                          const HeartrateResult& /*result*/,
+                                          EstimateVerdict verdict) {
+  heartrateEstimates_.add(verdict);
+}
+
 void MeasurementJudge::spo2Estimated(std::int32_t /*counter*/, float /*spo2*/,
                                      const Spo2Figures& figures, EstimateVerdict verdict) {
+  spo2Estimates_.add(verdict);
   if (verdict != EstimateVerdict::accepted) return;
   ++evidence_.estimates;
   if (figures.lacksBlue) ++evidence_.withoutBlue;
@@ -58,8 +72,35 @@ void MeasurementJudge::spo2Final(float /*spo2*/) {
   showDoubts();
 }
 
-void MeasurementJudge::measurementEnded(std::int32_t /*counter*/, MeasurementEnd /*end*/) {
-  showFinger(std::nullopt);
+void MeasurementJudge::measurementEnded(std::int32_t /*counter*/, MeasurementEnd end) {
+  // Whoever was interrupted asks for no reason.
+  const bool asksWhy = end == MeasurementEnd::stopped || end == MeasurementEnd::lowSignal;
+  const auto why = asksWhy ? shortfall() : std::nullopt;
+  showFinger(why ? why->text : "", !why ? "" : why->state ? nameOf(*why->state) : noValue);
+}
+
+std::vector<FingerSpan> MeasurementJudge::finger(double start) const {
+  const auto secondOf = [&](std::size_t frame) {
+    return start + Measurement::countdownSeconds +
+           static_cast<double>(frame) / VideoDataOutput::framesPerSecond;
+  };
+  std::vector<FingerSpan> finger;
+  for (const FingerCoach::Span& span : coach_.spans()) {
+    finger.push_back({span.state, secondOf(span.from), secondOf(span.to)});
+  }
+  return finger;
+}
+
+std::optional<Shortfall> MeasurementJudge::shortfall(double start) const {
+  return shortfallOf(
+      {.finger = finger(start),
+       .isBlack = coach_.isBlack(),
+       .seconds = static_cast<double>(coach_.frames()) / VideoDataOutput::framesPerSecond,
+       .heartrate = heartrateEstimates_,
+       .spo2 = spo2Estimates_,
+       .hasHeartrate = heartrate_.has_value(),
+       .hasSpo2 = spo2_.has_value(),
+       .isDoubted = heartrate_ && !heartrate_->doubts.empty()});
 }
 
 void MeasurementJudge::showDoubts() {
@@ -68,11 +109,12 @@ void MeasurementJudge::showDoubts() {
   display().setText(labelDoubtSpo2, spo2Line_ == heartrateLine_ ? "" : spo2Line_);
 }
 
-void MeasurementJudge::showFinger(std::optional<FingerState> state) {
-  if (state == shown_) return;
-  shown_ = state;
-  display().setText(labelFinger, state ? std::string(textOf(*state)) : "");
-  display().setImage(labelFinger, state ? nameOf(*state) : "");
+void MeasurementJudge::showFinger(std::string_view text, std::string_view picture) {
+  if (text == text_ && picture == picture_) return;
+  text_ = text;
+  picture_ = picture;
+  display().setText(labelFinger, text_);
+  display().setImage(labelFinger, picture_);
 }
 
 std::string_view textOf(FingerState state) {

@@ -7,6 +7,7 @@
 #include "analysis/finger_coach.h"
 #include "measuring/doubts.h"
 #include "measuring/measurement_observer.h"
+#include "measuring/shortfall.h"
 
 namespace veyla {
 
@@ -15,7 +16,9 @@ namespace veyla {
 ///
 /// What it has to say goes to the display's lines for it: `labelFinger` while measuring, and
 /// `labelDoubtHeartrate` and `labelDoubtSpo2` from a final value on until the next one: the value
-/// stands there as the last one for as long.
+/// stands there as the last one for as long. (The history keeps values alone: one read from it at
+/// the next launch bears no mark.) Why a measurement ended without a value stands in `labelFinger`
+/// until the next begins.
 class MeasurementJudge : public MeasurementObserver {
  public:
   /// The finger as it is seen now and was seen in the measurement.
@@ -24,9 +27,17 @@ class MeasurementJudge : public MeasurementObserver {
   const std::optional<HeartrateJudgement>& heartrate() const { return heartrate_; }
   const std::optional<std::vector<Doubt>>& spo2() const { return spo2_; }
 
+  /// The finger of this measurement in seconds since START was tapped `start` seconds into a
+  /// recording.
+  std::vector<FingerSpan> finger(double start = 0) const;
+  /// Why a value is not final; nothing for lack of time alone. Seconds as above.
+  std::optional<Shortfall> shortfall(double start = 0) const;
+
   void measurementBegan() override;
   void frameSeen(const FrameColours& colours) override;
   void frameDropped() override;
+  void heartrateEstimated(std::int32_t counter, const HeartrateResult& result,
+                          EstimateVerdict verdict) override;
   void spo2Estimated(std::int32_t counter, float spo2, const Spo2Figures& figures,
                      EstimateVerdict verdict) override;
   void heartrateFinal(float heartrate) override;
@@ -34,11 +45,15 @@ class MeasurementJudge : public MeasurementObserver {
   void measurementEnded(std::int32_t counter, MeasurementEnd end) override;
 
  private:
-  void showFinger(std::optional<FingerState> state);
+  void showFinger(std::string_view text, std::string_view picture);
   void showDoubts();
 
   FingerCoach coach_;
-  std::optional<FingerState> shown_;
+  /// In `labelFinger`.
+  std::string text_;
+  std::string_view picture_;
+  EstimateCounts heartrateEstimates_;
+  EstimateCounts spo2Estimates_;
   Spo2Evidence evidence_;
   std::optional<HeartrateJudgement> heartrate_;
   std::optional<std::vector<Doubt>> spo2_;

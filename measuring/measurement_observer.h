@@ -11,6 +11,33 @@ namespace veyla {
 /// What becomes of one estimate. Only SpO2 estimates can be low.
 enum class EstimateVerdict { accepted, rejected, low, none };
 
+/// How many estimates of one value met which verdict.
+struct EstimateCounts {
+  int accepted = 0;
+  int rejected = 0;
+  int low = 0;
+  int none = 0;
+
+  void add(EstimateVerdict verdict);
+};
+
+inline void EstimateCounts::add(EstimateVerdict verdict) {
+  switch (verdict) {
+    case EstimateVerdict::accepted:
+      ++accepted;
+      break;
+    case EstimateVerdict::rejected:
+      ++rejected;
+      break;
+    case EstimateVerdict::low:
+      ++low;
+      break;
+    case EstimateVerdict::none:
+      ++none;
+      break;
+  }
+}
+
 /// How a measurement ended; each does so once.
 enum class MeasurementEnd {
   /// Every requested value is final, and stored.

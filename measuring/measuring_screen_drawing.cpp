@@ -195,7 +195,7 @@ class Drawing {
     drawElement(canvas_, views_, labelGrey, [&](const ScreenState::View& view) {
       drawLine(canvas_, view.text, layout_.instruction, sized(regularFont, 15), grey);
     });
-    drawDoubts();
+    drawRemarks();
   }
 
   void drawButtons() {
@@ -217,16 +217,17 @@ class Drawing {
     drawLine(canvas_, text, layout_.centerHeading, sized(mediumFont, 13), grey);
   }
 
-  /// Below the instruction, whichever panel the picture shows, in as many lines as they need.
-  void drawDoubts() {
+  /// What is said of finger and values: below the instruction, whichever panel the picture shows,
+  /// in as many lines as it needs.
+  void drawRemarks() {
     constexpr double lineHeight = 14;
     const Font font = sized(regularFont, 11);
     Rect place = layout_.instruction;
     place.y += place.height + 4;
     place.height = lineHeight;
     std::vector<std::string> lines;
-    for (const Element doubt : {labelDoubtHeartrate, labelDoubtSpo2}) {
-      std::istringstream words(views_.visibleText(doubt));
+    for (const Element remark : {labelFinger, labelDoubtHeartrate, labelDoubtSpo2}) {
+      std::istringstream words(views_.visibleText(remark));
       std::string line;
       for (std::string word; words >> word;) {
         std::string longer = line;

@@ -132,14 +132,9 @@ MeasurementReport MeasurementRun::reportOf(const MainViewController& screen,
 void MeasurementRun::addJudgement(MeasurementReport& report, const MeasurementJudge& judge) const {
   report.heartrateJudgement = judge.heartrate();
   report.spo2Doubts = judge.spo2();
-  const auto secondOf = [&](std::size_t frame) {
-    return request_.start + Measurement::countdownSeconds +
-           static_cast<double>(frame) / VideoDataOutput::framesPerSecond;
-  };
-  for (const FingerCoach::Span& span : judge.coach().spans()) {
-    report.finger.push_back({span.state, secondOf(span.from), secondOf(span.to)});
-  }
+  report.finger = judge.finger(request_.start);
   report.isBlack = judge.coach().isBlack();
+  report.shortfall = judge.shortfall(request_.start);
 }
 
 }  // namespace veyla

@@ -34,14 +34,10 @@ struct MeasurementReport {
   std::optional<HeartrateJudgement> heartrateJudgement;
   std::optional<std::vector<Doubt>> spo2Doubts;
   /// What was seen of the finger, in seconds of the recording.
-  struct FingerSpan {
-    FingerState state = FingerState::noFinger;
-    double from = 0;
-    double to = 0;
-  };
   std::vector<FingerSpan> finger;
-  /// Whether nothing brighter than black was seen.
   bool isBlack = false;
+  /// Why a value did not become final, where it is known.
+  std::optional<Shortfall> shortfall;
   /// From the first stored frame to the last, in the recording's time.
   double seconds = 0;
   /// The same up to the last accepted estimate of each value: when a final one became final.

@@ -9,7 +9,7 @@ void MeasurementTally::frameStored(std::int32_t /*counter*/) {
 
 void MeasurementTally::heartrateEstimated(std::int32_t counter, const HeartrateResult& result,
                                           EstimateVerdict verdict) {
-  count(heartrateEstimates_, verdict);
+  heartrateEstimates_.add(verdict);
   if (verdict == EstimateVerdict::accepted) heartrateSeconds_ = seconds();
   if (trace) {
     trace({.seconds = seconds(), .counter = counter, .verdict = verdict, .heartrate = &result});
@@ -18,7 +18,7 @@ void MeasurementTally::heartrateEstimated(std::int32_t counter, const HeartrateR
 
 void MeasurementTally::spo2Estimated(std::int32_t counter, float spo2, const Spo2Figures& figures,
                                      EstimateVerdict verdict) {
-  count(spo2Estimates_, verdict);
+  spo2Estimates_.add(verdict);
   if (verdict == EstimateVerdict::accepted) spo2Seconds_ = seconds();
   if (trace) {
     trace({.seconds = seconds(),
@@ -32,23 +32,6 @@ void MeasurementTally::spo2Estimated(std::int32_t counter, float spo2, const Spo
 void MeasurementTally::measurementEnded(std::int32_t /*counter*/, MeasurementEnd end) {
   end_ = end;
   if (ended) ended();
-}
-
-void MeasurementTally::count(EstimateCounts& counts, EstimateVerdict verdict) {
-  switch (verdict) {
-    case EstimateVerdict::accepted:
-      ++counts.accepted;
-      break;
-    case EstimateVerdict::rejected:
-      ++counts.rejected;
-      break;
-    case EstimateVerdict::low:
-      ++counts.low;
-      break;
-    case EstimateVerdict::none:
-      ++counts.none;
-      break;
-  }
 }
 
 }  // namespace veyla

@@ -12,14 +12,6 @@
 
 namespace veyla {
 
-/// How many estimates of one value met which verdict.
-struct EstimateCounts {
-  int accepted = 0;
-  int rejected = 0;
-  int low = 0;
-  int none = 0;
-};
-
 /// Counts what happens in a measurement and when, and hands every estimate on to `trace`.
 class MeasurementTally : public MeasurementObserver {
  public:
@@ -58,8 +50,6 @@ class MeasurementTally : public MeasurementObserver {
   std::optional<MeasurementEnd> end() const { return end_; }
 
  private:
-  void count(EstimateCounts& counts, EstimateVerdict verdict);
-
   const MainQueue& queue_;
   EstimateCounts heartrateEstimates_;
   EstimateCounts spo2Estimates_;

@@ -47,6 +47,16 @@ TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAs
   for (int i = 0; i < 30; ++i) rig.frame({255, i % 2 == 0 ? 80.0F : 82.0F, 40, 100});
   measure();
   EXPECT_THAT(judge.spo2(), Optional(ElementsAre(Doubt::noRedPulse)));
+
+  rig.startMeasuring();
+  rig.frames(30, {1, 1, 1, 1});
+  rig.screen.stopButtonPush();
+  rig.platform.time.runFor(0.02);
+  const auto finger = [&] { return rig.platform.display.view(MeasuringScreen::labelFinger); };
+  EXPECT_EQ(finger().text, "No finger from 2 to 4 s: the picture is black.");
+  EXPECT_EQ(finger().image, "noFinger");
+  rig.startMeasuring();
+  EXPECT_EQ(finger().text, "");
 }
 
 }  // namespace

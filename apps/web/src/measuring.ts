@@ -3,6 +3,7 @@ import {
   checkmarkCircle,
   fingerPrint,
   handLeft,
+  helpCircle,
   list,
   optionsOutline,
   pulse,
@@ -16,13 +17,14 @@ import type { DisplayViews } from "./page";
 import { followSwipes } from "./swipes";
 import { Widget } from "./widget";
 
-/** By the core's names of what is seen of the finger. */
+/** By the core's names of what is seen of the finger, or of why there is no value. */
 const fingerIcons: Readonly<Record<string, string>> = {
   noFinger: fingerPrint,
   tooBright: sunny,
   moving: handLeft,
   weak: pulse,
   good: checkmarkCircle,
+  noValue: helpCircle,
 };
 
 const markedCheckbox = "checkbox_marked.png";

@@ -1,0 +1,54 @@
+#include "measuring/shortfall.h"
+
+#include <gtest/gtest.h>
+
+namespace veyla {
+namespace {
+
+using enum FingerState;
+
+TEST(ShortfallTest, AMissingValueIsExplainedByTheFingerFirstThenByTheEstimates) {
+  const std::vector<FingerSpan> well = {{good, 2, 30}};
+  const std::vector<FingerSpan> restless = {{moving, 4, 9}, {weak, 12, 14}, {good, 14, 30}};
+  const EstimateCounts some{.accepted = 9};
+  const EstimateCounts unclear{.accepted = 2, .rejected = 3, .none = 4};
+  const EstimateCounts low{.accepted = 2, .low = 3};
+  struct Case {
+    MeasurementEvidence evidence;
+    const char* text;
+  };
+  const char* noOxygen = "No oxygen value: this camera's colours give none of 93 % or more.";
+  const Case cases[] = {
+      {{well, false, 28, some, some}, ""},
+      {{well, false, 28, unclear, some},
+       "The pulse was unclear in 7 of 9 heart-rate estimates: hold still, press lightly, warm the "
+       "finger."},
+      {{well, false, 28, some, low}, noOxygen},
+      {{restless, false, 28, some, low, true}, noOxygen},
+      {{restless, false, 28, some, some, true}, ""},
+      {{restless, false, 28, some, some, true, false, true},
+       "The pulse was unclear from 4 to 14 s: hold still."},
+      {{restless, false, 28, unclear, low}, "The pulse was unclear from 4 to 14 s: hold still."},
+      {{{{weak, 2, 9}, {good, 9, 14}, {weak, 14, 21.6}}, false, 28, unclear},
+       "The pulse was unclear from 2 to 9 s, from 14 to 22 s: press more lightly."},
+      {{{{weak, 2, 9}, {moving, 9, 12}}, false, 28, unclear},
+       "The pulse was unclear from 2 to 12 s: hold still and press more lightly."},
+      {{{{moving, 2, 2.9}, {good, 8, 20}}, false, 28, {.accepted = 1, .none = 2}},
+       "The pulse was unclear in 2 of 3 heart-rate estimates: hold still, press lightly, warm the "
+       "finger."},
+      // Nothing else helps before there is a finger.
+      {{{{noFinger, 2, 17}, {moving, 17, 30}}, false, 28, some, low, true},
+       "No finger from 2 to 17 s: cover lens and light."},
+      {{{{noFinger, 2, 17}}, true, 28}, "No finger from 2 to 17 s: the picture is black."},
+      {{{{tooBright, 3, 30}}, false, 28, some, low},
+       "Too bright from 3 to 30 s: expose less or press more lightly."},
+      {{{{noFinger, 2, 17}}, true, 28, some, some, true, true}, ""},
+  };
+  for (const Case& each : cases) {
+    const auto why = shortfallOf(each.evidence);
+    EXPECT_EQ(why ? why->text : "", each.text);
+  }
+}
+
+}  // namespace
+}  // namespace veyla
