@@ -27,6 +27,8 @@ struct AlertTextField {
   Keyboard keyboard = Keyboard::standard;
   bool autocapitalizes = true;
   bool autocorrects = true;
+
+  bool operator==(const AlertTextField&) const = default;
 };
 
 /// How an alert comes or goes: on the spot, or moving.

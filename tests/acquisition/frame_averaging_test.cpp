@@ -47,14 +47,14 @@ TEST(FrameAveragingTest, TheWholeFrameTruncatesMeansAndSurvivesTheLargestSums) {
   for (const std::size_t y : {0U, 1U}) odd.set(2, y, {255, 255, 255});
   EXPECT_EQ(averageAll(odd).red, 60);
   // Rows have padding, which is stepped over.
-  const TestFrame padded(4, 3, fingertip, 12);
+  const TestFrame padded(4, 3, fingertip, 3);
   EXPECT_EQ(averageAll(padded).red, 100);
   EXPECT_EQ(averageWholeFrame(padded.baseAddress(), 0, 0, 0), FrameSample{});
 }
 
 TEST(FrameAveragingTest, GridRowsAreReadAsUnpaddedWhateverTheyAre) {
   // The cell's second sample, at y = 4, is the 64th pixel in memory: (13, 3) where rows take 17.
-  TestFrame frame(16, 32, black, 4);
+  TestFrame frame(16, 32, black, 1);
   frame.set(13, 3, fingertip);
   EXPECT_EQ(averageCells(frame, {1}).red, 100);
   // 10 × 11 pixels: cells of 2 × 2, one sample each.

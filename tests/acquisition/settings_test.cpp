@@ -11,26 +11,21 @@ namespace {
 
 using testing::ElementsAre;
 
-Value entry(const char* profile, int rawDataSize) {
-  return Value::Dictionary{{"iPhoneModel", profile}, {"rawDataSize", rawDataSize}};
-}
-
 TEST(SettingsTest, TheLastEntryForTheDeviceWinsAndWithoutOneThereIsNone) {
   TestPlatform platform("iPhone8,1");
-  const auto resource = [](Value::Array entries) {
-    return Value::Dictionary{{"results", Value(std::move(entries))}};
-  };
-  platform.resources.give("Spo2Settings", resource({entry("iphone6s", 1), entry("iphone6", 2),
-                                                    entry("iphone6s", 3), "no entry"}));
+  auto& files = platform.resources.files;
+  files["Spo2Settings.json"] = R"({"results": [{"iPhoneModel": "iphone6s", "rawDataSize": 1},
+      {"iPhoneModel": "iphone6", "rawDataSize": 2}, {"iPhoneModel": "iphone6s", "rawDataSize": 3},
+      "no entry"]})";
   const auto settings = Utils::loadDefaultSettings("Spo2Settings");
   ASSERT_TRUE(settings);
   EXPECT_EQ((*settings)["rawDataSize"].intValue(), 3);
   EXPECT_THAT(platform.log.lines,
               ElementsAre("found ya!: {iPhoneModel = iphone6s, rawDataSize = 1}",
                           "found ya!: {iPhoneModel = iphone6s, rawDataSize = 3}"));
-  platform.resources.files["Broken.json"] = "{";
-  platform.resources.give("Other", resource({entry("iphone7", 1)}));
-  platform.resources.give("NoList", Value::Dictionary{{"results", 5}});
+  files["Broken.json"] = "{";
+  files["Other.json"] = R"({"results": [{"iPhoneModel": "iphone7"}]})";
+  files["NoList.json"] = R"({"results": 5})";
   for (const char* name : {"Missing", "Broken", "Other", "NoList"}) {
     EXPECT_FALSE(Utils::loadDefaultSettings(name)) << name;
   }

@@ -180,7 +180,7 @@ TEST_F(VideoProcessingTest, GridCellsAreReadFromTheSettingsAtEachFrameWhateverTh
 TEST_F(VideoProcessingTest, OneProfileAveragesTheWholeFrameAndSkipsOneThatCannotBeLocked) {
   platform_.device.model = "iPhone3,1";
   video_.startRecording();
-  TestFrame frame(192, 144, {10, 200, 100}, 64);
+  TestFrame frame(192, 144, {10, 200, 100}, 16);
   video_.captureOutput(frame);
   EXPECT_THAT(delegate_.frames, ElementsAre(FrameSample{100, 148, 10, 148}));
   EXPECT_EQ(frame.unlocks, 0);

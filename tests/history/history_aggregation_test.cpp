@@ -22,7 +22,7 @@ constexpr Date midnight{1'699'920'000};
 class HistoryAggregationTest : public testing::Test {
  protected:
   void in(const std::string& locale, const std::string& zone) {
-    platform_.text.setLocaleAndZone(locale, zone);
+    platform_.text.emplace(locale, zone);
   }
   static Date now() { return services().clock.now(); }
   /// Unix times of points, and their values.

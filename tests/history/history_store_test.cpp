@@ -165,7 +165,7 @@ TEST_F(HistoryStoreTest, StateIsFlushedButForTheUserIdentifierAndFlagsCountByBei
   EXPECT_EQ(Utils::getLastHeartrate(), 70.3125F);
   EXPECT_EQ(Utils::getLastSpo2(), 97.1F);
   EXPECT_EQ(Utils::getEmail(), "a@b.de");
-  EXPECT_EQ(Utils::getUserID(), platform_.text.randomUuid());
+  EXPECT_EQ(Utils::getUserID(), platform_.text->randomUuid());
   using testing::Pair;
   EXPECT_THAT(
       platform_.store.values,

@@ -7,6 +7,7 @@
 #include "history/history_store.h"
 #include "measuring/app_delegate.h"
 #include "tests/support/recorder_results_view.h"
+#include "tests/support/tables.h"
 #include "tests/support/test_platform.h"
 
 namespace veyla {
@@ -20,22 +21,23 @@ using testing::SizeIs;
 constexpr std::int32_t list = ResultsViewController::listTag;
 constexpr std::int32_t chooser = ResultsViewController::chooserTag;
 
-Labels flags(std::initializer_list<std::size_t> set) {
+/// By their numbers, such as "035".
+Labels flags(const std::string& numbers) {
   Labels labels{};
-  for (const std::size_t label : set) labels[label] = true;
+  for (const char number : numbers) labels[static_cast<std::size_t>(number - '0')] = true;
   return labels;
 }
 
 class ResultsViewControllerTest : public testing::Test {
  protected:
   ResultsViewControllerTest() {
-    platform_.resources.give("Product", Value::Dictionary{{"storePage", "https://store/veyla"}});
+    platform_.resources.files["Product.json"] = R"({"storePage": "https://store/veyla"})";
   }
 
   /// Three entries, stored oldest first: rows 2, 1 and 0 of the list.
   void loadThree() {
-    Utils::saveHeartrate(60.4, 95.5, Date{1000}, flags({0}));
-    Utils::saveHeartrate(0, 97.4, Date{2000}, flags({3, 5}));
+    Utils::saveHeartrate(60.4, 95.5, Date{1000}, flags("0"));
+    Utils::saveHeartrate(0, 97.4, Date{2000}, flags("35"));
     Utils::saveHeartrate(72.5, 0, Date{3000}, std::nullopt);
     load();
   }
@@ -47,13 +49,48 @@ class ResultsViewControllerTest : public testing::Test {
     platform_.journal.clear();
     platform_.log.lines.clear();
   }
-  void edit(const std::vector<std::size_t>& rows) {
-    screen_.setEditing(true, true);
-    for (const std::size_t row : rows) screen_.didSelectRow(row, list);
-    forget();
+
+  /// Words such as "row1 label3": a tap on row 1 of the list, one on label 3 of the chooser.
+  void tap(const std::string& words) {
+    using Screen = ResultsViewController;
+    static const std::map<std::string, std::function<void(Screen&, std::size_t)>> taps{
+        {"row", [](Screen& screen, std::size_t row) { screen.didSelectRow(row, list); }},
+        {"deselect", [](Screen& screen, std::size_t row) { screen.didDeselectRow(row); }},
+        {"label", [](Screen& screen, std::size_t label) { screen.didSelectRow(label, chooser); }},
+        {"swipe", [](Screen& screen, std::size_t row) { screen.tapSwipeAction(row); }},
+        {"none", [](Screen& screen, std::size_t) { screen.tapNoLabels(); }},
+        {"delete", [](Screen& screen, std::size_t) { screen.tapDeleteRow(); }},
+        {"outside", [](Screen& screen, std::size_t) { screen.touchesBegan(); }},
+        {"edit", [](Screen& screen, std::size_t) { screen.tapEditButton(); }},
+        {"left", [](Screen& screen, std::size_t) { screen.tapLeftButton(); }},
+        {"trash", [](Screen& screen, std::size_t) { screen.clickTrash(); }},
+        {"chart", [](Screen& screen, std::size_t) { screen.showChart(); }}};
+    std::istringstream stream(words);
+    for (std::string word; stream >> word;) {
+      const std::size_t digits = std::min(word.find_first_of("0123456789"), word.size());
+      taps.at(word.substr(0, digits))(screen_,
+                                      static_cast<std::size_t>(std::atoi(word.c_str() + digits)));
+    }
+  }
+  /// What taps lead to, row by row, in views, store and screens.
+  void expectRows(const std::string& table) {
+    for (const auto& [taps, done] :
+         rowsOf(table, {{"{comes}",
+                         "{chooser} 0 in 0 s | {chooser} 1 in 0.5 s | dimView opacity 0 "
+                         "in 0 s | dimView opacity 1 in 0.5 s | reload chooser"},
+                        {"{goes}", "{chooser} 0 in 0.5 s | dimView opacity 0 in 0.5 s"},
+                        {"{chooser}", "resultsTableViewForLabels opacity"},
+                        {"{saved}", "store set values | store flush"},
+                        {"{up}", "toolbar 44, list 456 in 0.5 s"},
+                        {"{down}", "toolbar -44, list 500 in 0.5 s"},
+                        {"{begun}", "editing 1 animated | right Done Chart | left All"},
+                        {"{ended}", "editing 0 animated | right Edit Chart | left Close"}})) {
+      platform_.journal.clear();
+      tap(taps);
+      EXPECT_EQ(replaced(joined(platform_.journal.lines()), "results ", ""), done) << taps;
+    }
   }
   Labels storedLabels(std::size_t index) const { return Utils::getValues()->at(index).labels; }
-  std::vector<std::string> shown() const { return platform_.journal.of("results"); }
   const Mail& mail() const { return platform_.sharing.mails.back(); }
 
   TestPlatform platform_;
@@ -62,207 +99,122 @@ class ResultsViewControllerTest : public testing::Test {
   ResultsViewController screen_{view_, [this] { ++dismissals_; }};
 };
 
-TEST_F(ResultsViewControllerTest, ItLoadsTheHistoryOnceNewestFirst) {
-  Utils::saveHeartrate(60, 0, Date{1}, std::nullopt);
-  Utils::saveHeartrate(61, 0, Date{2}, std::nullopt);
-  forget();
+TEST_F(ResultsViewControllerTest, ItLoadsTheHistoryOnceNewestFirstAndOnlyAnExactZeroIsEmpty) {
+  loadThree();
   screen_.viewDidLoad();
+  EXPECT_EQ(joined(platform_.journal.of("results")),
+            "right Edit Chart | left Close | dimView opacity 0 in 0 s");
   EXPECT_TRUE(AppDelegate::instance().isResults());
-  Utils::saveHeartrate(62, 0, Date{3}, std::nullopt);
+  Utils::saveHeartrate(62, 0, Date{4000}, std::nullopt);
   screen_.viewWillAppear();
   screen_.viewWillDisappear();
   EXPECT_FALSE(AppDelegate::instance().isResults());
-
   EXPECT_THAT(platform_.log.lines,
               ElementsAre("ResultsView: didload", "ResultsView: viewWillAppear",
                           "ResultsView: willDisappear"));
-  EXPECT_THAT(shown(), ElementsAre("right Edit Chart", "left Close", "dimView opacity 0 in 0 s"));
-  ASSERT_EQ(screen_.numberOfRows(list), 2U);
-  EXPECT_EQ(screen_.listCell(0).heartrateLabel, "61 bpm");
-  EXPECT_EQ(screen_.numberOfRows(chooser), 8U);
-  EXPECT_EQ(screen_.heightForRow(list), 50);
-  EXPECT_EQ(screen_.heightForRow(chooser), 40);
-}
-
-TEST_F(ResultsViewControllerTest, ACellRoundsAndOnlyAnExactZeroIsEmpty) {
-  loadThree();
+  ASSERT_EQ(screen_.numberOfRows(list), 3U);
   EXPECT_EQ(screen_.listCell(0), (HistoryTableViewCell{"at 3000", "72 bpm", "--", ""}));
   EXPECT_EQ(screen_.listCell(1),
             (HistoryTableViewCell{"at 2000", "--", "97%", "Training (Before), Sleep (Before)"}));
   EXPECT_EQ(screen_.listCell(2), (HistoryTableViewCell{"at 1000", "60 bpm", "96%", "Resting"}));
+  EXPECT_EQ(screen_.heightForRow(list), 50);
+  EXPECT_EQ(screen_.heightForRow(chooser), 40);
   Utils::setValues({{0.3, 0.7, Date{5}, {}, {}}});
   load();
-  EXPECT_EQ(screen_.listCell(0).heartrateLabel, "0 bpm");
-  EXPECT_EQ(screen_.listCell(0).spo2Label, "1%");
+  EXPECT_EQ(screen_.listCell(0), (HistoryTableViewCell{"at 5", "0 bpm", "1%", ""}));
 }
 
 TEST_F(ResultsViewControllerTest, AnEmptyHistoryIsAnEmptyListThatStillLeadsToTheChart) {
   load();
   EXPECT_EQ(screen_.numberOfRows(list), 0U);
-  screen_.showChart();
-  EXPECT_THAT(platform_.journal.of("screens"), ElementsAre("chart"));
-  screen_.didSelectRow(0, list);
-  screen_.didSelectRow(0, chooser);
-  screen_.tapDeleteRow();
-  screen_.tapSwipeAction(0);
-  EXPECT_THAT(platform_.journal.of("store"), IsEmpty());
-  screen_.buttonCloseTap();
+  expectRows("chart -> screens chart\n row0 label0 delete swipe0 none ->");
+  tap("left");
   EXPECT_EQ(dismissals_, 1);
 }
 
-// Labels.
-
-TEST_F(ResultsViewControllerTest, ATappedRowOpensTheChooserWithItsCheckMarks) {
+TEST_F(ResultsViewControllerTest, ATappedRowIsLabelledOrDeletedAtOnce) {
   loadThree();
   EXPECT_FALSE(screen_.chooserCell(0).isChecked);
-  screen_.didSelectRow(1, list);
+  expectRows(R"(
+none                 ->
+row1                 -> {comes})");
   EXPECT_EQ(screen_.resultsCurrentSelectedRow(), 1);
   EXPECT_THAT(platform_.log.lines, ElementsAre("didSelect, tag: 0"));
-  EXPECT_THAT(shown(), ElementsAre("resultsTableViewForLabels opacity 0 in 0 s",
-                                   "resultsTableViewForLabels opacity 1 in 0.5 s",
-                                   "dimView opacity 0 in 0 s", "dimView opacity 1 in 0.5 s",
-                                   "reload chooser"));
+  EXPECT_EQ(screen_.numberOfRows(chooser), 8U);
   EXPECT_EQ(screen_.chooserCell(3), (TableCell{"labelCell", "Training (Before)", true}));
   EXPECT_EQ(screen_.chooserCell(4), (TableCell{"labelCell", "Training (After)", false}));
   EXPECT_EQ(screen_.chooserCell(7), (TableCell{"labelsButtons", "", false}));
-  forget();
-  screen_.touchesBegan();
-  EXPECT_THAT(shown(), ElementsAre("resultsTableViewForLabels opacity 0 in 0.5 s",
-                                   "dimView opacity 0 in 0.5 s"));
-}
-
-TEST_F(ResultsViewControllerTest, EveryTapOnALabelIsStored) {
-  loadThree();
-  screen_.tapNoLabels();
-  screen_.didSelectRow(2, list);
-  forget();
-  screen_.didSelectRow(1, chooser);
-  EXPECT_EQ(storedLabels(0), flags({0, 1}));
-  screen_.didSelectRow(0, chooser);
-  EXPECT_EQ(storedLabels(0), flags({1}));
-  screen_.didSelectRow(7, chooser);
-  EXPECT_THAT(platform_.journal.lines(),
-              ElementsAre("results check mark 1 on", "store set values", "store flush",
-                          "results check mark 0 off", "store set values", "store flush"));
-  EXPECT_THAT(platform_.log.lines, SizeIs(3));
-  EXPECT_EQ(storedLabels(1), flags({3, 5})) << "another entry's";
+  expectRows(R"(
+outside              -> {goes}
+row2 label1          -> {comes} | check mark 1 on | {saved}
+label0               -> check mark 0 off | {saved}
+label7               ->)");
+  EXPECT_EQ(storedLabels(0), flags("1"));
+  EXPECT_EQ(storedLabels(1), flags("35")) << "another entry's";
   EXPECT_EQ(screen_.listCell(2).labelNames, "Active");
-  screen_.didSelectRow(1, list);
-  screen_.tapNoLabels();
+  tap("row1 none");
   EXPECT_EQ(storedLabels(1), Labels{});
-  EXPECT_EQ(storedLabels(0), flags({1}));
+  EXPECT_EQ(storedLabels(0), flags("1"));
   EXPECT_FALSE(screen_.chooserCell(3).isChecked);
+
+  forget();
+  expectRows("delete -> {saved} | delete 1 at once | {goes}\n label0 ->");
+  EXPECT_EQ(platform_.log.lines.front(), "delete row 1, pathrow: 1");
+  EXPECT_EQ(Utils::getValues()->back().hr, 72.5);
+  EXPECT_EQ(storedLabels(0), flags("1")) << "no entry is being edited";
+  EXPECT_EQ(screen_.swipeAction(), (SwipeAction{"Delete", Color{1, 0, 0, 1}}));
+  EXPECT_EQ(screen_.editingStyle(), EditingStyle::swipeToDelete);
+  expectRows("swipe1 swipe0 -> {saved} | delete 1 fading | {saved} | delete 0 fading");
+  EXPECT_EQ(platform_.log.lines.back(), "delete from swipe");
+  EXPECT_THAT(*Utils::getValues(), IsEmpty()) << "an empty history, not an absent one";
 }
 
 TEST_F(ResultsViewControllerTest, BeforeAndAfterExcludeEachOtherFromTheTappedSide) {
   struct Case {
-    Labels labels;
+    const char* labels;
     std::size_t tapped;
-    Labels left;
+    const char* left;
   };
-  const Case cases[] = {{flags({4}), 3, flags({3})},
-                        {flags({5}), 6, flags({6})},
-                        {flags({6}), 5, flags({5})},
-                        {flags({3, 6}), 4, flags({4, 6})},  // the other pair
-                        {flags({4}), 5, flags({4, 5})},     // neighbours of different pairs
-                        {flags({1, 3, 6}), 0, flags({0, 1, 3, 6})},  // no pair's
-                        {flags({3, 4}), 3, flags({4})},  // both already: only what is tapped goes
-                        {flags({3}), 4, flags({4})}};
+  const Case cases[] = {{"4", 3, "3"},      {"5", 6, "6"},
+                        {"6", 5, "5"},      {"36", 4, "46"},  // the other pair
+                        {"4", 5, "45"},                       // neighbours of different pairs
+                        {"136", 0, "0136"},                   // no pair's
+                        {"34", 3, "4"},  // both already: only what is tapped goes
+                        {"3", 4, "4"}};
   for (const auto& [labels, tapped, left] : cases) {
-    Utils::setValues({{60, 97, Date{1}, labels, {}}});
+    Utils::setValues({{60, 97, Date{1}, flags(labels), {}}});
     load();
     screen_.didSelectRow(0, list);
     forget();
     screen_.didSelectRow(tapped, chooser);
-    EXPECT_EQ(storedLabels(0), left) << tapped;
+    EXPECT_EQ(storedLabels(0), flags(left)) << tapped;
   }
-  EXPECT_THAT(shown(), ElementsAre("check mark 4 on", "check mark 3 off"));
+  EXPECT_THAT(platform_.journal.of("results"), ElementsAre("check mark 4 on", "check mark 3 off"));
 }
-
-// Deletion.
-
-TEST_F(ResultsViewControllerTest, TheChooserAndASwipeDeleteOneEntry) {
-  loadThree();
-  screen_.didSelectRow(1, list);
-  forget();
-  screen_.tapDeleteRow();
-  EXPECT_THAT(platform_.journal.lines(),
-              ElementsAre("store set values", "store flush", "results delete 1 at once",
-                          "results resultsTableViewForLabels opacity 0 in 0.5 s",
-                          "results dimView opacity 0 in 0.5 s"));
-  EXPECT_THAT(platform_.log.lines, ElementsAre("delete row 1, pathrow: 1"));
-  ASSERT_THAT(*Utils::getValues(), SizeIs(2));
-  EXPECT_EQ(Utils::getValues()->back().hr, 72.5);
-  screen_.didSelectRow(0, chooser);
-  EXPECT_EQ(storedLabels(0), flags({0})) << "no entry is being edited";
-
-  EXPECT_EQ(screen_.swipeAction(), (SwipeAction{"Delete", Color{1, 0, 0, 1}}));
-  EXPECT_EQ(screen_.editingStyle(), EditingStyle::swipeToDelete);
-  forget();
-  for (const std::size_t row : {1U, 0U}) screen_.tapSwipeAction(row);
-  EXPECT_THAT(platform_.log.lines, ElementsAre("delete from swipe", "delete from swipe"));
-  EXPECT_THAT(shown(), ElementsAre("delete 1 fading", "delete 0 fading"));
-  EXPECT_THAT(*Utils::getValues(), IsEmpty()) << "an empty history, not an absent one";
-}
-
-TEST_F(ResultsViewControllerTest, TheTrashDeletesTheSelectedRowsAndEndsEditing) {
-  loadThree();
-  screen_.didSelectRow(1, list);
-  edit({2, 0});
-  screen_.clickTrash();
-  EXPECT_EQ(screen_.resultsCurrentSelectedRow(), -1);
-  ASSERT_THAT(*Utils::getValues(), SizeIs(1));
-  EXPECT_EQ(Utils::getValues()->front().spo2, 97.4);
-  EXPECT_THAT(platform_.log.lines, ElementsAre("click trash", "setEditing 0"));
-  EXPECT_THAT(platform_.journal.lines(),
-              ElementsAre("store set values", "store flush", "results delete 0 2 fading",
-                          "results editing 0 animated", "results right Edit Chart",
-                          "results left Close", "results toolbar -44, list 500 in 0.5 s"));
-}
-
-// Editing.
 
 TEST_F(ResultsViewControllerTest, TheToolbarShowsWhileSomethingIsSelectedAndAllAndNoneTakeTurns) {
   loadThree();
-  const auto shownAfter = [&](const std::function<void()>& taps) {
-    forget();
-    taps();
-    std::string lines;
-    for (const std::string& line : shown()) lines += line + '|';
-    return lines;
-  };
-  const std::string comes = "toolbar 44, list 456 in 0.5 s|";
-  const std::string goes = "toolbar -44, list 500 in 0.5 s|";
-  EXPECT_EQ(shownAfter([&] { screen_.tapEditButton(); }),
-            "editing 1 animated|right Done Chart|left All|");
-  EXPECT_THAT(platform_.log.lines, ElementsAre("setEditing 1"));
-  EXPECT_EQ(screen_.editingStyle(), EditingStyle::multipleSelection);
-  EXPECT_EQ(shownAfter([&] {
-              for (const std::size_t row : {0U, 2U}) screen_.didSelectRow(row, list);
-              screen_.didDeselectRow(0);
-            }),
-            comes)
-      << "once";
-  EXPECT_EQ(shownAfter([&] { screen_.didDeselectRow(2); }), goes);
-  EXPECT_EQ(screen_.resultsCurrentSelectedRow(), -1) << "no chooser while editing";
-  EXPECT_EQ(shownAfter([&] { screen_.tapLeftButton(); }),
-            "left None|select 0|select 1|select 2|" + comes);
-  EXPECT_THAT(screen_.selectedRows(), SizeIs(3));
-  EXPECT_EQ(shownAfter([&] { screen_.tapLeftButton(); }),
-            "left All|deselect 0|deselect 1|deselect 2|" + goes);
-  EXPECT_THAT(screen_.selectedRows(), IsEmpty());
-
-  // Whether the last tap was on All outlives the editing mode; what was selected does not.
-  screen_.tapLeftButton();
-  screen_.tapEditButton();
-  EXPECT_FALSE(screen_.isBottomToolbarShown());
-  EXPECT_THAT(screen_.selectedRows(), IsEmpty());
-  screen_.tapEditButton();
-  screen_.tapLeftButton();
-  EXPECT_THAT(screen_.selectedRows(), IsEmpty());
+  expectRows(R"(
+row1 outside         -> {comes} | {goes}
+edit                 -> {begun}
+row0 row2 deselect0  -> {up}
+deselect2            -> {down}
+left                 -> left None | select 0 | select 1 | select 2 | {up}
+left                 -> left All | deselect 0 | deselect 1 | deselect 2 | {down}
+left edit            -> left None | select 0 | select 1 | select 2 | {up} | {ended} | {down}
+edit left            -> {begun} | left All | deselect 0 | deselect 1 | deselect 2
+row2 row0            -> {up}
+trash                -> {saved} | delete 0 2 fading | {ended} | {down})");
+  EXPECT_EQ(screen_.resultsCurrentSelectedRow(), -1);
+  ASSERT_THAT(*Utils::getValues(), SizeIs(1));
+  EXPECT_EQ(Utils::getValues()->front().spo2, 97.4);
+  EXPECT_EQ(platform_.log.lines.back(), "setEditing 0");
+  EXPECT_EQ(platform_.log.lines.end()[-2], "click trash");
   EXPECT_EQ(dismissals_, 0);
-  screen_.tapEditButton();
-  screen_.tapLeftButton();
+  tap("edit");
+  EXPECT_EQ(screen_.editingStyle(), EditingStyle::multipleSelection);
+  tap("row0 edit left");
+  EXPECT_THAT(screen_.selectedRows(), IsEmpty());
   EXPECT_EQ(dismissals_, 1);
 }
 
@@ -270,9 +222,9 @@ TEST_F(ResultsViewControllerTest, TheToolbarShowsWhileSomethingIsSelectedAndAllA
 
 TEST_F(ResultsViewControllerTest, CancellingTheShareChoiceSendsTheCsvMailToo) {
   loadThree();
-  edit({0});
+  tap("edit row0");
   screen_.clickShare();
-  EXPECT_THAT(platform_.log.lines, ElementsAre("click share"));
+  EXPECT_EQ(platform_.log.lines.back(), "click share");
   std::vector<std::string> actions;
   for (const SheetAction& action : view_.sheet->actions) {
     actions.push_back(action.title + (action.style == ActionStyle::cancel ? ", cancel" : ""));
@@ -293,32 +245,32 @@ TEST_F(ResultsViewControllerTest, CancellingTheShareChoiceSendsTheCsvMailToo) {
 
 TEST_F(ResultsViewControllerTest, MailsCarryTheSelectedRowsNewestFirst) {
   loadThree();
-  edit({2, 0, 1});
+  tap("edit row2 row0 row1");
   screen_.emailCSVResults();
-  EXPECT_EQ(mail().subject, "Veyla data");
-  EXPECT_TRUE(mail().isHtml);
-  EXPECT_EQ(mail().body,
-            "The heart rate and saturation data have been measured with the Veyla app. It can be "
-            "downloaded on the App Store: <a href=\"https://store/veyla\">iTunes link</a>.");
-  EXPECT_THAT(mail().recipients, IsEmpty());
-  EXPECT_EQ(mail().tint, (Color{0, 0, 0, 1}));
-  EXPECT_EQ(mail().titleColor, (Color{0, 0, 0, 1}));
+  const std::string introduction =
+      "The heart rate and saturation data have been measured with the Veyla app. It can be "
+      "downloaded on the App Store: <a href=\"https://store/veyla\">iTunes link</a>.";
   // The test's clock stands at 2023-11-14 22:13:20 UTC.
-  EXPECT_THAT(mail().attachments,
-              ElementsAre(MailAttachment{"Date,Heart Rate,Saturation\n"
-                                         "1970-01-01 00:50:00,72,0\n"
-                                         "1970-01-01 00:33:20,0,97\n"
-                                         "1970-01-01 00:16:40,60,96",
-                                         "text/csv", "veyla-data-20231114.csv"}));
+  Mail expected{{},
+                "Veyla data",
+                introduction,
+                true,
+                {{"Date,Heart Rate,Saturation\n"
+                  "1970-01-01 00:50:00,72,0\n"
+                  "1970-01-01 00:33:20,0,97\n"
+                  "1970-01-01 00:16:40,60,96",
+                  "text/csv", "veyla-data-20231114.csv"}},
+                Color{0, 0, 0, 1},
+                Color{0, 0, 0, 1}};
+  EXPECT_EQ(mail(), expected);
 
   // The text mail has the same lines in its body.
-  for (const std::size_t row : {0U, 2U}) screen_.didDeselectRow(row);
-  const std::string introduction = mail().body;
+  tap("deselect0 deselect2");
   screen_.emailRawResults();
-  EXPECT_EQ(mail().body, "<p>" + introduction +
-                             "</p><p>Date,Heart Rate,Saturation<br>1970-01-01 00:33:20,0,97</p>");
-  EXPECT_TRUE(mail().isHtml);
-  EXPECT_THAT(mail().attachments, IsEmpty());
+  expected.body =
+      "<p>" + introduction + "</p><p>Date,Heart Rate,Saturation<br>1970-01-01 00:33:20,0,97</p>";
+  expected.attachments.clear();
+  EXPECT_EQ(mail(), expected);
 }
 
 TEST_F(ResultsViewControllerTest, HowMailsAndMessagesEndStandsInTheLog) {
@@ -331,18 +283,17 @@ TEST_F(ResultsViewControllerTest, HowMailsAndMessagesEndStandsInTheLog) {
   platform_.sharing.sendsText = false;
   screen_.sendSMS("unsent");
   platform_.sharing.sendsText = true;
-  for (const MessageResult result :
-       {MessageResult::cancelled, MessageResult::sent, MessageResult::failed}) {
+  for (const auto result : {MessageResult::cancelled, MessageResult::sent, MessageResult::failed}) {
     screen_.sendSMS("hello");
     platform_.sharing.messageFinished(result);
   }
-  EXPECT_THAT(platform_.log.lines, ElementsAre("Mail cancelled", "Mail saved", "Mail sent",
-                                               "Mail sent failure: no network", "Message cancelled",
-                                               "Message sent", "Message failed"));
-  EXPECT_THAT(platform_.sharing.messages, ElementsAre("hello", "hello", "hello"));
-  const auto calls = platform_.journal.of("sharing");
-  EXPECT_EQ(std::count(calls.begin(), calls.end(), "dismiss mail"), 4);
-  EXPECT_EQ(std::count(calls.begin(), calls.end(), "dismiss message"), 3);
+  EXPECT_EQ(joined(platform_.log.lines),
+            "Mail cancelled | Mail saved | Mail sent | Mail sent failure: no network | "
+            "Message cancelled | Message sent | Message failed");
+  std::string calls;
+  for (int i = 0; i < 4; ++i) calls += "mail Veyla data | dismiss mail | ";
+  for (int i = 0; i < 3; ++i) calls += "message hello | dismiss message | ";
+  EXPECT_EQ(joined(platform_.journal.of("sharing")) + " | ", calls);
 }
 
 TEST_F(ResultsViewControllerTest, AScreenThatHasGoneIsNotCalledByItsSheetOrMail) {
@@ -356,44 +307,39 @@ TEST_F(ResultsViewControllerTest, AScreenThatHasGoneIsNotCalledByItsSheetOrMail)
   view_.choose("Cancel");
   EXPECT_THAT(platform_.journal.lines(), IsEmpty());
   platform_.sharing.mailFinished(MailResult::sent, "");
-  EXPECT_THAT(platform_.log.lines, ElementsAre("Mail sent"));
   EXPECT_THAT(platform_.journal.lines(), ElementsAre("sharing dismiss mail"));
 }
 
 // What others left.
 
 TEST_F(ResultsViewControllerTest, ADamagedEntryShowsAndStaysAsItIsUntilItIsDeleted) {
-  Utils::saveHeartrate(60, 97, Date{1}, std::nullopt);
   Utils::saveHeartrate(61, 97, Date{2}, std::nullopt);
   auto stored = *platform_.store.values["values"].array();
   const Value damaged = Value::Dictionary{{"hr", "sixty"}, {"note", 5}};
-  stored[0] = damaged;
+  stored.insert(stored.begin(), damaged);
   platform_.store.values["values"] = stored;
   load();
   EXPECT_EQ(screen_.listCell(1), (HistoryTableViewCell{"Damaged entry", "--", "--", ""}));
-  screen_.didSelectRow(1, list);
-  screen_.didSelectRow(0, chooser);
+  tap("row1 label0 none");
   EXPECT_FALSE(screen_.chooserCell(0).isChecked);
-  screen_.didSelectRow(0, list);
-  screen_.didSelectRow(0, chooser);
-  EXPECT_EQ(storedLabels(1), flags({0}));
+  tap("row0 label0");
+  EXPECT_EQ(storedLabels(1), flags("0"));
   EXPECT_EQ(platform_.store.values["values"].array()->front(), damaged);
 
-  edit({0, 1});
+  tap("edit row0 row1");
   screen_.emailCSVResults();
   EXPECT_EQ(mail().attachments.front().data,
             "Date,Heart Rate,Saturation\n1970-01-01 00:00:02,61,97");
   EXPECT_THAT(platform_.log.lines, testing::Contains(HasSubstr("its \"hr\" is no number")));
-  screen_.didDeselectRow(0);
-  screen_.clickTrash();
+  tap("deselect0 trash");
   EXPECT_THAT(*platform_.store.values["values"].array(), SizeIs(1));
 }
 
 TEST_F(ResultsViewControllerTest, OldEntriesWithoutLabelsAreCompleted) {
   screen_.addLabelsArrayForMissingRows(
-      {{"at 2", "60 bpm", "--", flags({2})}, {"at 1", "--", "97%", std::nullopt}});
+      {{"at 2", "60 bpm", "--", flags("2")}, {"at 1", "--", "97%", std::nullopt}});
   EXPECT_THAT(*Utils::getValuesOLD(),
-              ElementsAre(OldHistoryEntry{"at 2", "60 bpm", "--", flags({2})},
+              ElementsAre(OldHistoryEntry{"at 2", "60 bpm", "--", flags("2")},
                           OldHistoryEntry{"at 1", "--", "97%", Labels{}}));
 }
 

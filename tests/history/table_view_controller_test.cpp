@@ -6,16 +6,15 @@
 
 #include "history/history_store.h"
 #include "shell/alerts.h"
+#include "tests/support/tables.h"
 #include "tests/support/test_platform.h"
 
 namespace veyla {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pair;
-using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
 class RecorderOptionsView : public OptionsView {
@@ -33,20 +32,19 @@ class RecorderOptionsView : public OptionsView {
 class TableViewControllerTest : public testing::Test {
  protected:
   TableViewControllerTest() {
-    platform_.resources.give("Product",
-                             Value::Dictionary{{"supportAddress", "support@veyla.test"},
-                                               {"storePage", "https://store.test/veyla"},
-                                               {"storeHost", "store.test"},
-                                               {"storeId", "4711"},
-                                               {"socialMediaPage", "https://social.test/veyla"}});
+    platform_.resources.files["Product.json"] =
+        R"({"supportAddress": "support@veyla.test", "storePage": "https://store.test/veyla",
+            "storeHost": "store.test", "storeId": "4711",
+            "socialMediaPage": "https://social.test/veyla"})";
   }
 
   const Alert& dialog() const { return platform_.alerts.shown.front(); }
+  std::string alert() const { return inWords(platform_.alerts.shown.back()); }
   /// Opens the dialog and types.
   void type(const std::string& text) {
     platform_.alerts.shown.clear();
-    platform_.alerts.fields.clear();
     screen_.accessoryButtonTapped();
+    platform_.journal.clear();
     id_ = platform_.alerts.lastId;
     alerts_.typeInField(id_, text);
   }
@@ -83,43 +81,34 @@ TEST_F(TableViewControllerTest, ItAppearsWithAnEditButtonAndAWhiteBar) {
 }
 
 TEST_F(TableViewControllerTest, RowsLeadWhereTheySay) {
-  const auto rows = screen_.rows();
-  ASSERT_THAT(rows, ElementsAre(SizeIs(2), SizeIs(7), SizeIs(2)));
-  struct Case {
-    std::int32_t section;
-    std::int32_t row;
-    const char* title;
-    const char* leadsTo;
-  };
-  const std::string review =
-      "sharing open "
-      "itms-apps://store.test/WebObjects/MZStore.woa/wa/viewContentsUserReviews?id=4711"
-      "&onlyLatestVersion=true&pageNumber=0&sortOrdering=1&type=Purple+Software";
   // What a tap does; or the page, which the view shows.
-  const Case cases[] = {{0, 0, "Send feedback", "sharing mail Veyla Support"},
-                        {0, 1, "Release notes", "screens release notes"},
-                        {1, 0, "Introduction", "screens intro"},
-                        {1, 1, "Health records", "HealthHowTo"},
-                        {1, 2, "Terms", "Terms"},
-                        {1, 3, "Rate Veyla", review.c_str()},
-                        {1, 4, "Invite friends", "sharing mail Check out Orvane Veyla app"},
-                        {1, 5, "Questions and answers", "screens faq"},
-                        {1, 6, "Follow us", "sharing open https://social.test/veyla"},
-                        {2, 0, "Please provide us your email", ""},
-                        {2, 1, "About", "About"}};
-  for (const auto& [section, row, title, leadsTo] : cases) {
-    const OptionsRow& shown =
-        rows[static_cast<std::size_t>(section)][static_cast<std::size_t>(row)];
-    EXPECT_EQ(shown.title, title);
-    EXPECT_EQ(shown.isEmail, section == 2 && row == 0);
-    const auto done = tapRow(section, row);
-    EXPECT_EQ(std::string(shown.page) + (done.empty() ? "" : done.front()), leadsTo);
-    EXPECT_EQ(screen_.whichEmail(), section * 10 + row >= 14 ? "invite" : "feedback");
+  std::string all;
+  const auto sections = screen_.rows();
+  for (std::size_t i = 0; i < sections.size(); ++i) {
+    for (std::size_t k = 0; k < sections[i].size(); ++k) {
+      const OptionsRow& row = sections[i][k];
+      all += formatText("%zu %s: %s", i, row.title.c_str(), std::string(row.page).c_str());
+      all += joined(tapRow(static_cast<std::int32_t>(i), static_cast<std::int32_t>(k)));
+      all += formatText("%s (%s)\n", row.isEmail ? "address" : "", screen_.whichEmail().c_str());
+    }
   }
+  EXPECT_EQ(all,
+            R"(0 Send feedback: sharing mail Veyla Support (feedback)
+0 Release notes: screens release notes (feedback)
+1 Introduction: screens intro (feedback)
+1 Health records: HealthHowTo (feedback)
+1 Terms: Terms (feedback)
+1 Rate Veyla: sharing open itms-apps://store.test/WebObjects/MZStore.woa/wa/viewContentsUserReviews?id=4711&onlyLatestVersion=true&pageNumber=0&sortOrdering=1&type=Purple+Software (feedback)
+1 Invite friends: sharing mail Check out Orvane Veyla app (invite)
+1 Questions and answers: screens faq (invite)
+1 Follow us: sharing open https://social.test/veyla (invite)
+2 Please provide us your email: address (invite)
+2 About: About (invite)
+)");
   for (const auto& [section, row] : {std::pair{0, 2}, {1, 7}, {2, 3}, {3, 0}, {-1, 0}, {0, -1}}) {
     EXPECT_THAT(tapRow(section, row), IsEmpty()) << section << ", " << row;
   }
-  EXPECT_EQ(rows[2][0].subTitle, "For better support");
+  EXPECT_EQ(sections[2][0].subTitle, "For better support");
   Utils::setEmail("a@b.de");
   EXPECT_EQ(screen_.rows()[2][0], (OptionsRow{"Change your email", "a@b.de", "", true}));
 }
@@ -141,26 +130,13 @@ TEST_F(TableViewControllerTest, AScreenThatHasGoneIsNotCalledByItsDialog) {
 
 TEST_F(TableViewControllerTest, TheDialogAsksForAnAddress) {
   type("");
-  const Alert& asked = dialog();
-  EXPECT_EQ(asked.kind, AlertKind::edit);
-  EXPECT_EQ(asked.title, "Email");
-  EXPECT_EQ(asked.subtitle,
-            "By supplying us with your email address, we will be better equipped to provide you "
-            "with proper support");
-  EXPECT_EQ(asked.closeButton, "Cancel");
-  EXPECT_EQ(asked.duration, std::nullopt);
-  EXPECT_TRUE(asked.closesOnOutsideTap);
-  EXPECT_EQ(asked.style,
+  EXPECT_EQ(inWords(dialog()),
+            "edit | Email | By supplying us with your email address, we will be better equipped to "
+            "provide you with proper support [Save] [Cancel] [outside]");
+  EXPECT_EQ(dialog().style,
             (AlertStyle{AlertMotion::upward, AlertMotion::downward, AlertBackground::blur}));
-  EXPECT_EQ(asked.color, (Color{200 / 255.0, 2 / 255.0, 0, 1}));
-  EXPECT_EQ(asked.iconTint, (Color{1, 1, 1, 1}));
-  ASSERT_TRUE(asked.textField);
-  EXPECT_EQ(asked.textField->placeholder, "Enter your email");
-  EXPECT_EQ(asked.textField->text, "");
-  EXPECT_EQ(asked.textField->keyboard, Keyboard::email);
-  EXPECT_FALSE(asked.textField->autocapitalizes || asked.textField->autocorrects);
-  ASSERT_EQ(asked.buttons.size(), 1U) << "nothing to remove";
-  EXPECT_EQ(asked.buttons[0].title, "Save");
+  EXPECT_EQ(dialog().textField,
+            (AlertTextField{"Enter your email", "", Keyboard::email, false, false}));
 }
 
 TEST_F(TableViewControllerTest, AnAddressIsStoredAsTypedButForBlanksAroundIt) {
@@ -185,11 +161,8 @@ TEST_F(TableViewControllerTest, ANonvalidAddressKeepsTheDialogOpen) {
     EXPECT_FALSE(Utils::hasEmail()) << text;
     ASSERT_TRUE(alerts_.isShowing(id_)) << text;
     EXPECT_EQ(alerts_.fieldText(id_), text);
-    EXPECT_EQ(platform_.alerts.shown.back().title, "Whoops!");
-    EXPECT_EQ(platform_.alerts.shown.back().kind, AlertKind::plain);
-    EXPECT_EQ(platform_.alerts.shown.back().closeButton, "OK");
-    EXPECT_EQ(platform_.alerts.shown.back().subtitle, "You entered a nonvalid email");
-    EXPECT_THAT(platform_.alerts.fields, ElementsAre("focus " + std::to_string(id_)));
+    EXPECT_EQ(alert(), "plain | Whoops! | You entered a nonvalid email [OK]");
+    EXPECT_THAT(platform_.journal.of("alert"), ElementsAre("show Whoops!", "focus"));
   }
   alerts_.typeInField(id_, "someone@example.org");
   tap("Save");
@@ -201,59 +174,56 @@ TEST_F(TableViewControllerTest, AStoredAddressIsShownAndCanBeRemoved) {
   Utils::setEmail("old@example.org");
   type("half typed");
   EXPECT_EQ(dialog().textField->text, "old@example.org");
-  ASSERT_EQ(dialog().buttons.size(), 2U);
-  EXPECT_EQ(dialog().buttons[0].title, "Remove");
+  EXPECT_EQ(dialog().buttons.front().title, "Remove");
   tap("Remove");
   EXPECT_FALSE(Utils::hasEmail());
-  EXPECT_THAT(platform_.alerts.fields, ElementsAre("text " + std::to_string(id_) + " "));
+  EXPECT_EQ(platform_.journal.of("alert").front(), "text ");
   EXPECT_THAT(view_.texts,
               UnorderedElementsAre(Pair("labelEmailTitle", "Please provide us your email"),
                                    Pair("labelEmailSubTitle", "For better support")));
-  EXPECT_EQ(platform_.alerts.shown.back().title, "Removed!");
-  EXPECT_EQ(platform_.alerts.shown.back().subtitle, "Your email has been removed from our system");
+  EXPECT_EQ(alert(), "plain | Removed! | Your email has been removed from our system [OK]");
 }
 
 // Mails.
 
-TEST_F(TableViewControllerTest, FeedbackTellsTheApplicationAndTheMachine) {
+TEST_F(TableViewControllerTest, FeedbackTellsTheApplicationAndTheMachineWhereMailCanBeSent) {
   platform_.device.shortVersion = "1.2";
   screen_.feedback();
-  const Mail& mail = platform_.sharing.mails.back();
-  EXPECT_THAT(mail.recipients, ElementsAre("support@veyla.test"));
-  EXPECT_FALSE(mail.isHtml);
-  EXPECT_EQ(mail.body,
-            "\n\n\n"
-            "## Please type your feedback above this line ##\n"
-            "\n"
-            "You will receive an email from us to confirm that we have received your feedback\n"
-            "\n"
-            "App: Veyla 1.2 (1.0.0)\n"
-            "System Version: 10.3.1\n"
-            "Model: iPhone 6S");
-  EXPECT_EQ(mail.tint, (Color{0, 0, 0, 1}));
-  EXPECT_EQ(mail.titleColor, (Color{0, 0, 0, 1}));
-  platform_.sharing.mailFinished(MailResult::failed, "no account");
-  EXPECT_THAT(platform_.log.lines, testing::Contains("Mail sent failure: no account"));
-  EXPECT_THAT(platform_.journal.of("sharing").back(), "dismiss mail");
-}
+  EXPECT_EQ(platform_.sharing.mails.back(), (Mail{{"support@veyla.test"},
+                                                  "Veyla Support",
+                                                  R"(
 
-TEST_F(TableViewControllerTest, OnlyFeedbackAsksWhetherMailCanBeSent) {
+
+## Please type your feedback above this line ##
+
+You will receive an email from us to confirm that we have received your feedback
+
+App: Veyla 1.2 (1.0.0)
+System Version: 10.3.1
+Model: iPhone 6S)",
+                                                  false,
+                                                  {},
+                                                  black,
+                                                  black}));
+  platform_.sharing.mailFinished(MailResult::failed, "no account");
+  EXPECT_EQ(platform_.log.lines.back(), "Mail sent failure: no account");
+  EXPECT_EQ(platform_.journal.of("sharing").back(), "dismiss mail");
+
   platform_.sharing.sendsMail = false;
   screen_.feedback();
-  EXPECT_THAT(platform_.sharing.mails, IsEmpty());
-  const Alert& alert = platform_.alerts.shown.back();
-  EXPECT_EQ(alert.kind, AlertKind::error);
-  EXPECT_EQ(alert.title, "");
-  EXPECT_EQ(alert.subtitle, "Your email is not configured on the device");
-
+  EXPECT_EQ(alert(), "error |  | Your email is not configured on the device [OK]");
+  // The system itself says so where friends are invited.
   screen_.inviteFriends();
-  const Mail& mail = platform_.sharing.mails.back();
-  EXPECT_TRUE(mail.isHtml);
-  EXPECT_THAT(mail.recipients, IsEmpty());
-  EXPECT_THAT(mail.body, HasSubstr("built-in camera.</p><p>"));
-  EXPECT_THAT(mail.body,
-              testing::EndsWith("<p><a href=\"https://store.test/veyla\">iTunes link</a></p>"));
-  EXPECT_EQ(mail.titleColor, std::nullopt);
+  EXPECT_EQ(platform_.sharing.mails.back(),
+            (Mail{{},
+                  "Check out Orvane Veyla app",
+                  "<p>Veyla turns your phone into a blood-oxygen and pulse meter, using "
+                  "the built-in camera.</p><p>Try Veyla yourself.</p><p>"
+                  "<a href=\"https://store.test/veyla\">iTunes link</a></p>",
+                  true,
+                  {},
+                  black,
+                  std::nullopt}));
 }
 
 }  // namespace

@@ -26,17 +26,15 @@ class AppDelegateTest : public testing::Test {
   std::vector<std::string> posted_;
 };
 
-Value settingsOf(const char* key, int value) {
-  return Value::Dictionary{
-      {"results", Value::Array{Value::Dictionary{{"iPhoneModel", "iphone6s"}, {key, value}}}}};
-}
-
 TEST_F(AppDelegateTest, LaunchMigratesThenLoadsTextsAndSettingsThenSetsTheLooks) {
   platform_.store.values["history"] =
       Value::Array{Value::Array{"at 6", "72 bpm", "97%"}, Value::Array{"at 5", "64 bpm", "98%"}};
-  platform_.resources.give("Spo2Settings", settingsOf("rawDataSize", 1));
-  platform_.resources.give("HeartrateSettings", settingsOf("rawDataSize", 2));
-  platform_.resources.give("CameraSettings", settingsOf("focusMode", 2));
+  for (const auto& [name, setting] : {std::pair{"Spo2Settings", "rawDataSize\": 1"},
+                                      {"HeartrateSettings", "rawDataSize\": 2"},
+                                      {"CameraSettings", "focusMode\": 2"}}) {
+    platform_.resources.files[name + std::string(".json")] =
+        R"({"results": [{"iPhoneModel": "iphone6s", ")" + std::string(setting) + "}]}";
+  }
   application_.setActivatedFromBackground(true);
   EXPECT_TRUE(application_.application(LaunchOptions{}));
 

@@ -146,7 +146,7 @@ TEST_F(MainViewControllerTest, ACountdownOfWhatIsDoneLeadsToNothing) {
   platform_.time.runFor(1);
   screen_.setIsDone(true);
   platform_.time.runFor(2);
-  EXPECT_EQ(platform_.camera.device->torchState, 0);
+  EXPECT_EQ(platform_.camera.device->torchMode(), LightMode::off);
   EXPECT_FALSE(screen_.canBegin());
 }
 
@@ -335,7 +335,7 @@ TEST_F(MainViewControllerTest, TheEndKeepsFirstTheFirstValueThenTheSecondThenThe
             (HistoryEntry{70.3125, 97, platform_.date.now(), Labels{}, std::nullopt}));
   EXPECT_THAT(platform_.log.lines,
               AllOf(Contains("Done HR"), Contains("Done Spo2"), Contains("Done Both")));
-  EXPECT_EQ(platform_.camera.device->torchState, 0);
+  EXPECT_EQ(platform_.camera.device->torchMode(), LightMode::off);
 
   // A frame after the end is counted, and nothing else.
   platform_.journal.clear();

@@ -406,7 +406,8 @@ class RandomWalk {
     if (isUnderWay_ && !screen.isRunning()) return "an end was not told";
     if (records() && !isUnderWay_) return "the camera runs on";
     if (screen.canBegin() && !records()) return "it measures without a camera";
-    if (camera_.device->torchState != 0 && !screen.canBegin()) return "the torch is on for nothing";
+    if (camera_.device->torchMode() != LightMode::off && !screen.canBegin())
+      return "the torch is on for nothing";
     if (isStarting != (records() && !screen.canBegin())) return "the countdown's alert is wrong";
     if (somebody_.entries() != static_cast<std::size_t>(finished)) return "the entries are wrong";
     if (isAtRest(beginButton) && isAtRest(stopButton)) {

@@ -50,8 +50,8 @@ TEST(UsageUtilsTest, AddressesAreJudgedAsTheTableOfBothBindingsSays) {
     EXPECT_EQ(UsageUtils().isEmailWithEmail(text), isOne) << text;
     EXPECT_EQ(Utils::validateEmail(text), isValid) << text;
     // The table's own patterns are those.
-    EXPECT_EQ(platform.text.findsIgnoringCase(isEmail, text, platform.text.count(text)), isOne);
-    EXPECT_EQ(platform.text.matchesWholeIgnoringCase(validates, text), isValid);
+    EXPECT_EQ(platform.text->findsIgnoringCase(isEmail, text, platform.text->count(text)), isOne);
+    EXPECT_EQ(platform.text->matchesWholeIgnoringCase(validates, text), isValid);
   }
 }
 

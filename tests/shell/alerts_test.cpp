@@ -11,17 +11,14 @@ using testing::ElementsAre;
 
 class AlertsTest : public testing::Test {
  protected:
-  static Alert alertWith(std::optional<std::string> closeButton, std::optional<double> duration,
-                         bool closesOnOutsideTap = false) {
+  /// Shows an alert that counts its dismissals.
+  int show(std::optional<std::string> closeButton, std::optional<double> duration,
+           bool closesOnOutsideTap = false) {
     Alert alert;
+    alert.title = "Title";
     alert.closeButton = std::move(closeButton);
     alert.duration = duration;
     alert.closesOnOutsideTap = closesOnOutsideTap;
-    return alert;
-  }
-  /// Shows an alert that counts its dismissals.
-  int show(Alert alert) {
-    alert.title = "Title";
     alert.onDismiss = [this] { ++dismissals_; };
     return alerts_.show(std::move(alert));
   }
@@ -31,44 +28,34 @@ class AlertsTest : public testing::Test {
   int dismissals_ = 0;
 };
 
-TEST_F(AlertsTest, AnAlertWithADurationGoesAwayByItself) {
-  const int id = show(alertWith({}, 2));
+TEST_F(AlertsTest, AnAlertGoesByItselfOrByWhatItOffersAndIsDismissedOnce) {
+  const int stays = show({}, {});
+  alerts_.tapClose(stays);
+  alerts_.tapOutside(stays);
+  alerts_.tapButton(stays, 0);
+  const int timed = show({}, 2);
   platform_.time.runFor(1.99);
-  EXPECT_TRUE(alerts_.isShowing(id));
+  EXPECT_TRUE(alerts_.isShowing(stays) && alerts_.isShowing(timed));
   platform_.time.runFor(0.02);
-  EXPECT_FALSE(alerts_.isShowing(id));
-  EXPECT_EQ(dismissals_, 1);
-  EXPECT_THAT(platform_.journal.of("alert"), ElementsAre("show Title", "hide 1"));
-}
-
-TEST_F(AlertsTest, WhatTheAlertDoesNotOfferDoesNotCloseIt) {
-  const int id = show({});
-  alerts_.tapClose(id);
-  alerts_.tapOutside(id);
-  alerts_.tapButton(id, 0);
-  EXPECT_TRUE(alerts_.isShowing(id));
-  EXPECT_EQ(dismissals_, 0);
-}
-
-TEST_F(AlertsTest, AnAlertIsDismissedOnceHoweverOftenItIsClosed) {
-  const int id = show(alertWith("Done", 1, true));
-  const int other = show(alertWith({}, {}, true));
-  alerts_.tapOutside(id);
-  alerts_.tapClose(id);
-  platform_.time.run();
-  EXPECT_EQ(dismissals_, 1);
-  EXPECT_TRUE(alerts_.isShowing(other));
-  // A view may answer at once.
-  platform_.alerts.answer = [&](int answered) { alerts_.tapClose(answered); };
-  EXPECT_FALSE(alerts_.isShowing(show(alertWith("Done", 1))));
+  EXPECT_FALSE(alerts_.isShowing(timed));
+  const int closed = show("Done", 1, true);
+  alerts_.tapOutside(closed);
+  alerts_.tapClose(closed);
   platform_.time.run();
   EXPECT_EQ(dismissals_, 2);
+  EXPECT_TRUE(alerts_.isShowing(stays));
+  EXPECT_THAT(platform_.journal.of("alert"),
+              ElementsAre("show Title", "show Title", "hide 2", "show Title", "hide 3"));
+  // A view may answer at once.
+  platform_.alerts.answer = [&](int answered) { alerts_.tapClose(answered); };
+  EXPECT_FALSE(alerts_.isShowing(show("Done", 1)));
+  platform_.time.run();
+  EXPECT_EQ(dismissals_, 3);
 }
 
 TEST_F(AlertsTest, AnAlertThatIsWithdrawnGoesWithoutAWord) {
-  const int id = show(alertWith("Done", 1));
+  const int id = show("Done", 1);
   alerts_.withdraw(id);
-  EXPECT_FALSE(alerts_.isShowing(id));
   alerts_.withdraw(id);
   platform_.time.run();
   EXPECT_EQ(dismissals_, 0);

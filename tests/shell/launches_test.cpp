@@ -7,68 +7,49 @@
 namespace veyla {
 namespace {
 
-class RatingPromptTest : public testing::Test {
- protected:
-  RatingPromptTest() { prompt_.configure(1, 3, 3); }
-
-  void log(int uses, int events) {
-    for (int i = 0; i < uses; ++i) prompt_.logUse();
-    for (int i = 0; i < events; ++i) prompt_.logSignificantEvent();
-  }
-  std::size_t asked() { return platform_.journal.of("screens").size(); }
-
-  TestPlatform platform_;
-  RatingPrompt& prompt_ = RatingPrompt::instance();
-};
-
-TEST_F(RatingPromptTest, AsksOnceWhenDaysUsesAndEventsHaveAllBeenReached) {
-  log(3, 2);
-  platform_.time.runFor(86399);
-  log(0, 1);
-  EXPECT_EQ(asked(), 0U) << "too early";
-  platform_.time.runFor(1);
-  log(0, 1);
-  EXPECT_EQ(asked(), 1U);
-  log(5, 5);
-  EXPECT_EQ(asked(), 1U);
-}
-
-TEST_F(RatingPromptTest, DoesNotAskBeforeTheThirdUseOrTheThirdEvent) {
-  log(2, 0);
-  platform_.time.runFor(2 * 86400.0);
-  log(0, 5);
-  EXPECT_EQ(asked(), 0U);
-  log(1, 0);
-  EXPECT_EQ(asked(), 1U);
-}
-
-TEST_F(RatingPromptTest, CountsAcrossLaunches) {
-  log(3, 2);
+/// After so many uses and finished measurements, and so many seconds later one more of each, on the
+/// next launch of the application.
+bool isAskedForARating(int uses, int events, double seconds) {
+  TestPlatform first;
+  const auto log = [](int more, bool isUse) {
+    RatingPrompt& prompt = RatingPrompt::instance();
+    prompt.configure(1, 3, 3);
+    for (int i = 0; i < more; ++i) isUse ? prompt.logUse() : prompt.logSignificantEvent();
+  };
+  log(uses - 1, true);
+  log(events - 1, false);
   TestPlatform later;
-  later.store.values = platform_.store.values;
-  later.time.runFor(86400);
-  RatingPrompt::instance().configure(1, 3, 3);
-  RatingPrompt::instance().logSignificantEvent();
-  EXPECT_EQ(later.journal.of("screens").size(), 1U);
+  later.store.values = first.store.values;
+  later.time.runFor(seconds);
+  log(1, true);
+  log(1, false);
+  const std::size_t asked = later.journal.of("screens").size();
+  log(5, true);
+  log(5, false);
+  EXPECT_EQ(later.journal.of("screens").size(), seconds < 86400 ? 0U : 1U) << "late or twice";
+  return asked > 0;
+}
+
+TEST(RatingPromptTest, AsksOnceWhenADayThreeUsesAndThreeMeasurementsHaveAllBeenReached) {
+  EXPECT_TRUE(isAskedForARating(3, 3, 86400));
+  EXPECT_FALSE(isAskedForARating(3, 3, 86399));
+  EXPECT_FALSE(isAskedForARating(2, 3, 86400));
+  EXPECT_FALSE(isAskedForARating(3, 2, 86400));
 }
 
 TEST(LaunchHistoryTest, TheFirstLaunchIsNoUpdateAndRecordsItsVersion) {
-  TestPlatform platform;
-  EXPECT_TRUE(Utils::isAppOnFirstLaunch());
-  EXPECT_FALSE(Utils::isAppVersionUpdated());
-  EXPECT_TRUE(Utils::isAppOnFirstLaunch()) << "the answer holds for the whole launch";
-  EXPECT_EQ(platform.journal.of("store").back(), "flush");
-
-  TestPlatform second;
-  second.store.values = platform.store.values;
-  EXPECT_FALSE(Utils::isAppOnFirstLaunch());
-  EXPECT_FALSE(Utils::isAppVersionUpdated());
-
-  TestPlatform updated;
-  updated.store.values = second.store.values;
-  updated.device.version = "1.1.0";
-  EXPECT_FALSE(Utils::isAppOnFirstLaunch());
-  EXPECT_TRUE(Utils::isAppVersionUpdated());
+  std::map<std::string, Value, std::less<>> kept;
+  for (const auto& [version, isFirst, isUpdated] :
+       {std::tuple{"1.0.0", true, false}, {"1.0.0", false, false}, {"1.1.0", false, true}}) {
+    TestPlatform platform;
+    platform.store.values = kept;
+    platform.device.version = version;
+    EXPECT_EQ(Utils::isAppOnFirstLaunch(), isFirst) << version;
+    EXPECT_EQ(Utils::isAppVersionUpdated(), isUpdated) << version;
+    EXPECT_EQ(Utils::isAppOnFirstLaunch(), isFirst) << "the answer holds for the whole launch";
+    EXPECT_EQ(platform.journal.of("store").back(), "flush");
+    kept = platform.store.values;
+  }
 }
 
 }  // namespace

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <vector>
 
 #include "acquisition/data.h"
 #include "acquisition/settings.h"
-#include "platform/capture.h"
+#include "platform/linux/bgra_frame.h"
 
 namespace veyla {
 
@@ -48,9 +49,8 @@ inline void addPulse(const std::vector<float>& samples) {
   for (const float sample : samples) Data::instance().addHRValue(sample);
 }
 
-/// A frame in memory: all pixels alike to begin with, rows padded on request. Padding bytes are
-/// 255.
-class TestFrame : public PixelBuffer {
+/// All pixels alike to begin with; rows are padded, on request, by so many pixels of 255.
+class TestFrame : public BgraFrame {
  public:
   struct Pixel {
     std::uint8_t blue;
@@ -59,39 +59,29 @@ class TestFrame : public PixelBuffer {
   };
 
   TestFrame(std::size_t width, std::size_t height, Pixel pixel, std::size_t padding = 0)
-      : width_(width), height_(height), bytesPerRow_(4 * width + padding) {
-    bytes_.assign(bytesPerRow_ * height, 255);
+      : BgraFrame(width + padding, height), width_(width) {
+    std::fill_n(baseAddress(), bytesPerRow() * height, std::uint8_t{255});
     for (std::size_t y = 0; y < height; ++y) {
       for (std::size_t x = 0; x < width; ++x) set(x, y, pixel);
     }
   }
 
   bool lockable = true;
-  int locks = 0;
   int unlocks = 0;
 
   void set(std::size_t x, std::size_t y, Pixel pixel) {
-    std::uint8_t* address = bytes_.data() + y * bytesPerRow_ + 4 * x;
+    std::uint8_t* address = baseAddress() + y * bytesPerRow() + bytesPerPixel * x;
     address[0] = pixel.blue;
     address[1] = pixel.green;
     address[2] = pixel.red;
   }
 
-  bool lockBaseAddress() override {
-    ++locks;
-    return lockable;
-  }
+  bool lockBaseAddress() override { return lockable; }
   void unlockBaseAddress() override { ++unlocks; }
   std::size_t width() const override { return width_; }
-  std::size_t height() const override { return height_; }
-  std::size_t bytesPerRow() const override { return bytesPerRow_; }
-  const std::uint8_t* baseAddress() const override { return bytes_.data(); }
 
  private:
   std::size_t width_;
-  std::size_t height_;
-  std::size_t bytesPerRow_;
-  std::vector<std::uint8_t> bytes_;
 };
 
 }  // namespace veyla

@@ -115,7 +115,7 @@ std::string MeasuringRig::seen() const {
     const bool marked = display.view(checkbox).image != "checkbox_unmarked.png";
     addIf(display.isSeen(checkbox), marked ? "[x]" : "[ ]");
   }
-  addIf(platform.camera.device->torchState != 0, "torch");
+  addIf(platform.camera.device->torchMode() != LightMode::off, "torch");
   addIf(screen.canBegin(), "measuring");
   for (const auto& [id, title] : platform.alerts.inFront) parts.push_back("alert " + title);
 

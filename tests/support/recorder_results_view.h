@@ -4,7 +4,7 @@
 
 #include "platform/format.h"
 #include "platform/results_view.h"
-#include "tests/support/journal.h"
+#include "tests/support/recorders.h"
 
 namespace veyla {
 

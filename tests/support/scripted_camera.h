@@ -1,19 +1,18 @@
 #pragma once
 
-#include <algorithm>
 #include <functional>
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "platform/capture.h"
-#include "tests/support/journal.h"
+#include "platform/linux/recording_camera.h"
+#include "tests/support/recorders.h"
 
 namespace veyla {
 
 /// A camera whose abilities a test sets; what is done to it stands in the journal as "device …".
-class ScriptedDevice : public CaptureDevice {
+class ScriptedDevice : public RecordedDevice {
  public:
   explicit ScriptedDevice(Journal& journal,
                           CaptureDeviceType type = CaptureDeviceType::wideAngleCamera)
@@ -23,7 +22,6 @@ class ScriptedDevice : public CaptureDevice {
   bool torch = true;
   bool lowLightBoost = true;
   FocusRange rangeRestriction = FocusRange::near;
-  int torchState = 0;
   std::set<CaptureMode> exposureModes = allModes;
   std::set<CaptureMode> whiteBalanceModes = allModes;
   std::set<CaptureMode> focusModes = allModes;
@@ -45,7 +43,6 @@ class ScriptedDevice : public CaptureDevice {
   CaptureMode whiteBalanceMode() const override { return CaptureMode::automatic; }
   void setWhiteBalanceMode(CaptureMode mode) override { record("white balance", mode); }
   bool isFocusModeSupported(CaptureMode mode) const override { return focusModes.contains(mode); }
-  CaptureMode focusMode() const override { return CaptureMode::locked; }
   void setFocusMode(CaptureMode mode) override { record("focus", mode); }
   FocusRange autoFocusRangeRestriction() const override { return rangeRestriction; }
   void setAutoFocusRangeRestriction(FocusRange restriction) override {
@@ -58,16 +55,14 @@ class ScriptedDevice : public CaptureDevice {
   }
   bool hasTorch() const override { return torch; }
   bool isTorchModeSupported(LightMode mode) const override { return mode != LightMode::automatic; }
-  LightMode torchMode() const override { return static_cast<LightMode>(torchState); }
   void setTorchMode(LightMode mode) override {
-    torchState = static_cast<int>(mode);
+    RecordedDevice::setTorchMode(mode);
     record("torch", mode);
   }
   float torchLevel() const override { return 0.5F; }
   void setFlashMode(LightMode mode) override { record("flash", mode); }
   double videoZoomFactor() const override { return 1.25; }
   bool isAdjustingWhiteBalance() const override { return true; }
-  bool isAdjustingFocus() const override { return false; }
   bool isAdjustingExposure() const override { return true; }
 
  private:
