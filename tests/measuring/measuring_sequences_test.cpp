@@ -440,15 +440,15 @@ class RandomWalk {
   bool hasFailed_ = false;
 };
 
-TEST(MeasuringSequencesTest, TwoThousandRandomSequencesLeaveAScreenThatMakesSense) {
+TEST(MeasuringSequencesTest, FourHundredRandomSequencesLeaveAScreenThatMakesSense) {
   std::map<MeasurementEnd, int> ends;
-  for (std::uint32_t seed = 1; seed <= 2000; ++seed) {
+  for (std::uint32_t seed = 1; seed <= 400; ++seed) {
     RandomWalk walk(seed);
     ASSERT_EQ(walk.run(40), "") << "seed " << seed;
     for (const MeasurementEnd end : walk.ends()) ++ends[end];
   }
   EXPECT_EQ(ends.size(), 9U);
-  for (const auto& [end, times] : ends) EXPECT_GT(times, 50) << "too seldom " << nameOf(end);
+  for (const auto& [end, times] : ends) EXPECT_GT(times, 5) << "too seldom " << nameOf(end);
 }
 
 }  // namespace
