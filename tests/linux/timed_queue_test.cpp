@@ -7,42 +7,30 @@
 namespace veyla {
 namespace {
 
-TEST(TimedQueueTest, WorkRunsByDueTimeAndThenInTheOrderItCame) {
+TEST(TimedQueueTest, WorkRunsByDueTimeAndThenInTheOrderItCameUntilTheEndOrTheStop) {
   TimedQueue queue;
   std::string order;
-  queue.after(2, [&] { order += 'c'; });
-  queue.after(1, [&] { order += 'a'; });
+  const auto add = [&](double seconds, char name) {
+    queue.after(seconds, [&order, name] { order += name; });
+  };
+  add(2, 'c');
+  add(1, 'a');
   queue.after(1, [&] {
     order += 'b';
-    queue.after(1, [&] { order += 'd'; });
+    add(1, 'd');
   });
-  queue.run();
-  EXPECT_EQ(order, "abcd");
-  EXPECT_EQ(queue.elapsed(), 2);
-}
-
-TEST(TimedQueueTest, RunForLeavesWhatFallsDueLater) {
-  TimedQueue queue;
-  int runs = 0;
-  queue.after(1, [&] { ++runs; });
-  queue.after(3, [&] { ++runs; });
+  add(3, 'e');
   queue.runFor(2);
-  EXPECT_EQ(runs, 1);
-  EXPECT_EQ(queue.elapsed(), 2);
-  queue.runFor(1);
-  EXPECT_EQ(runs, 2);
-}
-
-TEST(TimedQueueTest, StopLeavesTheRest) {
-  TimedQueue queue;
-  int runs = 0;
-  queue.after(1, [&] {
-    ++runs;
-    queue.stop();
-  });
-  queue.after(1, [&] { ++runs; });
+  EXPECT_EQ(order, "abcd");
+  queue.runFor(0.5);
+  EXPECT_EQ(queue.elapsed(), 2.5);
+  queue.after(0.5, [&] { queue.stop(); });
+  add(0.5, 'f');
   queue.run();
-  EXPECT_EQ(runs, 1);
+  EXPECT_EQ(order, "abcde");
+  queue.run();
+  EXPECT_EQ(order, "abcdef");
+  EXPECT_EQ(queue.elapsed(), 3);
 }
 
 }  // namespace

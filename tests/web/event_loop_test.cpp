@@ -1,15 +1,11 @@
 #include "platform/web/event_loop.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 namespace veyla {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// A browser whose time a test moves on.
 class ScriptedTime : public BrowserTime {
@@ -34,51 +30,39 @@ class ScriptedTime : public BrowserTime {
   std::function<void()> due_;
 };
 
-class EventLoopTest : public testing::Test {
- protected:
-  void after(double seconds, const std::string& name) {
-    loop_.after(seconds, [this, name] { ran_.push_back(name); });
-  }
-
-  ScriptedTime time_;
-  EventLoop loop_{time_};
-  std::vector<std::string> ran_;
-};
-
-TEST_F(EventLoopTest, WorkRunsByItsMomentAndThenInItsOrder) {
-  after(0.5, "late");
-  after(0.02, "first");
-  time_.milliseconds = 1010;
-  after(0.01, "second");
-  after(0, "at once");
-  EXPECT_EQ(time_.wait, 0) << "for what falls due next";
-  EXPECT_EQ(loop_.elapsed(), 1.01);
-  time_.wake(1020);
-  EXPECT_THAT(ran_, ElementsAre("at once", "first", "second"));
-  EXPECT_EQ(time_.wait, 480);
-}
-
-TEST_F(EventLoopTest, ATimerThatComesTooEarlyRunsNothing) {
-  after(0.02, "work");
-  time_.wake(1019.5);
-  EXPECT_THAT(ran_, IsEmpty());
-  EXPECT_EQ(time_.wait, 0.5);
-  time_.wake(1020);
-  EXPECT_THAT(ran_, ElementsAre("work"));
-  EXPECT_EQ(time_.wait, -1) << "nothing is left";
-}
-
-TEST_F(EventLoopTest, WorkThatMakesWorkLetsTheBrowserHaveItsTurn) {
-  loop_.after(0, [this] {
-    ran_.emplace_back("maker");
-    after(0, "made");
+TEST(EventLoopTest, WorkRunsByItsMomentAndThenInItsOrderWithTurnsOfTheBrowserBetween) {
+  ScriptedTime time;
+  EventLoop loop(time);
+  std::string ran;
+  const auto add = [&](double seconds, char name) {
+    loop.after(seconds, [&ran, name] { ran += name; });
+  };
+  add(0.5, 'e');
+  add(0.02, 'b');
+  time.milliseconds = 1010;
+  add(0.01, 'c');
+  loop.after(0, [&] {
+    ran += 'a';
+    add(0, 'd');
   });
-  after(0, "beside");
-  time_.wake(1000);
-  EXPECT_THAT(ran_, ElementsAre("maker", "beside"));
-  EXPECT_EQ(time_.wait, 0);
-  time_.wake(1000);
-  EXPECT_EQ(ran_.back(), "made");
+  EXPECT_EQ(time.wait, 0) << "for what falls due next";
+  add(0.4, 'D');
+  EXPECT_EQ(time.wait, 0) << "for that still";
+  EXPECT_EQ(loop.elapsed(), 1.01);
+  time.wake(1020);
+  EXPECT_EQ(ran, "abc");
+  EXPECT_EQ(time.wait, 0) << "what work has made waits for the browser's turn";
+  time.wake(1020);
+  EXPECT_EQ(ran, "abcd");
+  EXPECT_EQ(time.wait, 390);
+  // A timer that comes too early runs nothing.
+  time.wake(1409.5);
+  EXPECT_EQ(ran, "abcd");
+  EXPECT_EQ(time.wait, 0.5);
+  time.wake(1410);
+  time.wake(1500);
+  EXPECT_EQ(ran, "abcdDe");
+  EXPECT_EQ(time.wait, -1) << "nothing is left";
 }
 
 }  // namespace

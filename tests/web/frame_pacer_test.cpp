@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
 #include <vector>
 
 namespace veyla {
@@ -9,72 +10,43 @@ namespace {
 
 using Due = FramePacer::Due;
 
-/// How often each frame of a camera is delivered; the last one is still held.
-std::vector<int> deliveries(const std::vector<double>& times) {
+/// How often each of a camera's frames is delivered, `count` of them; the last one is still held.
+std::vector<int> deliveries(double framesPerSecond, int count, double wavering) {
   FramePacer pacer;
   std::vector<int> delivered;
-  for (std::size_t i = 0; i < times.size(); ++i) {
-    const Due due = pacer.frameAt(times[i]);
+  for (int i = 0; i < count; ++i) {
+    const double late = i % 3 == 0 ? 0.8 * wavering : -0.2 * wavering;
+    const Due due = pacer.frameAt(i / framesPerSecond + late);
     if (i > 0) delivered.push_back(due.delivered);
   }
   return delivered;
 }
 
-std::vector<double> evenly(double framesPerSecond, int count) {
-  std::vector<double> times;
-  for (int i = 0; i < count; ++i) times.push_back(i / framesPerSecond);
-  return times;
-}
-
-int sum(const std::vector<int>& counts) {
-  int total = 0;
-  for (const int count : counts) total += count;
-  return total;
-}
-
-TEST(FramePacer, MakesFifteenFramesASecondOfEveryRate) {
+TEST(FramePacer, MakesFifteenFramesASecondOfEveryRateAndTakesEachSecondOneOfAWaveringThirty) {
   for (const double rate : {8.0, 15.0, 24.0, 25.0, 29.97, 30.0, 60.0}) {
-    const int seconds = 20;
-    const auto counts = deliveries(evenly(rate, static_cast<int>(seconds * rate) + 1));
-    EXPECT_NEAR(sum(counts), seconds * VideoDataOutput::framesPerSecond, 1) << rate;
+    const auto counts = deliveries(rate, static_cast<int>(20 * rate) + 1, 0);
+    EXPECT_NEAR(std::accumulate(counts.begin(), counts.end(), 0), 300, 1) << rate;
   }
-}
-
-TEST(FramePacer, TakesEverySecondFrameOfAWaveringThirty) {
-  std::vector<double> times = evenly(30, 61);
-  for (std::size_t i = 0; i < times.size(); ++i) times[i] += i % 3 == 0 ? 0.012 : -0.003;
-
-  const auto counts = deliveries(times);
-
+  const auto counts = deliveries(30, 61, 0.015);
   for (std::size_t i = 0; i < counts.size(); ++i) EXPECT_EQ(counts[i], i % 2 == 0 ? 1 : 0) << i;
 }
 
-TEST(FramePacer, FillsTicksWhereTheCameraHasNoFrameAndDropsThemWhereItHasNoneForLong) {
+TEST(FramePacer, FillsTicksWithoutAFrameForAWhileThenDropsThemAndBeginsAnewWhenTold) {
   FramePacer pacer;
-  pacer.frameAt(10);
-
-  EXPECT_EQ(pacer.frameAt(10.2), (Due{.delivered = 3, .dropped = 0}));
-  EXPECT_EQ(pacer.frameAt(10.8), (Due{.delivered = 5, .dropped = 4}));
-  EXPECT_EQ(pacer.frameAt(10.85), (Due{.delivered = 1, .dropped = 0}));
-}
-
-TEST(FramePacer, HasNothingDueForATimeThatGoesBack) {
-  FramePacer pacer;
-  pacer.frameAt(10);
-  pacer.frameAt(10.2);
-
-  EXPECT_EQ(pacer.frameAt(9), Due{});
-  EXPECT_EQ(pacer.frameAt(10.2), Due{});
-}
-
-TEST(FramePacer, BeginsAnewWithTheNextFrame) {
-  FramePacer pacer;
-  pacer.frameAt(10);
-  pacer.frameAt(11);
+  const auto expectDue = [&](double time, int delivered, int dropped) {
+    EXPECT_EQ(pacer.frameAt(time), (Due{.delivered = delivered, .dropped = dropped})) << time;
+  };
+  expectDue(10, 0, 0);
+  expectDue(10.2, 3, 0);
+  expectDue(10.8, 5, 4);
+  expectDue(10.85, 1, 0);
+  // A time that goes back.
+  expectDue(9, 0, 0);
+  expectDue(10.85, 0, 0);
+  expectDue(11.8, 5, 9);
   pacer.restart();
-
-  EXPECT_EQ(pacer.frameAt(500), Due{});
-  EXPECT_EQ(pacer.frameAt(500.2), (Due{.delivered = 3, .dropped = 0}));
+  expectDue(500, 0, 0);
+  expectDue(500.2, 3, 0);
 }
 
 }  // namespace

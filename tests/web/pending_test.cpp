@@ -1,8 +1,6 @@
 #include "platform/web/pending.h"
 
-#include <gmock/gmock.h>
-
-#include <vector>
+#include <gtest/gtest.h>
 
 namespace veyla {
 namespace {
@@ -10,20 +8,20 @@ namespace {
 TEST(PendingTest, AnAnswerIsListenedToOnce) {
   Pending pending;
   std::vector<int> answers;
+  const auto note = [&](int answer) { answers.push_back(answer); };
   int second = 0;
   // It asks the next question while it is being answered.
   const int first = pending.keep([&](int answer) {
-    answers.push_back(answer);
-    second = pending.keep([&](int next) { answers.push_back(next); });
+    note(answer);
+    second = pending.keep(note);
   });
-  pending.settle(first, 1);
-  pending.settle(first, 2);
+  for (const int answer : {1, 2}) pending.settle(first, answer);
   pending.settle(second, 3);
-  const int forgotten = pending.keep([&](int answer) { answers.push_back(answer); });
+  const int forgotten = pending.keep(note);
   pending.forget(forgotten);
   pending.settle(forgotten, 4);
   pending.settle(pending.keep({}), 5);
-  EXPECT_THAT(answers, testing::ElementsAre(1, 3));
+  EXPECT_EQ(answers, (std::vector{1, 3}));
 }
 
 }  // namespace
