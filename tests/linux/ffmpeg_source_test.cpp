@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "platform/linux/series_source.h"
 #include "tests/linux/recordings.h"
 
@@ -12,7 +14,6 @@ namespace veyla {
 namespace {
 
 using testing::AllOf;
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -29,6 +30,20 @@ std::string finger(const char* size, const char* seconds) {
 }
 const std::string sound = "-f lavfi -i sine=duration=2 ";
 const std::string h264 = "-c:v libx264 -preset ultrafast -g 15 ";
+
+/// With `to` in place of those occurrences of `from` that are meant, counted from 0.
+std::string replaced(
+    std::string text, const std::string& from, const std::string& to,
+    bool (*isMeant)(int) = [](int) { return true; }) {
+  int number = 0;
+  for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; ++at) {
+    if (isMeant(number++)) text.replace(at, to.size(), to);
+  }
+  EXPECT_GT(number, 0) << from;
+  return text;
+}
+const std::string pngHead = "\x89PNG\r\n\x1a\n";
+const std::string noHead(8, 'x');
 
 class FfmpegSourceTest : public testing::Test {
  protected:
@@ -96,9 +111,7 @@ TEST_F(FfmpegSourceTest, VariableRatesAndReorderedFramesKeepTheirTimes) {
   ASSERT_EQ(played.times.size(), 30U);
   EXPECT_NEAR(played.times[9], 0.3, 0.001);
   EXPECT_NEAR(played.times[10], 40 / 30.0, 0.001);
-  for (std::size_t i = 1; i < played.times.size(); ++i) {
-    EXPECT_GT(played.times[i], played.times[i - 1]);
-  }
+  EXPECT_TRUE(std::is_sorted(played.times.begin(), played.times.end()));
 }
 
 TEST_F(FfmpegSourceTest, ColoursFollowTheMatrixAndRangeThatTheFrameNames) {
@@ -140,20 +153,19 @@ TEST_F(FfmpegSourceTest, UnusualTracksAndSizesAreRead) {
   EXPECT_THAT(unknownLength.remark, IsEmpty());
 }
 
-TEST_F(FfmpegSourceTest, SizeAndFormatMayChangeOnTheWay) {
-  const std::string first = folder_.ffmpeg(finger("320x240", "1") + h264, "1.h264");
+TEST_F(FfmpegSourceTest, SizeAndFormatMayChangeAndTimesMayStartAgain) {
+  const std::string first = contentsOf(folder_.ffmpeg(finger("320x240", "1") + h264, "1.h264"));
   const std::string second =
-      folder_.ffmpeg(finger("640x360", "1") + h264 + "-pix_fmt yuv444p", "2.h264");
-  const auto played = read(folder_.write("joined.h264", contentsOf(first) + contentsOf(second)));
-  EXPECT_EQ(played.times.size(), 60U);
-  expectFinger(played);
-}
+      contentsOf(folder_.ffmpeg(finger("640x360", "1") + h264 + "-pix_fmt yuv444p", "2.h264"));
+  const auto changing = read(folder_.write("joined.h264", first + second));
+  EXPECT_EQ(changing.times.size(), 60U);
+  expectFinger(changing);
 
-TEST_F(FfmpegSourceTest, TimesThatStartAgainGoOn) {
-  const std::string part = folder_.ffmpeg(finger("64x48", "2") + h264 + "-bf 0", "1.ts");
-  const auto played = read(folder_.write("joined.ts", contentsOf(part) + contentsOf(part)));
-  ASSERT_EQ(played.times.size(), 120U);
-  EXPECT_NEAR(played.times.back(), 119 / 30.0, 0.01);
+  const std::string part =
+      contentsOf(folder_.ffmpeg(finger("64x48", "2") + h264 + "-bf 0", "1.ts"));
+  const auto again = read(folder_.write("joined.ts", part + part));
+  ASSERT_EQ(again.times.size(), 120U);
+  EXPECT_NEAR(again.times.back(), 119 / 30.0, 0.01);
 }
 
 TEST_F(FfmpegSourceTest, AVideoEndsWhereItsTimesLeap) {
@@ -167,8 +179,10 @@ TEST_F(FfmpegSourceTest, AVideoEndsWhereItsTimesLeap) {
               StartsWith(path + ": used up to 1.0 s, where its times leap by 11.0333 s; "));
 }
 
-TEST_F(FfmpegSourceTest, OfAFileThatIsCutOffWhatCameBeforeIsUsed) {
+TEST_F(FfmpegSourceTest, OfAFileThatIsCutOffWhatCameBeforeIsUsedAndTheRestToldInItsRemarkAlone) {
   const std::string content = pictures("320x240", "30", "4") + h264;
+  testing::internal::CaptureStderr();
+  testing::internal::CaptureStdout();
   for (const char* name : {"a.mp4", "a.mkv", "a.avi"}) {
     SCOPED_TRACE(name);
     const std::string whole = folder_.ffmpeg(content + "-movflags +faststart", name);
@@ -178,31 +192,15 @@ TEST_F(FfmpegSourceTest, OfAFileThatIsCutOffWhatCameBeforeIsUsed) {
     EXPECT_LT(played.frames.size(), 100U);
     EXPECT_THAT(played.remark, AllOf(StartsWith(path + ": "), HasSubstr("cut off after 2.")));
   }
-}
-
-TEST_F(FfmpegSourceTest, AFileThatIsNotReadToItsEndIsNotCutOff) {
-  FfmpegSource source(folder_.ffmpeg(pictures("64x48", "30", "4") + h264, "a.mp4"));
+  EXPECT_THAT(testing::internal::GetCapturedStdout(), IsEmpty());
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), IsEmpty());
+  // One that is not read to its end is not cut off.
+  FfmpegSource source(folder_.file("a.mp4"));
   for (int i = 0; i < 30; ++i) ASSERT_TRUE(source.advance());
   EXPECT_THAT(source.remark(), IsEmpty());
 }
 
-TEST_F(FfmpegSourceTest, FramesThatCannotBeDecodedArePassedOverAndCounted) {
-  std::string video =
-      contentsOf(folder_.ffmpeg(pictures("320x240", "30", "4") + "-c:v png", "a.mkv"));
-  // One frame's picture loses its head.
-  const std::size_t head = video.find("\x89PNG", video.size() / 2);
-  ASSERT_NE(head, std::string::npos);
-  video.replace(head, 16, 16, 'x');
-  const std::string path = folder_.write("damaged.mkv", video);
-  const auto played = read(path);
-  // What finds the pictures in the stream may take the one after it for its rest.
-  EXPECT_GE(played.frames.size(), 118U);
-  EXPECT_LE(played.frames.size(), 119U);
-  EXPECT_EQ(played.remark, path + ": 1 frame could not be decoded and was passed over");
-  EXPECT_NEAR(played.times.back(), 119 / 30.0, 0.002);
-}
-
-TEST_F(FfmpegSourceTest, AVideoEndsWhereNoMoreOfItCanBeDecoded) {
+TEST_F(FfmpegSourceTest, FramesThatCannotBeDecodedArePassedOverAndCountedUntilTheyAreTooMany) {
   // At a rate at which what follows would still come in time.
   const std::string whole =
       contentsOf(folder_.ffmpeg(pictures("16x16", "100", "5") + "-c:v png", "a.mov"));
@@ -211,20 +209,15 @@ TEST_F(FfmpegSourceTest, AVideoEndsWhereNoMoreOfItCanBeDecoded) {
     std::size_t frames;
     const char* remark;
   } const cases[] = {
+      {[](int i) { return i == 50; }, 499, ": 1 frame could not be decoded and was passed over"},
       {[](int i) { return i >= 50 && i % 200 != 0 && i != 499; }, 53,
        ": 447 frames could not be decoded and were passed over"},
       {[](int i) { return i >= 50 && i < 400; }, 50,
        ": cannot be decoded after 0.5 s, what came before was used"},
   };
   for (const auto& [isDamaged, frames, remark] : cases) {
-    std::string video = whole;
-    std::size_t head = 0;
-    for (int i = 0; i < 500; ++i) {
-      head = video.find("\x89PNG", head + 1);
-      ASSERT_NE(head, std::string::npos);
-      if (isDamaged(i)) video.replace(head, 8, 8, 'x');
-    }
-    const std::string path = folder_.write("damaged.mov", video);
+    const std::string path =
+        folder_.write("damaged.mov", replaced(whole, pngHead, noHead, isDamaged));
     const auto played = read(path);
     EXPECT_EQ(played.frames.size(), frames);
     EXPECT_EQ(played.remark, path + remark);
@@ -304,15 +297,10 @@ TEST_F(FfmpegSourceTest, FramesFromASecondOnAreThoseOfTheWholeToTheBit) {
 
 TEST_F(FfmpegSourceTest, WhereDecodingCannotBeginItBeginsBefore) {
   // The pictures around 2 s cannot be decoded.
-  std::string video =
+  const std::string video =
       contentsOf(folder_.ffmpeg(pictures("16x16", "30", "4") + "-c:v prores", "a.mov"));
-  std::size_t head = 0;
-  for (int i = 0; i <= 62; ++i) {
-    head = video.find("icpf", head + 1);
-    ASSERT_NE(head, video.npos);
-    if (i >= 58) video.replace(head, 8, 8, 'x');
-  }
-  const std::string damaged = folder_.write("damaged.mov", video);
+  const std::string damaged = folder_.write(
+      "damaged.mov", replaced(video, "icpf", noHead, [](int i) { return i >= 58 && i <= 62; }));
   FfmpegSource whole(damaged);
   FfmpegSource fromTwo(damaged, 2.01);
   expectEndOf(play(whole), play(fromTwo));
@@ -323,11 +311,9 @@ TEST_F(FfmpegSourceTest, WhereDecodingCannotBeginItBeginsBefore) {
       contentsOf(folder_.ffmpeg(pictures("64x48", "30", "2") + h264 + "-bf 0", "1.ts"));
   std::string later = contentsOf(
       folder_.ffmpeg(pictures("96x64", "30", "4") + h264 + "-bf 0 -output_ts_offset 2", "2.ts"));
+  const std::string startCode("\0\0\1", 3);
   for (const char unit : {'\x67', '\x68'}) {
-    const std::string start = std::string("\0\0\1", 3) + unit;
-    for (auto at = later.find(start); (at = later.find(start, at + 1)) != later.npos;) {
-      later[at + 3] = '\x6C';
-    }
+    later = replaced(later, startCode + unit, startCode + '\x6C', [](int i) { return i > 0; });
   }
   const std::string joined = folder_.write("joined.ts", earlier + later);
   const PlayedRecording all = read(joined);
@@ -338,73 +324,51 @@ TEST_F(FfmpegSourceTest, WhereDecodingCannotBeginItBeginsBefore) {
 }
 
 TEST_F(FfmpegSourceTest, RefusalsNameTheReason) {
-  EXPECT_EQ(refusal(folder_.file("absent.mp4")), "no such file; check the name");
-  EXPECT_EQ(refusal(folder_.file("")), "a folder; name a file in it");
-  EXPECT_EQ(refusal(folder_.write("empty.mp4", "")), "an empty file; record or copy it again");
-  EXPECT_THAT(refusal("/dev/null"), StartsWith("not a regular file; "));
-  for (const char* name : {"text.mp4", "text.txt", "text"}) {
-    EXPECT_THAT(refusal(folder_.write(name, std::string(500, 'a') + "\nno video\n")),
-                StartsWith("not a video; give a video, or a colour series"));
-  }
-  EXPECT_THAT(refusal(folder_.ffmpeg(sound + "-c:a aac", "sound.m4a")),
-              StartsWith("a file without a video track; "));
-
   const std::string cover = folder_.ffmpeg(finger("64x48", "0.03") + "-frames:v 1", "cover.png");
-  EXPECT_THAT(refusal(folder_.ffmpeg(sound + "-i '" + cover +
-                                         "' -map 0 -map 1 -c:a libmp3lame -c:v copy "
-                                         "-disposition:v attached_pic",
-                                     "song.mp3")),
-              StartsWith("a file without a video track; "));
-
+  const std::string song = sound + "-i '" + cover +
+                           "' -map 0 -map 1 -c:a libmp3lame -c:v copy -disposition:v attached_pic";
   const std::string whole = folder_.ffmpeg(pictures("320x240", "30", "2") + h264, "whole.mp4");
-  EXPECT_THAT(refusal(cut(whole, "no-index.mp4")), StartsWith("a video without its index"));
-
-  std::string unknown = contentsOf(folder_.ffmpeg(finger("64x48", "0.2") + "-c:v mjpeg", "a.avi"));
-  for (auto at = unknown.find("MJPG"); at != std::string::npos; at = unknown.find("MJPG")) {
-    unknown.replace(at, 4, "QZQZ");
-  }
-  EXPECT_EQ(refusal(folder_.write("unknown.avi", unknown)),
-            "no decoder for its video format QZQZ; convert it to H.264");
-
-  std::string undecodable =
-      contentsOf(folder_.ffmpeg(finger("64x48", "0.1") + "-c:v png", "a.mkv"));
-  for (auto at = undecodable.find("\x89PNG"); at != std::string::npos;
-       at = undecodable.find("\x89PNG")) {
-    undecodable.replace(at, 8, 8, 'x');
-  }
-  EXPECT_THAT(refusal(folder_.write("undecodable.mkv", undecodable)),
-              StartsWith("no frame of it could be decoded; "));
-}
-
-TEST_F(FfmpegSourceTest, ListsOfOtherFilesAreNoVideos) {
-  const std::string part = folder_.ffmpeg(finger("64x48", "1") + h264, "part.ts");
-  ASSERT_FALSE(read(part).frames.empty());
+  const std::string mjpeg = folder_.ffmpeg(finger("64x48", "0.2") + "-c:v mjpeg", "a.avi");
+  const std::string png = folder_.ffmpeg(finger("64x48", "0.1") + "-c:v png", "a.mkv");
+  // What lists of other files lead to.
+  folder_.ffmpeg(finger("64x48", "1") + h264, "part.ts");
   folder_.ffmpeg(finger("64x48", "1"), "picture%03d.png");
-  for (const auto& [name, text] : std::vector<std::pair<std::string, std::string>>{
-           {"list.txt", "ffconcat version 1.0\nfile part.ts\n"},
-           {"list.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\npart.ts\n#EXT-X-ENDLIST\n"},
-           {"web.m3u8", "#EXTM3U\n#EXTINF:9,\nhttp://127.0.0.1:9/a.ts\n#EXT-X-ENDLIST\n"},
-           {"picture%03d.png", "not a picture"}}) {
-    EXPECT_THAT(refusal(folder_.write(name, text)), StartsWith("not a video; ")) << name;
+  const std::string noVideo = "not a video; give a video, or a colour series";
+  const std::string noTrack = "a file without a video track; ";
+  const std::string text = std::string(500, 'a') + "\nno video\n";
+  const auto write = [&](const char* name, const std::string& contents) {
+    return folder_.write(name, contents);
+  };
+  for (const auto& [path, reason] : std::vector<std::pair<std::string, std::string>>{
+           {folder_.file("absent.mp4"), "no such file; check the name"},
+           {folder_.file(""), "a folder; name a file in it"},
+           {write("empty.mp4", ""), "an empty file; record or copy it again"},
+           {"/dev/null", "not a regular file; "},
+           {write("text.mp4", text), noVideo},
+           {write("text.txt", text), noVideo},
+           {write("text", text), noVideo},
+           {write("list.txt", "ffconcat version 1.0\nfile part.ts\n"), noVideo},
+           {write("list.m3u8",
+                  "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\npart.ts\n#EXT-X-ENDLIST\n"),
+            noVideo},
+           {write("picture%03d.png", "not a picture"), noVideo},
+           {folder_.ffmpeg(sound + "-c:a aac", "sound.m4a"), noTrack},
+           {folder_.ffmpeg(song, "song.mp3"), noTrack},
+           {cut(whole, "no-index.mp4"), "a video without its index"},
+           {write("unknown.avi", replaced(contentsOf(mjpeg), "MJPG", "QZQZ")),
+            "no decoder for its video format QZQZ; convert it to H.264"},
+           {write("undecodable.mkv", replaced(contentsOf(png), pngHead, noHead)),
+            "no frame of it could be decoded; "}}) {
+    EXPECT_THAT(refusal(path), StartsWith(reason));
   }
-}
-
-TEST_F(FfmpegSourceTest, AFileThatMayNotBeReadIsRefused) {
-  if (geteuid() == 0) GTEST_SKIP() << "root may read everything";
-  const std::string path = folder_.write("secret.mp4", "x");
-  chmod(path.c_str(), 0);
-  EXPECT_EQ(refusal(path), "no permission to read it; change its permissions");
-}
-
-TEST_F(FfmpegSourceTest, TheLibrariesLogStaysOffTheTerminal) {
-  const std::string whole =
-      folder_.ffmpeg(pictures("320x240", "30", "4") + h264 + "-movflags +faststart", "a.mp4");
-  testing::internal::CaptureStderr();
-  testing::internal::CaptureStdout();
-  read(cut(whole, "cut.mp4"));
-  refusal(folder_.write("no.mp4", "no"));
-  EXPECT_THAT(testing::internal::GetCapturedStdout(), IsEmpty());
-  EXPECT_THAT(testing::internal::GetCapturedStderr(), IsEmpty());
+  // Nor may it be read by whom it is closed to.
+  chmod(folder_.path().c_str(), 0755);
+  chmod(whole.c_str(), 0);
+  EXPECT_EQ(inChild([&] {
+              if (geteuid() == 0 && seteuid(1) != 0) return std::string("no other user");
+              return refusal(whole);
+            }),
+            "no permission to read it; change its permissions");
 }
 
 TEST_F(FfmpegSourceTest, WhatAFileHoldsDecidesHowItIsRead) {

@@ -7,6 +7,8 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -58,19 +60,14 @@ struct Picture {
 inline double difference(const Picture& a, const Picture& b) {
   constexpr int rounding = 12;
   if (a.width != b.width || a.height != b.height || a.pixels.empty()) return 1;
-  std::size_t different = 0;
-  for (std::size_t i = 0; i < a.pixels.size(); ++i) {
-    int most = 0;
-    for (std::size_t k = 0; k < 4; ++k) {
-      most = std::max(most, std::abs(a.pixels[i][k] - b.pixels[i][k]));
-    }
-    different += most > rounding ? 1U : 0U;
-  }
+  const auto differ = [](const Picture::Pixel& one, const Picture::Pixel& other) {
+    return !std::equal(one.begin(), one.end(), other.begin(),
+                       [](int x, int y) { return std::abs(x - y) <= rounding; });
+  };
+  const auto different = std::inner_product(a.pixels.begin(), a.pixels.end(), b.pixels.begin(), 0,
+                                            std::plus<>(), differ);
   return static_cast<double>(different) / static_cast<double>(a.pixels.size());
 }
-
-/// As much as another version of the drawing library may differ at edges.
-inline constexpr double tolerance = 0.001;
 
 /// A picture beside the tests.
 class StoredPicture {
@@ -81,17 +78,18 @@ class StoredPicture {
     const std::string file = std::string(VEYLA_PICTURES_FOLDER) + "/" + name;
     if (std::getenv("VEYLA_KEEP_PICTURES")) writeFile(file, png);
     picture_ = Picture(contentsOf(file));
-    EXPECT_LE(differenceFrom(png), tolerance) << name;
+    EXPECT_LE(difference(Picture(png), picture_), tolerance) << name;
   }
-
-  double differenceFrom(const std::string& png) const { return difference(Picture(png), picture_); }
 
   /// Expects the comparison to see a fault.
   void expectUnlike(const std::string& png, const char* fault) const {
-    EXPECT_GT(differenceFrom(png), tolerance) << fault;
+    EXPECT_GT(difference(Picture(png), picture_), tolerance) << fault;
   }
 
  private:
+  /// As much as another version of the drawing library may differ at edges.
+  static constexpr double tolerance = 0.001;
+
   Picture picture_{""};
 };
 

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <signal.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,11 +12,21 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <iterator>
 #include <string>
 #include <vector>
 
 namespace veyla {
+
+inline std::string contentsOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+inline void writeFile(const std::filesystem::path& file, const std::string& contents) {
+  std::ofstream(file, std::ios::binary) << contents;
+}
 
 /// A folder for one test, gone after it.
 class ScratchFolder {
@@ -35,7 +47,7 @@ class ScratchFolder {
   std::string file(const std::string& name) const { return (path_ / name).string(); }
 
   std::string write(const std::string& name, const std::string& contents) const {
-    std::ofstream(file(name), std::ios::binary) << contents;
+    writeFile(file(name), contents);
     return file(name);
   }
 
@@ -60,15 +72,6 @@ class ScratchFolder {
   std::filesystem::path path_;
 };
 
-inline std::string contentsOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-inline void writeFile(const std::filesystem::path& file, const std::string& contents) {
-  std::ofstream(file, std::ios::binary) << contents;
-}
-
 /// Runs `work` in a process of its own, so that its limits and mounts are its own, and returns what
 /// it returned; "died" when it did, or when an expectation failed there.
 inline std::string inChild(const std::function<std::string()>& work) {
@@ -91,6 +94,22 @@ inline std::string inChild(const std::function<std::string()>& work) {
   int status = 0;
   waitpid(child, &status, 0);
   return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? result : "died";
+}
+
+/// The same on a disk on which no file may grow beyond `bytes`.
+inline std::string onSmallDisk(rlim_t bytes, const std::function<std::string()>& work) {
+  return inChild([&] {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{bytes, bytes};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    return work();
+  });
+}
+
+/// Runs `work` in two processes at once, as the first program and the second; what both returned.
+inline std::string inTwoChildren(const std::function<std::string(int program)>& work) {
+  auto second = std::async(std::launch::async, [&] { return inChild([&] { return work(1); }); });
+  return inChild([&] { return work(0); }) + " " + second.get();
 }
 
 /// Makes this process see mounts of its own; who is not root becomes able to mount there.
