@@ -9,6 +9,7 @@
 #include "measuring/measuring_screen.h"
 #include "shell/alerts.h"
 #include "tests/support/measuring_rig.h"
+#include "tests/support/tables.h"
 
 namespace veyla {
 namespace {
@@ -94,39 +95,23 @@ class Somebody : private MeasurementObserver {
   void measurementEnded(std::int32_t, MeasurementEnd end) override { ends.push_back(end); }
 };
 
-std::string replaced(std::string text, const std::string& what, const std::string& by) {
-  for (std::size_t at; (at = text.find(what)) != std::string::npos;) {
-    text.replace(at, what.size(), by);
-  }
-  return text;
-}
-
-/// Rows of "what happens -> what follows", with parts of what is seen by their names.
-std::vector<std::pair<std::string, std::string>> rowsOf(std::string table) {
-  static const std::pair<const char*, const char*> names[] = {
-      {"{initial}", "START | {tap} | last -- -- | {zero} | {boxes}"},
-      {"{starting}", "STOP | {will} | {cover} | last -- -- | {zero} | alert Starting ..."},
-      {"{measuring}", "STOP | {analyzing} | {cover} | last -- -- | {zero} | {on}"},
-      {"{stopped}", "START | {analyzing} | {tap} | last -- -- | {zero} | {boxes}"},
-      {"{finished}",
-       "START | FINISHED | {tap} | last 70 97 | now =70 =97 | dials 70 97, rings 100 "
-       "100 | {boxes}"},
-      {"{tap}", "Tap START to begin - don't cover camera"},
-      {"{cover}", "Cover flash and camera lens with finger..."},
-      {"{will}", "Will begin in a couple of seconds ..."},
-      {"{analyzing}", "Analyzing - hold steady ..."},
-      {"{zero}", "now -- -- | dials 50 93, rings 0 0"},
-      {"{boxes}", "[x] | [x]"},
-      {"{on}", "heart rate shimmers | SpO2 shimmers | torch | measuring"}};
-  for (const auto& [name, part] : names) table = replaced(std::move(table), name, part);
-  std::vector<std::pair<std::string, std::string>> rows;
-  std::istringstream lines(table);
-  for (std::string line; std::getline(lines, line);) {
-    const std::size_t arrow = line.find("-> ");
-    if (arrow != std::string::npos)
-      rows.emplace_back(line.substr(0, arrow), line.substr(arrow + 3));
-  }
-  return rows;
+/// With parts of what is seen by their names.
+std::vector<std::pair<std::string, std::string>> rowsOf(const std::string& table) {
+  return veyla::rowsOf(
+      table, {{"{initial}", "START | {tap} | last -- -- | {zero} | {boxes}"},
+              {"{starting}", "STOP | {will} | {cover} | last -- -- | {zero} | alert Starting ..."},
+              {"{measuring}", "STOP | {analyzing} | {cover} | last -- -- | {zero} | {on}"},
+              {"{stopped}", "START | {analyzing} | {tap} | last -- -- | {zero} | {boxes}"},
+              {"{finished}",
+               "START | FINISHED | {tap} | last 70 97 | now =70 =97 | dials 70 97, rings 100 100 | "
+               "{boxes}"},
+              {"{tap}", "Tap START to begin - don't cover camera"},
+              {"{cover}", "Cover flash and camera lens with finger..."},
+              {"{will}", "Will begin in a couple of seconds ..."},
+              {"{analyzing}", "Analyzing - hold steady ..."},
+              {"{zero}", "now -- -- | dials 50 93, rings 0 0"},
+              {"{boxes}", "[x] | [x]"},
+              {"{on}", "heart rate shimmers | SpO2 shimmers | torch | measuring"}});
 }
 
 // The states, with what moves between them.

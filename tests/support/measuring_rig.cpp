@@ -4,6 +4,7 @@
 
 #include "measuring/app_delegate.h"
 #include "measuring/measuring_screen.h"
+#include "tests/support/tables.h"
 
 namespace veyla {
 
@@ -119,9 +120,7 @@ std::string MeasuringRig::seen() const {
   addIf(screen.canBegin(), "measuring");
   for (const auto& [id, title] : platform.alerts.inFront) parts.push_back("alert " + title);
 
-  std::string all;
-  for (const std::string& part : parts) all += (all.empty() ? "" : " | ") + part;
-  return all;
+  return joined(parts);
 }
 
 }  // namespace veyla

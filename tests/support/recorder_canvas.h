@@ -32,8 +32,12 @@ class RecorderCanvas : public Canvas {
     double alpha = 1;
 
     bool isStroke() const { return std::holds_alternative<Stroke>(with); }
+    /// Of a gradient, the first.
     Color color() const {
-      return isStroke() ? std::get<Stroke>(with).color : std::get<Color>(std::get<Paint>(with));
+      if (isStroke()) return std::get<Stroke>(with).color;
+      const auto& paint = std::get<Paint>(with);
+      const auto* gradient = std::get_if<LinearGradient>(&paint);
+      return gradient ? gradient->stops.front().color : std::get<Color>(paint);
     }
   };
   struct Text {
