@@ -1,14 +1,17 @@
 #pragma once
 
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <csignal>
-#include <ctime>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
 #include <vector>
 
 #include "tests/linux/scratch.h"
@@ -23,6 +26,41 @@ struct Result {
   std::string error;
 };
 
+inline std::vector<std::string> linesOf(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+inline std::size_t countOf(const std::string& part, const std::string& text) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at) ++count;
+  return count;
+}
+
+/// The most columns that a line takes: sequences of a terminal take none, a character one.
+inline int widestLine(const std::string& text) {
+  int widest = 0;
+  int width = 0;
+  bool inSequence = false;
+  for (const char c : text) {
+    const bool continues = (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+    if (c == '\x1b' || inSequence) {
+      inSequence = c == '\x1b' || std::isalpha(static_cast<unsigned char>(c)) == 0;
+    } else if (c == '\n') {
+      width = 0;
+    } else if (c != '\r' && !continues) {
+      widest = std::max(widest, ++width);
+    }
+  }
+  return widest;
+}
+
+inline bool isAscii(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
+}
+
 class Program : public testing::Test {
  private:
   ScratchFolder scratch_;
@@ -32,6 +70,16 @@ class Program : public testing::Test {
 
   std::filesystem::path folder() const { return scratch_.path(); }
   std::string file(const std::string& name) const { return (folder() / name).string(); }
+  /// What lies in a folder of it, but for what the program printed.
+  std::set<std::string> namesIn(const std::string& name = ".") const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(file(name))) {
+      names.insert(entry.path().filename());
+    }
+    names.erase("stdout");
+    names.erase("stderr");
+    return names;
+  }
   std::string write(const std::string& name, const std::string& contents) const {
     writeFile(file(name), contents);
     return file(name);
@@ -49,6 +97,14 @@ class Program : public testing::Test {
     result.out = contentsOf(file("stdout"));
     result.error = contentsOf(file("stderr"));
     return result;
+  }
+
+  /// Runs it to its end without a complaint, and returns what it printed.
+  std::string done(const Arguments& arguments) const {
+    const Result result = run(arguments);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.error, "");
+    return result.out;
   }
 
   pid_t start(const Arguments& arguments, const std::function<void()>& prepare) const {
@@ -75,11 +131,17 @@ class Program : public testing::Test {
     if (opened != stream) close(opened);
   }
 
-  /// Runs the program on a terminal where `typed` is typed, and after `killAfter` bytes of output
-  /// sends it `signal`. Everything shown is in `out`.
-  Result onTerminal(const Arguments& arguments, std::size_t columns = 80,
-                    const std::string& typed = {}, int signal = 0,
-                    std::size_t killAfter = 2000) const {
+  // For `prepare`.
+  static void onFullDisk() { redirect(STDOUT_FILENO, "/dev/full", O_WRONLY); }
+  static void withSmallFiles() {
+    const rlimit limit{1024, 1024};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+
+  /// Runs the program on a terminal where `typed` is typed, and sends it `signal` as soon as it has
+  /// hidden the cursor. Everything shown is in `out`.
+  Result onTerminal(const Arguments& arguments, int columns = 80, const std::string& typed = {},
+                    int signal = 0) const {
     winsize size{.ws_row = 24,
                  .ws_col = static_cast<unsigned short>(columns),
                  .ws_xpixel = 0,
@@ -88,15 +150,17 @@ class Program : public testing::Test {
     const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
     if (child == 0) execute(arguments);
     EXPECT_EQ(::write(terminal, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
-    std::string shown;
+    std::string output;
     char block[4096];
     for (ssize_t n = 0; (n = read(terminal, block, sizeof block)) > 0;) {
-      shown.append(block, static_cast<std::size_t>(n));
-      if (signal != 0 && shown.size() > killAfter) kill(child, std::exchange(signal, 0));
+      output.append(block, static_cast<std::size_t>(n));
+      if (signal != 0 && output.find(hidden) != std::string::npos) {
+        kill(child, std::exchange(signal, 0));
+      }
     }
     close(terminal);
     Result result = ended(child);
-    result.out = shown;
+    result.out = output;
     return result;
   }
 
@@ -107,17 +171,20 @@ class Program : public testing::Test {
     return nlohmann::json::parse(result.out, nullptr, false);
   }
 
-  /// Expects nothing on standard output, and on standard error one line with all of `parts`.
-  void expectRefused(const Result& result, int status,
-                     const std::vector<std::string>& parts) const {
+  /// Expects nothing on standard output, and on standard error one line with `part`.
+  static void expectRefused(const Result& result, int status, const std::string& part) {
     EXPECT_EQ(result.status, status) << result.error;
     EXPECT_EQ(result.out, "");
-    EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
-    EXPECT_TRUE(result.error.starts_with("veyla: ")) << result.error;
-    for (const std::string& part : parts) {
-      EXPECT_NE(result.error.find(part), std::string::npos) << part << " in " << result.error;
-    }
+    EXPECT_THAT(result.error,
+                testing::AllOf(testing::StartsWith("veyla: "), testing::HasSubstr(part)));
+    EXPECT_EQ(linesOf(result.error).size(), 1U) << result.error;
   }
+
+  /// What hides the terminal's cursor and brings it back.
+  static constexpr const char* hidden = "\x1b[?25l";
+  static constexpr const char* shown = "\x1b[?25h";
+  /// A folder for what is kept, other than the usual one.
+  const std::string data = file("data");
 
   std::map<std::string, std::string> environment{
       {"HOME", folder()},   {"XDG_DATA_HOME", folder() / "home"},
@@ -127,19 +194,14 @@ class Program : public testing::Test {
 
  private:
   [[noreturn]] void execute(const Arguments& arguments) const {
+    clearenv();
+    for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
     std::vector<std::string> words{VEYLA_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> settings;
-    for (const auto& [name, value] : environment) settings.push_back(name + "=" + value);
-    const auto pointers = [](std::vector<std::string>& texts) {
-      std::vector<char*> list;
-      for (std::string& text : texts) list.push_back(text.data());
-      list.push_back(nullptr);
-      return list;
-    };
-    if (chdir(folder().c_str()) == 0) {
-      execve(VEYLA_PROGRAM, pointers(words).data(), pointers(settings).data());
-    }
+    std::vector<char*> pointers;
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    if (chdir(folder().c_str()) == 0) execv(VEYLA_PROGRAM, pointers.data());
     _exit(127);
   }
 };
