@@ -30,7 +30,7 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
   struct Case {
     std::vector<std::string> words, offered;
   };
-  for (auto& [words, offered] : std::vector<Case>{
+  for (const auto& [words, offered] : std::vector<Case>{
            {{"hist"}, {"history"}},
            {{"history", ""}, {"label", "delete", "export", "mail"}},
            {{"health", "--data", "x", "al"}, {"allow"}},
@@ -46,21 +46,15 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
            {{"history", "label", "1", "'Sleep (A"}, {"Sleep (After)"}},
            {{"measure", "my"}, {"my film.mp4", "my data"}},
            {{"measure", "--json", "--data", "my"}, {"my data"}}}) {
-    words.insert(words.begin(), "veyla");
-    EXPECT_THAT(completed(words), testing::UnorderedElementsAreArray(offered));
+    EXPECT_THAT(completed(joined({"veyla"}, words)), testing::UnorderedElementsAreArray(offered));
   }
 }
 
 TEST_F(DescriptionTest, EveryOptionIsOfferedAndStandsInTheManual) {
   const std::string manual = done({"--describe", "man"});
   for (const Arguments& command : {Arguments{"measure"}, {"history", "label"}}) {
-    Arguments asked = command;
-    asked.emplace_back("--help");
-    std::vector<std::string> words{"veyla"};
-    words.insert(words.end(), command.begin(), command.end());
-    words.emplace_back("-");
-    const auto offered = completed(words);
-    for (const std::string& line : linesOf(done(asked))) {
+    const auto offered = completed(joined(joined({"veyla"}, command), {"-"}));
+    for (const std::string& line : linesOf(done(joined(command, {"--help"})))) {
       if (!line.starts_with("  -")) continue;
       // "-h,--help" or "--json".
       const std::string names = line.substr(2, line.find(' ', 2) - 2);

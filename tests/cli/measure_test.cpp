@@ -1,7 +1,4 @@
-#include <algorithm>
-#include <array>
 #include <ctime>
-#include <iomanip>
 
 #include "tests/cli/program.h"
 
@@ -21,42 +18,13 @@ constexpr double bin = 0.88;
 
 class MeasureTest : public Program {
  protected:
-  /// Milliseconds, red, green and blue; 30 rows are a second.
-  using Row = std::array<double, 4>;
-  using Rows = std::vector<Row>;
-
-  /// 40 seconds of a finger.
-  Rows finger(const char* spo2 = "97") const {
-    done({"synth", "finger.csv", "--seconds", "40", "--spo2", spo2});
-    auto lines = linesOf(contentsOf(file("finger.csv")));
-    Rows rows;
-    for (std::size_t i = 1; i < lines.size(); ++i) {
-      std::replace(lines[i].begin(), lines[i].end(), ',', ' ');
-      std::istringstream fields(lines[i]);
-      for (double& field : rows.emplace_back()) fields >> field;
-    }
-    return rows;
+  void makeFinger(const Arguments& options = {}) const {
+    done(joined({"synth", "finger.csv", "--seconds", "40"}, options));
   }
-  static Rows coloured(Rows rows, double from, double to, double colour) {
-    for (Row& row : rows) {
-      if (row[0] >= 1000 * from && row[0] < 1000 * to) row = {row[0], colour, colour, colour};
-    }
-    return rows;
+  Json reportOf(const std::string& series, const Arguments& options = {}) const {
+    return json(joined({"measure", "--no-save", series}, options));
   }
-  /// Writes them as a series.
-  std::string series(const Rows& rows) const {
-    std::ostringstream text;
-    text << "time,R,G,B\n" << std::setprecision(12);
-    for (const auto& [time, red, green, blue] : rows) {
-      text << time << ',' << red << ',' << green << ',' << blue << '\n';
-    }
-    return write("series.csv", text.str());
-  }
-  Json reportOf(const Rows& rows, Arguments options = {}, int status = 0) const {
-    options.insert(options.begin(), {"measure", "--no-save", series(rows)});
-    return json(options, status);
-  }
-  std::string textOf(const Rows& rows) const { return run({"measure", series(rows)}).out; }
+  std::string textOf(const std::string& series) const { return run({"measure", series}).out; }
 };
 
 TEST_F(MeasureTest, TheFingertipIsMeasuredAndReportedAlikeAtEveryRun) {
@@ -83,23 +51,16 @@ TEST_F(MeasureTest, TheFingertipIsMeasuredAndReportedAlikeAtEveryRun) {
 }
 
 TEST_F(MeasureTest, OneValueAndAnotherPhoneCanBeAskedFor) {
-  const Json heartrate = json({"measure", "--no-save", "--only", "heartrate"});
-  EXPECT_NEAR(heartrate["heartrate"].get<double>(), 72, bin);
-  EXPECT_TRUE(heartrate["spo2"].is_null());
-  const Json spo2 = json({"measure", "--no-save", "--only", "spo2"});
-  EXPECT_TRUE(spo2["heartrate"].is_null());
-  EXPECT_TRUE(spo2["spo2"].is_number());
+  EXPECT_TRUE(json({"measure", "--no-save", "--only", "heartrate"})["spo2"].is_null());
+  EXPECT_TRUE(json({"measure", "--no-save", "--only", "spo2"})["heartrate"].is_null());
   EXPECT_EQ(json({"measure", "--no-save", "--device", "iPhone3,1"})["device"], "iphone4");
 }
 
 TEST_F(MeasureTest, EveryFinishedMeasurementIsKeptWithTheDateAtWhichItEnded) {
   for (const char* value : {"heartrate", "spo2"}) done({"health", "allow", value});
   // A finger that comes after two minutes and a half.
-  Rows late = finger();
-  for (Row& row : late) row[0] += 150000;
-  for (int time = 149950; time >= 0; time -= 50)
-    late.insert(late.begin(), {time + 0.0, 90, 60, 30});
-  series(late);
+  done({"synth", "finger.csv", "--seconds", "190"});
+  changed("late.csv", "$1,90,60,30", 0, 150);
 
   // In the form that a date begins with everywhere.
   const auto now = [] {
@@ -110,7 +71,7 @@ TEST_F(MeasureTest, EveryFinishedMeasurementIsKeptWithTheDateAtWhichItEnded) {
   };
   const std::string begin = now();
   std::vector<Json> reports;
-  for (const char* input : {"finger.csv", "series.csv", "finger.csv", "finger.csv"}) {
+  for (const char* input : {"finger.csv", "late.csv", "finger.csv", "finger.csv"}) {
     reports.push_back(json({"measure", input, "--log", "log"}));
   }
   const std::string end = now();
@@ -149,18 +110,19 @@ TEST_F(MeasureTest, WhatEndsEarlyIsToldWithItsReasonAndNotKept) {
   EXPECT_EQ(json({"measure", "--no-save", "--start", "5", "--duration", "30"})["outcome"],
             "finished");
 
-  const Rows low = finger("85");
-  const Json report = reportOf(low, {"--only", "spo2"}, 1);
+  makeFinger({"--spo2", "85"});
+  const Json report = json({"measure", "finger.csv", "--only", "spo2"}, 1);
   EXPECT_EQ(report["outcome"], "lowSignal") << report;
   EXPECT_EQ(report["estimates"]["spo2"]["low"], 60);
-  EXPECT_THAT(run({"measure", "series.csv", "--only", "spo2"}).out,
+  EXPECT_THAT(run({"measure", "finger.csv", "--only", "spo2"}).out,
               HasSubstr("\nNothing saved: a result takes oxygen values of 93 % or more.\n"));
-  EXPECT_THAT(textOf(low), AllOf(HasSubstr("\nNo oxygen value: this camera's colours give none"),
-                                 HasSubstr("\nNothing saved"),
-                                 HasSubstr("--only heartrate saves the 71 beats per minute"),
-                                 Not(HasSubstr("START")), Not(HasSubstr("remove your finger"))));
+  EXPECT_THAT(textOf("finger.csv"),
+              AllOf(HasSubstr("\nNo oxygen value: this camera's colours give none"),
+                    HasSubstr("\nNothing saved"),
+                    HasSubstr("--only heartrate saves the 71 beats per minute"),
+                    Not(HasSubstr("START")), Not(HasSubstr("remove your finger"))));
   // What may not be relied on, nobody is advised to save.
-  EXPECT_THAT(textOf(coloured(low, 4, 7, 3)),
+  EXPECT_THAT(textOf(changed("lifted.csv", "$1,3,3,3", 4, 7)),
               AllOf(HasSubstr("Heart rate   unsure: no finger"), HasSubstr("\nNothing saved: "),
                     HasSubstr("\nNo oxygen value: this camera's colours give none"),
                     Not(HasSubstr("--only heartrate"))));
@@ -218,33 +180,24 @@ TEST_F(MeasureTest, SyntheticFingertipsGiveTheirHeartRateAsVideoAndAsSeries) {
                 json({"measure", "--no-save", video, "--device", device}));
     }
   }
-  const auto bytesOf = [&](const Arguments& options) {
-    Arguments arguments{"synth", "other.csv", "--seconds", "20"};
-    arguments.insert(arguments.end(), options.begin(), options.end());
-    done(arguments);
-    return contentsOf(file("other.csv"));
-  };
-  // With less noise than the seed could hide in.
-  std::set<std::string> different{bytesOf({"--noise", "0"}),
-                                  bytesOf({"--noise", "0", "--seed", "2"}),
-                                  bytesOf({"--noise", "0", "--motion", "9"})};
-  EXPECT_EQ(different.size(), 3U);
+  std::set<std::string> fingers;
+  for (const Arguments& option : {Arguments{}, {"--seed", "2"}, {"--motion", "9"}}) {
+    makeFinger(joined({"--noise", "0"}, option));
+    fingers.insert(contentsOf(file("finger.csv")));
+  }
+  EXPECT_EQ(fingers.size(), 3U);
 }
 
 TEST_F(MeasureTest, AStallIsFilledOrTakesAsMuchLongerAndLeavesTheValues) {
-  const Rows rows = finger();
-  const Json whole = reportOf(rows);
+  makeFinger();
+  const Json whole = reportOf("finger.csv");
   struct Case {
     double stall;
     int drops;
   };
   for (const auto& [stall, drops] : std::vector<Case>{{0.2, 0}, {1, 10}, {3, 40}}) {
     SCOPED_TRACE(stall);
-    Rows stalled = rows;
-    std::erase_if(stalled, [stall = stall](const Row& row) {
-      return row[0] > 8000 && row[0] < 8000 + 1000 * stall;
-    });
-    const Json report = reportOf(stalled);
+    const Json report = reportOf(changed("stalled.csv", "", 8.001, 8 + stall));
     EXPECT_EQ(report["framedrops"], drops);
     EXPECT_EQ(report["frames"], whole["frames"]);
     EXPECT_NEAR(report["seconds"].get<double>(), whole["seconds"].get<double>() + drops / 15.0,
@@ -256,30 +209,28 @@ TEST_F(MeasureTest, AStallIsFilledOrTakesAsMuchLongerAndLeavesTheValues) {
 }
 
 TEST_F(MeasureTest, WhatIsWrongWithAFingerIsToldWithItsSecondsAndWhatIsUnsureWithItsReason) {
-  const Rows good = finger();
-  const auto with = [&](std::size_t channel, double value) {
-    Rows rows = good;
-    for (Row& row : rows) row[channel] = value;
-    return rows;
-  };
-  const Rows blueless = with(3, 2);
+  makeFinger();
+  const std::string blueless = changed("blueless.csv", "$1,$2,$3,2");
   EXPECT_EQ(reportOf(blueless)["doubts"], Json{"noBlue"});
   EXPECT_THAT(textOf(blueless), HasSubstr("SpO2         unsure: the camera saw next to no blue"));
-  EXPECT_THAT(reportOf(with(1, 255), {"--device", "iPhone4,1", "--only", "spo2"})["doubts"],
+  const std::string bright = changed("bright.csv", "$1,255,$3,$4");
+  EXPECT_THAT(reportOf(bright, {"--device", "iPhone4,1", "--only", "spo2"})["doubts"],
               Contains("noRedPulse"));
+  // What the finger explains gets no other advice.
+  EXPECT_THAT(textOf(bright), AllOf(HasSubstr("\nToo bright from 2 to 40 s: expose less"),
+                                    Not(HasSubstr("--only heartrate"))));
+  EXPECT_THAT(textOf(changed("black.csv", "$1,0,0,0")),
+              HasSubstr("\nNo finger from 2 to 40 s: the picture is black.\n"));
 
-  const Rows lifted = coloured(good, 8, 11, 3);
+  const std::string lifted = changed("lifted.csv", "$1,3,3,3", 8, 11);
   const Json report = reportOf(lifted);
   EXPECT_NEAR(report["finger"]["noFinger"].get<double>(), 3, 0.5);
   EXPECT_EQ(report["doubts"], Json::parse(R"(["noFinger", "unclearPulse"])")) << "each once";
   EXPECT_THAT(textOf(lifted), HasSubstr("Heart rate   unsure: no finger from 8 to 11 s.\n"));
-  EXPECT_THAT(textOf(coloured(lifted, 13, 16, 3)), HasSubstr("no finger from 8 to 16 s.\n"))
+  std::filesystem::rename(lifted, file("finger.csv"));
+  EXPECT_THAT(textOf(changed("again.csv", "$1,3,3,3", 13, 16)),
+              HasSubstr("no finger from 8 to 16 s.\n"))
       << "one stretch";
-  EXPECT_THAT(textOf(coloured(good, 0, 41, 0)),
-              HasSubstr("\nNo finger from 2 to 40 s: the picture is black.\n"));
-  // What the finger explains gets no other advice.
-  EXPECT_THAT(textOf(with(1, 255)), AllOf(HasSubstr("\nToo bright from 2 to 40 s: expose less"),
-                                          Not(HasSubstr("--only heartrate"))));
 }
 
 }  // namespace

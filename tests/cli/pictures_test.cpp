@@ -54,29 +54,6 @@ TEST_F(PicturesTest, TheEndAndEverySecondAreDrawn) {
               ElementsAre("0000.png", "0001.png", "0002.png", "0003.png", "0004.png", "0005.png"));
 }
 
-TEST_F(PicturesTest, WhatCannotBeWrittenIsToldBeforeTheMeasurement) {
-  write("file", "mine");
-  std::filesystem::create_directory(file("folder.png"));
-  struct Case {
-    const char *option, *name, *reason;
-  };
-  for (const auto& [option, name, reason] : std::initializer_list<Case>{
-           {"--snapshot", "absent/end.png", "its folder does not exist; make it first"},
-           {"--snapshot", "folder.png", "a folder; name a file in it"},
-           {"--snapshot", "file/end.png", "a file stands where a folder must be"},
-           {"--frames", "absent/frames", "its folder does not exist; make it first"},
-           {"--frames", "file", "a file stands where a folder must be; move it away or"},
-           {"--frames", ".", "not empty; name a new or an empty folder"}}) {
-    expectRefused(run({"measure", "--no-save", option, name}), 4,
-                  std::string(name) + ": " + reason);
-  }
-  // An input that cannot be read leaves no trace of the pictures.
-  expectRefused(run({"measure", "absent.mp4", "--frames", "frames", "--snapshot", "end.png"}), 3,
-                "absent.mp4");
-  EXPECT_EQ(contentsOf(file("file")), "mine");
-  EXPECT_THAT(namesIn(), ElementsAre("file", "folder.png"));
-}
-
 TEST_F(PicturesTest, ADiskThatFillsUpCostsNoMeasurementAndLeavesNothingHalfWritten) {
   write("end.png", "an older picture");
   const Result full =
@@ -89,21 +66,6 @@ TEST_F(PicturesTest, ADiskThatFillsUpCostsNoMeasurementAndLeavesNothingHalfWritt
   EXPECT_EQ(contentsOf(file("end.png")), "an older picture");
   EXPECT_THAT(namesIn("frames"), IsEmpty());
   EXPECT_THAT(namesIn(), ElementsAre("end.png", "frames"));
-
-  const std::string answer = inChild([&] {
-    std::filesystem::create_directory(file("disk"));
-    if (!mountDisk(file("disk"), "size=200k")) return std::string("no mounts");
-    const Result result = run({"measure", "--no-save", "--frames", "disk"});
-    EXPECT_EQ(result.status, 4);
-    EXPECT_THAT(result.error, HasSubstr("png: the disk is full; make room or choose another"));
-    EXPECT_FALSE(namesIn("disk").empty());
-    for (const std::string& name : namesIn("disk")) {
-      EXPECT_THAT(sizeOf("disk/" + name), ElementsAre(780, 1688)) << name;
-    }
-    return std::string("told");
-  });
-  if (answer == "no mounts") GTEST_SKIP() << noMounts;
-  EXPECT_EQ(answer, "told");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <vector>
@@ -20,8 +21,8 @@
 namespace veyla {
 
 struct Result {
+  /// As a shell tells it: 128 more than a signal that ended the program.
   int status = -1;
-  int signal = 0;
   std::string out;
   std::string error;
 };
@@ -85,6 +86,32 @@ class Program : public testing::Test {
     return file(name);
   }
 
+  static Arguments joined(Arguments arguments, const Arguments& more) {
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+  }
+  /// Makes a program of this name and script that is found before the system's own.
+  void provide(const std::string& name, const std::string& script) {
+    std::filesystem::create_directories(file("bin"));
+    write("bin/" + name, "#!/bin/sh\n" + script + "\n");
+    std::filesystem::permissions(file("bin/" + name), std::filesystem::perms::owner_all);
+    environment["PATH"] = file("bin") + ":/usr/bin:/bin";
+  }
+
+  /// Writes `name` like the series of finger.csv but for some seconds, where each row is as
+  /// `pattern` makes it of its time, red, green and blue ($1 to $4), or missing for an empty one.
+  std::string changed(const std::string& name, const char* pattern, double from = 0,
+                      double to = 1000) const {
+    static const std::regex row("(.*),(.*),(.*),(.*)");
+    std::string text;
+    for (std::string line : linesOf(contentsOf(file("finger.csv")))) {
+      const double second = line[0] == 't' ? -1 : std::stod(line) / 1000;
+      if (second >= from && second < to) line = std::regex_replace(line, row, pattern);
+      if (!line.empty()) text += line + '\n';
+    }
+    return write(name, text);
+  }
+
   /// Runs the program in the scratch folder. `prepare` runs in its process, just before it.
   Result run(const Arguments& arguments, const std::function<void()>& prepare = {}) const {
     const pid_t child = start(arguments, [&] {
@@ -120,8 +147,7 @@ class Program : public testing::Test {
     int status = 0;
     waitpid(child, &status, 0);
     Result result;
-    if (WIFEXITED(status)) result.status = WEXITSTATUS(status);
-    if (WIFSIGNALED(status)) result.signal = WTERMSIG(status);
+    result.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
     return result;
   }
 
@@ -164,9 +190,8 @@ class Program : public testing::Test {
     return result;
   }
 
-  nlohmann::json json(Arguments arguments, int status = 0) const {
-    arguments.emplace_back("--json");
-    const Result result = run(arguments);
+  nlohmann::json json(const Arguments& arguments, int status = 0) const {
+    const Result result = run(joined(arguments, {"--json"}));
     EXPECT_EQ(result.status, status) << result.error;
     return nlohmann::json::parse(result.out, nullptr, false);
   }
@@ -196,8 +221,7 @@ class Program : public testing::Test {
   [[noreturn]] void execute(const Arguments& arguments) const {
     clearenv();
     for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
-    std::vector<std::string> words{VEYLA_PROGRAM};
-    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> words = joined({VEYLA_PROGRAM}, arguments);
     std::vector<char*> pointers;
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);

@@ -68,7 +68,7 @@ TEST_F(TerminalTest, PlainTerminalsGetPlainText) {
 TEST_F(TerminalTest, AnInterruptBringsTheCursorBack) {
   for (const int signal : {SIGINT, SIGTERM}) {
     const Result result = onTerminal({"measure", "--no-save", "--realtime"}, 80, "", signal);
-    EXPECT_EQ(result.signal, signal);
+    EXPECT_EQ(result.status, 128 + signal);
     EXPECT_EQ(countOf(hidden, result.out), 1U);
     EXPECT_GT(result.out.rfind(shown) + 1, result.out.rfind(hidden) + 1);
   }
