@@ -2,46 +2,41 @@
 import { mkdirSync } from "node:fs";
 import { fileURLToPath } from "node:url";
 
-import { type Browser, type BrowserContext, chromium, type Page } from "playwright-core";
+import {
+  type Browser,
+  type BrowserContext,
+  chromium,
+  type Locator,
+  type Page,
+} from "playwright-core";
 import { preview, type PreviewServer } from "vite";
-import { expect, onTestFinished } from "vitest";
+import { afterAll, expect, onTestFinished } from "vitest";
 
 const root = fileURLToPath(new URL("..", import.meta.url));
 const build = fileURLToPath(new URL("../../../build/", import.meta.url));
 
-/** A recording of a generated finger, made before the tests. */
-export function recording(name: "72" | "96" | "low" | "dark-blue" | "absent"): {
-  readonly shows: string;
-} {
-  return { shows: `${build}web-recordings/${name}.y4m` };
-}
-
 /** Where pictures of the screens are kept to be looked at. */
-export const pictures = `${build}web-pictures/`;
+const pictures = `${build}web-pictures/`;
 mkdirSync(pictures, { recursive: true });
-
-interface CameraSetup {
-  /**
-   * The recording in front of the camera, the browser's own generated picture, no camera at all, or one
-   * that the user refuses.
-   */
-  readonly camera: { readonly shows: string } | "generated" | "none" | "refused";
-}
 
 /** How one visitor comes. */
 export interface Visitor {
+  /**
+   * The recording of a generated finger before the camera, that of 72 beats per minute unless it is told;
+   * the browser's own generated picture, no camera at all, or one that the user refuses.
+   */
+  readonly camera?: "72" | "96" | "low" | "dark-blue" | "absent" | "generated" | "none" | "refused";
   /**
    * Refused: the camera has one, but does not switch it on. Ignored: nor does it say so. Literal: each call
    * stands for all that is to hold. Listed: told as a list of what it can be.
    */
   readonly torch?: boolean | "refused" | "ignored" | "literal" | "listed";
+  /** Somebody who has been here before, unless it is told. */
   readonly stored?: Readonly<Record<string, string>>;
   readonly colorScheme?: "light" | "dark";
   readonly viewport?: { readonly width: number; readonly height: number };
   readonly reducedMotion?: "reduce" | "no-preference";
   readonly userAgent?: string;
-  readonly locale?: string;
-  readonly timezoneId?: string;
   readonly query?: string;
   /** Whether the camera's video tells a time of its own; some browsers' stands still. */
   readonly videoTime?: "runs" | "stands";
@@ -49,9 +44,7 @@ export interface Visitor {
   readonly host?: string;
   /** What the browser lacks or does badly. */
   readonly lacks?:
-    "video frames" | "camera permission" | "list of cameras" | "the core" | undefined;
-  /** The browser gives the page no storage, as some do in private windows. */
-  readonly storageBlocked?: boolean;
+    "video frames" | "camera permission" | "list of cameras" | "the core" | "storage";
 }
 
 /** Somebody who has seen the introduction and answered about health records. */
@@ -73,7 +66,18 @@ interface FramesTaken {
   readonly gaps: readonly number[];
 }
 
-export interface Place {
+declare global {
+  interface Window {
+    /** The addresses that the page handed on to the phone, in their order. */
+    addresses: string[];
+    /** What the torch has done, in its order: lit, and gone out. */
+    lights: boolean[];
+    taken: FramesTaken;
+    setInFront(inFront: boolean): void;
+  }
+}
+
+interface Place {
   readonly x: number;
   readonly y: number;
 }
@@ -86,11 +90,11 @@ export class Visit {
   constructor(
     readonly page: Page,
     readonly context: BrowserContext,
-    private readonly origin: string,
+    origin: string,
   ) {
     context.on("request", (request) => {
       const url = new URL(request.url());
-      const isOwn = url.origin === this.origin || ["data:", "blob:"].includes(url.protocol);
+      const isOwn = url.origin === origin || ["data:", "blob:"].includes(url.protocol);
       if (!isOwn) this.problems.push(`a request beyond the origin: ${request.url()}`);
     });
     page.on("pageerror", (error) => this.problems.push(`an error in the page: ${error.message}`));
@@ -100,21 +104,36 @@ export class Visit {
     });
   }
 
-  element(name: string): ReturnType<Page["locator"]> {
+  element(name: string): Locator {
     return this.page.locator(`[data-element="${name}"]`);
   }
 
-  alert(title: string): ReturnType<Page["locator"]> {
+  alert(title: string): Locator {
     return this.page.getByRole("alertdialog", { name: title, exact: true });
   }
 
-  async start(): Promise<void> {
-    await this.page.getByRole("button", { name: "START" }).click();
+  button(name: string | RegExp): Locator {
+    return this.page.getByRole("button", { name, exact: true });
+  }
+
+  heading(name: string): Locator {
+    return this.page.getByRole("heading", { name, exact: true });
+  }
+
+  async tap(name: string | RegExp): Promise<void> {
+    await this.button(name).click();
+  }
+
+  /** The results, or the options, as a swipe to them shows them. */
+  async open(screen: "results" | "options"): Promise<void> {
+    await this.swipe(screen === "results" ? "right" : "left");
+    await this.page.locator(`.${screen}`).waitFor();
+    await this.settled();
   }
 
   /** Through the countdown: what the status line says may still stand from the time before. */
   async startMeasuring(): Promise<void> {
-    await this.start();
+    await this.tap("START");
     await this.page.getByText("Will begin in a couple of seconds ...").waitFor();
     await this.page.getByText("Analyzing - hold steady ...").waitFor();
   }
@@ -123,8 +142,8 @@ export class Visit {
   async report(): Promise<{ seconds: number; frames: number; framedrops: number }> {
     const pattern = /^seconds: ([\d.]+), frames ([1-9]\d*), framedrops (\d+), fps: [\d.]+$/;
     await expect.poll(() => this.log.some((line) => pattern.test(line))).toBe(true);
-    const found = this.log.map((line) => pattern.exec(line)).findLast((match) => match !== null);
-    const [seconds = 0, frames = 0, framedrops = 0] = (found ?? []).slice(1).map(Number);
+    const line = this.log.findLast((each) => pattern.test(each)) ?? "";
+    const [, seconds = 0, frames = 0, framedrops = 0] = (pattern.exec(line) ?? []).map(Number);
     return { seconds, frames, framedrops };
   }
 
@@ -143,11 +162,7 @@ export class Visit {
 
   /** The camera's frames so far. */
   framesTaken(): Promise<FramesTaken> {
-    return this.page.evaluate(() => (window as unknown as { taken: FramesTaken }).taken);
-  }
-
-  async stop(): Promise<void> {
-    await this.page.getByRole("button", { name: "STOP" }).click();
+    return this.page.evaluate(() => window.taken);
   }
 
   /** What the core has stored under a key, as text. */
@@ -155,24 +170,12 @@ export class Visit {
     return this.page.evaluate((item) => localStorage.getItem(item), `veyla/${key}`);
   }
 
-  /** What the torch has done, in its order: lit, and gone out. */
   torch(): Promise<boolean[]> {
-    return this.page.evaluate(() => (window as unknown as { lights: boolean[] }).lights);
+    return this.page.evaluate(() => window.lights);
   }
 
-  /** The addresses that the page handed on to the phone, in their order. */
   addresses(): Promise<string[]> {
-    return this.page.evaluate(() => (window as unknown as { addresses: string[] }).addresses);
-  }
-
-  /** The page goes to the background or comes back, as a phone's switch between programs does it. */
-  async setInFront(inFront: boolean): Promise<void> {
-    await this.page.evaluate((visible) => {
-      const state = visible ? "visible" : "hidden";
-      Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
-      Object.defineProperty(document, "hidden", { value: !visible, configurable: true });
-      document.dispatchEvent(new Event("visibilitychange"));
-    }, inFront);
+    return this.page.evaluate(() => window.addresses);
   }
 
   /** When the screen in front has come to rest; taps before that may be lost. */
@@ -208,41 +211,25 @@ export class Visit {
   /** A finger's swipe over the middle of the screen. */
   async swipe(direction: "left" | "right"): Promise<void> {
     const { width, height } = this.page.viewportSize() ?? { width: 0, height: 0 };
-    const [from, to] = direction === "left" ? [0.75, 0.25] : [0.25, 0.75];
-    await this.drag({ x: width * from, y: height / 2 }, { x: width * to, y: height / 2 });
+    const left = { x: width / 4, y: height / 2 };
+    const right = { x: width * 0.75, y: height / 2 };
+    await this.moveFingers(direction === "left" ? [right, left] : [left, right]);
   }
 
-  /** A finger's way from one place to another. */
-  drag(from: Place, to: Place): Promise<void> {
-    return this.moveFingers([from], [to]);
-  }
-
-  /** Two fingers' ways at once. */
-  pinch(from: readonly [Place, Place], to: readonly [Place, Place]): Promise<void> {
-    return this.moveFingers(from, to);
-  }
-
-  private async moveFingers(from: readonly Place[], to: readonly Place[]): Promise<void> {
+  /** Each finger from one place to another, all at once. */
+  async moveFingers(...ways: readonly (readonly [from: Place, to: Place])[]): Promise<void> {
     const session = await this.context.newCDPSession(this.page);
-    const touch = (
-      type: "touchStart" | "touchMove" | "touchEnd",
-      part?: number,
-    ): Promise<unknown> =>
-      session.send("Input.dispatchTouchEvent", {
-        type,
-        touchPoints:
-          part === undefined
-            ? []
-            : from.map((start, id) => ({
-                id,
-                x: start.x + ((to[id]?.x ?? start.x) - start.x) * part,
-                y: start.y + ((to[id]?.y ?? start.y) - start.y) * part,
-              })),
-      });
     const steps = 8;
-    await touch("touchStart", 0);
-    for (let step = 1; step <= steps; ++step) await touch("touchMove", step / steps);
-    await touch("touchEnd");
+    for (let step = 0; step <= steps; ++step) {
+      const touchPoints = ways.map(([from, to], id) => ({
+        id,
+        x: from.x + ((to.x - from.x) * step) / steps,
+        y: from.y + ((to.y - from.y) * step) / steps,
+      }));
+      const type = step === 0 ? "touchStart" : "touchMove";
+      await session.send("Input.dispatchTouchEvent", { type, touchPoints });
+    }
+    await session.send("Input.dispatchTouchEvent", { type: "touchEnd", touchPoints: [] });
     await session.detach();
   }
 
@@ -254,12 +241,21 @@ export class Visit {
 
 /** Keeps addresses that belong to other programs and pages, which no test browser has. */
 function keepAddresses(): void {
-  const addresses: string[] = [];
-  Object.assign(window, { addresses });
+  window.lights = [];
+  window.addresses = [];
   const { click } = HTMLAnchorElement.prototype as { click: (this: HTMLAnchorElement) => void };
   HTMLAnchorElement.prototype.click = function (this: HTMLAnchorElement): void {
     if (this.protocol === "blob:") click.call(this);
-    else addresses.push(this.href);
+    else window.addresses.push(this.href);
+  };
+}
+
+/** Has the page believe that it was brought to the front, or sent from there. */
+function addSwitch(): void {
+  window.setInFront = (inFront): void => {
+    const state = inFront ? "visible" : "hidden";
+    Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
+    document.dispatchEvent(new Event("visibilitychange"));
   };
 }
 
@@ -269,14 +265,12 @@ function keepAddresses(): void {
  * as one that it cannot meet, without a word.
  */
 function addTorch(kind: Exclude<NonNullable<Visitor["torch"]>, false>): void {
-  const lights: boolean[] = [];
-  Object.assign(window, { lights });
   const lit = new WeakSet<MediaStreamTrack>();
   const light = (track: MediaStreamTrack, on: boolean): void => {
     if (lit.has(track) === on) return;
     if (on) lit.add(track);
     else lit.delete(track);
-    lights.push(on);
+    window.lights.push(on);
   };
   const tracks = MediaStreamTrack.prototype;
   const own = Object.getOwnPropertyDescriptors(tracks);
@@ -312,7 +306,7 @@ function addTorch(kind: Exclude<NonNullable<Visitor["torch"]>, false>): void {
 /** Counts the frames that are measured, by the line that is logged for each. */
 function countFrames(videoTime: "runs" | "stands"): void {
   const taken = { handed: 0, frames: 0, seconds: 0, stalled: 0, gaps: [] as number[] };
-  Object.assign(window, { taken });
+  window.taken = taken;
   const info = console.info.bind(console);
   console.info = (line: string): void => {
     if (line.startsWith("red ")) ++taken.frames;
@@ -348,94 +342,77 @@ function takeAway(what: string): void {
   }
   if (what === "camera permission") navigator.permissions.query = refuse;
   if (what === "list of cameras") navigator.mediaDevices.enumerateDevices = refuse;
+  if (what === "storage") {
+    Object.defineProperty(window, "localStorage", {
+      get() {
+        throw new DOMException("blocked", "SecurityError");
+      },
+    });
+  }
 }
 
-export class PhoneBrowser {
-  private constructor(
-    private readonly browser: Browser,
-    private readonly server: PreviewServer,
-    private readonly setup: CameraSetup,
-  ) {}
+/** The browsers of a file's tests, by their cameras. */
+const browsers = new Map<string, Promise<Browser>>();
+let server: Promise<PreviewServer> | undefined;
+afterAll(async () => {
+  for (const browser of browsers.values()) await (await browser).close();
+  await (await server)?.close();
+});
 
-  static async open(setup: CameraSetup): Promise<PhoneBrowser> {
-    const args = [
-      "--no-sandbox",
-      "--disable-gpu",
-      "--disable-quic",
-      "--disable-background-networking",
-      "--disable-component-update",
-      "--disable-sync",
-      "--host-resolver-rules=MAP veyla.test 127.0.0.1",
-    ];
-    if (setup.camera !== "refused") args.push("--use-fake-ui-for-media-stream");
-    if (setup.camera !== "none") args.push("--use-fake-device-for-media-stream");
-    if (typeof setup.camera === "object")
-      args.push(`--use-file-for-fake-video-capture=${setup.camera.shows}`);
-    const [browser, server] = await Promise.all([
-      chromium.launch({ executablePath: process.env["CHROMIUM"] ?? "/usr/bin/chromium", args }),
-      preview({
-        root,
-        configFile: `${root}vite.config.ts`,
-        preview: { host: "127.0.0.1", port: 0, allowedHosts: ["veyla.test"] },
-        logLevel: "warn",
-      }),
-    ]);
-    return new PhoneBrowser(browser, server, setup);
-  }
+function launch(camera: NonNullable<Visitor["camera"]>): Promise<Browser> {
+  const args = ["--disable-gpu", "--host-resolver-rules=MAP veyla.test 127.0.0.1"];
+  if (camera !== "refused") args.push("--use-fake-ui-for-media-stream");
+  if (camera !== "none") args.push("--use-fake-device-for-media-stream");
+  if (!["generated", "none", "refused"].includes(camera))
+    args.push(`--use-file-for-fake-video-capture=${build}web-recordings/${camera}.y4m`);
+  const executablePath = process.env["CHROMIUM"] ?? "/usr/bin/chromium";
+  return chromium.launch({ executablePath, args });
+}
 
-  get url(): string {
-    return this.server.resolvedUrls?.local[0] ?? "";
+/** Opens the page; at the end of the test it is closed, and must have had no problems. */
+export async function visitPage(visitor: Visitor = {}): Promise<Visit> {
+  const camera = visitor.camera ?? "72";
+  if (!browsers.has(camera)) browsers.set(camera, launch(camera));
+  server ??= preview({
+    root,
+    configFile: `${root}vite.config.ts`,
+    preview: { host: "127.0.0.1", port: 0, allowedHosts: ["veyla.test"] },
+    logLevel: "warn",
+  });
+  const context = await (
+    await browsers.get(camera)
+  )?.newContext({
+    viewport: { width: 390, height: 844 },
+    deviceScaleFactor: 2,
+    hasTouch: true,
+    isMobile: true,
+    locale: "en-US",
+    timezoneId: "UTC",
+    permissions: camera === "refused" ? [] : ["camera"],
+    ...visitor,
+  });
+  if (!context) throw new Error("no browser");
+  const { lacks, torch = true, videoTime = "runs", stored = acquainted } = visitor;
+  await context.addInitScript(keepAddresses);
+  await context.addInitScript(addSwitch);
+  await context.addInitScript(countFrames, videoTime);
+  if (torch !== false) await context.addInitScript(addTorch, torch);
+  if (lacks === "the core") await context.route("**/*.wasm", (route) => route.abort());
+  else if (lacks) await context.addInitScript(takeAway, lacks);
+  if (lacks !== "storage") {
+    await context.addInitScript((items) => {
+      // Once, so that a reloaded page finds what it stored itself.
+      if (localStorage.length === 0) Object.assign(localStorage, items);
+    }, stored);
   }
-
-  async visit(visitor: Visitor = {}): Promise<Visit> {
-    const context = await this.browser.newContext({
-      viewport: visitor.viewport ?? { width: 390, height: 844 },
-      deviceScaleFactor: 2,
-      hasTouch: true,
-      isMobile: true,
-      colorScheme: visitor.colorScheme ?? "light",
-      reducedMotion: visitor.reducedMotion ?? "no-preference",
-      ...(visitor.userAgent !== undefined && { userAgent: visitor.userAgent }),
-      locale: visitor.locale ?? "en-US",
-      timezoneId: visitor.timezoneId ?? "UTC",
-      permissions: this.setup.camera === "refused" ? [] : ["camera"],
-    });
-    await context.addInitScript(keepAddresses);
-    await context.addInitScript(countFrames, visitor.videoTime ?? "runs");
-    if (visitor.torch !== false) await context.addInitScript(addTorch, visitor.torch ?? true);
-    if (visitor.lacks === "the core") await context.route("**/*.wasm", (route) => route.abort());
-    else if (visitor.lacks) await context.addInitScript(takeAway, visitor.lacks);
-    if (visitor.storageBlocked) {
-      await context.addInitScript(() => {
-        Object.defineProperty(window, "localStorage", {
-          get() {
-            throw new DOMException("blocked", "SecurityError");
-          },
-        });
-      });
-    }
-    await context.addInitScript(
-      (stored) => {
-        // Once, so that a reloaded page finds what it stored itself.
-        if (Object.keys(stored).length === 0 || localStorage.length > 0) return;
-        for (const [key, text] of Object.entries(stored)) localStorage.setItem(key, text);
-      },
-      visitor.storageBlocked ? {} : (visitor.stored ?? {}),
-    );
-    const url = new URL(this.url);
-    if (visitor.host !== undefined) url.hostname = visitor.host;
-    const visit = new Visit(await context.newPage(), context, url.origin);
-    onTestFinished(async () => {
-      await context.close();
-      expect(visit.problems).toEqual([]);
-    });
-    await visit.page.goto(`${url.href}${visitor.query ?? "?log"}`);
-    if (visitor.lacks !== "the core") await visit.page.locator(".measuring-grid").waitFor();
-    return visit;
-  }
-
-  async close(): Promise<void> {
-    await this.browser.close();
-    await this.server.close();
-  }
+  const url = new URL((await server).resolvedUrls?.local[0] ?? "");
+  if (visitor.host !== undefined) url.hostname = visitor.host;
+  const visit = new Visit(await context.newPage(), context, url.origin);
+  onTestFinished(async () => {
+    await context.close();
+    expect(visit.problems).toEqual([]);
+  });
+  await visit.page.goto(`${url.href}${visitor.query ?? "?log"}`);
+  if (lacks !== "the core") await visit.page.locator(".measuring-grid").waitFor();
+  return visit;
 }

@@ -2,25 +2,22 @@
 import { fileURLToPath } from "node:url";
 
 import { build } from "vite";
-import { afterAll, beforeAll, expect, it } from "vitest";
+import { expect, it } from "vitest";
 
 import type { CameraListener, TrackCamera } from "../../../platform/web/camera";
-import { acquainted, PhoneBrowser, type Visit, type Visitor } from "./browser";
+import { type Visit, type Visitor, visitPage } from "./browser";
 
-let phone: PhoneBrowser;
-let script = "";
-beforeAll(async () => {
-  phone = await PhoneBrowser.open({ camera: "generated" });
+/** The camera as a script that leaves it on the window, under the name of `tested`. */
+async function cameraScript(): Promise<string> {
   const entry = fileURLToPath(new URL("../../../platform/web/camera.ts", import.meta.url));
   const built = await build({
     configFile: false,
     logLevel: "error",
     build: { write: false, lib: { entry, formats: ["iife"], name: "tested" } },
   });
-  const bundle = Array.isArray(built) ? built[0] : built;
-  if (bundle && "output" in bundle) script = bundle.output[0].code;
-});
-afterAll(() => phone.close());
+  const [bundle] = [built].flat();
+  return bundle && "output" in bundle ? bundle.output[0].code : "";
+}
 
 interface Tested {
   readonly tested: { readonly TrackCamera: new (listener: CameraListener) => TrackCamera };
@@ -33,9 +30,11 @@ interface Held {
 
 /** Opens a camera in the page, beside the application's, and keeps it there. */
 async function open(torch: NonNullable<Visitor["torch"]>): Promise<Visit> {
-  const visit = await phone.visit({ stored: acquainted, torch });
+  const visit = await visitPage({ camera: "generated", torch });
+  const body = await cameraScript();
+  // Inline ones are refused by the page's policy.
   await visit.context.route("**/tested.js", (route) =>
-    route.fulfill({ contentType: "text/javascript", body: script }),
+    route.fulfill({ contentType: "text/javascript", body }),
   );
   await visit.page.addScriptTag({ url: "/tested.js" });
   await visit.page.evaluate(async () => {

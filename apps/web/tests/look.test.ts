@@ -1,35 +1,23 @@
 // What the core decides about looks is what the phone shows: each number, colour and text is compared
 // with what the core itself says.
-import { afterAll, beforeAll, expect, it } from "vitest";
+import { expect, it } from "vitest";
 
-import type { AlertShown, Appearance, AccessoryButton, ChartSettings } from "../src/page";
-import { PhoneBrowser, recording, type Visit } from "./browser";
+import type { AccessoryButton, AlertShown, Appearance, ChartSettings } from "../src/page";
+import { type Visit, visitPage } from "./browser";
 import { coreAlone, listener, type Said } from "./core_alone";
 import { storedHistory } from "./stored_history";
 
-let phone: PhoneBrowser;
-beforeAll(async () => {
-  phone = await PhoneBrowser.open({ camera: recording("72") });
-});
-afterAll(() => phone.close());
-
 const history = storedHistory([{ hr: 60, spo2: 97, date: Math.floor(Date.now() / 1000) }]);
 
-/** The properties of an element as they are shown, of one of its parts where `part` names it. */
-function shown<Name extends string>(
-  visit: Visit,
-  selector: string,
-  names: readonly Name[],
-  part?: string,
-): Promise<Record<Name, string>> {
+/** Properties of an element as they are shown, of one of its parts where `part` names it. */
+function shown(visit: Visit, selector: string, names: string, part?: string): Promise<string[]> {
   return visit.page
     .locator(selector)
     .first()
     .evaluate(
       (element, [asked, pseudo]) => {
         const style = getComputedStyle(element, pseudo);
-        const entries = asked.map((name) => [name, style.getPropertyValue(name)]);
-        return Object.fromEntries(entries) as Record<Name, string>;
+        return asked.split(" ").map((name) => style.getPropertyValue(name));
       },
       [names, part] as const,
     );
@@ -43,6 +31,18 @@ function css(color: string): string {
   return `${isOpaque ? "rgb" : "rgba"}(${parts.join(", ")})`;
 }
 
+/** Of what a widget has drawn: how much of its canvas is covered, and how bright that is, 0 to 1. */
+function inkOf(visit: Visit, widget: string): Promise<{ covered: number; bright: number }> {
+  return visit.element(widget).evaluate((element) => {
+    const { width, height } = element as HTMLCanvasElement;
+    const context = (element as HTMLCanvasElement).getContext("2d");
+    const pixels = new Uint32Array(context?.getImageData(0, 0, width, height).data.buffer ?? []);
+    const covered = [...pixels].filter((pixel) => pixel >>> 24 > 128);
+    const green = covered.reduce((sum, pixel) => sum + ((pixel >>> 8) & 255) / 255, 0);
+    return { covered: covered.length / pixels.length, bright: green / covered.length };
+  });
+}
+
 it("shows what the core says", async () => {
   const said: Said[] = [];
   const last = (name: string): readonly unknown[] =>
@@ -50,62 +50,60 @@ it("shows what the core says", async () => {
   const core = await coreAlone(said, history);
   core.launch();
   const [appearance] = last("setAppearance") as [Appearance];
-  const visit = await phone.visit({ stored: history });
+  const visit = await visitPage({ stored: history });
   const { page } = visit;
+  const expectColor = async (selector: string, name: string, color: string): Promise<void> => {
+    expect(await shown(visit, selector, name), `${selector} ${name}`).toEqual([css(color)]);
+  };
 
-  // The measuring screen and the introduction.
+  // The measuring screen, by day and by night, and the introduction.
   const captions = Object.values(core.captions() as unknown as Record<string, string>);
   const texts = await page.locator(".measuring :is(h2, .unit, .round)").allTextContents();
   expect(texts.sort()).toEqual(captions.sort());
-  expect((await shown(visit, ".measuring ion-title", ["color"])).color).toBe(
-    css(appearance.navigationBarTitle),
-  );
-  await visit.swipe("left");
+  await expectColor(".measuring ion-title", "color", appearance.navigationBarTitle);
+  const day = await inkOf(visit, "gaugeHR");
+  expect(day).not.toEqual(await inkOf(visit, "gaugeSpo2"));
+  expect((await inkOf(visit, "circleprogressSpo2")).covered).toBeGreaterThan(0.3);
+  await page.emulateMedia({ colorScheme: "dark" });
+  await visit.still();
+  expect((await inkOf(visit, "gaugeHR")).bright).toBeGreaterThan(day.bright + 0.2);
+  await page.emulateMedia({ colorScheme: "light" });
+  await visit.open("options");
   await page.getByText("Introduction", { exact: true }).click();
   await visit.still();
-  const dots = { ground: await shown(visit, ".dots", ["background-color"]) };
-  expect(dots.ground["background-color"]).toBe(css(appearance.pageIndicatorBackground));
-  expect((await shown(visit, ".dot.current", ["background-color"]))["background-color"]).toBe(
-    css(core.intro().currentDotColor()),
-  );
-  expect((await shown(visit, ".dot:not(.current)", ["background-color"]))["background-color"]).toBe(
-    css(appearance.pageIndicatorDot),
-  );
-  await page.locator(".skip").click();
+  await expectColor(".dots", "background-color", appearance.pageIndicatorBackground);
+  await expectColor(".dot.current", "background-color", core.intro().currentDotColor());
+  await expectColor(".dot:not(.current)", "background-color", appearance.pageIndicatorDot);
+  await visit.tap("Skip");
 
   // The options.
   const options = core.options(listener(said));
   options.viewDidLoad();
   const [, edit] = last("setAccessoryButton") as [string, AccessoryButton];
-  const button = ["color", "background-color", "background-image", "font-weight", "font-size"];
-  const { "background-image": image, ...others } = await shown(visit, ".accessory", button);
+  const button = "color background-color font-weight font-size background-image";
+  const [color, ground, weight, size, image] = await shown(visit, ".accessory", button);
   expect(image).toContain("gradient");
   expect(await page.locator(".accessory").textContent()).toBe(edit.title);
-  expect(Object.values(others)).toEqual([
-    css(edit.titleColor),
-    css(edit.background),
-    ...edit.font.split(" "),
-  ]);
-  expect((await shown(visit, ".options .bar-button", ["color"])).color).toBe(
-    css(appearance.navigationBarTint),
-  );
+  expect([color, ground]).toEqual([css(edit.titleColor), css(edit.background)]);
+  expect(`${weight} ${size}`).toBe(edit.font);
+  await expectColor(".options .bar-button", "color", appearance.navigationBarTint);
   options.accessoryButtonTapped();
   const [, alert] = last("show") as [number, AlertShown];
-  await page.getByRole("button", { name: edit.title }).click();
-  const dialog = `.alert.show-${alert.style.show}.hide-${alert.style.hide}.${alert.style.background}`;
-  const backdrop = await shown(visit, dialog, ["backdrop-filter"], "::backdrop");
-  expect(backdrop["backdrop-filter"]).toContain(alert.style.background);
-  expect((await shown(visit, dialog, ["--from"]))["--from"]).toBe("60vh");
-  const badge = await shown(visit, `${dialog} .badge`, ["background-color", "color"]);
-  expect(Object.values(badge)).toEqual([css(alert.color), css(alert.iconTint)]);
-  await page.getByRole("button", { name: "Cancel" }).click();
-  await page.getByRole("button", { name: "Close" }).click();
+  await visit.tap(edit.title);
+  const { show, hide, background } = alert.style;
+  const dialog = `.alert.show-${show}.hide-${hide}.${background}`;
+  expect(await shown(visit, dialog, "backdrop-filter", "::backdrop")).toEqual([
+    expect.stringContaining(background),
+  ]);
+  expect(await shown(visit, dialog, "--from")).toEqual(["60vh"]);
+  await expectColor(`${dialog} .badge`, "background-color", alert.color);
+  await expectColor(`${dialog} .badge`, "color", alert.iconTint);
+  await visit.tap("Cancel");
+  await visit.tap("Close");
   await visit.settled();
 
   // The results.
-  await visit.swipe("right");
-  await page.getByRole("button", { name: "Edit" }).waitFor();
-  await visit.settled();
+  await visit.open("results");
   const height = async (selector: string): Promise<number> =>
     (await page.locator(selector).first().boundingBox())?.height ?? NaN;
   const listHeight = await height(".results ion-content");
@@ -117,39 +115,31 @@ it("shows what the core says", async () => {
   await visit.still();
   expect(await height(".label-row")).toBe(look.chooserRowHeight);
   expect(await height(".control-row")).toBe(look.chooserRowHeight);
-  const corners = await shown(visit, ".chooser", ["border-radius"]);
-  expect(corners["border-radius"]).toBe(`${look.chooserCornerRadius}px`);
-  const dim = await shown(visit, ".dim", ["background-color"]);
-  expect(dim["background-color"]).toBe(css(look.dimColor));
-  expect((await shown(visit, ".label-row ion-icon", ["color"])).color).toBe(
-    css(appearance.tableCellTint),
-  );
-  await page.getByRole("button", { name: "Close" }).last().click();
-  const swipe = await shown(visit, "ion-item-option", ["--background"]);
-  expect(swipe["--background"]).toBe(results.swipeAction().background);
-  await page.getByRole("button", { name: "Edit" }).click();
+  const corners = await shown(visit, ".chooser", "border-radius");
+  expect(corners).toEqual([`${look.chooserCornerRadius}px`]);
+  await expectColor(".dim", "background-color", look.dimColor);
+  await expectColor(".label-row ion-icon", "color", appearance.tableCellTint);
+  await page.locator(".chooser .close").click();
+  const swipe = await shown(visit, "ion-item-option", "--background");
+  expect(swipe).toEqual([results.swipeAction().background]);
+  await visit.tap("Edit");
   await page.locator(".result").click();
   results.tapEditButton();
   results.didSelectRow(0, 0);
   const [upward, shorter] = last("slideToolbar") as [number, number];
   await expect.poll(() => height(".results ion-content")).toBe(shorter);
   expect(await height(".results-toolbar")).toBe(upward);
-  await page.getByRole("button", { name: "Done" }).click();
+  await visit.tap("Done");
   await expect.poll(() => height(".results ion-content")).toBe(listHeight);
 
   // The charts.
-  const charts = core.charts({
-    display: listener(said),
-    heartrate: listener(said),
-    spo2: listener(said),
-  });
+  const views = { display: listener(said), heartrate: listener(said), spo2: listener(said) };
+  const charts = core.charts(views);
   charts.viewDidLoad();
   charts.viewWillAppear();
   const [settings] = last("configure") as [ChartSettings];
-  await page.getByRole("button", { name: "Chart" }).click();
+  await visit.tap("Chart");
   await page.locator(`.legend-mark.${settings.legendForm}`).first().waitFor();
   const indicator = "ion-segment-button [part=indicator-background]";
-  expect((await shown(visit, indicator, ["border-color"]))["border-color"]).toBe(
-    css(appearance.segmentedControlTint),
-  );
+  await expectColor(indicator, "border-color", appearance.segmentedControlTint);
 });

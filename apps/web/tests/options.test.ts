@@ -1,54 +1,39 @@
 // The options, the e-mail dialog, and the pages to read.
-import { readFileSync } from "node:fs";
+import { expect, it } from "vitest";
 
-import { afterAll, beforeAll, expect, it } from "vitest";
-
-import { acquainted, PhoneBrowser, recording, type Visit } from "./browser";
+import { acquainted, type Visit, visitPage } from "./browser";
 import { inspect } from "./inspect";
 
-let phone: PhoneBrowser;
-beforeAll(async () => {
-  phone = await PhoneBrowser.open({ camera: recording("72") });
-});
-afterAll(() => phone.close());
-
-async function openOptions(stored: Readonly<Record<string, string>> = {}): Promise<Visit> {
-  const visit = await phone.visit({ stored: { ...acquainted, ...stored } });
-  await visit.swipe("left");
-  await visit.page.getByText("Send feedback").waitFor();
-  await visit.settled();
+async function openOptions(): Promise<Visit> {
+  const visit = await visitPage();
+  await visit.open("options");
   return visit;
 }
 
 it("takes a valid e-mail address, refuses another, and removes it", async () => {
   const visit = await openOptions();
   const { page } = visit;
-  await inspect(visit, "options");
-  const edit = page.getByRole("button", { name: "EDIT" });
   const field = page.getByRole("textbox", { name: "Enter your email" });
-
-  await edit.click();
-  await visit.alert("Email").waitFor();
-  expect(await page.getByRole("button", { name: "Remove" }).count()).toBe(0);
+  await visit.tap("EDIT");
+  expect(await visit.button("Remove").count()).toBe(0);
   await field.fill("somebody@example.museum");
-  await page.getByRole("button", { name: "Save" }).click();
+  await visit.tap("Save");
   await visit.alert("Whoops!").waitFor();
   await inspect(visit, "email-refused");
-  await page.getByRole("button", { name: "OK" }).click();
+  await visit.tap("OK");
   await expect.poll(() => field.evaluate((input) => input.matches(":focus"))).toBe(true);
 
   await field.fill("  Some.Body@Example.org ");
-  await page.getByRole("button", { name: "Save" }).click();
+  await visit.tap("Save");
   await visit.alert("Email").waitFor({ state: "detached" });
   expect(await visit.stored("email")).toBe('"Some.Body@Example.org"');
-  await page.getByText("Change your email").waitFor();
-  await page.getByText("Some.Body@Example.org").waitFor();
+  const row = page.locator("ion-item", { hasText: "Change your email" });
+  await row.getByText("Some.Body@Example.org").waitFor();
 
-  await edit.click();
+  await visit.tap("EDIT");
   expect(await field.inputValue()).toBe("Some.Body@Example.org");
-  await page.getByRole("button", { name: "Remove" }).click();
-  await visit.alert("Removed!").waitFor();
-  await page.getByRole("button", { name: "OK" }).click();
+  await visit.tap("Remove");
+  await visit.alert("Removed!").getByText("OK").click();
   expect(await visit.stored("email")).toBeNull();
   await page.getByText("Please provide us your email").waitFor();
 });
@@ -56,31 +41,34 @@ it("takes a valid e-mail address, refuses another, and removes it", async () => 
 it("sends feedback and invitations, and opens the rating", async () => {
   const visit = await openOptions();
   const { page } = visit;
-  await page.getByText("Send feedback").click();
-  await page.getByRole("heading", { name: "New mail" }).waitFor();
-  await page.getByRole("button", { name: "Open mail app" }).click();
-  const feedback = new URL((await visit.addresses()).at(-1) ?? "");
-  expect(feedback.pathname).toBe("support%40veyla.example");
-  expect(feedback.searchParams.get("subject")).toBe("Veyla Support");
-  expect(feedback.searchParams.get("body")).toContain(
-    "## Please type your feedback above this line ##",
-  );
-
-  await page.getByText("Invite friends").click();
-  await page.getByRole("button", { name: "Open mail app" }).click();
-  expect(new URL((await visit.addresses()).at(-1) ?? "").searchParams.get("subject")).toBe(
-    "Check out Orvane Veyla app",
-  );
+  for (const { row, pathname, subject, body } of [
+    {
+      row: "Send feedback",
+      pathname: "support%40veyla.example",
+      subject: "Veyla Support",
+      body: "## Please type your feedback above this line ##",
+    },
+    { row: "Invite friends", pathname: "", subject: "Check out Orvane Veyla app", body: "" },
+  ]) {
+    await page.getByText(row).click();
+    await visit.tap("Open mail app");
+    const mail = new URL((await visit.addresses()).at(-1) ?? "");
+    expect({ pathname: mail.pathname, subject: mail.searchParams.get("subject") }).toEqual({
+      pathname,
+      subject,
+    });
+    expect(mail.searchParams.get("body")).toContain(body);
+  }
   await page.getByText("Follow us").click();
-  expect((await visit.addresses()).at(-1)).toBe("https://veyla.example/social");
   await page.getByText("Rate Veyla").click();
+  const rating = expect.stringMatching(/^itms-apps:.*type=Purple\+Software$/) as string;
   await expect
-    .poll(async () => (await visit.addresses()).at(-1))
-    .toMatch(/^itms-apps:.*type=Purple\+Software$/);
+    .poll(async () => (await visit.addresses()).slice(-2))
+    .toEqual(["https://veyla.example/social", rating]);
 });
 
-it("asks for a rating once, and tells what is new after an update", async () => {
-  const visit = await phone.visit({
+it("asks for a rating, and tells what is new after an update", async () => {
+  const visit = await visitPage({
     stored: {
       ...acquainted,
       "veyla/last_launched_version": '"0.0.1"',
@@ -89,47 +77,35 @@ it("asks for a rating once, and tells what is new after an update", async () => 
       "veyla/rating_significant_events": "3",
     },
   });
-  const { page } = visit;
-  const question = page.getByRole("dialog", { name: "Do you like Veyla?" });
-  await visit.alert("What's new in 0.1.0").waitFor();
-  await page.getByRole("button", { name: "Done" }).click();
+  await visit.alert("What's new in 0.1.0").getByText("Done").click();
   await inspect(visit, "rating");
-  await question.getByRole("button", { name: "Rate Veyla" }).click();
+  await visit.tap("Rate Veyla");
   expect(await visit.addresses()).toEqual([expect.stringMatching(/^itms-apps:/)]);
-
-  await page.reload();
-  await visit.settled();
-  await page.waitForTimeout(700);
-  expect(await page.locator("dialog").count()).toBe(0);
+  await expect.poll(() => visit.page.locator("dialog").count()).toBe(0);
 });
 
 it("leads to every page to read", async () => {
   const visit = await openOptions();
   const { page } = visit;
-  for (const [row, title] of [
-    ["Terms", "terms"],
-    ["About", "about"],
-    ["Questions and answers", "questions"],
-  ] as const) {
+  const back = visit.button("Back");
+  for (const row of ["Terms", "About", "Questions and answers"]) {
     await page.getByText(row, { exact: true }).first().click();
-    await page.getByRole("button", { name: "Back", exact: true }).last().waitFor();
+    await back.waitFor();
     await visit.settled();
-    await inspect(visit, `page-${title}`);
-    await page.getByRole("button", { name: "Back", exact: true }).last().click();
-    await page.getByRole("button", { name: "Back", exact: true }).waitFor({ state: "detached" });
+    await inspect(visit, `page-${row}`);
+    await back.click();
+    await back.waitFor({ state: "detached" });
     await visit.settled();
   }
   await page.getByText("Release notes").click();
-  await page.getByRole("alertdialog").waitFor();
   await inspect(visit, "release-notes");
-  await page.getByRole("button", { name: "Done" }).click();
+  await visit.tap("Done");
 
   // The introduction once more, without the notice.
   await page.getByText("Introduction").click();
-  await page.getByRole("heading", { name: "Step 1: Calibrate" }).waitFor();
-  await page.getByRole("button", { name: "Skip" }).click();
-  await page.getByRole("heading", { name: "Step 1: Calibrate" }).waitFor({ state: "detached" });
-  await page.getByRole("button", { name: "Close" }).click();
+  await visit.tap("Skip");
+  await visit.heading("Step 1: Calibrate").waitFor({ state: "detached" });
+  await visit.tap("Close");
   await expect.poll(() => visit.element("labelGrey").isVisible()).toBe(true);
 });
 
@@ -137,78 +113,54 @@ it("a phone's Back leads back through the screens, and closes what is open over 
   const visit = await openOptions();
   const { page } = visit;
   // How many more times Back stays in the application.
-  const backs = (): Promise<number> =>
-    page.evaluate(() => (history.state as { depth?: number } | null)?.depth ?? 0);
+  const expectBacks = async (count: number): Promise<void> => {
+    const depth = (): number => (history.state as { depth?: number } | null)?.depth ?? 0;
+    await expect.poll(() => page.evaluate(depth)).toBe(count);
+    await visit.settled();
+  };
   await page.getByText("Terms", { exact: true }).click();
-  await page.getByRole("button", { name: "Back", exact: true }).waitFor();
-  await visit.settled();
-  await expect.poll(backs).toBe(2);
+  await expectBacks(2);
   await page.goBack();
-  await page.getByRole("button", { name: "Back", exact: true }).waitFor({ state: "detached" });
-  await page.getByRole("button", { name: "EDIT" }).click();
+  await expectBacks(1);
+  await visit.tap("EDIT");
   await visit.alert("Email").waitFor();
   await page.goBack();
   await visit.alert("Email").waitFor({ state: "detached" });
-  await expect.poll(backs).toBe(1);
+  await expectBacks(1);
   await page.goBack();
-  await page.getByRole("button", { name: "START" }).waitFor();
-  await visit.settled();
-  expect(await backs()).toBe(0);
+  await visit.button("START").waitFor();
+  await expectBacks(0);
 
   // The page's own ways back take the browser's history with them, and no way forward is left.
-  await page.getByRole("button", { name: "Options" }).click();
-  await expect.poll(backs).toBe(1);
-  await visit.settled();
-  await page.getByRole("button", { name: "Close" }).click();
-  await expect.poll(backs).toBe(0);
+  await visit.tap("Options");
+  await expectBacks(1);
+  await visit.tap("Close");
+  await expectBacks(0);
   await page.goForward();
-  await expect.poll(backs).toBe(0);
-  await page.getByRole("button", { name: "Results" }).click();
-  await expect.poll(backs).toBe(1);
-  await visit.settled();
+  await expectBacks(0);
+  await visit.tap("Results");
+  await expectBacks(1);
   // A page that is loaded again begins with the first screen.
   await page.reload();
-  await page.getByRole("button", { name: "START" }).waitFor();
-  await expect.poll(backs).toBe(0);
+  await visit.button("START").waitFor();
+  await expectBacks(0);
 });
 
-it("keeps the decision about health records, and saves them as a file", async () => {
+it("keeps the decision about health records, and tells where there are none", async () => {
   const visit = await openOptions();
   const { page } = visit;
-  await page.evaluate(
-    () =>
-      new Promise((done) => {
-        const opening = indexedDB.open("veyla-health", 1);
-        opening.onupgradeneeded = (): void => {
-          opening.result.createObjectStore("observations", { autoIncrement: true });
-        };
-        opening.onsuccess = (): void => {
-          const transaction = opening.result.transaction("observations", "readwrite");
-          transaction.objectStore("observations").add('{"resourceType":"Observation"}\n');
-          transaction.oncomplete = (): void => {
-            opening.result.close();
-            done(undefined);
-          };
-        };
-      }),
-  );
-  await page.getByText("Health records", { exact: true }).first().click();
-  await page.getByRole("button", { name: "Save records as a file" }).waitFor();
-  await visit.settled();
-  await inspect(visit, "page-health");
-  const [download] = await Promise.all([
-    page.waitForEvent("download"),
-    page.getByRole("button", { name: "Save records as a file" }).click(),
-  ]);
-  expect(readFileSync(await download.path(), "utf8")).toBe('{"resourceType":"Observation"}\n');
+  await page.getByText("Health records", { exact: true }).click();
   await page.locator("ion-toggle").first().click();
-  await expect.poll(() => visit.stored("healthPermissions")).toContain('"heartRate":false');
-
+  const allowed = async (): Promise<unknown> =>
+    JSON.parse((await visit.stored("healthPermissions")) ?? "") as unknown;
+  await expect.poll(allowed).toEqual({ heartRate: false, oxygenSaturation: true });
+  await visit.tap("Save records as a file");
+  await page.getByText("There are no records yet.").waitFor();
   await page.evaluate(() => {
     IDBFactory.prototype.open = (): never => {
       throw new DOMException("blocked", "SecurityError");
     };
   });
-  await page.getByRole("button", { name: "Save records as a file" }).click();
+  await visit.tap("Save records as a file");
   await page.getByText("This browser does not give the page its records.").waitFor();
 });

@@ -1,24 +1,18 @@
 // What is stored outlasts a full store, a damaged one, and none at all.
 import { readFileSync } from "node:fs";
 
-import { afterAll, beforeAll, expect, it } from "vitest";
+import { expect, it } from "vitest";
 
-import { acquainted, PhoneBrowser, recording } from "./browser";
+import { acquainted, visitPage } from "./browser";
 import { inspect } from "./inspect";
 
 const entry =
   '{"hr":61.5,"spo2":97.25,"date":{"$date":1700000000.5},' +
   '"labels":[true,false,false,false,false,false,false]}';
-const values = `[${entry}]`;
-
-let phone: PhoneBrowser;
-beforeAll(async () => {
-  phone = await PhoneBrowser.open({ camera: recording("72") });
-});
-afterAll(() => phone.close());
 
 it("a full store tells what was not saved and loses nothing", async () => {
-  const visit = await phone.visit({ stored: { ...acquainted, "veyla/values": values } });
+  const values = `[${entry}]`;
+  const visit = await visitPage({ stored: { ...acquainted, "veyla/values": values } });
   const { page } = visit;
   await page.evaluate(() => {
     // All the room that there is, in ever smaller pieces.
@@ -33,8 +27,8 @@ it("a full store tells what was not saved and loses nothing", async () => {
     }
   });
   await page.getByRole("checkbox", { name: "Measure oxygen saturation" }).click();
-  await visit.start();
-  await page.getByRole("heading", { name: "Not saved" }).first().waitFor({ timeout: 60_000 });
+  await visit.tap("START");
+  await visit.heading("Not saved").first().waitFor({ timeout: 60_000 });
   await inspect(visit, "storage-full");
   await page.getByText("FINISHED").waitFor();
   expect(await page.getByText("storage for the page is full").first().isVisible()).toBe(true);
@@ -46,31 +40,28 @@ it("a full store tells what was not saved and loses nothing", async () => {
 
 it("a damaged history is told, kept as it is, and can be saved and set aside", async () => {
   const damaged = `[${entry},{"hr":7`;
-  const visit = await phone.visit({ stored: { ...acquainted, "veyla/values": damaged } });
+  const visit = await visitPage({ stored: { ...acquainted, "veyla/values": damaged } });
   const { page } = visit;
   await visit.swipe("right");
-  await page.getByRole("heading", { name: "Damaged data" }).waitFor();
+  await visit.heading("Damaged data").waitFor();
   await visit.settled();
   await inspect(visit, "storage-damaged");
-  const [download] = await Promise.all([
-    page.waitForEvent("download"),
-    page.getByRole("button", { name: "Save a copy" }).click(),
-  ]);
+  const [download] = await Promise.all([page.waitForEvent("download"), visit.tap("Save a copy")]);
   expect(readFileSync(await download.path(), "utf8")).toBe(damaged);
   expect(await visit.stored("values")).toBe(damaged);
 
-  await page.getByRole("button", { name: "Set it aside" }).click();
+  await visit.tap("Set it aside");
   await expect.poll(() => visit.stored("values")).toBeNull();
   const kept = await page.evaluate(() =>
-    Object.entries(localStorage)
-      .filter(([key]) => key.startsWith("veyla/damaged values"))
-      .map(([, text]) => JSON.parse(text as string) as string),
+    Object.keys(localStorage)
+      .filter((key) => key.startsWith("veyla/damaged values"))
+      .map((key) => JSON.parse(localStorage.getItem(key) ?? "") as string),
   );
   expect(kept).toEqual([damaged]);
 });
 
 it("a browser that stores nothing is told of", async () => {
-  const visit = await phone.visit({ storageBlocked: true });
-  await visit.page.getByRole("heading", { name: "Not saved" }).waitFor();
-  expect(await visit.page.getByText("keeps nothing for this page").isVisible()).toBe(true);
+  const { page } = await visitPage({ lacks: "storage" });
+  const notice = page.getByRole("alertdialog", { name: "Not saved" });
+  await notice.getByText("keeps nothing for this page").waitFor();
 });
