@@ -48,7 +48,7 @@ class RecordingCamera::Playback {
   void deliver(SampleBufferDelegate& delegate) { source_->deliver(delegate); }
 
   void end() {
-    if (std::exchange(ended_, true)) return;
+    ended_ = true;
     if (onEnd_) onEnd_();
   }
   bool ended() const { return ended_; }

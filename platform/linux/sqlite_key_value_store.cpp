@@ -31,11 +31,10 @@ constexpr const char* columns =
     "FROM pragma_table_info('entries')";
 constexpr std::string_view expectedColumns = "key TEXT 1 1,type TEXT 1 0,value TEXT 1 0";
 
-/// Rows that stay the same are not written again.
+/// SQLite does not write rows again that stay the same.
 constexpr const char* writeRow =
     "INSERT INTO entries (key, type, value) VALUES (?1, ?2, ?3) "
-    "ON CONFLICT (key) DO UPDATE SET type = excluded.type, value = excluded.value "
-    "WHERE type <> excluded.type OR value <> excluded.value";
+    "ON CONFLICT (key) DO UPDATE SET type = excluded.type, value = excluded.value";
 
 constexpr const char* damagedWayOut =
     "the store is damaged; move the file away to start a new one, or restore a copy of it";

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -22,11 +21,18 @@ std::string plainSpaced(std::string text) {
   return text;
 }
 
-TEST(IcuTextTest, DatesFollowLocaleAndTimeZone) {
+TEST(IcuTextTest, DatesFollowLocaleAndTimeZoneAndTheEnvironmentChoosesThem) {
   EXPECT_EQ(plainSpaced(IcuText("en_US", "UTC").mediumDateShortTime(afternoon)),
             "Mar 5, 2024, 2:07 PM");
   EXPECT_EQ(IcuText("de_DE", "Europe/Berlin").mediumDateShortTime(afternoon), "05.03.2024, 15:07");
   EXPECT_THROW(IcuText("en_US", "Europe/Nowhere"), std::invalid_argument);
+  setenv("TZ", "Asia/Tokyo", 1);
+  setenv("LANG", "fr_FR.UTF-8", 1);
+  setenv("LC_TIME", "de_DE.UTF-8@euro", 1);
+  setenv("LC_ALL", "", 1);
+  EXPECT_EQ(IcuText().mediumDateShortTime(afternoon), "05.03.2024, 23:07");
+  setenv("LC_ALL", "C.UTF-8", 1);
+  EXPECT_EQ(plainSpaced(IcuText().mediumDateShortTime(afternoon)), "Mar 5, 2024, 11:07 PM");
 }
 
 TEST(IcuTextTest, WhatFormattingMakesReadsBackWithAnySpaces) {
@@ -71,16 +77,6 @@ TEST(IcuTextTest, AnotherFormIsNoDate) {
   }
 }
 
-TEST(IcuTextTest, TheEnvironmentChoosesLocaleAndTimeZone) {
-  setenv("TZ", "Asia/Tokyo", 1);
-  setenv("LANG", "fr_FR.UTF-8", 1);
-  setenv("LC_TIME", "de_DE.UTF-8@euro", 1);
-  setenv("LC_ALL", "", 1);
-  EXPECT_EQ(IcuText().mediumDateShortTime(afternoon), "05.03.2024, 23:07");
-  setenv("LC_ALL", "C.UTF-8", 1);
-  EXPECT_EQ(plainSpaced(IcuText().mediumDateShortTime(afternoon)), "Mar 5, 2024, 11:07 PM");
-}
-
 TEST(IcuTextTest, PatternsWriteAndReadTheLocalesDigitsNamesAndCalendar) {
   EXPECT_EQ(IcuText("en_US", "UTC").formatted(afternoon, "dd MMM"), "05 Mar");
   EXPECT_EQ(IcuText("th_TH", "Asia/Bangkok").formatted(afternoon, "dd/MM/yyyy"), "05/03/2567");
@@ -102,21 +98,33 @@ TEST(IcuTextTest, DecimalNumbersAreShortAndTheLocales) {
 
 TEST(RegularExpressionsTest, TheWholeTextMustMatchInAnyCase) {
   const IcuText text("en_US", "UTC");
-  EXPECT_TRUE(text.matchesWholeIgnoringCase("[a-z]+@x", "Someone@X"));
-  EXPECT_FALSE(text.matchesWholeIgnoringCase("[a-z]+@x", "someone@x\n"));
-  EXPECT_FALSE(text.matchesWholeIgnoringCase("[a-z]+@x", " someone@x"));
-  EXPECT_FALSE(text.matchesWholeIgnoringCase("a|ab", "abc"));
-  EXPECT_TRUE(text.matchesWholeIgnoringCase("a|ab", "ab"));
-  EXPECT_FALSE(text.matchesWholeIgnoringCase("[a-z", "a"));
+  struct {
+    const char *pattern, *text;
+    bool matches;
+  } const cases[] = {{"[a-z]+@x", "Someone@X", true},
+                     {"[a-z]+@x", "someone@x\n", false},
+                     {"[a-z]+@x", " someone@x", false},
+                     {"a|ab", "abc", false},
+                     {"a|ab", "ab", true},
+                     {"[a-z", "a", false},
+                     {"[a-z]+$", "a\n", false},
+                     {"[a-z]", "\u212a", false}};
+  for (const auto& [pattern, subject, matches] : cases) {
+    EXPECT_EQ(text.matchesWholeIgnoringCase(pattern, subject), matches) << pattern << subject;
+  }
 }
 
-TEST(RegularExpressionsTest, ASearchEndsWhereItIsTold) {
+TEST(RegularExpressionsTest, ASearchEndsWhereItIsToldAndAHostileTextEndsIt) {
   const IcuText text("en_US", "UTC");
   EXPECT_TRUE(text.findsIgnoringCase("b+$", "aBBc", 3));
+  EXPECT_FALSE(text.findsIgnoringCase("b$", "b\n", 2));
   EXPECT_FALSE(text.findsIgnoringCase("c", "aBBc", 3));
   EXPECT_FALSE(text.findsIgnoringCase("a", "a", 0));
   EXPECT_TRUE(text.findsIgnoringCase("^a$", "a", 100)) << "beyond the text's end";
   EXPECT_FALSE(text.findsIgnoringCase("[a", "a", 1));
+  EXPECT_FALSE(text.findsIgnoringCase("(a+)+b", std::string(40, 'a'), 40));
+  EXPECT_FALSE(text.matchesWholeIgnoringCase("(a+)+b", std::string(40, 'a')));
+  EXPECT_FALSE(text.matchesWholeIgnoringCase("(?:a|b)*c", std::string(5'000'000, 'a')));
 }
 
 TEST(CharactersTest, AreCountedAsTheyAreSeen) {
@@ -135,13 +143,6 @@ TEST(TextColumnsTest, FollowWhatATerminalShows) {
   EXPECT_EQ(columnsOf("\u0661\u0661\u200f/e\u0301"), 4U);
   EXPECT_EQ(columnsOf("\xff"), 1U);
   EXPECT_EQ(withAsciiSpaces("2:07\u202fPM\u00a0\u3000\n"), "2:07 PM  \n");
-}
-
-TEST(RegularExpressionsTest, AHostileTextEndsTheSearch) {
-  const IcuText text("en_US", "UTC");
-  EXPECT_FALSE(text.findsIgnoringCase("(a+)+b", std::string(40, 'a'), 40));
-  EXPECT_FALSE(text.matchesWholeIgnoringCase("(a+)+b", std::string(40, 'a')));
-  EXPECT_FALSE(text.matchesWholeIgnoringCase("(?:a|b)*c", std::string(5'000'000, 'a')));
 }
 
 }  // namespace

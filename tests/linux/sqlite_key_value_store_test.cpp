@@ -161,19 +161,6 @@ TEST_F(SqliteKeyValueStoreTest, NestedChangesAreOneTransaction) {
   EXPECT_EQ(entryCount(elsewhere), 3U);
 }
 
-TEST_F(SqliteKeyValueStoreTest, AnUnchangedValueIsNotWrittenAgain) {
-  SqliteKeyValueStore store(folder());
-  const auto save = [&](const Value& value) {
-    store.setValue("values", value);
-    store.synchronize();
-    // The change counter in the file's header.
-    return contentsOf(file()).substr(24, 4);
-  };
-  const auto first = save(history(10));
-  EXPECT_EQ(save(history(10)), first);
-  EXPECT_NE(save(history(11)), first);
-}
-
 TEST_F(SqliteKeyValueStoreTest, WhatCannotBeKeptIsRefusedAndTheRestStands) {
   SqliteKeyValueStore store(folder());
   append(store, entry(1));
