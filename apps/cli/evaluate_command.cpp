@@ -184,16 +184,26 @@ ExitStatus evaluate(const EvaluateOptions& options) {
       evaluateFolder(options.request, settings.resources(),
                      [&](std::size_t done, std::size_t all) { bar.show(done, all); });
   bar.clear();
-  if (windowsFile) {
+  // One that cannot be written costs no other what was measured.
+  const auto summaries = summariesOf(evaluation);
+  bool written = writes(
+      [&] { printOut(options.json ? asJson(summaries) : asTable(summaries, options.request)); });
+  written &= writes([&] {
+    if (!windowsFile) return;
     writeWindows(*windowsFile, evaluation);
     windowsFile->commit();
-  }
-  const auto summaries = summariesOf(evaluation);
-  printOut(options.json ? asJson(summaries) : asTable(summaries, options.request));
-  if (plots && !plots->draw(evaluation)) {
+  });
+  written &= writes([&] {
+    if (!plots || plots->draw(evaluation)) return;
     complain("--plots: no window has both a heart rate and a reference; nothing is drawn");
+  });
+  if (const auto& others = evaluation.unreferenced; !others.empty()) {
+    complain(others.front() +
+             (others.size() > 1 ? formatText(" (and %zu more)", others.size() - 1) : "") +
+             ": passed over; it has no NAME.reference.csv beside it");
   }
   for (const std::string& fault : evaluation.faults) complain(fault + "; left out");
+  if (!written) return ExitStatus::unwritableData;
   return evaluation.faults.empty() ? ExitStatus::done : ExitStatus::unreadableInput;
 }
 

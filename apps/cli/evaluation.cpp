@@ -48,6 +48,33 @@ std::filesystem::path recordingOf(const std::filesystem::path& reference) {
   return found;
 }
 
+bool isRecording(const std::filesystem::path& path) {
+  if (path.string().ends_with(referenceEnding) || !std::filesystem::is_regular_file(path)) {
+    return false;
+  }
+  try {
+    openRecording(path);
+    return true;
+  } catch (const InputError&) {
+    return false;
+  }
+}
+
+/// Of a folder with these references.
+std::vector<std::string> unreferencedIn(const std::string& folder,
+                                        const std::vector<std::filesystem::path>& references) {
+  std::vector<std::string> found;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    auto reference = entry.path();
+    reference.replace_extension(referenceEnding);
+    const bool isReferenced =
+        std::find(references.begin(), references.end(), reference) != references.end();
+    if (!isReferenced && isRecording(entry.path())) found.push_back(entry.path().string());
+  }
+  std::sort(found.begin(), found.end());
+  return found;
+}
+
 std::optional<Comparison> compared(std::optional<float> measured, std::optional<double> reference) {
   if (!measured || !reference) return std::nullopt;
   return Comparison{static_cast<double>(*measured), *reference};
@@ -214,6 +241,7 @@ ReferencedFolder recordingsIn(const std::string& folder, const Resources& resour
     throw InputError(found.faults.front() +
                      formatText(" (%zu more are as bad)", found.faults.size() - 1));
   }
+  found.unreferenced = unreferencedIn(folder, references);
   return found;
 }
 
@@ -223,6 +251,7 @@ Evaluation evaluateFolder(const EvaluationRequest& request, const Resources& res
   const std::vector<ReferencedRecording>& recordings = folder.recordings;
   Evaluation evaluation;
   evaluation.faults = folder.faults;
+  evaluation.unreferenced = folder.unreferenced;
   for (std::size_t i = 0; i < recordings.size(); ++i) {
     evaluation.recordings.push_back(recordings[i].name);
     const double seconds = recordings[i].recording.seconds();

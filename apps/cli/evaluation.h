@@ -68,6 +68,8 @@ struct ReferencedFolder {
   std::vector<ReferencedRecording> recordings;
   /// A line for each reference or recording that cannot be used.
   std::vector<std::string> faults;
+  /// The files that are recordings without a reference, in alphabetical order.
+  std::vector<std::string> unreferenced;
 };
 
 /// Reads each recording once, as a measurement with these settings on this hardware model does.
@@ -84,6 +86,7 @@ struct Evaluation {
   std::vector<EvaluatedWindow> windows;
   /// As of `ReferencedFolder`.
   std::vector<std::string> faults;
+  std::vector<std::string> unreferenced;
 };
 
 /// Runs the whole measuring flow on every window. `progress` is called after each one, from one

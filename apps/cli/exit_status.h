@@ -45,6 +45,18 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Whether `work` could write what it had to; tells on standard error what it could not, so that
+/// the other outputs are written all the same.
+inline bool writes(const std::function<void()>& work) {
+  try {
+    work();
+    return true;
+  } catch (const OutputError& error) {
+    complain(error.what());
+    return false;
+  }
+}
+
 /// Runs a command; tells on standard error, in one line, what stopped it.
 inline ExitStatus exitStatusOf(const std::function<ExitStatus()>& command) {
   try {

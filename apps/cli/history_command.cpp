@@ -298,8 +298,8 @@ ExitStatus exportCsv(const HistoryOptions& options) {
   const Mail mail = history.share("Email (csv)");
   OutputFile output(options.output, Readers::ownerAlone);
   output.write(mail.attachments.front().data);
-  // The last line has no end, which on a terminal would leave the prompt behind it.
-  if (options.output == "-" && ::isatty(STDOUT_FILENO) == 1) output.write("\n");
+  // The last line has no end, which programs that read lines would miss.
+  if (options.output == "-") output.write("\n");
   output.commit();
   return status;
 }

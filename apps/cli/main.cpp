@@ -185,21 +185,25 @@ void describeSynth(CLI::App& command, veyla::SynthOptions& options, std::string&
   using Options = veyla::SynthOptions;
   const auto add = [&](const char* name, auto& target, const char* description,
                        const NumberRange& range, const char* preset) {
-    declareNumber(command, name, target, "N", description, range, preset)->check(number());
+    return declareNumber(command, name, target, "N", description, range, preset)->check(number());
   };
-  add("--bpm", options.bpm, "heart rate in beats per minute", Options::rates, "72");
-  add("--spo2", options.spo2, "saturation that the colours are to give, in per cent",
-      Options::saturations, "97");
+  auto* bpm = add("--bpm", options.bpm, "heart rate in beats per minute", Options::rates, "72");
+  auto* spo2 = add("--spo2", options.spo2, "saturation that the colours are to give, in per cent",
+                   Options::saturations, "97");
   add("--seconds", options.seconds, "length", Options::lengths, "30, or the series' own");
   add("--fps", options.fps, "frames per second", Options::frameRates, "30");
   addText(command, "--size", size, "WxH", ("size of a frame, " + sizeRange()).c_str(), "640x480");
   add("--noise", options.noise, "sensor noise in 8-bit steps", Options::noises, "1");
-  add("--motion", options.motion, "bursts of movement", Options::motions, "0");
+  auto* motion = add("--motion", options.motion, "bursts of movement", Options::motions, "0");
   addNumber(command, "--seed", options.seed, "N", "another finger for every number",
             {0, std::numeric_limits<std::uint32_t>::max()}, "1");
+  // What the series has already, nothing is to ask for.
   command.add_option("--from", options.from, "draw a recorded colour series as frames")
       ->type_name("SERIES.csv")
-      ->check(something());
+      ->check(something())
+      ->excludes(bpm)
+      ->excludes(spo2)
+      ->excludes(motion);
 }
 
 void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::string& only) {

@@ -118,18 +118,6 @@ class Logging {
   std::optional<FileLog> file_;
 };
 
-/// Whether `work` could write what it had to; tells on standard error what it could not, so that
-/// the other files are written all the same.
-bool writes(const std::function<void()>& work) {
-  try {
-    work();
-    return true;
-  } catch (const OutputError& error) {
-    complain(error.what());
-    return false;
-  }
-}
-
 /// Why a measurement that did not finish is not in the history, and what would be.
 std::string nothingSaved(const MeasurementReport& report) {
   // Nobody is advised to save what may not be relied on.

@@ -41,7 +41,7 @@ struct SynthOptions {
   double motion = 0;
   std::uint64_t seed = 1;
   /// A colour series to draw in place of a generated fingertip; `bpm`, `spo2` and `motion` are then
-  /// without effect.
+  /// the series' own.
   std::optional<std::string> from;
 };
 

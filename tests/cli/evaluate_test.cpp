@@ -4,7 +4,8 @@ namespace veyla {
 namespace {
 
 using testing::ContainsRegex;
-using testing::HasSubstr;
+using testing::EndsWith;
+using testing::StartsWith;
 using Json = nlohmann::json;
 
 constexpr const char* head = "time,heartrate,spo2\n";
@@ -20,11 +21,17 @@ TEST_F(EvaluateTest, ErrorsAreThoseAgainstTheReference) {
   // The rows at 30 and 34 s speak for 3 seconds, the longest that one does.
   write("made-60.reference.csv", std::string(head) + "10,64,97\n30,50,\n31,50,\n34,62,\n70,1,1\n");
   write("made-80.reference.csv", "time,heartrate,spo2\r\n10,100,90\r\n");
-  std::string table;
-  const std::string printed =
-      done({"evaluate", ".", "--only", "both", "--windows", "w.csv", "--plots", "plots"});
-  std::unique_copy(printed.begin(), printed.end(), std::back_inserter(table),
-                   [](char a, char b) { return a == ' ' && b == ' '; });
+  write("more.csv", contentsOf(file("finger.csv")));
+  const auto tableOf = [&](const Arguments& arguments, int status, const char* complaint) {
+    const Result result = run(joined({"evaluate", ".", "--only", "both"}, arguments));
+    EXPECT_EQ(result.status, status);
+    EXPECT_THAT(result.error, StartsWith(complaint));
+    EXPECT_THAT(result.error, EndsWith("veyla: ./finger.csv (and 1 more): passed over; it has no "
+                                       "NAME.reference.csv beside it\n"));
+    return std::regex_replace(result.out, std::regex(" +"), " ");
+  };
+  const std::string table = tableOf({"--windows", "w.csv", "--plots", "plots"}, 0, "");
+  EXPECT_EQ(tableOf({"--windows", "/dev/full"}, 4, "veyla: /dev/full: the disk is full"), table);
   EXPECT_EQ(table,
             "recording windows finished time 90th MAE median MAPE >5 >10 unsure MAE* >5* >10* bias "
             "per time lag MAE SpO2 RMSE\n"

@@ -160,18 +160,12 @@ TEST_F(MeasureTest, TraceTellsEveryEstimateAndTheLogWhatTheApplicationDid) {
 }
 
 TEST_F(MeasureTest, SyntheticFingertipsGiveTheirHeartRateAsVideoAndAsSeries) {
-  struct Case {
-    int bpm;
-    const char* fps;
-    const char* ending;
-  };
   // Exactly 90 would show every estimate, one each 5th frame, the same phase of its beats.
-  for (const auto& [bpm, fps, ending] :
-       std::vector<Case>{{48, "15", ".y4m"}, {75, "25", ".mkv"}, {150, "60", ".mkv"}}) {
-    const std::string video = std::to_string(bpm) + "-" + fps + ending;
+  for (const auto& [bpm, video] :
+       std::map<int, std::string>{{48, "15.y4m"}, {75, "25.mkv"}, {150, "60.mkv"}}) {
     SCOPED_TRACE(video);
-    done({"synth", video, "--bpm", std::to_string(bpm), "--fps", fps, "--seconds", "40", "--size",
-          "192x144"});
+    done({"synth", video, "--bpm", std::to_string(bpm), "--fps", video.substr(0, 2), "--seconds",
+          "40", "--size", "192x144"});
     EXPECT_NEAR(json({"measure", "--no-save", video})["heartrate"].get<double>(), bpm, bin);
     // Luma is made of pixels, and left alone in a series that has it already.
     for (const char* device : {"iPhone8,1", "iPhone3,1"}) {
@@ -191,11 +185,7 @@ TEST_F(MeasureTest, SyntheticFingertipsGiveTheirHeartRateAsVideoAndAsSeries) {
 TEST_F(MeasureTest, AStallIsFilledOrTakesAsMuchLongerAndLeavesTheValues) {
   makeFinger();
   const Json whole = reportOf("finger.csv");
-  struct Case {
-    double stall;
-    int drops;
-  };
-  for (const auto& [stall, drops] : std::vector<Case>{{0.2, 0}, {1, 10}, {3, 40}}) {
+  for (const auto& [stall, drops] : std::map<double, int>{{0.2, 0}, {1, 10}, {3, 40}}) {
     SCOPED_TRACE(stall);
     const Json report = reportOf(changed("stalled.csv", "", 8.001, 8 + stall));
     EXPECT_EQ(report["framedrops"], drops);

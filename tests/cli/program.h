@@ -41,19 +41,12 @@ inline std::size_t countOf(const std::string& part, const std::string& text) {
 }
 
 /// The most columns that a line takes: sequences of a terminal take none, a character one.
-inline int widestLine(const std::string& text) {
-  int widest = 0;
-  int width = 0;
-  bool inSequence = false;
-  for (const char c : text) {
-    const bool continues = (static_cast<unsigned char>(c) & 0xC0) == 0x80;
-    if (c == '\x1b' || inSequence) {
-      inSequence = c == '\x1b' || std::isalpha(static_cast<unsigned char>(c)) == 0;
-    } else if (c == '\n') {
-      width = 0;
-    } else if (c != '\r' && !continues) {
-      widest = std::max(widest, ++width);
-    }
+inline auto widestLine(const std::string& text) {
+  static const std::regex sequence("\x1b\\[[0-9;?]*[A-Za-z]|\r");
+  std::ptrdiff_t widest = 0;
+  for (const std::string& line : linesOf(std::regex_replace(text, sequence, ""))) {
+    widest = std::max(
+        widest, std::count_if(line.begin(), line.end(), [](char c) { return (c & 0xC0) != 0x80; }));
   }
   return widest;
 }
@@ -120,10 +113,8 @@ class Program : public testing::Test {
       redirect(STDERR_FILENO, file("stderr").c_str(), O_WRONLY | O_CREAT | O_TRUNC);
       if (prepare) prepare();
     });
-    Result result = ended(child);
-    result.out = contentsOf(file("stdout"));
-    result.error = contentsOf(file("stderr"));
-    return result;
+    const int status = ended(child);
+    return {status, contentsOf(file("stdout")), contentsOf(file("stderr"))};
   }
 
   /// Runs it to its end without a complaint, and returns what it printed.
@@ -143,12 +134,10 @@ class Program : public testing::Test {
     return child;
   }
 
-  static Result ended(pid_t child) {
+  static int ended(pid_t child) {
     int status = 0;
     waitpid(child, &status, 0);
-    Result result;
-    result.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-    return result;
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
   }
 
   static void redirect(int stream, const char* path, int flags) {
@@ -168,10 +157,7 @@ class Program : public testing::Test {
   /// hidden the cursor. Everything shown is in `out`.
   Result onTerminal(const Arguments& arguments, int columns = 80, const std::string& typed = {},
                     int signal = 0) const {
-    winsize size{.ws_row = 24,
-                 .ws_col = static_cast<unsigned short>(columns),
-                 .ws_xpixel = 0,
-                 .ws_ypixel = 0};
+    winsize size{24, static_cast<unsigned short>(columns), 0, 0};
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
     if (child == 0) execute(arguments);
@@ -185,9 +171,7 @@ class Program : public testing::Test {
       }
     }
     close(terminal);
-    Result result = ended(child);
-    result.out = output;
-    return result;
+    return {ended(child), output, ""};
   }
 
   nlohmann::json json(const Arguments& arguments, int status = 0) const {
@@ -229,12 +213,5 @@ class Program : public testing::Test {
     _exit(127);
   }
 };
-
-/// So that the sanitizers' build, an order of magnitude slower, stays quick.
-#ifdef VEYLA_SANITIZED
-inline constexpr bool compact = true;
-#else
-inline constexpr bool compact = false;
-#endif
 
 }  // namespace veyla
