@@ -31,6 +31,14 @@ constexpr std::size_t twitch = 8;
 /// By how much cells may change otherwise than the frame does, as a part of it.
 constexpr float mostShift = 0.05F;
 constexpr float mostColours = 0.2F;
+/// How much more cells may change each in its own way than all of them together, and what whole
+/// numbers of 8 bits amount to, in sums of three channels.
+constexpr float mostOwn = 2;
+constexpr float wholeSteps = 1;
+/// The same of what is told as movement: it has less time to show.
+constexpr std::size_t glideWindow = 14;
+constexpr float leastGlide = 3;
+constexpr float leastGlideSteps = 2;
 /// What has been put down where the finger was: another level or another colour.
 constexpr float otherLevel = 0.35F;
 constexpr float otherColour = 0.12F;
@@ -65,7 +73,8 @@ void FingerCoach::look(const FrameColours& frame) {
   red_.add(frame.red);
   green_.add(frame.green);
   blue_.add(frame.blue);
-  if (frame.cells) cells_[seen_ % glance] = *frame.cells;
+  if (frame.cells) cells_[seen_ % pulseWindow] = *frame.cells;
+  cellsSeen_ = frame.cells ? cellsSeen_ + 1 : 0;
   ++seen_;
   consider(verdictOn(frame));
   ++frames_;
@@ -81,11 +90,16 @@ std::optional<FingerState> FingerCoach::verdictOn(const FrameColours& frame) {
   const bool manyColours = frame.cells && frame.cells->colourSpread > mostColours;
   if (unlit || isUnlikeBlood(frame) || manyColours) {
     settled_ = 0;
+    unbroken_ = 0;
     return noPulse(FingerState::noFinger);
   }
-  if (isMoving(frame)) {
+  const bool jumps = isMoving(frame);
+  unbroken_ = jumps ? 0 : unbroken_ + 1;
+  if (jumps) {
     if (settled_ > 0 || movedTo_ == 0) movedFrom_ = frames_;
     movedTo_ = frames_ + 1;
+  }
+  if (jumps || (glides() && !looksUnlikeTheFinger(frame))) {
     settled_ = 0;
     return noPulse(FingerState::moving);
   }
@@ -118,11 +132,11 @@ bool FingerCoach::isMoving(const FrameColours& frame) const {
   const float level = brightest(frame);
   const Channel& channel = level == frame.red ? red_ : level == frame.green ? green_ : blue_;
   if (channel.swing(count) > mostSwing * level) return true;
-  if (!frame.cells || seen_ < glance) return false;
+  if (cellsSeen_ < glance) return false;
 
   // A pulse dims all cells alike; what moves dims one and lights another.
   const auto& now = frame.cells->brightness;
-  const auto& before = cells_[seen_ % glance].brightness;
+  const auto& before = cells_[(seen_ - glance) % pulseWindow].brightness;
   const float sumNow = std::accumulate(now.begin(), now.end(), 0.0F);
   const float sumBefore = std::accumulate(before.begin(), before.end(), 0.0F);
   if (sumBefore <= 0) return false;
@@ -133,6 +147,12 @@ bool FingerCoach::isMoving(const FrameColours& frame) const {
   }
   constexpr auto cells = static_cast<float>(FrameCells::count);
   return std::sqrt(squares / cells) > mostShift * sumNow / cells;
+}
+
+bool FingerCoach::glides() const {
+  if (std::min(unbroken_, cellsSeen_) < glideWindow) return false;
+  const Changes changes = changesOverNewest(glideWindow);
+  return changes.own > std::max(leastGlideSteps, leastGlide * changes.common);
 }
 
 bool FingerCoach::looksUnlikeTheFinger(const FrameColours& frame) const {
@@ -146,7 +166,35 @@ bool FingerCoach::looksUnlikeTheFinger(const FrameColours& frame) const {
 
 bool FingerCoach::seesPulse() const {
   const std::size_t count = std::min(steady_, pulseWindow);
-  return pulseIn(red_.newest(count)) >= leastPulse || pulseIn(green_.newest(count)) >= leastPulse;
+  if (std::max(pulseIn(red_.newest(count)), pulseIn(green_.newest(count))) < leastPulse) {
+    return false;
+  }
+  // A picture that glides by may repeat itself, too, each cell in its own way.
+  if (cellsSeen_ < count) return true;
+  const Changes changes = changesOverNewest(count);
+  return changes.own <= std::max(wholeSteps, mostOwn * changes.common);
+}
+
+FingerCoach::Changes FingerCoach::changesOverNewest(std::size_t count) const {
+  // Within so many frames a pulse changes by most of its height.
+  constexpr std::size_t step = 6;
+  constexpr auto cells = static_cast<float>(FrameCells::count);
+  float common = 0;
+  float own = 0;
+  for (std::size_t i = seen_ - count + step; i < seen_; ++i) {
+    const auto& now = cells_[i % pulseWindow].brightness;
+    const auto& before = cells_[(i - step) % pulseWindow].brightness;
+    const float sumNow = std::accumulate(now.begin(), now.end(), 0.0F);
+    const float sumBefore = std::accumulate(before.begin(), before.end(), 0.0F);
+    const float change = (sumNow - sumBefore) / cells;
+    common += change * change;
+    for (std::size_t cell = 0; cell < FrameCells::count; ++cell) {
+      const float shift = now[cell] - (sumBefore > 0 ? before[cell] * sumNow / sumBefore : 0);
+      own += shift * shift / cells;
+    }
+  }
+  const auto steps = static_cast<float>(count - step);
+  return {std::sqrt(common / steps), std::sqrt(own / steps)};
 }
 
 void FingerCoach::Channel::add(float value) {

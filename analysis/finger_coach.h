@@ -65,8 +65,15 @@ class FingerCoach {
   std::optional<FingerState> verdictOn(const FrameColours& frame);
   bool isLifeless() const;
   bool isMoving(const FrameColours& frame) const;
+  bool glides() const;
   bool looksUnlikeTheFinger(const FrameColours& frame) const;
   bool seesPulse() const;
+  /// How the cells changed over the newest frames: all of them together, and each in its own way.
+  struct Changes {
+    float common = 0;
+    float own = 0;
+  };
+  Changes changesOverNewest(std::size_t count) const;
   void consider(std::optional<FingerState> verdict);
   /// The frame at which what the candidate tells of began.
   std::size_t beginningOf(std::optional<FingerState> verdict) const;
@@ -91,9 +98,14 @@ class FingerCoach {
   Channel red_;
   Channel green_;
   Channel blue_;
-  std::array<FrameCells, glance> cells_{};
+  /// Of the newest frames, by their number.
+  std::array<FrameCells, pulseWindow> cells_{};
+  /// Frames with cells, without one between that had none.
+  std::size_t cellsSeen_ = 0;
   /// Frames since the last one that moved, or that no finger gives at any moment.
   std::size_t settled_ = 0;
+  /// The same, but for what glides by.
+  std::size_t unbroken_ = 0;
   /// The same, but for pictures without life, too: what a pulse is looked for in.
   std::size_t steady_ = 0;
   bool pulse_ = false;

@@ -104,6 +104,11 @@ TEST(FingerCoachTest, WhatIsNoFingerIsToldSoonAndNeverCalledGood) {
        }},
       {"still photograph", [](double x, double y, double) { return photograph(x, y, 0.3); }},
       {"slow pan", [](double x, double y, double time) { return photograph(x, y, 0.1 * time); }},
+      {"red cloth, slowly panned, a thread a second",
+       [](double x, double y, double time) {
+         const double light = 150 + 4 * std::sin(210 * (x + 0.03 * time) + 3 * y);
+         return Rgb{light, 0.5 * light, 0.4 * light};
+       }},
       {"moving lamp",
        [&](double x, double y, double time) {
          const double distance =
