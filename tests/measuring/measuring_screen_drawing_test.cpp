@@ -52,6 +52,21 @@ TEST(MeasuringLayoutTest, EverythingHasAPlaceOfItsOwnOnEveryPhone) {
   }
 }
 
+TEST(MeasuringLayoutTest, OnOneOfThemEverythingStandsHere) {
+  const MeasuringLayout on({390, 844}, {47, 34});
+  std::string places;
+  for (const Rect& each :
+       {on.title, on.heartrate.caption, on.heartrate.checkbox, on.heartrate.gauge,
+        on.heartrate.ring, on.spo2.gauge, on.center, on.centerHeading, on.chart,
+        on.heartrate.lastValue, on.spo2.lastValue, on.status, on.instruction, on.button}) {
+    places += formatText("%.0f %.0f %.0f %.0f | ", each.x, each.y, each.width, each.height);
+  }
+  EXPECT_EQ(places,
+            "0 47 390 44 | 16 121 172 30 | 16 124 24 24 | 16 151 172 172 | 66 248 72 72 | "
+            "202 151 172 172 | 16 353 358 190 | 30 367 330 20 | 60 394 270 135 | 16 387 179 142 | "
+            "195 387 179 142 | 16 573 358 24 | 16 597 358 22 | 151 670 89 89 | ");
+}
+
 class MeasuringScreenDrawingTest : public testing::Test {
  protected:
   MeasuringScreenDrawingTest() {
