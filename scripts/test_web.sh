@@ -21,9 +21,9 @@ change() { # name, what happens to a row's colours, t seconds after the first
   awk -F, -v OFS=, "NR > 1 { t = \$1 / 1000; $2 } 1" $series >build/web-recordings/$1.csv
   generate $1 --from build/web-recordings/$1.csv
 }
-change dark-blue '$4 *= 0.1'
-# Absent at first, away for three seconds, then too close to the light.
-change absent 'if (t < 6) $2 = $3 = $4 = 3
+# Absent at first, away for three seconds, then too close to the light; the camera sees next to no blue.
+change absent '$4 *= 0.1
+  if (t < 6) $2 = $3 = $4 = 3
   else if (t >= 12 && t < 15) { $2 = 60; $3 = 62; $4 = 55 }
   else if (t >= 15 && t < 18) $2 = 255'
 

@@ -8,9 +8,10 @@ export default defineConfig({
     // A measurement takes its time: half a minute, and a browser's start.
     testTimeout: 120_000,
     hookTimeout: 60_000,
-    // One browser at a time: a second one would take the first one's frames from it, as a finger is
-    // measured in its own time.
-    fileParallelism: false,
+    // Most of a test is waiting: two browsers find the time beside each other. Where they take a camera's
+    // frames from one another, its finger is measured once more.
+    maxWorkers: 2,
+    minWorkers: 1,
     reporters: ["default", "junit"],
     outputFile: { junit: "../../build/web-tests.xml" },
   },

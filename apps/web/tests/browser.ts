@@ -25,7 +25,7 @@ export interface Visitor {
    * The recording of a generated finger before the camera, that of 72 beats per minute unless it is told;
    * the browser's own generated picture, no camera at all, or one that the user refuses.
    */
-  readonly camera?: "72" | "96" | "low" | "dark-blue" | "absent" | "generated" | "none" | "refused";
+  readonly camera?: "72" | "96" | "low" | "absent" | "generated" | "none" | "refused";
   /**
    * Refused: the camera has one, but does not switch it on. Ignored: nor does it say so. Literal: each call
    * stands for all that is to hold. Listed: told as a list of what it can be.
