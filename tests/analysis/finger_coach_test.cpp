@@ -8,12 +8,13 @@
 #include <random>
 
 #include "acquisition/frame_averaging.h"
+#include "measuring/measurement_judge.h"
+#include "platform/format.h"
 
 namespace veyla {
 namespace {
 
 using testing::AnyOf;
-using testing::ElementsAre;
 using enum FingerState;
 
 constexpr double pi = std::numbers::pi;
@@ -147,53 +148,93 @@ TEST(FingerCoachTest, AFingerIsGoodWeakOrTooBrightByItsPulse) {
   EXPECT_EQ(after(4, greenAlone), good);
 }
 
-TEST(FingerCoachTest, AFingerThatIsLiftedIsToldWithItsSeconds) {
+// What is no finger, or moves, in the means alone; each pair lies on both sides of a border.
+TEST(FingerCoachTest, TheBordersOfWhatAFingerMayLookLike) {
+  struct Case {
+    FrameColours colours;
+    /// By which green and red swing from frame to frame.
+    float greenSwing;
+    float redSwing;
+    std::optional<FingerState> state;
+  };
+  const auto spread = [](float by) { return FrameCells{{}, by}; };
+  const std::optional<FingerState> undecided;
+  const Case cases[] = {{{17, 8, 4, {}}, 0.4F, 0, undecided},  // dark
+                        {{15, 8, 4, {}}, 0.4F, 0, noFinger},
+                        {{200, 150, 129, {}}, 0.4F, 0, undecided},  // pale
+                        {{200, 150, 131, {}}, 0.4F, 0, noFinger},
+                        {{100, 95, 89, {}}, 0.4F, 0, undecided},  // grey
+                        {{100, 95, 91, {}}, 0.4F, 0, noFinger},
+                        {{100, 40, 69, {}}, 0.4F, 0, undecided},  // violet
+                        {{100, 40, 71, {}}, 0.4F, 0, noFinger},
+                        {{253, 40, 30, {}}, 0.4F, 0, undecided},  // cut off
+                        {{254, 40, 30, {}}, 0.4F, 0, tooBright},
+                        {{100, 40, 30, {}}, 0.26F, 0, undecided},  // lifeless
+                        {{100, 40, 30, {}}, 0.24F, 0, noFinger},
+                        {{100, 40, 30, {}}, 0, 14.5F, undecided},  // moving
+                        {{100, 40, 30, {}}, 0, 15.5F, moving},
+                        {{100, 40, 30, spread(0.19F)}, 0.4F, 0, undecided},  // of many colours
+                        {{100, 40, 30, spread(0.21F)}, 0.4F, 0, noFinger}};
+  for (const auto& [colours, greenSwing, redSwing, state] : cases) {
+    FingerCoach coach;
+    for (int i = 0; i < 40; ++i) {
+      FrameColours frame = colours;
+      if (i % 2 == 1) frame.green += greenSwing;
+      if (i % 2 == 1) frame.red += redSwing;
+      coach.look(frame);
+    }
+    EXPECT_EQ(coach.state(), state) << colours.red << ' ' << colours.green << ' ' << colours.blue;
+    EXPECT_EQ(coach.isBlack(), colours.red == 15);
+  }
+}
+
+TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
   const Scene table = [](double x, double y, double time) {
     const double light = 70 + 20 * x - 10 * y + 1.5 * std::sin(40 * time * time + 7 * x);
     return Rgb{light, light, 0.9 * light};
   };
-  for (const Scene& beneath : {table, plain({})}) {
+  const Scene shaken = [](double x, double y, double time) {
+    Rgb rgb = finger(x, y, time);
+    for (double& channel : rgb) channel *= 1 + 0.2 * std::sin(9 * time);
+    return rgb;
+  };
+  const Scene black = plain({});
+  const Scene nothing;  // No frame comes.
+  struct Case {
+    std::vector<std::pair<int, Scene>> frames;
+    const char* told;
+  };
+  const Case cases[] = {
+      {{{120, finger}, {45, table}, {105, finger}},
+       "good 0-120 noFinger 120-165 moving 165-176 good 176-270 "},
+      {{{120, finger}, {45, black}, {105, finger}}, "good 0-120 noFinger 120-165 good 165-270 "},
+      {{{120, finger}, {30, shaken}, {75, finger}}, "good 0-122 moving 122-157 good 157-225 "},
+      {{{120, finger}, {8, shaken}, {75, finger}}, "good 0-122 good 122-203 "},
+      {{{120, finger}, {20, shaken}, {20, black}, {20, shaken}, {75, finger}},
+       "good 0-122 noFinger 122-160 moving 160-185 good 185-255 "},
+      {{{75, finger}, {9, black}, {51, finger}, {10, black}}, "good 0-145 "},
+      {{{75, finger}, {9, black}, {51, finger}, {11, black}}, "good 0-135 noFinger 135-146 "},
+      {{{75, finger}, {15, nothing}, {30, finger}}, "good 0-120 "},
+      {{{7, black}}, ""},
+      {{{8, black}, {60, finger}}, "noFinger 0-8 "}};
+  for (const auto& [stretches, expected] : cases) {
     FingerCoach coach;
-    watch(coach, finger, 0, 8);
-    watch(coach, beneath, 8, 11);
-    EXPECT_EQ(coach.state(), noFinger);
-    watch(coach, finger, 11, 18);
-    EXPECT_EQ(coach.state(), good);
-    std::vector<double> borders;
-    for (const auto& span : coach.spans()) {
-      if (span.state != noFinger) continue;
-      for (const auto frame : {span.from, span.to}) borders.push_back(static_cast<double>(frame));
+    int frame = 0;
+    for (const auto& [count, scene] : stretches) {
+      for (const int end = frame + count; frame < end; ++frame) {
+        scene ? coach.look(frameOf(scene, frame / 15.0)) : coach.miss();
+      }
     }
-    EXPECT_THAT(borders,
-                ElementsAre(testing::DoubleNear(8 * 15, 7), testing::DoubleNear(11 * 15, 7)));
+    std::string told;
+    for (const auto& span : coach.spans()) {
+      told +=
+          formatText("%s %zu-%zu ", std::string(nameOf(span.state)).c_str(), span.from, span.to);
+    }
+    EXPECT_EQ(told, expected);
+    coach.reset();
+    EXPECT_EQ(coach.state(), std::nullopt);
+    EXPECT_TRUE(coach.spans().empty());
   }
-}
-
-TEST(FingerCoachTest, ItsMindChangesAfterSevenTenthsOfASecond) {
-  FingerCoach coach;
-  double time = 0;
-  for (const auto& [frames, scene, state] : {std::tuple{75, Scene(finger), good},
-                                             {9, plain({}), good},
-                                             {51, finger, good},
-                                             {11, plain({}), noFinger}}) {
-    watch(coach, scene, time, time + frames / 15.0);
-    time += frames / 15.0;
-    EXPECT_EQ(coach.state(), state);
-  }
-  coach.reset();
-  EXPECT_EQ(coach.state(), std::nullopt);
-  EXPECT_THAT(coach.spans(), ElementsAre());
-}
-
-TEST(FingerCoachTest, SpansFollowEachOtherAndMissedFramesTakeTime) {
-  FingerCoach coach;
-  watch(coach, finger, 0, 5);
-  for (int i = 0; i < 15; ++i) coach.miss();
-  watch(coach, finger, 6, 8);
-  EXPECT_EQ(coach.frames(), 120U);
-  ASSERT_EQ(coach.spans().size(), 1U);
-  EXPECT_EQ(coach.spans()[0].from, 0U);
-  EXPECT_EQ(coach.spans()[0].to, 120U);
 }
 
 }  // namespace
