@@ -5,7 +5,6 @@
 #include <time.h>
 
 #include <limits>
-#include <set>
 #include <sstream>
 
 #include "platform/linux/memory_key_value_store.h"
@@ -154,18 +153,6 @@ TEST_F(FhirHealthStoreTest, AHalfLineIsCutOffAndAWholeOneGetsItsEnd) {
   writeFile(file(), whole.substr(0, whole.size() - 1));
   EXPECT_NE(open().repair(), std::nullopt);
   EXPECT_EQ(contentsOf(file()), whole);
-}
-
-TEST_F(FhirHealthStoreTest, TwoProgramsDoNotMixTheirLines) {
-  EXPECT_EQ(inTwoChildren([&](int) {
-              auto store = openAllowed();
-              for (int i = 0; i < 30; ++i) save(store, pulse(i));
-              return store.failure().value_or("fine");
-            }),
-            "fine fine");
-  std::set<std::string> ids;
-  for (const Value& observation : observations()) ids.insert(*observation["id"].text());
-  EXPECT_EQ(ids.size(), 60U);
 }
 
 TEST_F(FhirHealthStoreTest, AFullDiskLeavesNoHalfLineAndAReadOnlyOneNone) {
