@@ -18,13 +18,8 @@ ajv.addSchema(schema);
 const isValid = ajv.compile({ $ref: `${schema.id}#/definitions/Observation` });
 
 const breakages = {
-  'another type of resource': (o) => { o.resourceType = 'Patient'; },
   'no code': (o) => { delete o.code; },
-  'an unknown status': (o) => { o.status = 'done'; },
-  'a quantity in words': (o) => { o.valueQuantity.value = 'seventy'; },
   'a time without its zone': (o) => { o.effectiveDateTime = '2024-03-05T14:07:00'; },
-  'an impossible id': (o) => { o.id = 'a b'; },
-  'a category that is no list': (o) => { o.category = o.category[0]; },
   'an unknown element': (o) => { o.bpm = 72; },
 };
 

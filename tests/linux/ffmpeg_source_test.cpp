@@ -114,37 +114,34 @@ TEST_F(FfmpegSourceTest, VariableRatesAndReorderedFramesKeepTheirTimes) {
   EXPECT_TRUE(std::is_sorted(played.times.begin(), played.times.end()));
 }
 
-TEST_F(FfmpegSourceTest, ColoursFollowTheMatrixAndRangeThatTheFrameNames) {
-  for (const char* matrix : {"bt709", "smpte170m"}) {
-    for (const char* range : {"tv", "pc"}) {
-      SCOPED_TRACE(std::string(matrix) + " " + range);
-      const std::string filter =
-          std::string(
-              "-vf format=gbrp,scale=flags=accurate_rnd+full_chroma_inp:out_color_matrix=") +
-          matrix + ":out_range=" + range + ",format=yuv420p -colorspace " + matrix +
-          " -color_range " + range + " -qp 0 ";
-      expectFinger(read(folder_.ffmpeg(finger("320x240", "0.2") + filter + h264, "a.mp4")));
+TEST_F(FfmpegSourceTest, EveryKindOfColoursSizesAndTracksIsRead) {
+  std::vector<std::pair<std::string, std::string>> videos{
+      {finger("320x240", "0.2") + "-c:v mjpeg -q:v 2", "a.avi"},
+      {finger("320x240", "0.2") + "-vf format=gbrp -c:v ffv1", "rgb.mkv"},
+      {finger("101x67", "0.2") + "-c:v ffv1 -pix_fmt yuv444p", "odd.mkv"},
+      {finger("16x16", "0.2") + h264, "tiny.mp4"},
+      {finger("3840x2160", "0.1") + h264, "large.mp4"},
+      {sound + finger("320x240", "2") + "-map 0:a -map 1:v -c:a aac " + h264, "sound-first.mp4"},
+      {"-i '" + folder_.file("tiny.mp4") + "' -c copy -metadata:s:v:0 rotate=90", "rotated.mp4"}};
+  // The frames tell their matrix and their range.
+  for (const std::string matrix : {"bt709", "smpte170m"}) {
+    for (const std::string range : {"tv", "pc"}) {
+      videos.emplace_back(
+          finger("320x240", "0.2") +
+              "-vf format=gbrp,scale=flags=accurate_rnd+full_chroma_inp:out_color_matrix=" +
+              matrix + ":out_range=" + range + ",format=yuv420p -colorspace " + matrix +
+              " -color_range " + range + " -qp 0 " + h264,
+          matrix + range + ".mp4");
     }
   }
-  expectFinger(read(folder_.ffmpeg(finger("320x240", "0.2") + "-c:v mjpeg -q:v 2", "a.avi")));
-  expectFinger(
-      read(folder_.ffmpeg(finger("320x240", "0.2") + "-vf format=gbrp -c:v ffv1", "b.mkv")));
+  for (const auto& [arguments, name] : videos) {
+    SCOPED_TRACE(name);
+    expectFinger(read(folder_.ffmpeg(arguments, name)));
+  }
   const auto grey = read(folder_.ffmpeg(
       "-f lavfi -i color=c=0x646464:size=64x48:rate=30:duration=0.2 -c:v ffv1 -pix_fmt gray",
       "c.mkv"));
   EXPECT_NEAR(grey.frames.front().red, 100, 1);
-}
-
-TEST_F(FfmpegSourceTest, UnusualTracksAndSizesAreRead) {
-  expectFinger(read(folder_.ffmpeg(
-      sound + finger("320x240", "2") + "-map 0:a -map 1:v -c:a aac " + h264, "sound-first.mp4")));
-  expectFinger(
-      read(folder_.ffmpeg(finger("101x67", "0.2") + "-c:v ffv1 -pix_fmt yuv444p", "odd.mkv")));
-  expectFinger(read(folder_.ffmpeg(finger("16x16", "0.2") + h264, "tiny.mp4")));
-  expectFinger(read(folder_.ffmpeg(finger("3840x2160", "0.1") + h264, "large.mp4")));
-  const std::string upright = folder_.ffmpeg(finger("320x240", "0.2") + h264, "upright.mp4");
-  expectFinger(read(
-      folder_.ffmpeg("-i '" + upright + "' -c copy -metadata:s:v:0 rotate=90", "rotated.mp4")));
   // A live recording cannot go back and state its length.
   const auto unknownLength =
       read(folder_.ffmpeg(finger("64x48", "1") + h264 + "-f matroska -live 1", "no-length.mkv"));

@@ -3,73 +3,92 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <map>
-
 #include "acquisition/settings.h"
 #include "platform/capture.h"
 #include "platform/linux/resource_files.h"
 #include "platform/portable/json.h"
 #include "tests/linux/scratch.h"
+#include "tests/support/scripted_services.h"
 
 namespace veyla {
 namespace {
 
-using testing::AllOf;
 using testing::ElementsAre;
-using testing::Field;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
-using Kind = SettingsProblem::Kind;
 
-class SettingsCheckTest : public testing::Test, public Resources {
+class SettingsCheckTest : public testing::Test {
  protected:
   SettingsCheckTest() {
-    set("Spo2Settings",
-        R"("grids": [6, 7], "rawDataSize": 120, "framesBeforeBeginning": 30,
-           "skipFramesBetweenMeasurements": 3, "neededValidSpo2": 20, "useNewAlgorithm": true,
-           "useTrend": false)");
-    set("HeartrateSettings",
-        R"("rawDataSize": 150, "skipFramesBetweenMeasurements": 5, "neededValidHeartrate": 10,
-           "TTValidPercent": 30, "minimumBpm": 40.5, "TTMaxDistance": 4)");
-    set("CameraSettings",
-        R"("exposureMode": 2, "whiteBalanceMode": 0, "focusMode": 0, "flashMode": 1,
-           "automaticallyEnablesLowLightBoostWhenAvailable": false)");
+    const std::string head = R"({"results": [{"iPhoneModel": "iphone6", )";
+    resources_.files = {
+        {"Spo2Settings.json",
+         head + R"("grids": [6, 7], "rawDataSize": 120, "framesBeforeBeginning": 30,
+                "skipFramesBetweenMeasurements": 3, "neededValidSpo2": 20, "useNewAlgorithm": true,
+                "useTrend": false}]})"},
+        {"HeartrateSettings.json", head + R"("rawDataSize": 150, "skipFramesBetweenMeasurements": 5,
+                "neededValidHeartrate": 10, "TTValidPercent": 30, "minimumBpm": 40.5,
+                "TTMaxDistance": 4}]})"},
+        {"CameraSettings.json",
+         head + R"("exposureMode": 2, "whiteBalanceMode": 0, "focusMode": 0, "flashMode": 1,
+                "automaticallyEnablesLowLightBoostWhenAvailable": false}]})"}};
   }
 
-  std::optional<std::string> read(std::string_view name, std::string_view type) const override {
-    const auto found = files_.find(std::string(name));
-    if (type != "json" || found == files_.end()) return std::nullopt;
-    return found->second;
-  }
-
-  /// The file `name` with entries for "iphone6" of these keys.
-  void set(const std::string& name, const std::string& keys, const std::string& more = "") {
-    files_[name] = R"({"results": [{"iPhoneModel": "iphone6", )" + keys + "}" + more + "]}";
-  }
   void change(const std::string& name, const std::string& from, const std::string& to) {
-    std::string& text = files_.at(name);
+    std::string& text = resources_.files.at(name + ".json");
     const std::size_t at = text.find(from);
     ASSERT_NE(at, std::string::npos) << from;
     text.replace(at, from.size(), to);
   }
-  std::vector<SettingsProblem> problems(std::string_view profile = "iphone6") const {
-    return checkSettings(*this, NlohmannJsonParser(), profile);
-  }
-  static auto problem(Kind kind, const std::string& start, const std::string& text) {
-    return AllOf(Field(&SettingsProblem::kind, kind),
-                 Field(&SettingsProblem::line, AllOf(StartsWith(start), HasSubstr(text))));
+  /// Their lines with their kinds before them.
+  std::vector<std::string> problems(std::string_view profile = "iphone6") const {
+    std::vector<std::string> found;
+    for (const auto& [kind, line] : checkSettings(resources_, NlohmannJsonParser(), profile)) {
+      const bool isError = kind == SettingsProblem::Kind::error;
+      const bool isWarning = kind == SettingsProblem::Kind::warning;
+      found.push_back((isError ? "error " : isWarning ? "warning " : "no entry ") + line);
+    }
+    return found;
   }
 
-  std::map<std::string, std::string> files_;
+  ScriptedResources resources_;
 };
 
-TEST_F(SettingsCheckTest, GoodSettingsHaveNoProblemAndWrongOnesAreToldInWhole) {
+TEST_F(SettingsCheckTest, GoodSettingsHaveNoProblemAndEveryBrokenBoundNamesItsKey) {
   EXPECT_THAT(problems(), IsEmpty());
-  change("HeartrateSettings", "40.5", "226");
-  EXPECT_THAT(problems(), ElementsAre(problem(Kind::error, "HeartrateSettings.json: entry 1",
-                                              "\"minimumBpm\" is not as it must be; make it a "
-                                              "number from 1 to 225")));
+  struct {
+    const char *file, *from, *to, *told;
+  } const cases[] = {
+      {"Spo2Settings", "[6, 7]", "[]", R"("grids")"},
+      {"Spo2Settings", "[6, 7]", "[0]", R"("grids")"},
+      {"Spo2Settings", "[6, 7]", "[1, 17]", R"("grids")"},
+      {"Spo2Settings", "[6, 7]", "[1.5]", R"("grids")"},
+      {"Spo2Settings", "[6, 7]", "6", R"("grids")"},
+      {"Spo2Settings", "120", "2", R"("rawDataSize")"},
+      {"Spo2Settings", ": 30", ": -1", R"("framesBeforeBeginning")"},
+      {"Spo2Settings", ": 3,", ": 0,", R"("skipFramesBetweenMeasurements")"},
+      {"Spo2Settings", "true", "1", R"("useNewAlgorithm")"},
+      {"HeartrateSettings", "150", "1025", R"("rawDataSize")"},
+      {"HeartrateSettings", "150", "\"150\"", R"("rawDataSize")"},
+      {"HeartrateSettings", "150", "150.5", R"("rawDataSize")"},
+      {"HeartrateSettings", "\"neededValidHeartrate\"", "\"x\"", R"("neededValidHeartrate")"},
+      {"HeartrateSettings", "150", "2", R"("rawDataSize")"},
+      {"HeartrateSettings", ": 30", ": 100", R"("TTValidPercent")"},
+      {"HeartrateSettings", "40.5", "0", R"("minimumBpm")"},
+      {"HeartrateSettings", "40.5", "226",
+       R"("minimumBpm" is not as it must be; make it a number from 1 to 225)"},
+      {"HeartrateSettings", ": 4}", ": 512}", R"("TTMaxDistance")"},
+      {"CameraSettings", ": 2", ": 4", R"("exposureMode")"},
+      {"CameraSettings", ": 1", ": 3", R"("flashMode")"}};
+  for (const auto& [file, from, to, told] : cases) {
+    const auto kept = resources_.files;
+    change(file, from, to);
+    const auto found = problems();
+    ASSERT_FALSE(found.empty()) << told << " " << to;
+    EXPECT_THAT(found.front(), StartsWith("error " + std::string(file) +
+                                          R"(.json: entry 1 ("iphone6"): )" + told));
+    resources_.files = kept;
+  }
 }
 
 TEST_F(SettingsCheckTest, EveryShippedProfileIsWholeAndShowsItsFirstValuesInTenSeconds) {
@@ -94,70 +113,39 @@ TEST_F(SettingsCheckTest, EveryShippedProfileIsWholeAndShowsItsFirstValuesInTenS
 }
 
 TEST_F(SettingsCheckTest, AFileThatGivesNoEntriesIsAnError) {
-  files_.erase("Spo2Settings");
-  files_["HeartrateSettings"] = "{";
-  files_["CameraSettings"] = R"({"result": []})";
+  resources_.files.erase("Spo2Settings.json");
+  resources_.files["HeartrateSettings.json"] = "{";
+  resources_.files["CameraSettings.json"] = R"({"result": []})";
   EXPECT_THAT(problems(),
-              ElementsAre(problem(Kind::error, "Spo2Settings.json: ", "cannot be read"),
-                          problem(Kind::error, "HeartrateSettings.json: ", "no JSON"),
-                          problem(Kind::error, "CameraSettings.json: ", "\"results\"")));
-}
-
-TEST_F(SettingsCheckTest, EveryBrokenBoundNamesItsKey) {
-  struct {
-    const char *file, *from, *to, *key;
-  } const cases[] = {
-      {"Spo2Settings", "[6, 7]", "[]", "grids"},
-      {"Spo2Settings", "[6, 7]", "[0]", "grids"},
-      {"Spo2Settings", "[6, 7]", "[1, 17]", "grids"},
-      {"Spo2Settings", "[6, 7]", "[1.5]", "grids"},
-      {"Spo2Settings", "[6, 7]", "6", "grids"},
-      {"Spo2Settings", "120", "2", "rawDataSize"},
-      {"Spo2Settings", ": 30", ": -1", "framesBeforeBeginning"},
-      {"Spo2Settings", ": 3,", ": 0,", "skipFramesBetweenMeasurements"},
-      {"Spo2Settings", "true", "1", "useNewAlgorithm"},
-      {"HeartrateSettings", "150", "1025", "rawDataSize"},
-      {"HeartrateSettings", "150", "\"150\"", "rawDataSize"},
-      {"HeartrateSettings", "150", "150.5", "rawDataSize"},
-      {"HeartrateSettings", "\"neededValidHeartrate\"", "\"x\"", "neededValidHeartrate"},
-      {"HeartrateSettings", "150", "2", "rawDataSize"},
-      {"HeartrateSettings", ": 30", ": 100", "TTValidPercent"},
-      {"HeartrateSettings", "40.5", "0", "minimumBpm"},
-      {"HeartrateSettings", ": 4}", ": 512}", "TTMaxDistance"},
-      {"CameraSettings", ": 2", ": 4", "exposureMode"},
-      {"CameraSettings", ": 1", ": 3", "flashMode"}};
-  for (const auto& [file, from, to, key] : cases) {
-    const auto kept = files_;
-    change(file, from, to);
-    const auto found = problems();
-    ASSERT_FALSE(found.empty()) << key << " " << to;
-    EXPECT_THAT(found.front(), problem(Kind::error, std::string(file) + ".json: entry 1",
-                                       "\"" + std::string(key) + "\""));
-    files_ = kept;
-  }
+              ElementsAre(StartsWith("error Spo2Settings.json: is missing or cannot be read"),
+                          StartsWith("error HeartrateSettings.json: is no JSON"),
+                          StartsWith("error CameraSettings.json: has no list under \"results\"")));
 }
 
 TEST_F(SettingsCheckTest, WhatDoesNotStopMeasuringIsAWarning) {
-  set("CameraSettings", R"("exposureModes": 1)");
+  resources_.files["CameraSettings.json"] =
+      R"({"results": [{"iPhoneModel": "iphone6", "exposureModes": 1}]})";
   const auto found = problems();
   ASSERT_EQ(found.size(), 6U);
-  for (const auto& each : found) EXPECT_EQ(each.kind, Kind::warning) << each.line;
-  EXPECT_THAT(found.back().line, HasSubstr("nothing reads \"exposureModes\""));
+  EXPECT_THAT(found, testing::Each(StartsWith("warning ")));
+  EXPECT_THAT(found.back(), testing::HasSubstr("nothing reads \"exposureModes\""));
 }
 
 TEST_F(SettingsCheckTest, TheLastEntryOfTheProfileIsJudgedAndMustBeThere) {
-  const std::string good = files_.at("HeartrateSettings");
+  const std::string good = resources_.files.at("HeartrateSettings.json");
   change("HeartrateSettings", "150", "5000");
-  EXPECT_THAT(problems(), ElementsAre(problem(Kind::error, "HeartrateSettings", "entry 1")));
+  EXPECT_THAT(problems(), ElementsAre(StartsWith("error HeartrateSettings.json: entry 1")));
   const std::string entry = good.substr(13, good.size() - 15);
   change("HeartrateSettings", "}]}", "}, " + entry + ", 5]}");
-  EXPECT_THAT(problems(), ElementsAre(problem(Kind::warning, "HeartrateSettings", "rawDataSize"),
-                                      problem(Kind::error, "HeartrateSettings", "entry 3")));
-  files_.at("HeartrateSettings") = good;
-  EXPECT_THAT(problems("iphoneSE"),
-              ElementsAre(problem(Kind::noEntry, "Spo2Settings", "\"iphoneSE\""),
-                          problem(Kind::noEntry, "HeartrateSettings", "\"iphoneSE\""),
-                          problem(Kind::noEntry, "CameraSettings", "\"iphoneSE\"")));
+  EXPECT_THAT(problems(), ElementsAre(StartsWith("warning HeartrateSettings.json: entry 1"),
+                                      StartsWith("error HeartrateSettings.json: entry 3")));
+  resources_.files.at("HeartrateSettings.json") = good;
+  std::vector<std::string> missing = problems("iphoneSE");
+  for (const char* name : {"Spo2Settings", "HeartrateSettings", "CameraSettings"}) {
+    EXPECT_THAT(missing.front(), StartsWith("no entry " + std::string(name) +
+                                            ".json: has no entry for the profile \"iphoneSE\""));
+    missing.erase(missing.begin());
+  }
 }
 
 TEST(FolderResourcesTest, TakesTheSettingsFromTheFolderAndTheRestFromTheProgram) {

@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <limits>
-#include <set>
 
 #include "platform/linux/data_folder.h"
 #include "platform/linux/store_error.h"
@@ -180,11 +179,7 @@ TEST_F(SqliteKeyValueStoreTest, TwoProgramsThatSaveAtOnceLoseNothing) {
             }),
             "fine fine");
   SqliteKeyValueStore store(folder());
-  std::set<double> seen;
-  const auto stored = store.value("values");
-  ASSERT_TRUE(stored);
-  for (const Value& saved : *stored->array()) seen.insert(saved["hr"].doubleValue());
-  EXPECT_EQ(seen.size(), 40U);
+  EXPECT_EQ(entryCount(store), 40U);
 }
 
 TEST_F(SqliteKeyValueStoreTest, AKilledProgramLeavesEverySavedEntryAndNoHalfOne) {
