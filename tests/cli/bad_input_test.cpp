@@ -13,7 +13,6 @@ using BadInputTest = Program;
 
 TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
   write("file", "mine");
-  std::filesystem::create_directory(file("folder.png"));
   struct Case {
     int status;
     Arguments arguments;
@@ -31,8 +30,7 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
            {2, {"measure", "--", "f.csv", "--no-save"}, "--no-save: not expected here; see"},
            {2, {"measure", "--start"}, "--start: its value is missing"},
            {2, {"measure", "--only", "spo2", "--only", "spo2"}, "--only: given more than once"},
-           {2, {"measure", "--start", "-1"}, "--start: \"-1\" is no number from 0 to 1000000"},
-           {2, {"measure", "--start", "nan"}, "--start: \"nan\""},
+           {2, {"measure", "--start", "nan"}, "--start: \"nan\" is no number from 0 to 1000000"},
            {2, {"measure", "--only", "foo"}, "\"foo\" is none of heartrate, spo2"},
            {2, {"measure", "--data", "X", "--no-save"}, "--data excludes --no-save"},
            {2, {"measure", "--json", "--trace", "-"}, "both would go to standard output"},
@@ -57,7 +55,6 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
            {2, {"history", "label", "1", "Sleeping"}, "\"Sleeping\" is none of Resting, Active"},
            {2, {"history", "label", "1", "none", "--off"}, "--off: \"none\" takes every label off"},
            {2, {"history", "--json", "delete", "1"}, "--json: only the list is printed so"},
-           {2, {"health", "allow", "pulse"}, "\"pulse\" is none of heartrate, spo2"},
            {2, {"chart", "--label", "Jogging"}, "--label: \"Jogging\" is none of Resting, Active"},
            {2, {"chart", "--period", "year"}, "\"year\" is none of week, month, 3months, all"},
            {2, {"chart", "-o", "a.txt"}, "-o: a.txt does not end in .png or .svg"},
@@ -68,15 +65,11 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
            {3, {"evaluate", "file"}, "file: a file; name the folder"},
            // A named folder is one that is known to hold something.
            {3, {"history", "--data", "no"}, "veyla.db: no such file; name the folder"},
-           {3, {"history", "export", "-o", "a", "--data", "no"}, "veyla.db: no such file"},
            {3, {"history", "mail", "--data", "no"}, "veyla.db: no such file"},
            {3, {"history", "delete", "1", "--data", "no"}, "veyla.db: no such file"},
-           {3, {"health", "--data", "no"}, "veyla.db: no such file"},
            {3, {"health", "export", "-o", "a", "--data", "no"}, "veyla.db: no such file"},
            {3, {"chart", "--data", "no"}, "veyla.db: no such file"},
            {4, {"measure", "--no-save", "--snapshot", "no/a.png"}, "its folder does not exist"},
-           {4, {"measure", "--no-save", "--snapshot", "folder.png"}, "folder.png: a folder; name"},
-           {4, {"measure", "--no-save", "--snapshot", "file/a.png"}, "file/a.png: a file stands"},
            {4, {"measure", "--no-save", "--frames", "no/frames"}, "its folder does not exist"},
            {4, {"measure", "--no-save", "--frames", "file"}, "file: a file stands where a folder"},
            {4, {"measure", "--no-save", "--frames", "."}, ".: not empty; name a new or an empty"},
@@ -87,7 +80,7 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
     expectRefused(run(arguments), status, part);
   }
   EXPECT_EQ(contentsOf(file("file")), "mine");
-  EXPECT_THAT(namesIn(), ElementsAre("file", "folder.png"));
+  EXPECT_THAT(namesIn(), ElementsAre("file"));
 }
 
 TEST_F(BadInputTest, PicturesAreNoVideos) {

@@ -6,8 +6,10 @@ namespace veyla {
 namespace {
 
 using testing::AllOf;
+using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
@@ -20,16 +22,19 @@ class ChartTest : public Program {
     done({"demo-history", "--days", days, "--data", data});
   }
   /// Runs SQL on the store.
-  void change(const char* sql) const {
+  void change(const std::string& sql) const {
     sqlite3* store = nullptr;
     ASSERT_EQ(sqlite3_open((data + "/veyla.db").c_str(), &store), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(store, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(store, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
     sqlite3_close(store);
   }
 };
 
 TEST_F(ChartTest, PicturesAreWrittenByTheirEndingForEveryPeriodAndLabel) {
   demoHistory("200");
+  for (const auto& entry : json({"history", "--data", data})) {
+    EXPECT_LE(entry["labels"].size(), 2U) << "of one activity";
+  }
   std::set<std::string> pictures;
   for (const Arguments& choice : {Arguments{"--period", "week"},
                                   {"--period", "month"},
@@ -80,11 +85,16 @@ TEST_F(ChartTest, WithoutDataEachChartSaysSo) {
 
 TEST_F(ChartTest, ValuesBeyondTheRangeAreTold) {
   demoHistory("3");
-  change("UPDATE entries SET value = replace(value, '\"hr\":', '\"hr\":9') WHERE key = 'values'");
+  for (const char* value : {"hr", "spo2"}) {
+    change("UPDATE entries SET value = replace(value, '\"" + std::string(value) + "\":', '\"" +
+           value + "\":9')");
+  }
   const Result drawn = run(chart());
   EXPECT_EQ(drawn.status, 0);
-  EXPECT_THAT(drawn.error,
-              testing::MatchesRegex("veyla: [0-9] heart rates? lies? outside 50 to 150 and .*\n"));
+  EXPECT_THAT(
+      linesOf(drawn.error),
+      ElementsAre(MatchesRegex("veyla: [0-9] heart rates? lies? outside 50 to 150 and .*"),
+                  MatchesRegex("veyla: [0-9] SpO2 values? lies? outside 90 to 100 and .*")));
 }
 
 TEST_F(ChartTest, APictureIsWholeOrTheOldOneStays) {

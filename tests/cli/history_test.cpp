@@ -23,6 +23,8 @@ Value entry(double hr, double spo2, double seconds, std::size_t label = 7) {
 
 class HistoryTest : public Program {
  protected:
+  // Dates with plain spaces.
+  HistoryTest() { environment["LC_ALL"] = "C"; }
   /// Oldest first.
   void keep(const Value& values) const {
     SqliteKeyValueStore store(data);
@@ -40,14 +42,8 @@ class HistoryTest : public Program {
     return joined(joined({"history"}, arguments), {"--data", "data"});
   }
   Result history(const Arguments& arguments) const { return run(onData(arguments)); }
-  /// What it prints, with plain spaces; it must be done.
-  std::string printed(const Arguments& arguments) const {
-    std::string text = done(onData(arguments));
-    for (std::size_t at = 0; (at = text.find("\u202f")) != std::string::npos;) {
-      text.replace(at, 3, " ");
-    }
-    return text;
-  }
+  /// What it prints; it must be done.
+  std::string printed(const Arguments& arguments) const { return done(onData(arguments)); }
 };
 
 TEST_F(HistoryTest, TheListIsNewestFirstAndAligned) {
@@ -56,12 +52,9 @@ TEST_F(HistoryTest, TheListIsNewestFirstAndAligned) {
             "1  Jul 3, 2024, 9:46 AM   110 bpm   --\n"
             "2  Mar 5, 2024, 2:46 PM        --  97%  Training (Before)\n"
             "3  Mar 5, 2024, 12:00 PM   60 bpm  96%  Resting\n");
-  environment["LANG"] = "C";
   environment["LC_ALL"] = "ja_JP.UTF-8";
   environment["TZ"] = "Asia/Tokyo";
   EXPECT_THAT(printed({}), StartsWith("1  2024/07/03 18:46  110 bpm   --\n"));
-  environment["LC_ALL"] = "C";
-  EXPECT_THAT(history({}).out, HasSubstr("6:46 PM   110 bpm")) << "plain spaces";
 
   EXPECT_EQ(json({"history", "--data", data}), nlohmann::json::parse(R"json([
       {"number": 1, "date": "2024-07-03T09:46:40.000Z", "heartrate": 110.3847, "spo2": null,
@@ -191,6 +184,8 @@ TEST_F(HistoryTest, ADamagedEntryIsShownAndLeftAloneAndTheOthersWork) {
                                          "its \"hr\" is no number; delete it with"));
     return result.out;
   };
+  environment["LC_ALL"] = "C.UTF-8";
+  environment["LANG"] = "C";
   EXPECT_EQ(told({}),
             "1  Jul 3, 2024, 9:46\u202fAM   70 bpm  98%\n"
             "2  Damaged entry              --   --\n"

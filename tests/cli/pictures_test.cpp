@@ -50,6 +50,8 @@ TEST_F(PicturesTest, TheEndAndEverySecondAreDrawn) {
                 .status,
             1);
   EXPECT_THAT(sizeOf("end.png"), ElementsAre(195, 422));
+  EXPECT_NE(contentsOf(file("end.png")), contentsOf(file("new/0005.png")))
+      << "the pulse in any case";
   EXPECT_THAT(namesIn("new"),
               ElementsAre("0000.png", "0001.png", "0002.png", "0003.png", "0004.png", "0005.png"));
 }
