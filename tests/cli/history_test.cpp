@@ -56,15 +56,14 @@ TEST_F(HistoryTest, TheListIsNewestFirstAndAligned) {
   environment["TZ"] = "Asia/Tokyo";
   EXPECT_THAT(printed({}), StartsWith("1  2024/07/03 18:46  110 bpm   --\n"));
 
-  EXPECT_EQ(json({"history", "--data", data}), nlohmann::json::parse(R"json([
+  // As it was measured, in single precision.
+  EXPECT_EQ(json({"history", "--data", data}), nlohmann::json::parse(R"x([
       {"number": 1, "date": "2024-07-03T09:46:40.000Z", "heartrate": 110.3847, "spo2": null,
        "labels": []},
       {"number": 2, "date": "2024-03-05T14:46:40.000Z", "heartrate": null, "spo2": 97.4,
-       "labels": ["Training (Before)"]
-},
+       "labels": ["Training (Before)"]},
       {"number": 3, "date": "2024-03-05T12:00:00.000Z", "heartrate": 60.4, "spo2": 95.5,
-       "labels": ["Resting"]}])json"))
-      << "as it was measured, in single precision";
+       "labels": ["Resting"]}])x"));
 }
 
 TEST_F(HistoryTest, AHistoryThatIsNotThereIsEmptyAndIsNotMade) {

@@ -74,7 +74,9 @@ TEST_F(TerminalTest, AnInterruptBringsTheCursorBack) {
   }
 }
 
-TEST_F(TerminalTest, IntendedUseAndPermissionsComeOnce) {
+TEST_F(TerminalTest, IntendedUseAndPermissionsComeOnceAndToNobodyWithoutATerminal) {
+  done({"measure"});
+  EXPECT_THAT(done({"health"}), HasSubstr("heartrate  not decided yet"));
   const Result first = onTerminal({"measure"}, 80, "y\n\n");
   EXPECT_EQ(first.status, 0);
   EXPECT_EQ(countOf("INTENDED USE", first.out), 1U);
@@ -85,11 +87,6 @@ TEST_F(TerminalTest, IntendedUseAndPermissionsComeOnce) {
   EXPECT_EQ(second.status, 0);
   EXPECT_EQ(countOf("INTENDED USE", second.out) + countOf("[y/N]", second.out), 0U);
   EXPECT_EQ(done({"health"}), "heartrate  allowed\nspo2       denied\n");
-}
-
-TEST_F(TerminalTest, NobodyIsAskedWithoutATerminal) {
-  done({"measure"});
-  EXPECT_THAT(done({"health"}), HasSubstr("heartrate  not decided yet"));
 }
 
 }  // namespace
