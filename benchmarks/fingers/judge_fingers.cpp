@@ -128,6 +128,27 @@ std::unique_ptr<RecordingSource> pulse(double bpm, unsigned seed) {
   return std::make_unique<SyntheticSeries>(options, seconds, cameraRate);
 }
 
+/// A finger that is not held still: bursts of motion, deep breaths, noise, and a drift that
+/// wanders.
+std::unique_ptr<RecordingSource> restlessPulse(double bpm, unsigned seed) {
+  auto chance = std::make_shared<Chance>(seed);
+  FingerOptions options;
+  options.bpm = bpm;
+  options.seed = seed;
+  options.motion = chance->between(0.3, 5);
+  options.breathing = chance->between(0.1, 2);
+  const double grain = std::pow(10, chance->between(-1.5, 0));
+  const double wandering = chance->between(0, 0.3);
+  auto drift = std::make_shared<double>(0);
+  return around({}, [=, finger = SyntheticFinger(options)](double time) {
+    *drift += wandering * chance->normal();
+    const ChannelMeans means = finger.at(time);
+    return Swings{means.red + *drift + grain * chance->normal(),
+                  means.green + *drift / 3 + grain * chance->normal(),
+                  means.blue + *drift / 5 + grain * chance->normal()};
+  });
+}
+
 struct Kind {
   const char* name;
   /// Beats per minute; 0 where there is no pulse to be right about.
@@ -193,12 +214,14 @@ int main(int argc, char** argv) {
       {"breath alone", none, breath},
       {"no finger", none, noFinger},
       {"20 to 40 bpm", slowRate, [](unsigned seed) { return pulse(slowRate(seed), seed); }},
-      {"45 to 200 bpm", rightRate, [](unsigned seed) { return pulse(rightRate(seed), seed); }}};
-  std::printf("%-14s%8s%10s%8s%8s%14s\n", "kind", "series", "finished", "unsure", "wrong",
+      {"45 to 200 bpm", rightRate, [](unsigned seed) { return pulse(rightRate(seed), seed); }},
+      {"the same, restless", rightRate,
+       [](unsigned seed) { return restlessPulse(rightRate(seed), seed); }}};
+  std::printf("%-20s%8s%10s%8s%8s%14s\n", "kind", "series", "finished", "unsure", "wrong",
               "wrong+unsure");
   for (const Kind& kind : kinds) {
     const Count counted = count(kind, seeds);
-    std::printf("%-14s%8u%10d%8d%8d%14d\n", kind.name, seeds, counted.finished, counted.marked,
+    std::printf("%-20s%8u%10d%8d%8d%14d\n", kind.name, seeds, counted.finished, counted.marked,
                 counted.wrong, counted.wrongMarked);
   }
   return 0;
