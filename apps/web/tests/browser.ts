@@ -56,13 +56,7 @@ export const acquainted: Readonly<Record<string, string>> = {
 interface FramesTaken {
   /** How many the camera's video has handed to the page. */
   readonly handed: number;
-  /** How many were measured. */
-  readonly frames: number;
-  /** When the camera took the last of its own. */
-  readonly seconds: number;
-  /** Seconds without a new one, on a machine too busy for a generated camera. */
-  readonly stalled: number;
-  /** From a frame to the next, where more ticks lie between them than are filled, in seconds. */
+  /** From a frame to the next, in seconds, where that is longer than a camera takes. */
   readonly gaps: readonly number[];
 }
 
@@ -150,10 +144,12 @@ export class Visit {
   /** Measures to the end and tells how often: a stalled camera's finger is measured once more. */
   async measure(): Promise<number> {
     for (let measurements = 1; ; ++measurements) {
-      const before = await this.framesTaken();
+      const before = (await this.framesTaken()).gaps.length;
       await this.startMeasuring();
       await this.page.getByText("FINISHED").waitFor({ timeout: 60_000 });
-      const stalled = (await this.framesTaken()).stalled - before.stalled;
+      const gaps = (await this.framesTaken()).gaps.slice(before);
+      // Not the time between two recordings.
+      const stalled = gaps.filter((gap) => gap < 1).reduce((sum, gap) => sum + gap, 0);
       // Half a second less of the recording shows a finger that is too slow by two beats a minute.
       if (stalled < 0.4 || measurements === 4) return measurements;
       console.log(`the camera stalled for ${stalled.toFixed(1)} s; measuring once more`);
@@ -276,11 +272,8 @@ function addTorch(kind: Exclude<NonNullable<Visitor["torch"]>, false>): void {
   const own = Object.getOwnPropertyDescriptors(tracks);
   tracks.getCapabilities = function (): MediaTrackCapabilities {
     const torch = kind === "listed" ? [false, true] : true;
-    return {
-      ...own.getCapabilities.value?.call(this),
-      torch,
-      exposureMode: ["continuous"],
-    } as never;
+    const modes = { torch, exposureMode: ["continuous"] };
+    return { ...own.getCapabilities.value?.call(this), ...modes };
   };
   tracks.getSettings = function (): MediaTrackSettings {
     return { ...own.getSettings.value?.call(this), torch: lit.has(this) };
@@ -303,30 +296,20 @@ function addTorch(kind: Exclude<NonNullable<Visitor["torch"]>, false>): void {
   };
 }
 
-/** Counts the frames that are measured, by the line that is logged for each. */
-function countFrames(videoTime: "runs" | "stands"): void {
-  const taken = { handed: 0, frames: 0, seconds: 0, stalled: 0, gaps: [] as number[] };
+/** Follows the frames that the camera's video hands to the page. */
+function followFrames(videoTime: "runs" | "stands"): void {
+  const taken = { handed: 0, gaps: [] as number[] };
   window.taken = taken;
-  const info = console.info.bind(console);
-  console.info = (line: string): void => {
-    if (line.startsWith("red ")) ++taken.frames;
-    info(line);
+  let last = Infinity;
+  const videos = HTMLVideoElement.prototype as {
+    requestVideoFrameCallback: (this: unknown, callback: VideoFrameRequestCallback) => number;
   };
-  const videos = HTMLVideoElement.prototype;
-  const { requestVideoFrameCallback: request } = videos as {
-    requestVideoFrameCallback: (
-      this: HTMLVideoElement,
-      callback: VideoFrameRequestCallback,
-    ) => number;
-  };
+  const { requestVideoFrameCallback: request } = videos;
   videos.requestVideoFrameCallback = function (callback): number {
     return request.call(this, (now, frame) => {
       const seconds = (frame.captureTime ?? now) / 1000;
-      const gap = seconds - taken.seconds;
-      // A longer one is the time between two recordings.
-      if (gap > 0.1 && gap < 1) taken.stalled += gap;
-      if (gap > 5 / 15 && taken.handed > 0) taken.gaps.push(gap);
-      taken.seconds = seconds;
+      if (seconds - last > 0.1) taken.gaps.push(seconds - last);
+      last = seconds;
       ++taken.handed;
       callback(now, videoTime === "runs" ? frame : { ...frame, mediaTime: 0 });
     });
@@ -395,7 +378,7 @@ export async function visitPage(visitor: Visitor = {}): Promise<Visit> {
   const { lacks, torch = true, videoTime = "runs", stored = acquainted } = visitor;
   await context.addInitScript(keepAddresses);
   await context.addInitScript(addSwitch);
-  await context.addInitScript(countFrames, videoTime);
+  await context.addInitScript(followFrames, videoTime);
   if (torch !== false) await context.addInitScript(addTorch, torch);
   if (lacks === "the core") await context.route("**/*.wasm", (route) => route.abort());
   else if (lacks) await context.addInitScript(takeAway, lacks);

@@ -3,6 +3,7 @@ import { readFileSync } from "node:fs";
 
 import { expect, it } from "vitest";
 
+import { LocalStorage } from "../../../platform/web/storage";
 import { acquainted, visitPage } from "./browser";
 import { inspect } from "./inspect";
 
@@ -63,4 +64,25 @@ it("a damaged history is told, kept as it is, and can be saved and set aside", a
       .map((key) => JSON.parse(localStorage.getItem(key) ?? "") as string),
   );
   expect(kept).toEqual([damaged]);
+});
+
+it("makes all changes that belong together, or none", () => {
+  const items = new Map([["veyla/first", "before"]]);
+  const localStorage = {
+    getItem: (key: string): string | null => items.get(key) ?? null,
+    setItem(key: string, text: string): void {
+      if (text.length > 6) throw new Error("too large");
+      items.set(key, text);
+    },
+    removeItem: (key: string): boolean => items.delete(key),
+  };
+  Object.assign(globalThis, { window: { localStorage } });
+  const storage = new LocalStorage(() => undefined);
+  const failure = storage.write([
+    ["first", "after"],
+    ["second", "new"],
+    ["third", "too large"],
+  ]);
+  expect(failure).toContain("refuses");
+  expect([...items]).toEqual([["veyla/first", "before"]]);
 });
