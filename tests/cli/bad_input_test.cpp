@@ -3,12 +3,6 @@
 namespace veyla {
 namespace {
 
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-
 using BadInputTest = Program;
 
 TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
@@ -156,7 +150,7 @@ TEST_F(BadInputTest, SettingsThatCannotBeMeasuredWithAreNamed) {
   refused("iphone6s\"", "other\"", ": has no entry for the profile \"iphone6s\"");
   refused("rawDataSize\": ", "rawDataSize\": 9",
           ": entry 7 (\"iphone6s\"): \"rawDataSize\" is not");
-  EXPECT_THAT(namesIn(), testing::ElementsAre("settings"));
+  EXPECT_THAT(namesIn(), ElementsAre("settings"));
 }
 
 TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {

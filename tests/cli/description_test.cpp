@@ -3,8 +3,6 @@
 namespace veyla {
 namespace {
 
-using testing::HasSubstr;
-
 class DescriptionTest : public Program {
  protected:
   /// What bash offers for the last of these words.
@@ -46,7 +44,7 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
            {{"history", "label", "1", "'Sleep (A"}, {"Sleep (After)"}},
            {{"measure", "my"}, {"my film.mp4", "my data"}},
            {{"measure", "--json", "--data", "my"}, {"my data"}}}) {
-    EXPECT_THAT(completed(joined({"veyla"}, words)), testing::UnorderedElementsAreArray(offered));
+    EXPECT_THAT(completed(joined({"veyla"}, words)), UnorderedElementsAreArray(offered));
   }
 }
 

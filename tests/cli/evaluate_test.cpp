@@ -3,11 +3,6 @@
 namespace veyla {
 namespace {
 
-using testing::ContainsRegex;
-using testing::EndsWith;
-using testing::StartsWith;
-using Json = nlohmann::json;
-
 constexpr const char* head = "time,heartrate,spo2\n";
 
 using EvaluateTest = Program;
@@ -97,9 +92,8 @@ TEST_F(EvaluateTest, ABrokenRecordingIsToldAndTheOthersAreMeasured) {
   EXPECT_EQ(bare.status, 3);
   EXPECT_THAT(bare.out, ContainsRegex("\nb +1 +1 .* -- +-- +-- +-- +-- +-- +-- +-- +--\n"))
       << "rows that come later say nothing";
-  EXPECT_THAT(bare.error,
-              testing::MatchesRegex("veyla: --plots: no window has both .*\nveyla: .*a.mp4: .*; "
-                                    "left out\n"));
+  EXPECT_THAT(bare.error, MatchesRegex("veyla: --plots: no window has both .*\nveyla: .*a.mp4: .*; "
+                                       "left out\n"));
 }
 
 TEST_F(EvaluateTest, RecordedFingersAreMeasuredAsWellAsIsClaimed) {

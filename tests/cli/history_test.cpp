@@ -2,42 +2,19 @@
 
 #include <cmath>
 
-#include "platform/linux/sqlite_key_value_store.h"
 #include "tests/cli/program.h"
 
 namespace veyla {
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
-
-/// With the label of this number alone.
-Value entry(double hr, double spo2, double seconds, std::size_t label = 7) {
-  Value::Array labels;
-  for (std::size_t i = 0; i < 7; ++i) labels.emplace_back(i == label);
-  return Value::Dictionary{{"hr", hr}, {"spo2", spo2}, {"date", Date{seconds}}, {"labels", labels}};
-}
-
 class HistoryTest : public Program {
  protected:
   // Dates with plain spaces.
   HistoryTest() { environment["LC_ALL"] = "C"; }
-  /// Oldest first.
-  void keep(const Value& values) const {
-    SqliteKeyValueStore store(data);
-    store.setValue("values", values);
-    store.synchronize();
-    EXPECT_FALSE(store.failure());
-  }
   void keepThree() const {
     keep(Value::Array{entry(60.4, 95.5, 1709640000, 0), entry(0, 97.4, 1709650000, 3),
                       entry(static_cast<double>(110.3847F), 0, 1720000000)});
   }
-  Value kept() const { return SqliteKeyValueStore(data).value("values").value_or(Value()); }
-
   static Arguments onData(const Arguments& arguments) {
     return joined(joined({"history"}, arguments), {"--data", "data"});
   }
@@ -57,7 +34,7 @@ TEST_F(HistoryTest, TheListIsNewestFirstAndAligned) {
   EXPECT_THAT(printed({}), StartsWith("1  2024/07/03 18:46  110 bpm   --\n"));
 
   // As it was measured, in single precision.
-  EXPECT_EQ(json({"history", "--data", data}), nlohmann::json::parse(R"x([
+  EXPECT_EQ(json({"history", "--data", data}), Json::parse(R"x([
       {"number": 1, "date": "2024-07-03T09:46:40.000Z", "heartrate": 110.3847, "spo2": null,
        "labels": []},
       {"number": 2, "date": "2024-03-05T14:46:40.000Z", "heartrate": null, "spo2": 97.4,
@@ -69,7 +46,7 @@ TEST_F(HistoryTest, TheListIsNewestFirstAndAligned) {
 TEST_F(HistoryTest, AHistoryThatIsNotThereIsEmptyAndIsNotMade) {
   EXPECT_EQ(done({"history"}),
             "No measurements in " + file("home/veyla") + " yet: veyla measure saves them there.\n");
-  EXPECT_EQ(json({"history"}), nlohmann::json::array());
+  EXPECT_EQ(json({"history"}), Json::array());
   EXPECT_THAT(done({"health"}), HasSubstr("not decided yet"));
   for (const char* command : {"history", "health"}) {
     const Result exported = run({command, "export", "-o", "-"});

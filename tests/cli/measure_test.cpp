@@ -5,15 +5,6 @@
 namespace veyla {
 namespace {
 
-using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::MatchesRegex;
-using testing::Not;
-using Json = nlohmann::json;
-
 /// The widest that a value may lie off: a bin of the spectrum.
 constexpr double bin = 0.88;
 

@@ -3,11 +3,6 @@
 namespace veyla {
 namespace {
 
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-
 class PicturesTest : public Program {
  protected:
   /// Width and height of a PNG in pixels; none of what is not a whole one.

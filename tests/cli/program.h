@@ -15,10 +15,24 @@
 #include <sstream>
 #include <vector>
 
+#include "platform/linux/sqlite_key_value_store.h"
 #include "tests/linux/scratch.h"
 
 /// Runs the program itself, as a shell would, and keeps what it says.
 namespace veyla {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ContainsRegex;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::Not;
+using testing::StartsWith;
+using testing::UnorderedElementsAreArray;
+using Json = nlohmann::json;
 
 struct Result {
   /// As a shell tells it: 128 more than a signal that ended the program.
@@ -38,6 +52,13 @@ inline std::size_t countOf(const std::string& part, const std::string& text) {
   std::size_t count = 0;
   for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at) ++count;
   return count;
+}
+
+/// An entry of the history with the label of this number alone.
+inline Value entry(double hr, double spo2, double seconds, std::size_t label = 7) {
+  Value::Array labels;
+  for (std::size_t i = 0; i < 7; ++i) labels.emplace_back(i == label);
+  return Value::Dictionary{{"hr", hr}, {"spo2", spo2}, {"date", Date{seconds}}, {"labels", labels}};
 }
 
 /// The most columns that a line takes: sequences of a terminal take none, a character one.
@@ -83,6 +104,15 @@ class Program : public testing::Test {
     arguments.insert(arguments.end(), more.begin(), more.end());
     return arguments;
   }
+  /// The history, oldest first.
+  void keep(const Value& values) const {
+    SqliteKeyValueStore store(data);
+    store.setValue("values", values);
+    store.synchronize();
+    EXPECT_FALSE(store.failure());
+  }
+  Value kept() const { return SqliteKeyValueStore(data).value("values").value_or(Value()); }
+
   /// Makes a program of this name and script that is found before the system's own.
   void provide(const std::string& name, const std::string& script) {
     std::filesystem::create_directories(file("bin"));
@@ -174,18 +204,17 @@ class Program : public testing::Test {
     return {ended(child), output, ""};
   }
 
-  nlohmann::json json(const Arguments& arguments, int status = 0) const {
+  Json json(const Arguments& arguments, int status = 0) const {
     const Result result = run(joined(arguments, {"--json"}));
     EXPECT_EQ(result.status, status) << result.error;
-    return nlohmann::json::parse(result.out, nullptr, false);
+    return Json::parse(result.out, nullptr, false);
   }
 
   /// Expects nothing on standard output, and on standard error one line with `part`.
   static void expectRefused(const Result& result, int status, const std::string& part) {
     EXPECT_EQ(result.status, status) << result.error;
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.error,
-                testing::AllOf(testing::StartsWith("veyla: "), testing::HasSubstr(part)));
+    EXPECT_THAT(result.error, AllOf(StartsWith("veyla: "), HasSubstr(part)));
     EXPECT_EQ(linesOf(result.error).size(), 1U) << result.error;
   }
 

@@ -3,12 +3,6 @@
 namespace veyla {
 namespace {
 
-using testing::AllOf;
-using testing::ContainsRegex;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
-
 class TerminalTest : public Program {
  protected:
   const Arguments measure{"measure", "--no-save"};
