@@ -165,4 +165,23 @@ void GridAverager::splitChannels() {
   }
 }
 
+AveragedFrame averagedFrame(const FramePixels& pixels, bool wholeFrame, std::span<const int> cells,
+                            GridAverager& averager) {
+  const auto& [address, width, height, bytesPerRow] = pixels;
+  AveragedFrame frame;
+  if (wholeFrame) {
+    frame.record = averageWholeFrame(address, width, height, bytesPerRow, &frame.colours);
+    return frame;
+  }
+  frame.record = averager.average(address, width, height, cells);
+  const FrameSample& means = frame.record;
+  frame.colours = {means.red, means.green, means.blue, averager.cells()};
+  return frame;
+}
+
+AveragedFrame averagedFrame(const FrameSample& means, bool wholeFrame) {
+  return {wholeFrame ? wholeFrameRecord(means) : means,
+          {means.red, means.green, means.blue, std::nullopt}};
+}
+
 }  // namespace veyla

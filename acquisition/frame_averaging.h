@@ -60,4 +60,18 @@ class GridAverager {
   std::vector<double> blueMedians_;
 };
 
+/// Where a frame's pixels lie; valid as long as its buffer is locked or not yet released.
+struct FramePixels {
+  const std::uint8_t* address = nullptr;
+  std::size_t width = 0;
+  std::size_t height = 0;
+  std::size_t bytesPerRow = 0;
+};
+
+/// What a measurement takes from a frame: of all its pixels, or of these cells by `averager`.
+AveragedFrame averagedFrame(const FramePixels& pixels, bool wholeFrame, std::span<const int> cells,
+                            GridAverager& averager);
+/// The same of a frame whose channel means alone are known.
+AveragedFrame averagedFrame(const FrameSample& means, bool wholeFrame);
+
 }  // namespace veyla

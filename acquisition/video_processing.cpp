@@ -184,33 +184,21 @@ std::shared_ptr<CaptureDevice> VideoProcessing::backFacingCamera() const {
 
 void VideoProcessing::captureOutput(PixelBuffer& didOutputSampleBuffer) {
   PixelBuffer& buffer = didOutputSampleBuffer;
-  AveragedFrame frame;
-  if (isIphone4_) {
-    // The buffer stays locked: it is released whole after the callback.
-    if (!buffer.lockBaseAddress()) return;
-    frame.record = averageWholeFrame(buffer.baseAddress(), buffer.width(), buffer.height(),
-                                     buffer.bytesPerRow(), &frame.colours);
-    captureOutput(frame);
-    return;
-  }
-
-  buffer.lockBaseAddress();
-  const std::size_t width = buffer.width();
-  const std::size_t height = buffer.height();
-  const std::uint8_t* pixels = buffer.baseAddress();
-  buffer.unlockBaseAddress();
-
+  const bool isLocked = buffer.lockBaseAddress();
+  if (isIphone4_ && !isLocked) return;
+  const FramePixels pixels{buffer.baseAddress(), buffer.width(), buffer.height(),
+                           buffer.bytesPerRow()};
   cells_.clear();
-  Utils::appendCells(Utils::getSpo2Settings("grids"), cells_);
-  frame.record = gridAverager_.average(pixels, width, height, cells_);
-  frame.colours = {frame.record.red, frame.record.green, frame.record.blue, gridAverager_.cells()};
-  captureOutput(frame);
+  if (!isIphone4_) {
+    // A whole frame's buffer stays locked: it is released after the callback.
+    buffer.unlockBaseAddress();
+    Utils::appendCells(Utils::getSpo2Settings("grids"), cells_);
+  }
+  captureOutput(averagedFrame(pixels, isIphone4_, cells_, gridAverager_));
 }
 
 void VideoProcessing::captureOutput(const FrameSample& didOutputSample) {
-  const FrameSample& sample = didOutputSample;
-  captureOutput(AveragedFrame{isIphone4_ ? wholeFrameRecord(sample) : sample,
-                              {sample.red, sample.green, sample.blue, std::nullopt}});
+  captureOutput(averagedFrame(didOutputSample, isIphone4_));
 }
 
 void VideoProcessing::captureOutput(const AveragedFrame& didOutputFrame) {

@@ -18,10 +18,6 @@ std::vector<int> measuredCells(const Resources& resources, const std::string& pr
   return cells;
 }
 
-FrameColours coloursOf(const FrameSample& means, std::optional<FrameCells> cells = {}) {
-  return {means.red, means.green, means.blue, cells};
-}
-
 }  // namespace
 
 FrameAverager::FrameAverager(const Resources& resources, const std::string& device)
@@ -29,20 +25,14 @@ FrameAverager::FrameAverager(const Resources& resources, const std::string& devi
       cells_(measuredCells(resources, Utils::profileOf(device))) {}
 
 void FrameAverager::captureOutput(PixelBuffer& didOutputSampleBuffer) {
-  const PixelBuffer& pixels = didOutputSampleBuffer;
-  if (averagesWholeFrame_) {
-    frame_.record = averageWholeFrame(pixels.baseAddress(), pixels.width(), pixels.height(),
-                                      pixels.bytesPerRow(), &frame_.colours);
-  } else {
-    frame_.record =
-        averager_.average(pixels.baseAddress(), pixels.width(), pixels.height(), cells_);
-    frame_.colours = coloursOf(frame_.record, averager_.cells());
-  }
+  const PixelBuffer& buffer = didOutputSampleBuffer;
+  frame_ =
+      averagedFrame({buffer.baseAddress(), buffer.width(), buffer.height(), buffer.bytesPerRow()},
+                    averagesWholeFrame_, cells_, averager_);
 }
 
 void FrameAverager::captureOutput(const FrameSample& didOutputSample) {
-  const FrameSample& means = didOutputSample;
-  frame_ = {averagesWholeFrame_ ? wholeFrameRecord(means) : means, coloursOf(means)};
+  frame_ = averagedFrame(didOutputSample, averagesWholeFrame_);
 }
 
 }  // namespace veyla
