@@ -1,7 +1,9 @@
 // The built page in a real browser at a phone's size, with a recording as its camera.
-import { mkdirSync } from "node:fs";
+import { readFileSync } from "node:fs";
+import { createRequire } from "node:module";
 import { fileURLToPath } from "node:url";
 
+import type { AxeResults } from "axe-core";
 import {
   type Browser,
   type BrowserContext,
@@ -15,9 +17,7 @@ import { afterAll, expect, onTestFinished } from "vitest";
 const root = fileURLToPath(new URL("..", import.meta.url));
 const build = fileURLToPath(new URL("../../../build/", import.meta.url));
 
-/** Where pictures of the screens are kept to be looked at. */
-const pictures = `${build}web-pictures/`;
-mkdirSync(pictures, { recursive: true });
+const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
 
 /** How one visitor comes. */
 export interface Visitor {
@@ -53,6 +53,26 @@ export const acquainted: Readonly<Record<string, string>> = {
   "veyla/healthPermissions": '{"heartRate":true,"oxygenSaturation":true}',
 };
 
+/** A measurement that somebody has made before the test. */
+export interface Entry {
+  readonly hr: number;
+  readonly spo2: number;
+  /** Seconds since 1970. */
+  readonly date: number;
+  readonly labels?: readonly number[];
+}
+
+/** What the browser stores for these entries, oldest first. */
+export function storedHistory(history: readonly Entry[]): Readonly<Record<string, string>> {
+  const values = history.map(({ hr, spo2, date, labels }) => ({
+    hr,
+    spo2,
+    date: { $date: date },
+    labels: Array.from({ length: 7 }, (_, label) => labels?.includes(label) ?? false),
+  }));
+  return { ...acquainted, "veyla/values": JSON.stringify(values) };
+}
+
 interface FramesTaken {
   /** How many the camera's video has handed to the page. */
   readonly handed: number;
@@ -67,6 +87,7 @@ declare global {
     /** What the torch has done, in its order: lit, and gone out. */
     lights: boolean[];
     taken: FramesTaken;
+    axe: { run(): Promise<AxeResults> };
     setInFront(inFront: boolean): void;
   }
 }
@@ -161,6 +182,11 @@ export class Visit {
     return this.page.evaluate(() => window.taken);
   }
 
+  /** The history as it is stored, oldest first. */
+  async values(): Promise<{ hr: number; spo2: number; labels: boolean[] }[]> {
+    return JSON.parse((await this.stored("values")) ?? "[]") as never;
+  }
+
   /** What the core has stored under a key, as text. */
   stored(key: string): Promise<string | null> {
     return this.page.evaluate((item) => localStorage.getItem(item), `veyla/${key}`);
@@ -229,9 +255,17 @@ export class Visit {
     await session.detach();
   }
 
-  async picture(name: string): Promise<void> {
+  /** Keeps a picture of the screen to be looked at, and asks axe-core whether everybody can use it. */
+  async inspect(screen: string): Promise<void> {
     await this.still();
-    await this.page.screenshot({ path: `${pictures}${name}.png` });
+    await this.page.screenshot({ path: `${build}web-pictures/${screen}.png` });
+    await this.page.evaluate(axe);
+    const { passes, violations } = await this.page.evaluate(() => window.axe.run());
+    expect(passes.length, screen).toBeGreaterThan(0);
+    const serious = violations
+      .filter(({ impact }) => impact === "serious" || impact === "critical")
+      .map(({ id, nodes }) => `${id}: ${nodes.map(({ html }) => html).join(" ")}`);
+    expect(serious, screen).toEqual([]);
   }
 }
 

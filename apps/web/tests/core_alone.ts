@@ -55,12 +55,10 @@ export async function coreAlone(
     text: browserText,
     camera: views({ authorization: () => "granted" }),
     canvas: views({ measureText: () => ({ width: 0, ascent: 0, descent: 0 }) }),
-    health: views(),
-    screens: views(),
-    alerts: views(),
-    measuring: views(),
-    intro: views(),
-    actionSheet: views(),
-    sharing: views(),
+    ...Object.fromEntries(
+      ["health", "screens", "alerts", "measuring", "intro", "actionSheet", "sharing"].map(
+        (name) => [name, views()],
+      ),
+    ),
   });
 }

@@ -3,9 +3,7 @@
 import type { Locator } from "playwright-core";
 import { expect, it } from "vitest";
 
-import { type Visit, visitPage, type Visitor } from "./browser";
-import { inspect } from "./inspect";
-import { storedHistory } from "./stored_history";
+import { storedHistory, type Visit, type Visitor, visitPage } from "./browser";
 
 /** Of what can be tapped or read, what cannot be brought onto the screen or is cut off. */
 function outOfReach(visit: Visit): Promise<string[]> {
@@ -60,7 +58,7 @@ it.each<Visitor & { readonly name: string; readonly letters?: number }>([
     await page.addStyleTag({ content: `html { font-size: ${letters}px !important }` });
   const check = async (screen: string): Promise<void> => {
     await visit.settled();
-    await inspect(visit, `look-${name}-${screen}`);
+    await visit.inspect(`look-${name}-${screen}`);
     expect(await outOfReach(visit), screen).toEqual([]);
   };
   const bottomOf = async (place: Locator): Promise<number> => {

@@ -4,9 +4,7 @@ import { readFileSync } from "node:fs";
 import type { Locator } from "playwright-core";
 import { expect, it } from "vitest";
 
-import { type Visit, visitPage, type Visitor } from "./browser";
-import { inspect } from "./inspect";
-import { type Entry, storedHistory } from "./stored_history";
+import { type Entry, storedHistory, type Visit, type Visitor, visitPage } from "./browser";
 
 /** 5 March 2024, 14:07:21 UTC. */
 const march = 1709647641;
@@ -71,8 +69,9 @@ it("shows entries and their labels, and stores every tap", async () => {
     { tap: "Resting", leaves: { shown: ["Resting"], stored: [0] } },
   ]) {
     await chooser(visit).getByText(tap, { exact: true }).click();
-    const values = JSON.parse((await visit.stored("values")) ?? "") as { labels: boolean[] }[];
-    const stored = values[1]?.labels.flatMap((flag, label) => (flag ? [label] : []));
+    const stored = (await visit.values())[1]?.labels.flatMap((flag, label) =>
+      flag ? [label] : [],
+    );
     expect({ shown: await checked.allTextContents(), stored }, tap).toEqual(leaves);
   }
   await chooser(visit).getByText("Close").click();
@@ -103,7 +102,7 @@ it("takes rows away from the chooser, by a swipe and by the selection", async ()
   ]);
   const option = page.locator("ion-item-option").nth(1);
   await option.waitFor({ state: "visible" });
-  await inspect(visit, "results-swiped");
+  await visit.inspect("results-swiped");
   await option.click();
   await expect.poll(rates).toBe("66 63 62 61 60");
   await visit.still();
@@ -112,8 +111,7 @@ it("takes rows away from the chooser, by a swipe and by the selection", async ()
   for (const row of [0, 2, 3]) await page.locator(".result").nth(row).click();
   await inToolbar(visit, "Delete").click();
   await expect.poll(rates).toBe("63 60");
-  const stored = JSON.parse((await visit.stored("values")) ?? "") as { hr: number }[];
-  expect(stored.map(({ hr }) => hr)).toEqual([60, 63]);
+  expect((await visit.values()).map(({ hr }) => hr)).toEqual([60, 63]);
   // Out of editing again.
   await visit.tap("Edit");
   await visit.tap("All");
@@ -128,7 +126,7 @@ it("selects all and none, and shares the selection as it is asked to", async () 
   await visit.tap("Edit");
   await visit.tap("All");
   expect(await checked.count()).toBe(3);
-  await inspect(visit, "results-editing");
+  await visit.inspect("results-editing");
   await visit.tap("None");
   expect(await checked.count()).toBe(0);
   await expect.poll(() => page.locator(".results-toolbar[inert]").count()).toBe(1);
@@ -138,7 +136,7 @@ it("selects all and none, and shares the selection as it is asked to", async () 
 
   // Whoever cancels the choice is offered the file as well.
   await inToolbar(visit, "Share").click();
-  await inspect(visit, "share");
+  await visit.inspect("share");
   await visit.tap("Cancel");
   const [download] = await Promise.all([page.waitForEvent("download"), visit.tap(/^Save veyla/)]);
   expect(download.suggestedFilename()).toMatch(/^veyla-data-\d{8}\.csv$/);
@@ -282,7 +280,7 @@ it("charts daily means by period and label, both at one time, to be dragged and 
     const [left = NaN, right = NaN] = Object.values(dates);
     return right - left;
   };
-  await inspect(visit, "charts-zoomed");
+  await visit.inspect("charts-zoomed");
   expect(between(close) / between(whole)).toBeCloseTo(2, 0);
   // What lies to the right comes.
   const [date = "", place = NaN] = Object.entries(close).at(-1) ?? [];
@@ -295,7 +293,7 @@ it("charts daily means by period and label, both at one time, to be dragged and 
   // By a key: a tap that follows a drag too soon belongs to it.
   await visit.button("Choose Label").press("Enter");
   await page.getByRole("dialog", { name: "Choose label" }).waitFor();
-  await inspect(visit, "charts-labels");
+  await visit.inspect("charts-labels");
   await visit.tap("Training (Before)");
   await page.getByText("Not enough heartrate data").waitFor();
   await page.getByText("Not enough SpO2 data").waitFor();

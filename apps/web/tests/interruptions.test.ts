@@ -2,7 +2,6 @@
 import { expect, it } from "vitest";
 
 import { type Visit, visitPage, type Visitor } from "./browser";
-import { inspect } from "./inspect";
 
 const instruction = "Tap START to begin - don't cover camera";
 
@@ -189,7 +188,7 @@ it("a camera that is taken away ends it, and is told", async () => {
   await visit.startMeasuring();
   await tellCamera(visit, "ended");
   await visit.alert("Camera lost").waitFor();
-  await inspect(visit, "alert-camera-lost");
+  await visit.inspect("alert-camera-lost");
   await expectLost();
 
   // A moment's silence is none of it: what ended it later would come before the next one's end.
@@ -221,7 +220,7 @@ it.each<Visitor>([
   await visit.alert("Torch not found or not supported by this device.").waitFor();
   if (visitor.torch === false) {
     await visit.alert("Error").getByText("Done").click();
-    await inspect(visit, "alert-no-torch");
+    await visit.inspect("alert-no-torch");
   }
   await visit.tap("OK");
   await visit.tap("STOP");
@@ -241,7 +240,7 @@ it.each<Visitor>([
   // Other phones have no such Settings App as the text speaks of.
   const help = await alert.getByText("In this browser: tap").count();
   expect(help).toBe(visitor.userAgent === undefined ? 1 : 0);
-  await inspect(visit, "alert-no-camera-access");
+  await visit.inspect("alert-no-camera-access");
   await visit.tap("Done");
   await expectIdle(visit);
   // A refusal, not a question that is still open.
@@ -267,7 +266,7 @@ it.each<{ visitor: Visitor; notice?: string; alert?: string }>([
   const visit = await visitPage(visitor);
   if (notice !== undefined) {
     await visit.alert(notice).waitFor();
-    await inspect(visit, `notice-${notice}`);
+    await visit.inspect(`notice-${notice}`);
   }
   if (notice !== undefined && alert !== undefined) await visit.tap("Close");
   if (alert !== undefined) {

@@ -3,9 +3,8 @@
 import { expect, it } from "vitest";
 
 import type { AccessoryButton, AlertShown, Appearance, ChartSettings } from "../src/page";
-import { type Visit, visitPage } from "./browser";
+import { storedHistory, type Visit, visitPage } from "./browser";
 import { coreAlone, listener, type Said } from "./core_alone";
-import { storedHistory } from "./stored_history";
 
 const history = storedHistory([{ hr: 60, spo2: 97, date: Math.floor(Date.now() / 1000) }]);
 

@@ -4,14 +4,8 @@ import { readFileSync } from "node:fs";
 import { expect, it } from "vitest";
 
 import { visitPage } from "./browser";
-import { inspect } from "./inspect";
 
 const finished = { timeout: 60_000 };
-
-interface StoredEntry {
-  readonly hr: number;
-  readonly spo2: number;
-}
 
 it("a finger is measured at the first visit, after introduction and notice", async () => {
   const visit = await visitPage({ stored: {} });
@@ -20,7 +14,7 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   // The introduction, page by page.
   for (const title of ["Step 1: Calibrate", "Step 2: Ready", "Step 3: Wait", "Step 4: Done"]) {
     await visit.heading(title).waitFor();
-    await inspect(visit, `intro-${title.slice(5, 6)}`);
+    await visit.inspect(`intro-${title.slice(5, 6)}`);
     if (await visit.button("Next page").isEnabled()) await visit.tap("Next page");
   }
   // It stays, however often somebody asks to leave it.
@@ -29,20 +23,20 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   expect(await visit.button("Skip").count()).toBe(0);
   await visit.tap("Done");
   await visit.alert("INTENDED USE").getByText("NOT INTENDED FOR MEDICAL USE").waitFor();
-  await inspect(visit, "notice");
+  await visit.inspect("notice");
   await visit.alert("INTENDED USE").getByText("Done").click();
   await visit.heading("Health records").waitFor();
-  await inspect(visit, "health");
+  await visit.inspect("health");
   await page.locator("dialog ion-toggle").first().click();
   await visit.tap("Allow");
 
   await expect.poll(() => visit.element("labelGrey").textContent()).toContain("Tap START");
-  await inspect(visit, "measuring-initial");
+  await visit.inspect("measuring-initial");
   // No picture in between: taking one keeps frames from being taken.
   const measurements = await visit.measure();
-  await inspect(visit, "measuring-finished");
+  await visit.inspect("measuring-finished");
 
-  const entries = JSON.parse((await visit.stored("values")) ?? "[]") as StoredEntry[];
+  const entries = await visit.values();
   expect(entries).toHaveLength(measurements);
   const { hr = NaN, spo2 = NaN } = entries.at(-1) ?? {};
   const report = await visit.report();
@@ -132,16 +126,16 @@ it("a finger with low values ends with an alert that leads to the FAQ, and saves
   const visit = await visitPage({ camera: "low" });
   await visit.tap("START");
   await visit.alert("Starting ...").waitFor();
-  await inspect(visit, "measuring-countdown");
+  await visit.inspect("measuring-countdown");
   const curve = visit.element("chartFourierView");
   const isShown = (view: Element): boolean => view.checkVisibility({ opacityProperty: true });
   await expect.poll(() => curve.evaluate(isShown), finished).toBe(true);
-  await inspect(visit, "measuring-running");
+  await visit.inspect("measuring-running");
   await visit.alert("Got problems?").waitFor(finished);
-  await inspect(visit, "alert-got-problems");
+  await visit.inspect("alert-got-problems");
   await visit.tap("Read FAQ");
   await visit.page.locator("ion-accordion").first().waitFor();
-  await inspect(visit, "faq");
+  await visit.inspect("faq");
   expect(await visit.stored("values")).toBeNull();
 });
 
@@ -167,12 +161,12 @@ it("a finger that comes late, leaves and is too bright is told of, and doubted",
   await visit.startMeasuring();
   await expectTold("noFinger", "Move your finger over lens and light");
   // No frame is wanted while there is no finger.
-  await inspect(visit, "finger-absent");
+  await visit.inspect("finger-absent");
   await expectTold("good", "Finger in place");
   await expectTold("noFinger", "Move your finger over lens and light");
   await page.emulateMedia({ colorScheme: "dark" });
   await expectTold("tooBright", "Press more lightly");
-  await inspect(visit, "finger-too-bright-night");
+  await visit.inspect("finger-too-bright-night");
   await expectTold("good", "Finger in place");
 
   await page.getByText("FINISHED").waitFor(finished);
@@ -184,7 +178,7 @@ it("a finger that comes late, leaves and is too bright is told of, and doubted",
     "Unsure: this camera sees next to no blue light",
   );
   expect(await page.getByRole("status").filter({ hasText: doubt }).count()).toBe(1);
-  await inspect(visit, "doubt-absent-night");
+  await visit.inspect("doubt-absent-night");
   await page.emulateMedia({ colorScheme: "light" });
-  await inspect(visit, "doubt-absent");
+  await visit.inspect("doubt-absent");
 });

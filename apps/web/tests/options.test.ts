@@ -2,7 +2,6 @@
 import { expect, it } from "vitest";
 
 import { acquainted, type Visit, visitPage } from "./browser";
-import { inspect } from "./inspect";
 
 async function openOptions(): Promise<Visit> {
   const visit = await visitPage();
@@ -19,7 +18,7 @@ it("takes a valid e-mail address, refuses another, removes it, and sends feedbac
   await field.fill("somebody@example.museum");
   await visit.tap("Save");
   await visit.alert("Whoops!").waitFor();
-  await inspect(visit, "email-refused");
+  await visit.inspect("email-refused");
   await visit.tap("OK");
   await expect.poll(() => field.evaluate((input) => input.matches(":focus"))).toBe(true);
 
@@ -55,7 +54,7 @@ it("asks for a rating, and tells what is new after an update", async () => {
     },
   });
   await visit.alert("What's new in 0.1.0").getByText("Done").click();
-  await inspect(visit, "rating");
+  await visit.inspect("rating");
   await visit.tap("Rate Veyla");
   expect(await visit.addresses()).toEqual([expect.stringMatching(/^itms-apps:/)]);
   await expect.poll(() => visit.page.locator("dialog").count()).toBe(0);
@@ -69,13 +68,13 @@ it("leads to every page to read", async () => {
     await page.getByText(row, { exact: true }).first().click();
     await back.waitFor();
     await visit.settled();
-    await inspect(visit, `page-${row}`);
+    await visit.inspect(`page-${row}`);
     await back.click();
     await back.waitFor({ state: "detached" });
     await visit.settled();
   }
   await page.getByText("Release notes").click();
-  await inspect(visit, "release-notes");
+  await visit.inspect("release-notes");
   await visit.tap("Done");
 
   // The introduction once more, without the notice.

@@ -5,7 +5,6 @@ import { expect, it } from "vitest";
 
 import { LocalStorage } from "../../../platform/web/storage";
 import { acquainted, visitPage } from "./browser";
-import { inspect } from "./inspect";
 
 const entry =
   '{"hr":61.5,"spo2":97.25,"date":{"$date":1700000000.5},' +
@@ -33,7 +32,7 @@ it("a full store tells what was not saved and loses nothing", async () => {
   await page.getByRole("checkbox", { name: "Measure oxygen saturation" }).click();
   await visit.tap("START");
   await visit.heading("Not saved").first().waitFor({ timeout: 60_000 });
-  await inspect(visit, "storage-full");
+  await visit.inspect("storage-full");
   await page.getByText("FINISHED").waitFor();
   expect(await page.getByText("storage for the page is full").first().isVisible()).toBe(true);
   expect(await visit.stored("values")).toBe(values);
@@ -51,7 +50,7 @@ it("a damaged history is told, kept as it is, and can be saved and set aside", a
   await visit.swipe("right");
   await visit.heading("Damaged data").waitFor();
   await visit.settled();
-  await inspect(visit, "storage-damaged");
+  await visit.inspect("storage-damaged");
   const [download] = await Promise.all([page.waitForEvent("download"), visit.tap("Save a copy")]);
   expect(readFileSync(await download.path(), "utf8")).toBe(damaged);
   expect(await visit.stored("values")).toBe(damaged);

@@ -3,7 +3,6 @@ import type { JSHandle, Locator } from "playwright-core";
 import { expect, it } from "vitest";
 
 import { type Visit, visitPage } from "./browser";
-import { inspect } from "./inspect";
 
 interface Watched {
   /** Of the camera's streams: how many are being opened, and which have been. */
@@ -101,7 +100,7 @@ it("two taps on START do not close what the first one told", async () => {
     expect(await alert.isVisible(), `${spacing} ms`).toBe(true);
     expect(await visit.element("beginButton").getAttribute("aria-busy")).toBeNull();
     await visit.page.locator(".alert:not(.unseen)").waitFor();
-    if (spacing === 0) await inspect(visit, "alert-nothing-to-run");
+    if (spacing === 0) await visit.inspect("alert-nothing-to-run");
     // A tap beside it closes it, as its button would.
     await visit.page.touchscreen.tap(20, 20);
     await alert.waitFor({ state: "detached" });
