@@ -34,11 +34,9 @@ constexpr float mostColours = 0.2F;
 /// How much more cells may change each in its own way than all of them together, and what whole
 /// numbers of 8 bits amount to, in sums of three channels.
 constexpr float mostOwn = 2;
-constexpr float wholeSteps = 1;
-/// The same of what is told as movement: it has less time to show.
+constexpr float wholeSteps = 1.5F;
+/// Frames behind the look for what glides by.
 constexpr std::size_t glideWindow = 14;
-constexpr float leastGlide = 3;
-constexpr float leastGlideSteps = 2;
 /// What has been put down where the finger was: another level or another colour.
 constexpr float otherLevel = 0.35F;
 constexpr float otherColour = 0.12F;
@@ -150,9 +148,7 @@ bool FingerCoach::isMoving(const FrameColours& frame) const {
 }
 
 bool FingerCoach::glides() const {
-  if (std::min(unbroken_, cellsSeen_) < glideWindow) return false;
-  const Changes changes = changesOverNewest(glideWindow);
-  return changes.own > std::max(leastGlideSteps, leastGlide * changes.common);
+  return std::min(unbroken_, cellsSeen_) >= glideWindow && !cellsChangeAlike(glideWindow);
 }
 
 bool FingerCoach::looksUnlikeTheFinger(const FrameColours& frame) const {
@@ -170,14 +166,12 @@ bool FingerCoach::seesPulse() const {
     return false;
   }
   // A picture that glides by may repeat itself, too, each cell in its own way.
-  if (cellsSeen_ < count) return true;
-  const Changes changes = changesOverNewest(count);
-  return changes.own <= std::max(wholeSteps, mostOwn * changes.common);
+  return cellsSeen_ < count || cellsChangeAlike(count);
 }
 
-FingerCoach::Changes FingerCoach::changesOverNewest(std::size_t count) const {
-  // Within so many frames a pulse changes by most of its height.
-  constexpr std::size_t step = 6;
+bool FingerCoach::cellsChangeAlike(std::size_t count) const {
+  // Whole numbers hide what glides slowly for less.
+  constexpr std::size_t step = 10;
   constexpr auto cells = static_cast<float>(FrameCells::count);
   float common = 0;
   float own = 0;
@@ -194,7 +188,7 @@ FingerCoach::Changes FingerCoach::changesOverNewest(std::size_t count) const {
     }
   }
   const auto steps = static_cast<float>(count - step);
-  return {std::sqrt(common / steps), std::sqrt(own / steps)};
+  return std::sqrt(own / steps) <= std::max(wholeSteps, mostOwn * std::sqrt(common / steps));
 }
 
 void FingerCoach::Channel::add(float value) {

@@ -68,12 +68,9 @@ class FingerCoach {
   bool glides() const;
   bool looksUnlikeTheFinger(const FrameColours& frame) const;
   bool seesPulse() const;
-  /// How the cells changed over the newest frames: all of them together, and each in its own way.
-  struct Changes {
-    float common = 0;
-    float own = 0;
-  };
-  Changes changesOverNewest(std::size_t count) const;
+  /// Whether over the newest frames the cells changed with all of them rather than each in its own
+  /// way.
+  bool cellsChangeAlike(std::size_t count) const;
   void consider(std::optional<FingerState> verdict);
   /// The frame at which what the candidate tells of began.
   std::size_t beginningOf(std::optional<FingerState> verdict) const;
