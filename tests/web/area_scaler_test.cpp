@@ -52,7 +52,7 @@ TEST_F(AreaScalerTest, AveragesTheAreaUnderEachPixel) {
 
 TEST_F(AreaScalerTest, KeepsAnEvenColourAtEverySizeAndAPictureOfTheRightOne) {
   const Pixel color{255, 1, 77};
-  for (const auto& [w, h] : {std::pair{641U, 359U}, {144U, 192U}, {7U, 5U}}) {
+  for (const auto& [w, h] : {std::pair{641U, 359U}, {144U, 192U}, {7U, 5U}, {7680U, 2U}}) {
     scale(w, h, [&](auto, auto) { return color; });
     for (const auto& [x, y] : {std::pair{0U, 0U}, {191U, 143U}, {95U, 70U}}) {
       EXPECT_EQ(at(x, y), color) << w << 'x' << h;

@@ -15,7 +15,7 @@ std::vector<int> deliveries(double framesPerSecond, int count, double wavering) 
   FramePacer pacer;
   std::vector<int> delivered;
   for (int i = 0; i < count; ++i) {
-    const double late = i % 3 == 0 ? 0.8 * wavering : -0.2 * wavering;
+    const double late = i % 3 == 1 ? 0.8 * wavering : -0.2 * wavering;
     const Due due = pacer.frameAt(i / framesPerSecond + late);
     if (i > 0) delivered.push_back(due.delivered);
   }
