@@ -37,16 +37,6 @@ double spo2Over(const SyntheticFinger& finger, double start, double seconds) {
   return 100 * (1 - (red / low.red) / ((high.green - low.green - red) / low.blue));
 }
 
-ChannelMeans meanOf(const BgraFrame& frame) {
-  double sums[3] = {};
-  const std::size_t count = frame.width() * frame.height();
-  for (std::size_t i = 0; i < count; ++i) {
-    for (std::size_t c = 0; c < 3; ++c) sums[c] += frame.baseAddress()[4 * i + c];
-  }
-  const auto n = static_cast<double>(count);
-  return {sums[2] / n, sums[1] / n, sums[0] / n};
-}
-
 TEST(SyntheticFingerTest, GivesTheAskedSaturationOverAnyWindow) {
   for (const double spo2 : {50.0, 75.0, 90.0, 97.0, 99.0}) {
     for (const double bpm : {45.0, 72.0, 180.0}) {
@@ -133,21 +123,25 @@ TEST(FingerPainterTest, TheSameSeedDrawsTheSameFramesAndAnotherDoesNot) {
 
 TEST(FingerPainterTest, MeansKeepTheirFractionsUpToBothEnds) {
   for (const double noise : {0.0, 1.0, 4.0}) {
-    const FingerPainter painter(320, 240, noise, 1);
-    BgraFrame frame(320, 240);
-    std::int64_t index = 0;
+    const FingerPainter painter(192, 144, noise, 1);
+    BgraFrame frame(192, 144);
+    FrameCollector painted;
+    const auto paint = [&](const ChannelMeans& means) {
+      painter.paint(means, static_cast<std::int64_t>(painted.frames.size()), frame);
+      painted.captureOutput(static_cast<PixelBuffer&>(frame));
+      return painted.frames.back();
+    };
+    // Three deviations of the mean of all pixels, and of their rounding.
+    const double tolerance = 3 * (noise + 0.5) / std::sqrt(192.0 * 144) + 0.01;
     for (const double value : {0.0, 0.02, 0.4, 1.7, 30.25, 128.9, 230.0, 250.5, 254.6, 254.97}) {
-      painter.paint({value, 128.4, 255}, index++, frame);
-      const ChannelMeans mean = meanOf(frame);
-      // Three deviations of the mean of 76800 pixels, and of their rounding.
-      const double tolerance = 3 * (noise + 0.5) / std::sqrt(320.0 * 240) + 0.01;
+      const FrameSample mean = paint({value, 128.4, 255});
       EXPECT_NEAR(mean.red, value, tolerance) << noise;
       EXPECT_NEAR(mean.green, 128.4, tolerance);
       EXPECT_EQ(mean.blue, 255);
     }
-    painter.paint({-3, 300, 0}, 0, frame);
-    EXPECT_EQ(meanOf(frame).red, 0);
-    EXPECT_EQ(meanOf(frame).green, 255);
+    const FrameSample ends = paint({-3, 300, 0});
+    EXPECT_EQ(ends.red, 0);
+    EXPECT_EQ(ends.green, 255);
   }
 }
 
