@@ -269,26 +269,6 @@ export class Visit {
   }
 }
 
-/** Keeps addresses that belong to other programs and pages, which no test browser has. */
-function keepAddresses(): void {
-  window.lights = [];
-  window.addresses = [];
-  const { click } = HTMLAnchorElement.prototype as { click: (this: HTMLAnchorElement) => void };
-  HTMLAnchorElement.prototype.click = function (this: HTMLAnchorElement): void {
-    if (this.protocol === "blob:") click.call(this);
-    else window.addresses.push(this.href);
-  };
-}
-
-/** Has the page believe that it was brought to the front, or sent from there. */
-function addSwitch(): void {
-  window.setInFront = (inFront): void => {
-    const state = inFront ? "visible" : "hidden";
-    Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
-    document.dispatchEvent(new Event("visibilitychange"));
-  };
-}
-
 /**
  * Stands in for what no generated camera has, at the edge of the track: a torch, and a mode beside it. As
  * browsers may, it looks at the first of the advanced sets alone, and leaves out one that names both,
@@ -330,10 +310,21 @@ function addTorch(kind: Exclude<NonNullable<Visitor["torch"]>, false>): void {
   };
 }
 
-/** Follows the frames that the camera's video hands to the page. */
-function followFrames(videoTime: "runs" | "stands"): void {
+/** Prepares the page to be followed, and to be told what no test browser has. */
+function follow(videoTime: "runs" | "stands"): void {
   const taken = { handed: 0, gaps: [] as number[] };
-  window.taken = taken;
+  const setInFront = (inFront: boolean): void => {
+    const state = inFront ? "visible" : "hidden";
+    Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
+    document.dispatchEvent(new Event("visibilitychange"));
+  };
+  Object.assign(window, { lights: [], addresses: [], taken, setInFront });
+  const links = HTMLAnchorElement.prototype as { click: (this: HTMLAnchorElement) => void };
+  const { click } = links;
+  links.click = function (): void {
+    if (this.protocol === "blob:") click.call(this);
+    else window.addresses.push(this.href);
+  };
   let last = Infinity;
   const videos = HTMLVideoElement.prototype as {
     requestVideoFrameCallback: (this: unknown, callback: VideoFrameRequestCallback) => number;
@@ -389,7 +380,8 @@ function launch(camera: NonNullable<Visitor["camera"]>): Promise<Browser> {
 /** Opens the page; at the end of the test it is closed, and must have had no problems. */
 export async function visitPage(visitor: Visitor = {}): Promise<Visit> {
   const camera = visitor.camera ?? "72";
-  if (!browsers.has(camera)) browsers.set(camera, launch(camera));
+  const browser = browsers.get(camera) ?? launch(camera);
+  browsers.set(camera, browser);
   server ??= preview({
     root,
     configFile: `${root}vite.config.ts`,
@@ -397,8 +389,8 @@ export async function visitPage(visitor: Visitor = {}): Promise<Visit> {
     logLevel: "warn",
   });
   const context = await (
-    await browsers.get(camera)
-  )?.newContext({
+    await browser
+  ).newContext({
     viewport: { width: 390, height: 844 },
     deviceScaleFactor: 2,
     hasTouch: true,
@@ -408,11 +400,8 @@ export async function visitPage(visitor: Visitor = {}): Promise<Visit> {
     permissions: camera === "refused" ? [] : ["camera"],
     ...visitor,
   });
-  if (!context) throw new Error("no browser");
   const { lacks, torch = true, videoTime = "runs", stored = acquainted } = visitor;
-  await context.addInitScript(keepAddresses);
-  await context.addInitScript(addSwitch);
-  await context.addInitScript(followFrames, videoTime);
+  await context.addInitScript(follow, videoTime);
   if (torch !== false) await context.addInitScript(addTorch, torch);
   if (lacks === "the core") await context.route("**/*.wasm", (route) => route.abort());
   else if (lacks) await context.addInitScript(takeAway, lacks);
