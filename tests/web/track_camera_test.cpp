@@ -14,10 +14,11 @@ struct ScriptedTrack : VideoTrack {
   bool lit = false;
   /// Whether the torch does as it is told.
   bool obeys = true;
+  std::string state = "granted";
   std::vector<int> waiting;
   std::map<std::string, std::string> modes;
 
-  std::string authorization() const override { return "granted"; }
+  std::string authorization() const override { return state; }
   void request(int) override {}
   void open(int pending) override { waiting.push_back(pending); }
   void close() override { opened = lit = false; }
@@ -181,6 +182,18 @@ TEST_F(TrackCameraTest, ModesBearTheConstraintsNamesAndTheTorchTellsOfItself) {
     device.setTorchMode(LightMode::on);
     device.unlockForConfiguration();
     EXPECT_EQ(device.torchMode(), obeys ? LightMode::on : LightMode::off);
+  }
+}
+
+TEST_F(TrackCameraTest, TheBrowsersWordForTheCamerasPermissionIsUnderstood) {
+  const std::pair<const char*, CameraAuthorization> states[] = {
+      {"granted", CameraAuthorization::authorized},
+      {"denied", CameraAuthorization::denied},
+      {"prompt", CameraAuthorization::notDetermined},
+      {"", CameraAuthorization::unknown}};
+  for (const auto& [state, status] : states) {
+    track_.state = state;
+    EXPECT_EQ(camera_.authorizationStatus(), status) << state;
   }
 }
 
