@@ -67,12 +67,6 @@ ExitStatus exportRecords(const HealthOptions& options) {
              " yet: veyla health allow has them kept from then on");
   }
   requireApart("-o", options.output, file);
-  if (::access(file.c_str(), R_OK | W_OK) == 0) {
-    MemoryKeyValueStore permissions;
-    LibUuid uuids;
-    const FhirHealthStore mended(folder, permissions, uuids, {});
-    if (mended.repair()) complain(*mended.repair());
-  }
   const std::string records = FhirHealthStore::contentsIn(folder).value_or("");
 
   OutputFile output(options.output, Readers::ownerAlone);
@@ -81,9 +75,9 @@ ExitStatus exportRecords(const HealthOptions& options) {
   std::size_t firstDamaged = 0;
   std::size_t number = 0;
   for (std::size_t start = 0; start < records.size();) {
-    const std::size_t end = std::min(records.find('\n', start), records.size() - 1) + 1;
-    const std::string_view line = std::string_view(records).substr(start, end - start);
-    start = end;
+    const std::size_t end = std::min(records.find('\n', start), records.size());
+    const std::string line = records.substr(start, end - start) + '\n';
+    start = end + 1;
     ++number;
     const auto record = json.parse(line);
     if (record && record->dictionary()) {

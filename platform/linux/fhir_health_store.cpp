@@ -39,12 +39,18 @@ void check(bool done, const std::filesystem::path& file) {
   if (!done) throw StoreError(dataProblem(file, errno));
 }
 
-/// Whole lines: cuts a half one at the end off, and gives a whole one its end. Returns whether it
-/// had to.
-bool mendEnd(int descriptor, const std::filesystem::path& file) {
-  struct stat found {};
-  check(fstat(descriptor, &found) == 0, file);
-  off_t lineStart = found.st_size;
+void writeWhole(int descriptor, std::string_view text, const std::filesystem::path& file) {
+  const ssize_t written = write(descriptor, text.data(), text.size());
+  // A short write tells no reason; what stops a file in the middle is want of room.
+  if (written >= 0) errno = ENOSPC;
+  check(written == static_cast<ssize_t>(text.size()), file);
+  check(fsync(descriptor) == 0, file);
+}
+
+/// What follows the last line end.
+std::string unendedLine(int descriptor, const std::filesystem::path& file) {
+  off_t lineStart = lseek(descriptor, 0, SEEK_END);
+  check(lineStart >= 0, file);
   std::string line;
   constexpr off_t block = 4096;
   while (lineStart > 0) {
@@ -54,22 +60,34 @@ bool mendEnd(int descriptor, const std::filesystem::path& file) {
         pread(descriptor, piece.data(), piece.size(), start) == static_cast<ssize_t>(piece.size()),
         file);
     const std::size_t newline = piece.rfind('\n');
-    if (newline != std::string::npos) {
-      line.insert(0, piece, newline + 1);
-      break;
-    }
+    if (newline != std::string::npos) return line.insert(0, piece, newline + 1);
     line.insert(0, piece);
     lineStart = start;
   }
-  if (line.empty()) return false;
+  return line;
+}
+
+/// Whole lines: a record without its end gets it, and what is no record goes to a file beside this
+/// one, since it may be most of one. In a file of another place, which a link leads to, it stays.
+/// Returns what was done, as one line.
+std::optional<std::string> mendEnd(int descriptor, const std::filesystem::path& file) {
+  const std::string line = unendedLine(descriptor, file);
+  if (line.empty()) return std::nullopt;
   const auto json = NlohmannJsonParser().parse(line);
-  if (json && json->dictionary()) {
-    check(write(descriptor, "\n", 1) == 1, file);
-  } else {
-    check(ftruncate(descriptor, found.st_size - static_cast<off_t>(line.size())) == 0, file);
+  if ((json && json->dictionary()) || std::filesystem::is_symlink(file)) {
+    writeWhole(descriptor, "\n", file);
+    return file.string() +
+           ": its last line had no end and has been given it; nothing is left to do";
   }
+  const std::filesystem::path aside = file.string() + FhirHealthStore::asideSuffix;
+  const Descriptor kept(open(aside.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600));
+  check(kept.number() >= 0, aside);
+  writeWhole(kept.number(), line + "\n", aside);
+  const off_t size = lseek(descriptor, 0, SEEK_END);
+  check(ftruncate(descriptor, size - static_cast<off_t>(line.size())) == 0, file);
   check(fsync(descriptor) == 0, file);
-  return true;
+  return file.string() + ": its last line is no record and has been moved to " + aside.string() +
+         "; look there for what can be saved of it";
 }
 
 }  // namespace
@@ -82,11 +100,7 @@ FhirHealthStore::FhirHealthStore(const std::filesystem::path& folder, KeyValueSt
   if (file.number() < 0 && errno == ENOENT) return;
   check(file.number() >= 0, file_);
   check(flock(file.number(), LOCK_EX) == 0, file_);
-  if (mendEnd(file.number(), file_)) {
-    repair_ = file_.string() +
-              ": its last line was not written to its end and has been mended or, as it was never "
-              "reported as saved, cut off; nothing is left to do";
-  }
+  repair_ = mendEnd(file.number(), file_);
 }
 
 void FhirHealthStore::requestAuthorization(const std::vector<HealthSampleType>& types,

@@ -18,8 +18,9 @@ namespace veyla {
 /// one sample a line. Times carry the offset of the time zone that the environment names.
 ///
 /// A line is appended with one write under a lock on the file and is on the disk before the
-/// completion says so. What is not written whole is cut off again; a half line that a power cut
-/// left was never reported as saved and is cut off at the next opening, which `repair` tells.
+/// completion says so. What is not written whole is taken back at once. A last line without its
+/// end, as a power cut leaves it, gets its end at the next opening if it is a record and is moved
+/// to a file beside this one if it is none; `repair` tells.
 ///
 /// Permission is kept per type in the key-value store, under "healthPermissions": there it changes
 /// in one transaction, also with two programs.
@@ -29,6 +30,8 @@ class FhirHealthStore : public HealthStore {
   using Ask = std::function<std::optional<bool>(HealthSampleType)>;
 
   static constexpr std::string_view fileName = "Observations.ndjson";
+  /// Of the file beside it with what was no record.
+  static constexpr const char* asideSuffix = ".damaged";
 
   /// Makes the folder where it is missing. Throws `StoreError`, also when the file is there and
   /// cannot be read and written. `permissions` and `uuids` must outlive the store.

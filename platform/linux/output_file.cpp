@@ -121,14 +121,23 @@ void copyAccess(const char* from, const char* to) {
 }  // namespace
 
 void requireNoKeptData(const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  // Where links lead, also to a file that is not there yet.
+  fs::path file = fs::weakly_canonical(path, error);
+  if (error) file = path;
   constexpr std::string_view storeHead = "SQLite format 3";
   std::array<char, storeHead.size()> head{};
-  if (isRegularOrAbsent(path)) std::ifstream(path, std::ios::binary).read(head.data(), head.size());
-  const std::filesystem::path file(path);
-  std::error_code error;
-  const bool isRecords = file.filename() == "Observations.ndjson" &&
-                         std::filesystem::exists(file.parent_path() / "veyla.db", error);
-  if (std::string_view(head.data(), head.size()) == storeHead || isRecords) {
+  if (isRegularOrAbsent(file)) std::ifstream(file, std::ios::binary).read(head.data(), head.size());
+
+  constexpr const char* store = "veyla.db";
+  const std::string name = file.filename().string();
+  // The store and its journals by their names, since a damaged one has no head to go by.
+  const bool isStore = std::string_view(head.data(), head.size()) == storeHead ||
+                       (name.starts_with(store) && fs::exists(file, error));
+  const bool isRecords =
+      name.starts_with("Observations.ndjson") && fs::exists(file.parent_path() / store, error);
+  if (isStore || isRecords) {
     throw OutputError(path + ": holds what Veyla keeps, which would be lost; name another file");
   }
 }

@@ -14,8 +14,9 @@ class OutputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Throws `OutputError` when `path` is a file that holds what the program keeps: an SQLite store,
-/// or the health records beside one. Nothing that is written elsewhere may take its place.
+/// Throws `OutputError` when `path` leads to a file that holds what the program keeps, intact or
+/// damaged: an SQLite store, its journals, or the health records beside one. Nothing that is
+/// written elsewhere may take its place.
 void requireNoKeptData(const std::string& path);
 
 /// Who may read a file that is new: whom the umask lets, or nobody but its owner, as is right for

@@ -138,7 +138,7 @@ TEST_F(FhirHealthStoreTest, WhatNoRecordCanHoldIsRefused) {
   EXPECT_THROW(open(), StoreError);
 }
 
-TEST_F(FhirHealthStoreTest, AHalfLineIsCutOffAndAWholeOneGetsItsEnd) {
+TEST_F(FhirHealthStoreTest, ALastLineWithoutItsEndGetsItAndWhatIsNoRecordIsSetAside) {
   auto store = openAllowed();
   EXPECT_TRUE(save(store, pulse(60)));
   EXPECT_EQ(open().repair(), std::nullopt);
@@ -148,11 +148,20 @@ TEST_F(FhirHealthStoreTest, AHalfLineIsCutOffAndAWholeOneGetsItsEnd) {
   EXPECT_EQ(observations().size(), 2U);
 
   writeFile(file(), whole + "{\"a\":\"" + std::string(10000, 'x'));
-  EXPECT_THAT(open().repair().value_or(""), HasSubstr("cut off"));
+  EXPECT_THAT(open().repair().value_or(""), HasSubstr("moved to"));
   EXPECT_EQ(contentsOf(file()), whole);
+  EXPECT_EQ(contentsOf(file().string() + ".damaged"),
+            whole.substr(0, whole.size() / 2) + "\n{\"a\":\"" + std::string(10000, 'x') + "\n");
   writeFile(file(), whole.substr(0, whole.size() - 1));
   EXPECT_NE(open().repair(), std::nullopt);
   EXPECT_EQ(contentsOf(file()), whole);
+
+  const auto elsewhere = file().string() + ".elsewhere";
+  writeFile(elsewhere, "a letter");
+  std::filesystem::remove(file());
+  std::filesystem::create_symlink(elsewhere, file());
+  open();
+  EXPECT_EQ(contentsOf(elsewhere), "a letter\n");
 }
 
 TEST_F(FhirHealthStoreTest, AFullDiskLeavesNoHalfLineAndAReadOnlyOneNone) {
