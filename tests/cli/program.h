@@ -232,6 +232,8 @@ class Program : public testing::Test {
 
  private:
   [[noreturn]] void execute(const Arguments& arguments) const {
+    // What runs in the background may have been told to ignore them.
+    for (const int each : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) std::signal(each, SIG_DFL);
     clearenv();
     for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
     std::vector<std::string> words = joined({VEYLA_PROGRAM}, arguments);
