@@ -56,7 +56,8 @@ it.each<Visitor & { readonly name: string; readonly letters?: number }>([
   const { page } = visit;
   if (letters !== undefined)
     await page.addStyleTag({ content: `html { font-size: ${letters}px !important }` });
-  const check = async (screen: string): Promise<void> => {
+  const check = async (screen: string, part: Locator): Promise<void> => {
+    await part.waitFor();
     await visit.settled();
     await visit.inspect(`look-${name}-${screen}`);
     expect(await outOfReach(visit), screen).toEqual([]);
@@ -69,31 +70,28 @@ it.each<Visitor & { readonly name: string; readonly letters?: number }>([
   expect(await bottomOf(visit.button("START"))).toBeLessThanOrEqual(
     page.viewportSize()?.height ?? 0,
   );
-  await check("measuring");
+  await check("measuring", visit.button("START"));
 
   await visit.tap("Results");
-  await visit.button("Edit").waitFor();
-  await check("results");
+  await check("results", visit.button("Edit"));
   await page.locator(".result").first().click();
-  await check("labels");
+  await check("labels", page.getByRole("checkbox", { name: "Resting" }));
   await page.locator(".chooser .close").click();
   await visit.tap("Chart");
-  await page.getByRole("img", { name: /^spo2/ }).waitFor();
-  await check("charts");
+  await check("charts", page.getByRole("img", { name: /^spo2/ }));
   await visit.tap("Back");
   await visit.settled();
   await page.locator(".results .bar-button").first().click();
   await visit.settled();
 
   await visit.tap("Options");
-  await check("options");
+  await check("options", page.getByText("Send feedback"));
   await page.getByText("Health records", { exact: true }).click();
-  await visit.button("Save records as a file").waitFor();
-  await check("health");
+  await check("health", visit.button("Save records as a file"));
   await visit.tap("Back");
   await visit.settled();
   await page.getByText("Send feedback").click();
-  await check("mail");
+  await check("mail", visit.heading("New mail"));
   await visit.tap("Cancel");
   await visit.tap("EDIT");
   await visit.still();
@@ -101,10 +99,10 @@ it.each<Visitor & { readonly name: string; readonly letters?: number }>([
   // Not cut off by the card's edge, without scrolling.
   for (const button of ["Save", "Cancel"])
     expect(await bottomOf(visit.button(button)), button).toBeLessThanOrEqual(card);
-  await check("email");
+  await check("email", visit.alert("Email"));
   await visit.tap("Cancel");
   await page.getByText("Introduction", { exact: true }).click();
-  await check("introduction");
+  await check("introduction", visit.heading("Step 1: Calibrate"));
 });
 
 it("gives the focus back to what opened a sheet", async () => {

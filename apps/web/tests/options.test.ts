@@ -54,6 +54,7 @@ it("asks for a rating, and tells what is new after an update", async () => {
     },
   });
   await visit.alert("What's new in 0.1.0").getByText("Done").click();
+  await visit.button("Rate Veyla").waitFor();
   await visit.inspect("rating");
   await visit.tap("Rate Veyla");
   expect(await visit.addresses()).toEqual([expect.stringMatching(/^itms-apps:/)]);
@@ -74,6 +75,7 @@ it("leads to every page to read", async () => {
     await visit.settled();
   }
   await page.getByText("Release notes").click();
+  await page.getByRole("alertdialog").waitFor();
   await visit.inspect("release-notes");
   await visit.tap("Done");
 
