@@ -170,11 +170,13 @@ TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
       EXPECT_THAT(namesIn(), IsEmpty());
     }
   }
-  const Result live =
-      onTerminal({"measure", "--no-save", "--realtime", "--trace", "trace.csv"}, 80, "", SIGTERM);
-  EXPECT_EQ(live.status, 128 + SIGTERM);
-  EXPECT_THAT(live.out, HasSubstr(shown));
-  EXPECT_THAT(namesIn(), IsEmpty()) << "beside the live view";
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const Result live =
+        onTerminal({"measure", "--no-save", "--realtime", "--trace", "trace.csv"}, 80, "", signal);
+    EXPECT_EQ(live.status, 128 + signal);
+    EXPECT_EQ(countOf(shown, live.out), 1U) << "the cursor comes back";
+    EXPECT_THAT(namesIn(), IsEmpty()) << "beside the live view";
+  }
 }
 
 TEST_F(BadInputTest, OutputThatCannotBeWrittenIsToldAndCostsNoMeasurement) {

@@ -59,15 +59,6 @@ TEST_F(TerminalTest, PlainTerminalsGetPlainText) {
   EXPECT_TRUE(dumb.out.starts_with("Heart rate   71 beats per minute\r\n")) << dumb.out;
 }
 
-TEST_F(TerminalTest, AnInterruptBringsTheCursorBack) {
-  for (const int signal : {SIGINT, SIGTERM}) {
-    const Result result = onTerminal({"measure", "--no-save", "--realtime"}, 80, "", signal);
-    EXPECT_EQ(result.status, 128 + signal);
-    EXPECT_EQ(countOf(hidden, result.out), 1U);
-    EXPECT_GT(result.out.rfind(shown) + 1, result.out.rfind(hidden) + 1);
-  }
-}
-
 TEST_F(TerminalTest, IntendedUseAndPermissionsComeOnceAndToNobodyWithoutATerminal) {
   done({"measure"});
   EXPECT_THAT(done({"health"}), HasSubstr("heartrate  not decided yet"));
