@@ -13,8 +13,8 @@ struct HttpRequest {
   /// In the order in which they were added; a name may come more than once.
   std::vector<std::pair<std::string, std::string>> headers;
   std::string body;
-  /// In seconds.
-  double timeout = 60;
+  /// In seconds; 0 for the system's own.
+  double timeout = 0;
 
   bool operator==(const HttpRequest&) const = default;
 };

@@ -167,8 +167,12 @@ TEST(Spo2ProcessingTest, LabelAndLogTellTheFiguresBehindTheValue) {
   EXPECT_EQ(Spo2Processing::instance().calculateSpo2(toLabel), 0);
   EXPECT_EQ(label, "ACR=10 DCR=100 ACG=5 DCG=80 ACB=20 DCB=40 old spo2=80.0, new spo2=180.0")
       << "before the value is discarded";
+  EXPECT_FALSE(Spo2Processing::instance().figures().lacksRedPulse);
   EXPECT_EQ(platform.log.lines.back(),
             "newspo2: 180.0, spo2: 80.0, ACred: 10.0, DCred: 100.0, ACblue: 20.0, DCblue: 40.0");
+  addSwing({100, 100}, {80, 85}, {40, 60});
+  Spo2Processing::instance().calculateSpo2({});
+  EXPECT_TRUE(Spo2Processing::instance().figures().lacksRedPulse);
 }
 
 TEST(Spo2ProcessingTest, IsDoneAtExactlyTheNeededCount) {

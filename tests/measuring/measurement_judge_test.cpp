@@ -56,8 +56,12 @@ TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAs
   const auto finger = [&] { return rig.platform.display.view(MeasuringScreen::labelFinger); };
   EXPECT_EQ(finger().text, "No finger from 2 to 4 s: the picture is black.");
   EXPECT_EQ(finger().image, "noFinger");
+  rig.screen.buttonCheckboxHeartrateTapped();
   rig.startMeasuring();
   EXPECT_EQ(finger().text, "");
+  for (int i = 0; i < 60; ++i) rig.spo2(92);
+  EXPECT_THAT(finger().text, StartsWith("No oxygen value"));
+  EXPECT_EQ(finger().image, "noValue");
 }
 
 }  // namespace

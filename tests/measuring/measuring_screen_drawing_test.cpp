@@ -52,19 +52,26 @@ TEST(MeasuringLayoutTest, EverythingHasAPlaceOfItsOwnOnEveryPhone) {
   }
 }
 
-TEST(MeasuringLayoutTest, OnOneOfThemEverythingStandsHere) {
-  const MeasuringLayout on({390, 844}, {47, 34});
-  std::string places;
-  for (const Rect& each :
-       {on.title, on.heartrate.caption, on.heartrate.checkbox, on.heartrate.gauge,
-        on.heartrate.ring, on.spo2.gauge, on.center, on.centerHeading, on.chart,
-        on.heartrate.lastValue, on.spo2.lastValue, on.status, on.instruction, on.button}) {
-    places += formatText("%.0f %.0f %.0f %.0f | ", each.x, each.y, each.width, each.height);
-  }
-  EXPECT_EQ(places,
+TEST(MeasuringLayoutTest, OnTwoOfThemEverythingStandsHere) {
+  const auto places = [](Size size, SafeArea safeArea) {
+    const MeasuringLayout on(size, safeArea);
+    std::string all;
+    for (const Rect& each :
+         {on.title, on.heartrate.caption, on.heartrate.checkbox, on.heartrate.gauge,
+          on.heartrate.ring, on.spo2.gauge, on.center, on.centerHeading, on.chart,
+          on.heartrate.lastValue, on.spo2.lastValue, on.status, on.instruction, on.button}) {
+      all += formatText("%.0f %.0f %.0f %.0f | ", each.x, each.y, each.width, each.height);
+    }
+    return all;
+  };
+  EXPECT_EQ(places({390, 844}, {47, 34}),
             "0 47 390 44 | 16 121 172 30 | 16 124 24 24 | 16 151 172 172 | 66 248 72 72 | "
             "202 151 172 172 | 16 353 358 190 | 30 367 330 20 | 60 394 270 135 | 16 387 179 142 | "
             "195 387 179 142 | 16 573 358 24 | 16 597 358 22 | 151 670 89 89 | ");
+  EXPECT_EQ(places({320, 460}, {}),
+            "0 0 320 44 | 21 52 132 30 | 21 55 24 24 | 21 82 132 132 | 59 157 55 55 | "
+            "167 82 132 132 | 16 222 288 112 | 30 236 260 20 | 25 263 270 57 | 16 256 144 64 | "
+            "160 256 144 64 | 16 342 288 24 | 16 366 288 22 | 132 396 56 56 | ");
 }
 
 class MeasuringScreenDrawingTest : public testing::Test {
@@ -128,6 +135,14 @@ TEST_F(MeasuringScreenDrawingTest, ShowsWhatCanBeSeenAndNothingElse) {
                                    Pair("212126ff", 4), Pair("3d3d42ff", 19), Pair("5c5c63ff", 2),
                                    Pair("9e9ea6ff", 2), Pair("c80200ff", 6), Pair("d81410ff", 1),
                                    Pair("f6f6f8ff", 1), Pair("ffffffff", 3)));
+  const auto all = drawn().shapes;
+  EXPECT_EQ(std::count_if(all.begin(), all.end(),
+                          [](const auto& shape) {
+                            return shape.isStroke() && shape.color() == white &&
+                                   shape.points.size() == 3;
+                          }),
+            2)
+      << "ticks";
 
   views_.animate(beginButton, "fadeOut", false, {});
   views_.animate(stopButton, "fadeIn", true, {});
@@ -146,6 +161,11 @@ TEST_F(MeasuringScreenDrawingTest, ShowsWhatCanBeSeenAndNothingElse) {
   EXPECT_EQ(tones()["ffffffff"], 2) << "the screen and an empty box";
   views_.setOpacity(viewCenter, 0.5);
   const auto shapes = drawn().shapes;
+  for (const auto& shape : shapes) {
+    for (std::size_t i = 0; shape.arcs.size() == 4 && i < 4; ++i) {
+      EXPECT_NEAR(shape.arcs[i].to - shape.arcs[i].from, 90 * degree, 1e-9) << "a corner";
+    }
+  }
   EXPECT_EQ(std::count_if(shapes.begin(), shapes.end(),
                           [](const auto& shape) { return shape.alpha == 0.5; }),
             2);
