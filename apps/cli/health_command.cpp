@@ -1,7 +1,5 @@
 #include "apps/cli/health_command.h"
 
-#include <unistd.h>
-
 #include <filesystem>
 
 #include "apps/cli/complain.h"
@@ -10,7 +8,6 @@
 #include "platform/format.h"
 #include "platform/linux/data_folder.h"
 #include "platform/linux/fhir_health_store.h"
-#include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/sqlite_key_value_store.h"
 #include "platform/linux/uuid.h"
