@@ -127,7 +127,7 @@ std::string asJson(const std::vector<EvaluationSummary>& summaries) {
                     {"meanAbsoluteErrorAtLag", jsonNumber(of.meanErrorAtLag)},
                     {"spo2RootMeanSquareError", jsonNumber(of.spo2RootMeanSquare)}});
   }
-  return list.dump(2) + '\n';
+  return jsonText(list, 2);
 }
 
 /// A text as one field, between quotes where it needs them.

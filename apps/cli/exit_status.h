@@ -77,6 +77,9 @@ inline ExitStatus exitStatusOf(const std::function<ExitStatus()>& command) {
   } catch (const std::bad_alloc&) {
     complain("out of memory; measure a shorter part of the recording");
     return ExitStatus::unreadableInput;
+  } catch (const std::exception& error) {
+    complain(std::string(error.what()) + "; report this to the developers");
+    return ExitStatus::unreadableInput;
   }
   return ExitStatus::unwritableData;
 }

@@ -229,7 +229,7 @@ std::string asJson(const std::vector<HistoryEntry>& entries) {
                     {"spo2", valueOf(entry.spo2)},
                     {"labels", labels}});
   }
-  return list.dump(2) + '\n';
+  return jsonText(list, 2);
 }
 
 /// Nothing for "none".

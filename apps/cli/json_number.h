@@ -14,4 +14,11 @@ inline nlohmann::ordered_json jsonNumber(double value) {
   return std::stod(formatText("%.7g", value));
 }
 
+/// As text, indented by so many blanks or in one line. What is not UTF-8, as a file's name need not
+/// be, becomes U+FFFD.
+inline std::string jsonText(const nlohmann::ordered_json& json, int indentation = -1) {
+  return json.dump(indentation, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
+         '\n';
+}
+
 }  // namespace veyla

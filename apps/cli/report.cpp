@@ -151,7 +151,7 @@ std::string reportAsJson(const MeasurementReport& report) {
        {{"heartrate", countsOf(report.heartrateEstimates)},
         {"spo2", countsOf(report.spo2Estimates)}}},
       {"device", report.device}};
-  return object.dump() + "\n";
+  return jsonText(object);
 }
 
 std::string reportAsText(const MeasurementReport& report, const MeasurementRequest& request) {

@@ -60,6 +60,10 @@ TEST_F(EvaluateTest, ErrorsAreThoseAgainstTheReference) {
   EXPECT_EQ(list[1]["percentUnfinished"], 50);
   EXPECT_EQ(list[2]["kind"], "set");
   EXPECT_EQ(json({"evaluate", ".", "--jobs", "1"}), list);
+  for (const char* end : {".csv", ".reference.csv"}) {
+    std::filesystem::rename(file("made-80") + end, file("made-8\xff") + end);
+  }
+  EXPECT_EQ(json({"evaluate", "."})[1]["name"], "made-8\uFFFD");
 }
 
 TEST_F(EvaluateTest, WhatIsMissingOrBrokenIsNamed) {
