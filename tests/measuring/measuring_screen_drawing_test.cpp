@@ -180,6 +180,8 @@ TEST_F(MeasuringScreenDrawingTest, LongLinesShrinkAndADoubtIsWrappedUnderEitherP
   views_.setText(labelDoubtSpo2, "Unsure: " + std::string(55, 'm') + " again");
   views_.setHidden(chartFourierView, false);
   views_.setHidden(viewLastMeasurements, true);
+  const RecorderCanvas canvas = drawn();
+  EXPECT_GT(canvas.find("again")->at.y, canvas.find("Unsure: " + std::string(55, 'm'))->at.y);
   EXPECT_THAT(texts(), testing::HasSubstr("Unsure: " + std::string(55, 'm') +
                                           " 11 1c1c1fff | again 11 1c1c1fff"));
 }
