@@ -128,7 +128,8 @@ it("a finger with low values ends with an alert that leads to the FAQ, and saves
   await visit.alert("Starting ...").waitFor();
   await visit.inspect("measuring-countdown");
   const curve = visit.element("chartFourierView");
-  const isShown = (view: Element): boolean => view.checkVisibility({ opacityProperty: true });
+  const isShown = (view: Element): boolean =>
+    view.checkVisibility({ opacityProperty: true, visibilityProperty: true });
   await expect.poll(() => curve.evaluate(isShown), finished).toBe(true);
   await visit.inspect("measuring-running");
   await visit.alert("Got problems?").waitFor(finished);
