@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <cctype>
+#include <random>
 #include <sstream>
 
 #include "history/history_store.h"
@@ -310,6 +311,133 @@ TEST(MeasuringSequencesTest, StartAndStopBothLeadOnFromACameraThatDoesNotStart) 
     EXPECT_EQ(somebody.after(std::string("OK ") + next), rows[1].second) << next;
     EXPECT_EQ(somebody.ends, std::vector{MeasurementEnd::failed}) << next;
   }
+}
+
+/// Anything in any order, animations' ends too; after each event the screen must make sense.
+class RandomWalk {
+ public:
+  explicit RandomWalk(std::uint32_t seed) : random_(seed) {
+    display_.holdsAnimations = true;
+    somebody_.rig.heartrateSetting("neededValidHeartrate", pick(2) == 0 ? 3 : 1000);
+  }
+
+  /// What happened, if that led to a screen that makes no sense; empty otherwise.
+  std::string run(int events) {
+    for (int i = 0; i < events; ++i) {
+      step();
+      if (const std::string fault = faultOf(); !fault.empty()) return story_ + "-> " + fault;
+    }
+    while (display_.animations() > 0) display_.finishAnimation(0);
+    const std::string fault = faultOf();
+    return fault.empty() ? fault : story_ + "and all animations' ends -> " + fault;
+  }
+
+  const std::vector<MeasurementEnd>& ends() const { return somebody_.ends; }
+
+ private:
+  template <class Choice>
+  const Choice& oneOf(const std::vector<Choice>& choices) {
+    return choices[pick(choices.size())];
+  }
+  std::size_t pick(std::size_t count) {
+    return std::uniform_int_distribution<std::size_t>(0, count - 1)(random_);
+  }
+  bool records() const { return camera_.session && camera_.session->isRunning(); }
+
+  void step() {
+    static const std::vector<std::string> byItself{"0.01", "0.1",  "0.5",  "2",      "2",
+                                                   "good", "good", "none", "low*20", "curve"};
+    static const std::vector<std::string> byHand{"START", "START", "START",      "STOP",
+                                                 "lost",  "leave", "background", "interruption"};
+    if (display_.animations() > 0 && pick(3) == 0) {
+      story_ += "(an animation's end) ";
+      return display_.finishAnimation(pick(display_.animations()));
+    }
+    std::string word = oneOf(byItself);
+    // Whoever is away can only come back, and taps are on what is seen.
+    if (pick(isUnderWay_ ? 8 : 2) == 0) word = back_.empty() ? oneOf(byHand) : back_;
+    if (word == "START" && !display_.isSeen(MeasuringScreen::beginButton)) return;
+    story_ += word + ' ';
+
+    camera_.device->torch = pick(12) != 0;
+    camera_.authorization =
+        pick(12) == 0 ? CameraAuthorization::denied : CameraAuthorization::authorized;
+    if (word == "leave") back_ = "appear";
+    if (word == "background") back_ = "return";
+    if (word == "appear" || word == "return") back_.clear();
+    if (word == "interruption") {
+      isInterrupted_ = records();
+      hasFailed_ = false;
+    }
+    const bool accepts = word == "START" && (!isUnderWay_ || isInterrupted_);
+    const std::size_t before = ends().size();
+    somebody_.live(word);
+    for (std::size_t i = before; i < ends().size(); ++i) {
+      if (!std::exchange(isUnderWay_, false)) toldTwice_ = true;
+      hasFailed_ = ends()[i] == MeasurementEnd::failed ||
+                   (hasFailed_ && ends()[i] == MeasurementEnd::refused);
+    }
+    if (accepts) isUnderWay_ = true;
+    if (accepts) isInterrupted_ = false;
+  }
+
+  std::string faultOf() {
+    using namespace MeasuringScreen;
+    const MainViewController& screen = somebody_.screen;
+    const auto isAtRest = [&](Element element) { return display_.playing(element).empty(); };
+    const auto finished = std::count(ends().begin(), ends().end(), MeasurementEnd::finished);
+    const auto& alerts = somebody_.rig.platform.alerts.inFront;
+    const bool isStarting = std::any_of(alerts.begin(), alerts.end(), [](const auto& alert) {
+      return alert.second == "Starting ...";
+    });
+
+    if (toldTwice_) return "an end was told twice";
+    if (isUnderWay_ && !screen.isRunning()) return "an end was not told";
+    if (records() && !isUnderWay_) return "the camera runs on";
+    if (screen.canBegin() && !records()) return "it measures without a camera";
+    if (camera_.device->torchMode() != LightMode::off && !screen.canBegin())
+      return "the torch is on for nothing";
+    if (isStarting != (records() && !screen.canBegin())) return "the countdown's alert is wrong";
+    if (somebody_.entries() != static_cast<std::size_t>(finished)) return "the entries are wrong";
+    if (isAtRest(beginButton) && isAtRest(stopButton)) {
+      const bool start = display_.isSeen(beginButton);
+      if (start == display_.isSeen(stopButton)) return "not one of START and STOP";
+      const bool isHere = back_.empty();
+      if (isHere && start && records() && !isInterrupted_) return "START in place of STOP";
+      if (isHere && !start && !records() && !hasFailed_) return "STOP in place of START";
+    }
+    if (isAtRest(viewCenter)) {
+      if (!display_.isSeen(viewCenter)) return "the centre is gone";
+      const bool pulse = display_.isSeen(chartFourierView);
+      if (pulse == display_.isSeen(viewLastMeasurements)) return "the centre shows both or neither";
+    }
+    return {};
+  }
+
+  Somebody somebody_;
+  RecorderDisplay& display_ = somebody_.rig.platform.display;
+  ScriptedCamera& camera_ = somebody_.camera;
+  std::mt19937 random_;
+  std::string story_;
+  /// What brings whoever is away back; empty for here.
+  std::string back_;
+  /// By what was tapped and told.
+  bool isUnderWay_ = false;
+  bool toldTwice_ = false;
+  bool isInterrupted_ = false;
+  /// STOP is left from a camera that did not start.
+  bool hasFailed_ = false;
+};
+
+TEST(MeasuringSequencesTest, TwoThousandRandomSequencesLeaveAScreenThatMakesSense) {
+  std::map<MeasurementEnd, int> ends;
+  for (std::uint32_t seed = 1; seed <= 2000; ++seed) {
+    RandomWalk walk(seed);
+    ASSERT_EQ(walk.run(40), "") << "seed " << seed;
+    for (const MeasurementEnd end : walk.ends()) ++ends[end];
+  }
+  EXPECT_EQ(ends.size(), 9U);
+  for (const auto& [end, times] : ends) EXPECT_GT(times, 5) << "too seldom " << nameOf(end);
 }
 
 }  // namespace

@@ -13,13 +13,16 @@
 
 namespace veyla {
 
-/// What a person sees of a screen: what stands there, and what comes and goes in the queue's time.
+/// What a person sees of a screen: what stands there, and what comes and goes in the queue's time,
+/// or until a test ends it.
 class RecorderDisplay : public ScreenState {
  public:
   explicit RecorderDisplay(MainQueue& queue) : queue_(queue) {}
 
   /// How often an element's drawing was out of date.
   std::map<std::string_view, int> redraws;
+  /// Animations end by `finishAnimation` alone.
+  bool holdsAnimations = false;
 
   /// The animation by which an element comes or goes; empty for one at rest.
   std::string_view playing(Element element) const {
@@ -33,6 +36,12 @@ class RecorderDisplay : public ScreenState {
     return !shown.hidden && (shown.opacity > 0 || (found != playing_.end() && found->second.seen));
   }
 
+  std::size_t animations() const { return playing_.size(); }
+  /// Ends one of those that play, in the order of their elements' names.
+  void finishAnimation(std::size_t index) {
+    finish(std::next(playing_.begin(), static_cast<std::ptrdiff_t>(index)));
+  }
+
   void setOpacity(Element element, double opacity) override {
     playing_.erase(element.name);
     ScreenState::setOpacity(element, opacity);
@@ -43,12 +52,10 @@ class RecorderDisplay : public ScreenState {
     setOpacity(element, endsVisible ? 1 : 0);
     const int number = ++number_;
     playing_[element.name] = {number, animation, seen, std::move(completion)};
+    if (holdsAnimations) return;
     queue_.after(viewAnimation(animation).value().seconds, [this, element, number] {
       const auto found = playing_.find(element.name);
-      if (found == playing_.end() || found->second.number != number) return;
-      const auto ended = std::move(found->second.completion);
-      playing_.erase(found);
-      if (ended) ended();
+      if (found != playing_.end() && found->second.number == number) finish(found);
     });
   }
   void setNeedsDisplay(Element element) override { ++redraws[element.name]; }
@@ -60,10 +67,17 @@ class RecorderDisplay : public ScreenState {
     bool seen = false;
     std::function<void()> completion;
   };
+  using Playing = std::map<std::string_view, Animation>;
+
+  void finish(Playing::iterator animation) {
+    const auto completion = std::move(animation->second.completion);
+    playing_.erase(animation);
+    if (completion) completion();
+  }
 
   MainQueue& queue_;
   int number_ = 0;
-  std::map<std::string_view, Animation> playing_;
+  Playing playing_;
 };
 
 }  // namespace veyla
