@@ -44,6 +44,7 @@ constexpr float otherColour = 0.12F;
 /// In frames. The first thing told needs less: it changes nothing.
 constexpr std::size_t patience = 11;
 constexpr std::size_t firstPatience = 8;
+constexpr std::size_t longestFirstLook = 16;
 constexpr std::size_t fewestForPulse = 45;
 constexpr std::size_t pulseEvery = 10;
 /// A finger that leaves moves first, and what lies beneath it takes a moment to be known: so many
@@ -236,7 +237,10 @@ void FingerCoach::consider(std::optional<FingerState> verdict) {
 
 std::size_t FingerCoach::beginningOf(std::optional<FingerState> verdict) const {
   const std::size_t since = candidateSince_;
-  if (spans_.empty()) return verdict ? 0 : since;
+  const bool sawFinger =
+      verdict && *verdict != FingerState::noFinger && *verdict != FingerState::moving;
+  // It takes a moment to see what was there from the beginning, and longer to see a pulse.
+  if (spans_.empty()) return sawFinger || since <= longestFirstLook ? 0 : since;
   // A finger is gone from the moment at which it began to leave, and there from the moment at which
   // it began to come.
   const bool justMoved = movedTo_ > movedFrom_ && movedTo_ - movedFrom_ <= longestLeaving;
@@ -244,8 +248,6 @@ std::size_t FingerCoach::beginningOf(std::optional<FingerState> verdict) const {
     return std::min(since, movedFrom_);
   }
   if (!verdict && justMoved && since == movedTo_) return movedFrom_;
-  const bool sawFinger =
-      verdict && *verdict != FingerState::noFinger && *verdict != FingerState::moving;
   return sawFinger && !told_ ? std::min(since, unknownFrom_) : since;
 }
 

@@ -21,6 +21,8 @@ constexpr double mostWithoutFinger = 0.2;
 constexpr std::size_t enoughToBlur = 15;
 /// Of the estimates behind a saturation, which is the middle one of them.
 constexpr double mostDoubtfulEstimates = 0.2;
+/// The same of those without a pulse that shows: weak ones of real fingers come and go.
+constexpr double mostWithoutPulse = 0.5;
 
 bool isMore(std::size_t count, double share, std::size_t of) {
   return static_cast<double>(count) > share * static_cast<double>(of);
@@ -106,6 +108,9 @@ std::vector<Doubt> judgeSpo2(const Spo2Evidence& evidence) {
   add(evidence.withoutFinger, Doubt::noFinger);
   add(evidence.withoutBlue, Doubt::noBlue);
   add(evidence.withoutRedPulse, Doubt::noRedPulse);
+  if (isMore(evidence.withoutPulse, mostWithoutPulse, evidence.estimates)) {
+    doubts.push_back(Doubt::unclearPulse);
+  }
   return doubts;
 }
 

@@ -13,7 +13,8 @@ namespace veyla {
 enum class Doubt {
   /// For a good part of the time there was no finger before the camera.
   noFinger,
-  /// The colours do not repeat themselves at the rate found.
+  /// The colours do not repeat themselves at the rate found; of a saturation, no pulse was seen in
+  /// most of what stands behind it.
   unclearPulse,
   /// A pulse of half or of twice the rate explains them as well.
   halfRate,
@@ -50,6 +51,8 @@ struct Spo2Evidence {
   std::size_t withoutRedPulse = 0;
   /// Formed while the coach saw no finger.
   std::size_t withoutFinger = 0;
+  /// Formed while it saw a finger that moved or showed no pulse.
+  std::size_t withoutPulse = 0;
 };
 
 /// The doubts about a final saturation, the weightiest first.

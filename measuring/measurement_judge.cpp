@@ -53,9 +53,10 @@ void MeasurementJudge::spo2Estimated(std::int32_t /*counter*/, float /*spo2*/,
   if (verdict != EstimateVerdict::accepted) return;
   ++evidence_.estimates;
   if (figures.lacksBlue) ++evidence_.withoutBlue;
-  const bool isCutOff = coach_.state() == FingerState::tooBright;
-  if (figures.lacksRedPulse || isCutOff) ++evidence_.withoutRedPulse;
-  if (coach_.state() == FingerState::noFinger) ++evidence_.withoutFinger;
+  const auto seen = coach_.state();
+  if (figures.lacksRedPulse || seen == FingerState::tooBright) ++evidence_.withoutRedPulse;
+  if (seen == FingerState::noFinger) ++evidence_.withoutFinger;
+  if (seen == FingerState::moving || seen == FingerState::weak) ++evidence_.withoutPulse;
 }
 
 void MeasurementJudge::heartrateFinal(float heartrate) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 
 #include "platform/format.h"
 
@@ -17,11 +18,11 @@ Shortfall ofTheFinger(const FingerFault& fault) {
   return {Shortfall::Cause::finger, fault.state, text};
 }
 
-/// Whether most of the time there was nothing that can be measured.
-bool lackedFinger(const MeasurementEvidence& evidence) {
-  const double seconds = secondsIn(evidence.finger, FingerState::noFinger) +
-                         secondsIn(evidence.finger, FingerState::tooBright);
-  return seconds > 0.5 * evidence.seconds;
+/// Whether for more than this part of the time the finger was in one of these states.
+bool wasMostly(States states, double part, const MeasurementEvidence& evidence) {
+  double seconds = 0;
+  for (const FingerState state : states) seconds += secondsIn(evidence.finger, state);
+  return seconds > part * evidence.seconds;
 }
 
 }  // namespace
@@ -35,9 +36,12 @@ double secondsIn(std::span<const FingerSpan> spans, FingerState state) {
 }
 
 std::string whenSeen(std::span<const FingerSpan> spans, States states) {
-  // Shorter ones explain nothing; what is nearer to each other than this is one.
+  using enum FingerState;
+  // Shorter ones explain nothing; what is nearer to each other than this is one. A pulse comes back
+  // to sight some seconds after it is there again.
   constexpr double shortest = 1;
-  constexpr double nearest = 4;
+  const bool isOfPulse = std::find(states.begin(), states.end(), weak) != states.end();
+  const double nearest = isOfPulse ? 4 : 1;
   std::vector<FingerSpan> stretches;
   for (const FingerSpan& span : spans) {
     if (std::find(states.begin(), states.end(), span.state) == states.end()) continue;
@@ -47,10 +51,15 @@ std::string whenSeen(std::span<const FingerSpan> spans, States states) {
       stretches.push_back(span);
     }
   }
+  std::erase_if(stretches, [&](const FingerSpan& each) { return each.to - each.from < shortest; });
+  constexpr std::size_t mostTold = 3;
   std::string text;
-  for (const FingerSpan& stretch : stretches) {
-    if (stretch.to - stretch.from < shortest) continue;
-    text += formatText("%s from %.0f to %.0f s", text.empty() ? "" : ",", stretch.from, stretch.to);
+  for (std::size_t i = 0; i < std::min(stretches.size(), mostTold); ++i) {
+    text += formatText("%s from %li to %li s", i == 0 ? "" : ",", std::lround(stretches[i].from),
+                       std::lround(stretches[i].to));
+  }
+  if (stretches.size() > mostTold) {
+    text += formatText(" and %zu times more", stretches.size() - mostTold);
   }
   return text;
 }
@@ -70,8 +79,7 @@ std::optional<FingerFault> fingerFaultIn(std::span<const FingerSpan> spans, bool
   };
   consider({noFinger}, secondsIn(spans, noFinger), noFinger, "no finger",
            isBlack ? "the picture is black" : "cover lens and light");
-  consider({tooBright}, secondsIn(spans, tooBright), tooBright, "too bright",
-           "expose less or press more lightly");
+  consider({tooBright}, secondsIn(spans, tooBright), tooBright, "too bright", "press more lightly");
   // Movement hides the pulse for a while after it, too: one stretch tells of both.
   if (movingSeconds >= weakSeconds) {
     consider({moving, weak}, movingSeconds + weakSeconds, moving, "the pulse was unclear",
@@ -86,7 +94,8 @@ std::optional<FingerFault> fingerFaultIn(std::span<const FingerSpan> spans, bool
 std::optional<Shortfall> shortfallOf(const MeasurementEvidence& evidence) {
   if (evidence.hasHeartrate && evidence.hasSpo2) return std::nullopt;
   const auto fault = fingerFaultIn(evidence.finger, evidence.isBlack);
-  if (fault && lackedFinger(evidence)) return ofTheFinger(*fault);
+  using enum FingerState;
+  if (fault && wasMostly({noFinger, tooBright}, 0.5, evidence)) return ofTheFinger(*fault);
 
   const EstimateCounts& heartrate = evidence.heartrate;
   if (!evidence.hasHeartrate && heartrate.rejected + heartrate.none > heartrate.accepted) {
@@ -99,8 +108,12 @@ std::optional<Shortfall> shortfallOf(const MeasurementEvidence& evidence) {
   }
   const EstimateCounts& spo2 = evidence.spo2;
   if (!evidence.hasSpo2 && spo2.none + spo2.low > spo2.accepted) {
+    // The camera is to blame only for colours of a finger that lay well.
+    const bool layBadly = wasMostly({noFinger, tooBright, moving, weak}, 0.33, evidence);
+    if (fault && layBadly) return ofTheFinger(*fault);
     return Shortfall{Shortfall::Cause::oxygen, std::nullopt,
-                     "No oxygen value: this camera's colours give none of 93 % or more."};
+                     formatText("No oxygen value: this camera's colours give %s of 93 %% or more.",
+                                spo2.accepted > 0 ? "hardly any" : "none")};
   }
   return fault && evidence.isDoubted ? std::optional(ofTheFinger(*fault)) : std::nullopt;
 }

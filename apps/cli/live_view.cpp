@@ -129,8 +129,8 @@ std::vector<std::string> LiveView::lines(const MainViewController& screen) const
 
   const bool isLeft = hasEnded_ && !screen.isDone();
   lines.push_back(textLine(accent, isLeft ? "" : state_.visibleText(labelRed)));
-  // The phone's instructions are for a finger that can still be moved.
-  lines.push_back(textLine(faint, isLeft ? "" : state_.visibleText(labelFinger)));
+  // Its instructions are for a finger that can still be moved; the report tells of the others.
+  lines.push_back(textLine(faint, hasEnded_ ? "" : state_.visibleText(labelFinger)));
   return lines;
 }
 

@@ -215,6 +215,7 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
       {{{75, finger}, {9, black}, {51, finger}, {10, black}}, "good 0-145 "},
       {{{75, finger}, {9, black}, {51, finger}, {11, black}}, "good 0-135 noFinger 135-146 "},
       {{{75, finger}, {15, nothing}, {30, finger}}, "good 0-120 "},
+      {{{42, finger}, {30, black}, {75, finger}}, "noFinger 42-72 good 72-147 "},
       {{{7, black}}, ""},
       {{{8, black}, {60, finger}}, "noFinger 0-8 "}};
   for (const auto& [stretches, expected] : cases) {

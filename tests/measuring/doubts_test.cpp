@@ -58,7 +58,8 @@ TEST(DoubtsTest, AFingerThatWasAwayForAFifthOfTheTimeIsADoubtBeforeAllOthers) {
 }
 
 TEST(DoubtsTest, ASaturationIsDoubtedForWhatStandsBehindMoreThanAFifthOfItsEstimates) {
-  EXPECT_THAT(judgeSpo2({20, 4, 4, 4}), IsEmpty());
+  EXPECT_THAT(judgeSpo2({20, 4, 4, 4, 10}), IsEmpty());
+  EXPECT_THAT(judgeSpo2({20, 0, 0, 0, 11}), ElementsAre(Doubt::unclearPulse));
   EXPECT_THAT(judgeSpo2({20, 5, 0, 0}), ElementsAre(Doubt::noBlue));
   EXPECT_THAT(judgeSpo2({20, 12, 20, 5}),
               ElementsAre(Doubt::noFinger, Doubt::noBlue, Doubt::noRedPulse));

@@ -17,7 +17,7 @@ TEST(ShortfallTest, AMissingValueIsExplainedByTheFingerFirstThenByTheEstimates) 
     MeasurementEvidence evidence;
     const char* text;
   };
-  const char* noOxygen = "No oxygen value: this camera's colours give none of 93 % or more.";
+  const char* noOxygen = "No oxygen value: this camera's colours give hardly any of 93 % or more.";
   const Case cases[] = {
       {{well, false, 28, some, some}, ""},
       {{well, false, 28, unclear, some},
@@ -41,7 +41,21 @@ TEST(ShortfallTest, AMissingValueIsExplainedByTheFingerFirstThenByTheEstimates) 
        "No finger from 2 to 17 s: cover lens and light."},
       {{{{noFinger, 2, 17}}, true, 28}, "No finger from 2 to 17 s: the picture is black."},
       {{{{tooBright, 3, 30}}, false, 28, some, low},
-       "Too bright from 3 to 30 s: expose less or press more lightly."},
+       "Too bright from 3 to 30 s: press more lightly."},
+      // Nor is a camera to blame for a finger that lay badly.
+      {{{{noFinger, 2, 7}, {good, 7, 9}, {noFinger, 9, 14.5}, {good, 14.5, 30}},
+        false,
+        28,
+        some,
+        {.low = 3},
+        true},
+       "No finger from 2 to 7 s, from 9 to 15 s: cover lens and light."},
+      {{{{weak, 2, 4}, {weak, 9, 11}, {weak, 16, 18}, {weak, 23, 25}, {weak, 30, 32}},
+        false,
+        40,
+        unclear},
+       "The pulse was unclear from 2 to 4 s, from 9 to 11 s, from 16 to 18 s and 2 times more: "
+       "press more lightly."},
       {{{{noFinger, 2, 17}}, true, 28, some, some, true, true}, ""},
   };
   for (const Case& each : cases) {
