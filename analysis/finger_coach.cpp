@@ -35,6 +35,8 @@ constexpr float mostColours = 0.2F;
 /// numbers of 8 bits amount to, in sums of three channels.
 constexpr float mostOwn = 2;
 constexpr float wholeSteps = 1.5F;
+/// Frames from one look at the cells to the next: whole numbers hide what glides slowly for less.
+constexpr std::size_t changeStep = 10;
 /// Frames behind the look for what glides by.
 constexpr std::size_t glideWindow = 14;
 /// What has been put down where the finger was: another level or another colour.
@@ -72,7 +74,10 @@ void FingerCoach::look(const FrameColours& frame) {
   red_.add(frame.red);
   green_.add(frame.green);
   blue_.add(frame.blue);
-  if (frame.cells) cells_[seen_ % pulseWindow] = *frame.cells;
+  if (frame.cells) {
+    if (cellsSeen_ >= changeStep) followChange(*frame.cells);
+    cells_[seen_ % pulseWindow] = *frame.cells;
+  }
   cellsSeen_ = frame.cells ? cellsSeen_ + 1 : 0;
   ++seen_;
   consider(verdictOn(frame));
@@ -170,25 +175,30 @@ bool FingerCoach::seesPulse() const {
   return cellsSeen_ < count || cellsChangeAlike(count);
 }
 
-bool FingerCoach::cellsChangeAlike(std::size_t count) const {
-  // Whole numbers hide what glides slowly for less.
-  constexpr std::size_t step = 10;
+void FingerCoach::followChange(const FrameCells& frame) {
   constexpr auto cells = static_cast<float>(FrameCells::count);
+  const auto& now = frame.brightness;
+  const auto& before = cells_[(seen_ - changeStep) % pulseWindow].brightness;
+  const float sumNow = std::accumulate(now.begin(), now.end(), 0.0F);
+  const float sumBefore = std::accumulate(before.begin(), before.end(), 0.0F);
+  const float change = (sumNow - sumBefore) / cells;
+  const float ratio = sumBefore > 0 ? sumNow / sumBefore : 0;
+  float own = 0;
+  for (std::size_t cell = 0; cell < FrameCells::count; ++cell) {
+    const float shift = now[cell] - before[cell] * ratio;
+    own += shift * shift / cells;
+  }
+  changes_[seen_ % pulseWindow] = {change * change, own};
+}
+
+bool FingerCoach::cellsChangeAlike(std::size_t count) const {
   float common = 0;
   float own = 0;
-  for (std::size_t i = seen_ - count + step; i < seen_; ++i) {
-    const auto& now = cells_[i % pulseWindow].brightness;
-    const auto& before = cells_[(i - step) % pulseWindow].brightness;
-    const float sumNow = std::accumulate(now.begin(), now.end(), 0.0F);
-    const float sumBefore = std::accumulate(before.begin(), before.end(), 0.0F);
-    const float change = (sumNow - sumBefore) / cells;
-    common += change * change;
-    for (std::size_t cell = 0; cell < FrameCells::count; ++cell) {
-      const float shift = now[cell] - (sumBefore > 0 ? before[cell] * sumNow / sumBefore : 0);
-      own += shift * shift / cells;
-    }
+  for (std::size_t i = seen_ - count + changeStep; i < seen_; ++i) {
+    common += changes_[i % pulseWindow].common;
+    own += changes_[i % pulseWindow].own;
   }
-  const auto steps = static_cast<float>(count - step);
+  const auto steps = static_cast<float>(count - changeStep);
   return std::sqrt(own / steps) <= std::max(wholeSteps, mostOwn * std::sqrt(common / steps));
 }
 

@@ -68,6 +68,7 @@ class FingerCoach {
   bool glides() const;
   bool looksUnlikeTheFinger(const FrameColours& frame) const;
   bool seesPulse() const;
+  void followChange(const FrameCells& frame);
   /// Whether over the newest frames the cells changed with all of them rather than each in its own
   /// way.
   bool cellsChangeAlike(std::size_t count) const;
@@ -97,6 +98,12 @@ class FingerCoach {
   Channel blue_;
   /// Of the newest frames, by their number.
   std::array<FrameCells, pulseWindow> cells_{};
+  /// Squared changes up to each of them: of all cells together, and of each in its own way.
+  struct Change {
+    float common = 0;
+    float own = 0;
+  };
+  std::array<Change, pulseWindow> changes_{};
   /// Frames with cells, without one between that had none.
   std::size_t cellsSeen_ = 0;
   /// Frames since the last one that moved, or that no finger gives at any moment.
