@@ -247,8 +247,7 @@ void FingerCoach::consider(std::optional<FingerState> verdict) {
 
 std::size_t FingerCoach::beginningOf(std::optional<FingerState> verdict) const {
   const std::size_t since = candidateSince_;
-  const bool sawFinger =
-      verdict && *verdict != FingerState::noFinger && *verdict != FingerState::moving;
+  const bool sawFinger = verdict == FingerState::weak || verdict == FingerState::good;
   // It takes a moment to see what was there from the beginning, and longer to see a pulse.
   if (spans_.empty()) return sawFinger || since <= longestFirstLook ? 0 : since;
   // A finger is gone from the moment at which it began to leave, and there from the moment at which

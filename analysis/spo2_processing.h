@@ -20,9 +20,9 @@ struct Spo2Figures {
   ChannelPulsation blue;
   /// The red and blue ratio of ratios, as reported beside the returned value.
   float oldSpo2 = 0;
-  /// Whether it stands on next to no blue light. Both formulas take the blue minimum for a factor,
-  /// so the value then tends to 100 whatever the blood does, and nothing else in it tells; the same
-  /// where a standard figure stands for blue.
+  /// Whether it stands on next to no pulse in blue: on next to no blue light, or on a standard
+  /// figure for its range. Both formulas take the blue minimum for a factor, so the value then
+  /// tends to 100 whatever the blood does, and nothing else in it tells.
   bool lacksBlue = false;
   /// Whether the red channel did not change, or a standard figure stands for its range.
   bool lacksRedPulse = false;

@@ -28,10 +28,26 @@ bool isMore(std::size_t count, double share, std::size_t of) {
   return static_cast<double>(count) > share * static_cast<double>(of);
 }
 
-std::size_t framesWithoutFinger(const FingerCoach& coach) {
+/// Frames from the finger's coming on that can show a rate by themselves: 8 s.
+constexpr std::size_t fewestFromFinger = 120;
+
+/// The frame at which a finger came that was not there from the beginning; 0 where too few follow.
+std::size_t comingOfFinger(const FingerCoach& coach) {
+  std::size_t coming = 0;
+  for (const FingerCoach::Span& span : coach.spans()) {
+    // It moves as it comes.
+    const bool isComing =
+        span.state == FingerState::noFinger || (coming > 0 && span.state == FingerState::moving);
+    if (span.from != coming || !isComing) break;
+    coming = span.to;
+  }
+  return coming + fewestFromFinger <= coach.frames() ? coming : 0;
+}
+
+std::size_t framesWithoutFinger(const FingerCoach& coach, std::size_t from) {
   std::size_t frames = 0;
   for (const FingerCoach::Span& span : coach.spans()) {
-    if (span.state == FingerState::noFinger) frames += span.to - span.from;
+    if (span.from >= from && span.state == FingerState::noFinger) frames += span.to - span.from;
   }
   return frames;
 }
@@ -68,8 +84,9 @@ std::string_view textOf(Doubt doubt) {
     case Doubt::doubleRate:
       return "Unsure: the pulse may be twice as fast. Hold still and measure again.";
     case Doubt::noBlue:
-      return "Unsure: this camera sees next to no blue light, without which the oxygen value says "
-             "nothing about the blood.";
+      return "Unsure: this camera sees next to no pulse in blue light, without which the oxygen "
+             "value "
+             "says nothing about the blood.";
     case Doubt::noRedPulse:
       break;
   }
@@ -78,16 +95,21 @@ std::string_view textOf(Doubt doubt) {
 
 HeartrateJudgement judgeHeartrate(double heartrate, std::span<const float> red,
                                   std::span<const float> green, const FingerCoach& coach) {
-  const Periodicity inRed = periodicityAt(red, heartrate);
-  const Periodicity inGreen = periodicityAt(green, heartrate);
+  const std::size_t from = comingOfFinger(coach);
+  const auto seen = [&](std::span<const float> channel) {
+    return channel.subspan(std::min(from, channel.size()));
+  };
+  const Periodicity inRed = periodicityAt(seen(red), heartrate);
+  const Periodicity inGreen = periodicityAt(seen(green), heartrate);
   // Cameras differ in where the pulse shows; the clearer channel speaks.
   const Periodicity& pulse = inRed.own >= inGreen.own ? inRed : inGreen;
 
   HeartrateJudgement judgement;
   judgement.clarity = std::clamp(pulse.own, 0.0, 1.0);
   const bool isUnclear = pulse.own < leastClarity;
-  const std::size_t absent = framesWithoutFinger(coach);
-  if (isMore(absent, mostWithoutFinger, coach.frames()) || (isUnclear && absent >= enoughToBlur)) {
+  const std::size_t absent = framesWithoutFinger(coach, from);
+  if (isMore(absent, mostWithoutFinger, coach.frames() - from) ||
+      (isUnclear && absent >= enoughToBlur)) {
     judgement.doubts.push_back(Doubt::noFinger);
   }
   if (isUnclear) {

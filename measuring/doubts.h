@@ -19,7 +19,7 @@ enum class Doubt {
   /// A pulse of half or of twice the rate explains them as well.
   halfRate,
   doubleRate,
-  /// Of a saturation: the colours behind it have next to no blue, or no pulse in the red.
+  /// Of a saturation: next to no pulse in the blue behind it, or none in the red.
   noBlue,
   noRedPulse,
 };
@@ -40,7 +40,8 @@ struct HeartrateJudgement {
 
 /// Judges a final heart rate by means that its estimates did not use: whether all frames measured,
 /// in red or in green, repeat themselves at its period, and what the coach saw. The coach has
-/// looked at the same frames.
+/// looked at the same frames. Those before a finger first came count for nothing, where enough
+/// come after it.
 HeartrateJudgement judgeHeartrate(double heartrate, std::span<const float> red,
                                   std::span<const float> green, const FingerCoach& coach);
 
@@ -51,7 +52,7 @@ struct Spo2Evidence {
   std::size_t withoutRedPulse = 0;
   /// Formed while the coach saw no finger.
   std::size_t withoutFinger = 0;
-  /// Formed while it saw a finger that moved or showed no pulse.
+  /// Formed while it saw a finger that moved or showed no pulse, or could not tell yet.
   std::size_t withoutPulse = 0;
 };
 

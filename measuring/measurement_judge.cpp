@@ -56,7 +56,7 @@ void MeasurementJudge::spo2Estimated(std::int32_t /*counter*/, float /*spo2*/,
   const auto seen = coach_.state();
   if (figures.lacksRedPulse || seen == FingerState::tooBright) ++evidence_.withoutRedPulse;
   if (seen == FingerState::noFinger) ++evidence_.withoutFinger;
-  if (seen == FingerState::moving || seen == FingerState::weak) ++evidence_.withoutPulse;
+  if (!seen || seen == FingerState::moving || seen == FingerState::weak) ++evidence_.withoutPulse;
 }
 
 void MeasurementJudge::heartrateFinal(float heartrate) {

@@ -67,6 +67,7 @@ class Keeping {
     failures_ = [store = store.get(), healthStore = healthStore.get()] {
       return std::vector{store->failure(), healthStore->failure()};
     };
+    keptRecord_ = [healthStore = healthStore.get()] { return healthStore->hasSaved(); };
     store_ = std::move(store);
     healthStore_ = std::move(healthStore);
   }
@@ -74,6 +75,9 @@ class Keeping {
   KeyValueStore& store() { return *store_; }
   HealthStore& healthStore() { return healthStore_ ? *healthStore_ : noHealthStore; }
   const std::filesystem::path& folder() const { return folder_; }
+
+  /// Whether a health record was kept.
+  bool keptRecord() const { return keptRecord_ && keptRecord_(); }
 
   /// Tells on standard error what could not be kept; true when everything was.
   bool tellFailures() const {
@@ -93,6 +97,7 @@ class Keeping {
   std::unique_ptr<KeyValueStore> store_;
   std::unique_ptr<HealthStore> healthStore_;
   std::function<std::vector<std::optional<std::string>>()> failures_;
+  std::function<bool()> keptRecord_;
 };
 
 /// The diagnostic log: a file, or none.
@@ -119,25 +124,24 @@ class Logging {
 };
 
 /// Why a measurement that did not finish is not in the history, and what would be.
-std::string nothingSaved(const MeasurementReport& report) {
+std::string nothingSaved(const MeasurementReport& report, bool keptRecord) {
+  const char* saved = keptRecord ? "Only a health record saved" : "Nothing saved";
+  const auto alone = [&](const char* name, float value, const char* unit) {
+    return formatText("%s, since not every value became final: --only %s saves the %.0f %s.\n",
+                      saved, name, static_cast<double>(value), unit);
+  };
   // Nobody is advised to save what may not be relied on.
   if (report.heartrate && report.heartrateJudgement->doubts.empty()) {
-    return formatText(
-        "Nothing saved, since not every value became final: --only heartrate saves "
-        "the %.0f beats per minute.\n",
-        static_cast<double>(*report.heartrate));
+    return alone("heartrate", *report.heartrate, "beats per minute");
   }
-  if (report.spo2 && report.spo2Doubts->empty()) {
-    return formatText(
-        "Nothing saved, since not every value became final: --only spo2 saves the "
-        "%.0f %%.\n",
-        static_cast<double>(*report.spo2));
-  }
-  if (report.outcome == Outcome::lowSignal) {
-    return "Nothing saved: a result takes oxygen values of 93 % or more.\n";
-  }
-  return "Nothing saved: a result takes a steady finger for some 10 to 20 seconds after the 2 of "
-         "the countdown.\n";
+  if (report.spo2 && report.spo2Doubts->empty()) return alone("spo2", *report.spo2, "%");
+  const bool lacksOxygen =
+      report.outcome == Outcome::lowSignal ||
+      (report.shortfall && report.shortfall->cause == Shortfall::Cause::oxygen);
+  return formatText("%s: a result takes %s.\n", saved,
+                    lacksOxygen ? "oxygen values of 93 % or more"
+                                : "a steady finger for some 10 to 20 seconds after the 2 of the "
+                                  "countdown");
 }
 
 /// Runs the measurement and, on a terminal, shows it.
@@ -226,7 +230,7 @@ ExitStatus measure(const MeasureOptions& options) {
   if (!options.json) {
     const Terminal terminal = terminalBehind(STDOUT_FILENO);
     const bool finished = report.outcome == Outcome::finished;
-    if (!finished && options.save) text += nothingSaved(report);
+    if (!finished && options.save) text += nothingSaved(report, keeping.keptRecord());
     text = wrapped(text, terminal);
     if (finished && options.save && kept) {
       text += "Saved in " + keeping.folder().string() + ".\n";

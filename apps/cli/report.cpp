@@ -64,27 +64,36 @@ std::string shortfallLine(const MeasurementReport& report, const MeasurementRequ
          (measuresWithout ? " --only heartrate measures without it.\n" : "\n");
 }
 
-/// What speaks against a final value; empty for one to be relied on.
+/// What was seen of the finger up to a moment.
+std::vector<FingerSpan> until(double second, std::vector<FingerSpan> finger) {
+  std::erase_if(finger, [&](const FingerSpan& span) { return span.from >= second; });
+  if (!finger.empty()) finger.back().to = std::min(finger.back().to, second);
+  return finger;
+}
+
+/// What speaks against a final value; empty for one to be relied on. `finger`: as it was seen until
+/// the value became final.
 std::string doubtLine(const char* caption, const std::vector<Doubt>& doubts,
-                      const MeasurementReport& report) {
+                      const std::vector<FingerSpan>& finger) {
   if (doubts.empty()) return {};
   const auto reason = [&]() -> std::string {
     switch (doubts.front()) {
       case Doubt::noFinger:
-        return "no finger" + whenSeen(report.finger, {FingerState::noFinger});
+        return "no finger" + whenSeen(finger, {FingerState::noFinger});
       case Doubt::halfRate:
         return "the pulse may be half as fast";
       case Doubt::doubleRate:
         return "the pulse may be twice as fast";
       case Doubt::noBlue:
-        return "the camera saw next to no blue light, without which the value says nothing about "
-               "the blood";
+        return "the camera saw next to no pulse in blue light, without which the value says "
+               "nothing "
+               "about the blood";
       case Doubt::noRedPulse:
         return "the red light shows no pulse";
       case Doubt::unclearPulse:
         break;
     }
-    const auto fault = fingerFaultIn(report.finger, report.isBlack);
+    const auto fault = fingerFaultIn(finger, false);
     return fault ? fault->what : "the pulse was unclear";
   };
   return formatText("%-12s unsure: %s.\n", caption, reason().c_str());
@@ -158,10 +167,16 @@ std::string reportAsText(const MeasurementReport& report, const MeasurementReque
   std::string text;
   if (request.heartrate) text += valueLine("Heart rate", report.heartrate, "beats per minute");
   if (request.spo2) text += valueLine("SpO2", report.spo2, "%");
+  const auto fingerUntil = [&](double secondsMeasured) {
+    return until(request.start + Measurement::countdownSeconds + secondsMeasured, report.finger);
+  };
   if (report.heartrateJudgement) {
-    text += doubtLine("Heart rate", report.heartrateJudgement->doubts, report);
+    text += doubtLine("Heart rate", report.heartrateJudgement->doubts,
+                      fingerUntil(report.heartrateSeconds));
   }
-  if (report.spo2Doubts) text += doubtLine("SpO2", *report.spo2Doubts, report);
+  if (report.spo2Doubts) {
+    text += doubtLine("SpO2", *report.spo2Doubts, fingerUntil(report.spo2Seconds));
+  }
   return text + explanation(report, request);
 }
 

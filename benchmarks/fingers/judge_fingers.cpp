@@ -16,8 +16,8 @@
 #include "platform/linux/synthetic_finger.h"
 #include "platform/portable/embedded_resources.h"
 
-// Measures what has no pulse, a pulse too slow, and good pulses, and counts which final heart rates
-// are doubted.
+// Measures what has no pulse, a pulse too slow, and good pulses, and counts which final values are
+// doubted.
 
 namespace veyla {
 namespace {
@@ -75,18 +75,20 @@ std::unique_ptr<RecordingSource> around(const Swings& level,
 
 constexpr Swings lit{200, 60, 40};
 
-/// Noise that the channels share in part, and a drift that wanders.
+/// Noise that the channels share in part, and a drift that wanders. Where the red has little of it,
+/// it gives a saturation, too; the same with breath.
 std::unique_ptr<RecordingSource> noise(unsigned seed, const Swings& level = lit) {
   auto chance = std::make_shared<Chance>(seed);
   const double size = std::pow(10, chance->between(-1.2, 0.5));
   const double shared = size * chance->between(0, 1);
   const double own = size * chance->between(0.1, 1);
   const double wandering = size * chance->between(0, 0.3);
+  const double inRed = chance->between(0.02, 1);
   auto drift = std::make_shared<double>(0);
   return around(level, [=](double) {
     *drift += wandering * chance->normal();
     const double together = shared * chance->normal() + *drift;
-    return Swings{together + own * chance->normal(), together + own * chance->normal(),
+    return Swings{inRed * (together + own * chance->normal()), together + own * chance->normal(),
                   together + own * chance->normal()};
   });
 }
@@ -101,7 +103,7 @@ std::unique_ptr<RecordingSource> breath(unsigned seed) {
   const double phase = chance->between(0, 6);
   const double wavering = 0.003 * chance->between(0, 1);
   const double grain = std::pow(10, chance->between(-1.3, 0));
-  const Swings parts{1, chance->between(0.3, 1.5), chance->between(0.2, 1)};
+  const Swings parts{chance->between(0.02, 1), chance->between(0.3, 1.5), chance->between(0.2, 1)};
   auto wander = std::make_shared<double>(0);
   return around(lit, [=](double time) {
     *wander += wavering * chance->normal();
@@ -159,13 +161,16 @@ struct Kind {
 double slowRate(unsigned seed) { return 20 + seed % 21; }
 double rightRate(unsigned seed) { return 45 + seed % 156; }
 
-MeasurementReport measured(std::unique_ptr<RecordingSource> source) {
+enum class Value { heartrate, spo2 };
+
+MeasurementReport measured(Value value, std::unique_ptr<RecordingSource> source) {
   TimedQueue queue;
   QueueClock clock({}, queue);
   MemoryKeyValueStore store;
   const EmbeddedResources resources;
   MeasurementRequest request;
-  request.spo2 = false;
+  request.heartrate = value == Value::heartrate;
+  request.spo2 = value == Value::spo2;
   MeasurementRun run(request, std::move(source),
                      {.queue = queue, .clock = clock, .store = store, .resources = resources});
   return run.run();
@@ -176,6 +181,8 @@ struct Count {
   int marked = 0;
   int wrong = 0;
   int wrongMarked = 0;
+  int spo2Finished = 0;
+  int spo2Marked = 0;
 };
 
 Count count(const Kind& kind, unsigned seeds) {
@@ -183,14 +190,19 @@ Count count(const Kind& kind, unsigned seeds) {
   std::mutex mutex;
   inParallel(seeds, 0, [&](std::size_t seed) {
     const auto number = static_cast<unsigned>(seed);
-    const MeasurementReport report = measured(kind.source(number));
+    const MeasurementReport oxygen = measured(Value::spo2, kind.source(number));
+    const MeasurementReport report = measured(Value::heartrate, kind.source(number));
+    const std::lock_guard lock(mutex);
+    if (oxygen.spo2) {
+      ++count.spo2Finished;
+      count.spo2Marked += oxygen.spo2Doubts->empty() ? 0 : 1;
+    }
     if (!report.heartrate) return;
     constexpr double right = 5;
     const double truth = kind.truth(number);
     const bool wrong =
         truth <= 0 || std::abs(static_cast<double>(*report.heartrate) - truth) > right;
     const bool marked = !report.heartrateJudgement->doubts.empty();
-    const std::lock_guard lock(mutex);
     ++count.finished;
     count.marked += marked ? 1 : 0;
     count.wrong += wrong ? 1 : 0;
@@ -205,7 +217,7 @@ Count count(const Kind& kind, unsigned seeds) {
 int main(int argc, char** argv) {
   using namespace veyla;
   unsigned seeds = 1000;
-  CLI::App program("Counts which final heart rates of generated series are doubted.");
+  CLI::App program("Counts which final values of generated series are doubted.");
   program.add_option("--seeds", seeds, "series of each kind (1000)");
   CLI11_PARSE(program, argc, argv);
   const auto none = [](unsigned) { return 0.0; };
@@ -217,12 +229,13 @@ int main(int argc, char** argv) {
       {"45 to 200 bpm", rightRate, [](unsigned seed) { return pulse(rightRate(seed), seed); }},
       {"the same, restless", rightRate,
        [](unsigned seed) { return restlessPulse(rightRate(seed), seed); }}};
-  std::printf("%-20s%8s%10s%8s%8s%14s\n", "kind", "series", "finished", "unsure", "wrong",
-              "wrong+unsure");
+  std::printf("%-20s%8s%10s%8s%8s%14s%8s%13s\n", "kind", "series", "finished", "unsure", "wrong",
+              "wrong+unsure", "SpO2", "SpO2 unsure");
   for (const Kind& kind : kinds) {
     const Count counted = count(kind, seeds);
-    std::printf("%-20s%8u%10d%8d%8d%14d\n", kind.name, seeds, counted.finished, counted.marked,
-                counted.wrong, counted.wrongMarked);
+    std::printf("%-20s%8u%10d%8d%8d%14d%8d%13d\n", kind.name, seeds, counted.finished,
+                counted.marked, counted.wrong, counted.wrongMarked, counted.spo2Finished,
+                counted.spo2Marked);
   }
   return 0;
 }

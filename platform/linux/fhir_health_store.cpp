@@ -146,7 +146,7 @@ void FhirHealthStore::save(const HealthSample& sample,
                        HealthPermissions::nameOf(sample.type) + "; allow it and measure again");
     }
     append(observation(sample));
-    saved = true;
+    saved = hasSaved_ = true;
   } catch (const StoreError& error) {
     if (!failure_) failure_ = error.what();
   }

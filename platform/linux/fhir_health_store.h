@@ -57,6 +57,8 @@ class FhirHealthStore : public HealthStore {
   /// kept. Reads alone, so that its last line may be half a one. Throws `StoreError`.
   static std::optional<std::string> contentsIn(const std::filesystem::path& folder);
 
+  /// Whether a record was kept since the opening.
+  bool hasSaved() const { return hasSaved_; }
   /// The first thing that went wrong in use, as one line.
   const std::optional<std::string>& failure() const { return failure_; }
   /// What opening mended, as one line.
@@ -70,6 +72,7 @@ class FhirHealthStore : public HealthStore {
   HealthPermissions permissions_;
   UuidGenerator& uuids_;
   Ask ask_;
+  bool hasSaved_ = false;
   std::optional<std::string> failure_;
   std::optional<std::string> repair_;
 };

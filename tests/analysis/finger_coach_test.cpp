@@ -51,6 +51,9 @@ Rgb finger(double x, double y, double time) {
   return {200 * spot * pulse, 40 * spot * pulse, 30 * spot * pulse};
 }
 
+/// The same, so near to the light that the red is cut off.
+Rgb cutOffFinger(double x, double y, double time) { return {255, 3 * finger(x, y, time)[1], 40}; }
+
 /// A picture of many shapes and like colours, seen from `across` picture widths to the right.
 Rgb photograph(double x, double y, double across) {
   const double u = x + across;
@@ -137,10 +140,7 @@ TEST(FingerCoachTest, AFingerIsGoodWeakOrTooBrightByItsPulse) {
     return Rgb{200 * spot * drift, 40 * spot, 30 * spot};
   };
   EXPECT_EQ(after(6, fadedPulse), weak);
-  const Scene cutOff = [](double x, double y, double time) {
-    return Rgb{255, 3 * finger(x, y, time)[1], 40};
-  };
-  EXPECT_EQ(after(1.5, cutOff), tooBright);
+  EXPECT_EQ(after(1.5, cutOffFinger), tooBright);
   const Scene greenAlone = [](double x, double y, double time) {
     const double pulse = 1 - 0.03 * std::pow(std::sin(pi * 1.2 * time), 2);
     return Rgb{40, 80 * pulse * (1.1 - 0.2 * x - 0.1 * y), 45};
@@ -198,6 +198,9 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
     for (double& channel : rgb) channel *= 1 + 0.2 * std::sin(9 * time);
     return rgb;
   };
+  const Scene nearlyCutOff = [](double x, double y, double time) {
+    return Rgb{253, cutOffFinger(x, y, time)[1], 40};
+  };
   const Scene black = plain({});
   const Scene nothing;  // No frame comes.
   struct Case {
@@ -216,6 +219,7 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
       {{{75, finger}, {9, black}, {51, finger}, {11, black}}, "good 0-135 noFinger 135-146 "},
       {{{75, finger}, {15, nothing}, {30, finger}}, "good 0-120 "},
       {{{42, finger}, {30, black}, {75, finger}}, "noFinger 42-72 good 72-147 "},
+      {{{30, nearlyCutOff}, {30, cutOffFinger}}, "tooBright 30-60 "},
       {{{7, black}}, ""},
       {{{8, black}, {60, finger}}, "noFinger 0-8 "}};
   for (const auto& [stretches, expected] : cases) {

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "tests/support/builders.h"
 
 namespace veyla {
@@ -10,10 +12,13 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-FingerCoach coachThatSaw(const std::vector<float>& red, std::size_t darkFrames) {
+/// `red`, but for so many dark frames from one on.
+FingerCoach coachThatSaw(const std::vector<float>& red, std::size_t dark = 0,
+                         std::size_t from = 100) {
   FingerCoach coach;
   for (std::size_t i = 0; i < red.size(); ++i) {
-    coach.look(i < darkFrames ? FrameColours{} : FrameColours{red[i], 40, 30, std::nullopt});
+    const bool isDark = i >= from && i < from + dark;
+    coach.look(isDark ? FrameColours{} : FrameColours{red[i], 40, 30, std::nullopt});
   }
   return coach;
 }
@@ -36,9 +41,8 @@ TEST(DoubtsTest, AHeartRateIsDoubtedWhereTheColoursDoNotRepeatAtItsPeriodOrAnoth
     SCOPED_TRACE(testing::Message() << each.told << " for " << each.truth);
     const auto series = photoplethysmogram(each.truth);
     // The clearer of the two channels speaks, whichever it is.
-    for (const auto& judgement :
-         {judgeHeartrate(each.told, series, still, coachThatSaw(series, 0)),
-          judgeHeartrate(each.told, still, series, coachThatSaw(series, 0))}) {
+    for (const auto& judgement : {judgeHeartrate(each.told, series, still, coachThatSaw(series)),
+                                  judgeHeartrate(each.told, still, series, coachThatSaw(series))}) {
       EXPECT_EQ(judgement.doubts, each.doubts);
       EXPECT_EQ(judgement.clarity >= 0.58, each.doubts.empty() || each.truth > each.told + 40);
     }
@@ -55,6 +59,17 @@ TEST(DoubtsTest, AFingerThatWasAwayForAFifthOfTheTimeIsADoubtBeforeAllOthers) {
               ElementsAre(Doubt::unclearPulse));
   EXPECT_THAT(judgeHeartrate(100, red, red, coachThatSaw(red, 20)).doubts,
               ElementsAre(Doubt::noFinger, Doubt::unclearPulse));
+}
+
+TEST(DoubtsTest, AFingerThatCameLateIsJudgedFromThenOnWhereEnoughFollows) {
+  const auto late = [](std::size_t dark) {
+    auto red = photoplethysmogram(72);
+    std::fill_n(red.begin(), dark, 3.0F);
+    return judgeHeartrate(72, red, red, coachThatSaw(red, dark, 0));
+  };
+  EXPECT_THAT(late(75).doubts, IsEmpty());
+  EXPECT_GT(late(75).clarity, 0.9);
+  EXPECT_THAT(late(100).doubts, ElementsAre(Doubt::noFinger, Doubt::unclearPulse));
 }
 
 TEST(DoubtsTest, ASaturationIsDoubtedForWhatStandsBehindMoreThanAFifthOfItsEstimates) {

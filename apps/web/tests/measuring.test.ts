@@ -178,7 +178,7 @@ it("a finger that comes late, leaves and is too bright is told of, and doubted",
   expect(await words.textContent()).toBe("");
   expect(await visit.element("labelDoubtHeartrate").textContent()).toContain(doubt);
   expect(await visit.element("labelDoubtSpo2").textContent()).toContain(
-    "Unsure: this camera sees next to no blue light",
+    "Unsure: this camera sees next to no pulse in blue light",
   );
   expect(await page.getByRole("status").filter({ hasText: doubt }).count()).toBe(1);
   await visit.inspect("doubt-absent-night");
