@@ -5,10 +5,7 @@
 #include <functional>
 #include <numbers>
 
-#include "measuring/display_settings.h"
-#include "measuring/measuring_screen_drawing.h"
 #include "tests/linux/pictures.h"
-#include "tests/support/measuring_rig.h"
 
 namespace veyla {
 namespace {
@@ -52,8 +49,6 @@ TEST(CairoCanvasTest, TextsAreMeasuredInTheirFont) {
   EXPECT_GT(canvas.measureText("HH", light).width, 1.9 * extents.width);
   EXPECT_GT(canvas.measureText("H", {"HelveticaNeue-Bold", 16}).width, extents.width);
 }
-
-// Pictures are drawn as they must be and then with one small fault, which the comparison must see.
 
 TEST(PictureTest, EveryOperation) {
   const auto everything = [](double turn) {
@@ -102,69 +97,6 @@ TEST(PictureTest, EveryOperation) {
   };
   const StoredPicture stored("canvas.png", everything(quarter));
   stored.expectUnlike(everything(quarter + 0.05), "turned too far");
-}
-
-TEST(PictureTest, Gauge) {
-  const auto gauge = [](float value, float length) {
-    WMGaugeView view;
-    Utils::gaugeSettings(view, 50, 100, 10);
-    view.scaleDivisionsLength *= length;
-    view.setValue(value, false);
-    return drawn({150, 150}, 1, [&](Canvas& canvas) { view.drawRect(canvas, {150, 150}); });
-  };
-  const StoredPicture stored("gauge.png", gauge(72, 1));
-  stored.expectUnlike(gauge(73, 1), "a wrong value");
-  stored.expectUnlike(gauge(72, 0.67F), "short ticks");
-}
-
-TEST(PictureTest, Ring) {
-  const auto ring = [](float progress, double trackAlpha) {
-    CircleProgressBar bar;
-    Utils::circleProgressBarSettings(bar);
-    bar.progressBarTrackColor.alpha *= trackAlpha;
-    bar.setProgress(progress, false);
-    return drawn({72, 72}, 1, [&](Canvas& canvas) { bar.drawRect(canvas, {72, 72}); });
-  };
-  const StoredPicture stored("ring.png", ring(0.4F, 1));
-  stored.expectUnlike(ring(0.41F, 1), "a wrong progress");
-  stored.expectUnlike(ring(0.4F, 1.5), "a darker track");
-}
-
-TEST(PictureTest, MeasuringScreen) {
-  using namespace MeasuringScreen;
-  MeasuringRig rig;
-  rig.appear();
-  rig.startMeasuring();
-  rig.heartrateBin(82);
-  rig.spo2(97);
-  for (int i = 0; i < 40; ++i) {
-    rig.frame({100, 80, 40, static_cast<float>(100 + 20 * std::sin(i * 0.35))});
-  }
-  rig.screen.finishAnimations();
-
-  ScreenState views;
-  const Font light{"HelveticaNeue-Light", 25};
-  for (const auto& [element, text] : {std::pair{labelHeartrate, "72"},
-                                      {labelSpo2, "97"},
-                                      {labelRed, "Analyzing - hold steady ..."},
-                                      {labelGrey, "Cover flash and camera lens with finger..."}}) {
-    views.setText(element, text);
-    views.setFont(element, light);
-  }
-  views.setShimmering(labelMeasuringHeartrate, true);
-  views.setImage(buttonCheckboxSpo2, "checkbox_unmarked.png");
-  views.setHidden(viewLastMeasurements, true);
-  views.setOpacity(beginButton, 0);
-  const auto screen = [&](SafeArea safeArea) {
-    return drawn({390, 844}, 0.5, [&](Canvas& canvas) {
-      drawMeasuringScreen(canvas, MeasuringLayout({390, 844}, safeArea), rig.screen, views,
-                          "Veyla");
-    });
-  };
-  const StoredPicture stored("screen.png", screen({47, 34}));
-  stored.expectUnlike(screen({48, 34}), "a screen that is a point too low");
-  views.setHidden(labelGrey, true);
-  stored.expectUnlike(screen({47, 34}), "a line that is missing");
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ class Picture {
 
   /// The part of all pixels, 0 to 1, that differ by more than a rounding; 1 where sizes differ.
   double differenceFrom(const Picture& other) const {
-    constexpr int rounding = 12;
+    constexpr int rounding = 5;
     if (width_ != other.width_ || bytes_.size() != other.bytes_.size()) return 1;
     int different = 0;
     for (std::size_t i = 0; i < bytes_.size(); i += 4) {
@@ -73,7 +73,7 @@ class StoredPicture {
 
  private:
   /// As much as another version of the drawing library may differ at edges.
-  static constexpr double tolerance = 0.001;
+  static constexpr double tolerance = 0.0002;
 
   double differenceFrom(const std::string& png) const {
     return Picture(png).differenceFrom(Picture(contentsOf(file_)));
