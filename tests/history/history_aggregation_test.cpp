@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "history/date_value_formatter.h"
 #include "history/history_store.h"
 #include "tests/support/test_platform.h"
 
@@ -25,7 +24,6 @@ class HistoryAggregationTest : public testing::Test {
     platform_.text.emplace(locale, zone);
   }
   static Date now() { return services().clock.now(); }
-  /// Unix times of points, and their values.
   static std::vector<double> valuesOf(const std::vector<ChartDataEntry>& points) {
     std::vector<double> values;
     for (const ChartDataEntry& point : points) values.push_back(point.y);
@@ -198,18 +196,6 @@ TEST_F(HistoryAggregationTest,
               ElementsAre("23/10", "24/10", "25/10", "26/10", "27/10", "27/10", "28/10"));
   EXPECT_THAT(valuesOf(repeated.hr), ElementsAre(95, 96, 97, 98, 99, 100));
   EXPECT_EQ(repeated.hr[4].x, now().secondsSince1970 - 2 * day) << "the first of the two";
-}
-
-TEST_F(HistoryAggregationTest, DaysAreWrittenInTheDevicesLanguage) {
-  const DateValueFormatter formatter;
-  const auto written = [&](const char* locale, const char* zone) {
-    in(locale, zone);
-    return formatter.stringForValue(1'700'000'000, ChartAxis{}) + ", " + week().x.back();
-  };
-  EXPECT_EQ(written("en_US", "UTC"), "14 Nov, 14/11");
-  EXPECT_EQ(written("de_DE", "Europe/Berlin"), "14 Nov., 14/11");
-  EXPECT_EQ(written("ja_JP", "Asia/Tokyo"), "15 11月, 15/11");
-  EXPECT_EQ(written("ar_EG", "America/New_York"), "١٤ نوفمبر, ١٤/١١");
 }
 
 }  // namespace

@@ -23,14 +23,11 @@ const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.mi
 export interface Visitor {
   /**
    * The recording of a generated finger before the camera, that of 72 beats per minute unless it is told;
-   * the browser's own generated picture, no camera at all, or one that the user refuses.
+   * no camera at all, or one that the user refuses.
    */
-  readonly camera?: "72" | "96" | "low" | "absent" | "generated" | "none" | "refused";
-  /**
-   * Refused: the camera has one, but does not switch it on. Ignored: nor does it say so. Literal: each call
-   * stands for all that is to hold. Listed: told as a list of what it can be.
-   */
-  readonly torch?: boolean | "refused" | "ignored" | "literal" | "listed";
+  readonly camera?: "72" | "96" | "low" | "absent" | "none" | "refused";
+  /** Broken: the camera tells of one that stays dark. */
+  readonly torch?: boolean | "broken";
   /** Somebody who has been here before, unless it is told. */
   readonly stored?: Readonly<Record<string, string>>;
   readonly colorScheme?: "light" | "dark";
@@ -38,13 +35,10 @@ export interface Visitor {
   readonly reducedMotion?: "reduce" | "no-preference";
   readonly userAgent?: string;
   readonly query?: string;
-  /** Whether the camera's video tells a time of its own; some browsers' stands still. */
-  readonly videoTime?: "runs" | "stands";
   /** The host by whose name the page is opened; without HTTPS, browsers trust their own machine alone. */
   readonly host?: string;
   /** What the browser lacks or does badly. */
-  readonly lacks?:
-    "video frames" | "camera permission" | "list of cameras" | "the core" | "storage";
+  readonly lacks?: "video frames" | "the core" | "storage";
 }
 
 /** Somebody who has seen the introduction and answered about health records. */
@@ -73,20 +67,14 @@ export function storedHistory(history: readonly Entry[]): Readonly<Record<string
   return { ...acquainted, "veyla/values": JSON.stringify(values) };
 }
 
-interface FramesTaken {
-  /** How many the camera's video has handed to the page. */
-  readonly handed: number;
-  /** From a frame to the next, in seconds, where that is longer than a camera takes. */
-  readonly gaps: readonly number[];
-}
-
 declare global {
   interface Window {
     /** The addresses that the page handed on to the phone, in their order. */
     addresses: string[];
     /** What the torch has done, in its order: lit, and gone out. */
     lights: boolean[];
-    taken: FramesTaken;
+    /** From one of the camera's frames to the next, in seconds, where that is longer than a camera takes. */
+    stalls: number[];
     axe: { run(): Promise<AxeResults> };
     setInFront(inFront: boolean): void;
   }
@@ -153,33 +141,18 @@ export class Visit {
     await this.page.getByText("Analyzing - hold steady ...").waitFor();
   }
 
-  /** The report that the end of a recording logs. */
-  async report(): Promise<{ seconds: number; frames: number; framedrops: number }> {
-    const pattern = /^seconds: ([\d.]+), frames ([1-9]\d*), framedrops (\d+), fps: [\d.]+$/;
-    await expect.poll(() => this.log.some((line) => pattern.test(line))).toBe(true);
-    const line = this.log.findLast((each) => pattern.test(each)) ?? "";
-    const [, seconds = 0, frames = 0, framedrops = 0] = (pattern.exec(line) ?? []).map(Number);
-    return { seconds, frames, framedrops };
-  }
-
   /** Measures to the end and tells how often: a stalled camera's finger is measured once more. */
   async measure(): Promise<number> {
     for (let measurements = 1; ; ++measurements) {
-      const before = (await this.framesTaken()).gaps.length;
       await this.startMeasuring();
       await this.page.getByText("FINISHED").waitFor({ timeout: 60_000 });
-      const gaps = (await this.framesTaken()).gaps.slice(before);
+      const stalls = await this.page.evaluate(() => window.stalls.splice(0));
       // Not the time between two recordings.
-      const stalled = gaps.filter((gap) => gap < 1).reduce((sum, gap) => sum + gap, 0);
+      const stalled = stalls.filter((stall) => stall < 1).reduce((sum, stall) => sum + stall, 0);
       // Half a second less of the recording shows a finger that is too slow by two beats a minute.
       if (stalled < 0.4 || measurements === 4) return measurements;
       console.log(`the camera stalled for ${stalled.toFixed(1)} s; measuring once more`);
     }
-  }
-
-  /** The camera's frames so far. */
-  framesTaken(): Promise<FramesTaken> {
-    return this.page.evaluate(() => window.taken);
   }
 
   /** The history as it is stored, oldest first. */
@@ -269,15 +242,11 @@ export class Visit {
   }
 }
 
-/**
- * Stands in for what no generated camera has, at the edge of the track: a torch, and a mode beside it. As
- * browsers may, it looks at the first of the advanced sets alone, and leaves out one that names both,
- * as one that it cannot meet, without a word.
- */
-function addTorch(kind: Exclude<NonNullable<Visitor["torch"]>, false>): void {
+/** Stands in for what no generated camera has, at the edge of the track: a torch, and a mode beside it. */
+function addTorch(kind: true | "broken"): void {
   const lit = new WeakSet<MediaStreamTrack>();
   const light = (track: MediaStreamTrack, on: boolean): void => {
-    if (lit.has(track) === on) return;
+    if (lit.has(track) === on || kind === "broken") return;
     if (on) lit.add(track);
     else lit.delete(track);
     window.lights.push(on);
@@ -285,24 +254,16 @@ function addTorch(kind: Exclude<NonNullable<Visitor["torch"]>, false>): void {
   const tracks = MediaStreamTrack.prototype;
   const own = Object.getOwnPropertyDescriptors(tracks);
   tracks.getCapabilities = function (): MediaTrackCapabilities {
-    const torch = kind === "listed" ? [false, true] : true;
-    const modes = { torch, exposureMode: ["continuous"] };
+    const modes = { torch: true, exposureMode: ["continuous"] };
     return { ...own.getCapabilities.value?.call(this), ...modes };
   };
   tracks.getSettings = function (): MediaTrackSettings {
     return { ...own.getSettings.value?.call(this), torch: lit.has(this) };
   };
   tracks.applyConstraints = function (constraints): Promise<void> {
-    const [{ torch, ...modes } = {}] = (constraints?.advanced ?? []) as Record<string, unknown>[];
-    if (kind === "refused" && torch === true)
-      return Promise.reject(new Error("the battery is low"));
-    const isAlone = Object.keys(modes).length === 0;
-    if (typeof torch === "boolean" && isAlone && kind !== "ignored" && this.readyState === "live")
-      light(this, torch);
-    if (kind !== "literal") return Promise.resolve();
-    if (torch !== true) light(this, false);
-    const size = { width: constraints?.width ?? 640, height: constraints?.height ?? 480 };
-    return own.applyConstraints.value?.call(this, size) ?? Promise.resolve();
+    const [{ torch } = {}] = (constraints?.advanced ?? []) as { torch?: boolean }[];
+    if (torch !== undefined) light(this, torch);
+    return Promise.resolve();
   };
   tracks.stop = function (): void {
     own.stop.value?.call(this);
@@ -311,14 +272,13 @@ function addTorch(kind: Exclude<NonNullable<Visitor["torch"]>, false>): void {
 }
 
 /** Prepares the page to be followed, and to be told what no test browser has. */
-function follow(videoTime: "runs" | "stands"): void {
-  const taken = { handed: 0, gaps: [] as number[] };
+function follow(): void {
   const setInFront = (inFront: boolean): void => {
     const state = inFront ? "visible" : "hidden";
     Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
     document.dispatchEvent(new Event("visibilitychange"));
   };
-  Object.assign(window, { lights: [], addresses: [], taken, setInFront });
+  Object.assign(window, { lights: [], addresses: [], stalls: [], setInFront });
   const links = HTMLAnchorElement.prototype as { click: (this: HTMLAnchorElement) => void };
   const { click } = links;
   links.click = function (): void {
@@ -333,23 +293,19 @@ function follow(videoTime: "runs" | "stands"): void {
   videos.requestVideoFrameCallback = function (callback): number {
     return request.call(this, (now, frame) => {
       const seconds = (frame.captureTime ?? now) / 1000;
-      if (seconds - last > 0.1) taken.gaps.push(seconds - last);
+      if (seconds - last > 0.1) window.stalls.push(seconds - last);
       last = seconds;
-      ++taken.handed;
-      callback(now, videoTime === "runs" ? frame : { ...frame, mediaTime: 0 });
+      callback(now, frame);
     });
   };
 }
 
 /** Takes away what a browser lacks. */
 function takeAway(what: string): void {
-  const refuse = (): Promise<never> => Promise.reject(new TypeError("not told"));
   if (what === "video frames") {
     delete (HTMLVideoElement.prototype as { requestVideoFrameCallback?: unknown })
       .requestVideoFrameCallback;
   }
-  if (what === "camera permission") navigator.permissions.query = refuse;
-  if (what === "list of cameras") navigator.mediaDevices.enumerateDevices = refuse;
   if (what === "storage") {
     Object.defineProperty(window, "localStorage", {
       get() {
@@ -371,7 +327,7 @@ function launch(camera: NonNullable<Visitor["camera"]>): Promise<Browser> {
   const args = ["--disable-gpu", "--host-resolver-rules=MAP veyla.test 127.0.0.1"];
   if (camera !== "refused") args.push("--use-fake-ui-for-media-stream");
   if (camera !== "none") args.push("--use-fake-device-for-media-stream");
-  if (!["generated", "none", "refused"].includes(camera))
+  if (!["none", "refused"].includes(camera))
     args.push(`--use-file-for-fake-video-capture=${build}web-recordings/${camera}.y4m`);
   const executablePath = process.env["CHROMIUM"] ?? "/usr/bin/chromium";
   return chromium.launch({ executablePath, args });
@@ -400,8 +356,8 @@ export async function visitPage(visitor: Visitor = {}): Promise<Visit> {
     permissions: camera === "refused" ? [] : ["camera"],
     ...visitor,
   });
-  const { lacks, torch = true, videoTime = "runs", stored = acquainted } = visitor;
-  await context.addInitScript(follow, videoTime);
+  const { lacks, torch = true, stored = acquainted } = visitor;
+  await context.addInitScript(follow);
   if (torch !== false) await context.addInitScript(addTorch, torch);
   if (lacks === "the core") await context.route("**/*.wasm", (route) => route.abort());
   else if (lacks) await context.addInitScript(takeAway, lacks);

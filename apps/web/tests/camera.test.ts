@@ -1,120 +1,193 @@
-// The camera's track by itself, on the browser's own generated camera.
-import { fileURLToPath } from "node:url";
+// The camera's track by itself, with a browser's parts that a test drives.
+import { beforeEach, expect, it, vi } from "vitest";
 
-import type { JSHandle } from "playwright-core";
-import { build } from "vite";
-import { expect, it } from "vitest";
+import type { TrackCamera } from "../../../platform/web/camera";
 
-import type { CameraListener, TrackCamera } from "../../../platform/web/camera";
-import { type Visitor, visitPage } from "./browser";
+type FrameCallback = (now: number, frame: object) => void;
 
-/** The camera as a script that leaves it on the window, under the name of `tested`. */
-async function cameraScript(): Promise<string> {
-  const entry = fileURLToPath(new URL("../../../platform/web/camera.ts", import.meta.url));
-  const built = await build({
-    configFile: false,
-    logLevel: "error",
-    build: { write: false, lib: { entry, formats: ["iife"], name: "tested" } },
-  });
-  const [bundle] = [built].flat();
-  return bundle && "output" in bundle ? bundle.output[0].code : "";
+/**
+ * A track that takes each call for all that is to hold, and leaves out, without a word, a set that names the
+ * torch beside something else.
+ */
+class LiteralTrack extends EventTarget {
+  torch: boolean | readonly boolean[] = true;
+  /** What becomes of a light that is asked for. */
+  light: "comes" | "stays out" | "is refused" = "comes";
+  settings: Record<string, unknown> = { width: 320, height: 240, frameRate: 30 };
+  readyState = "live";
+
+  getCapabilities(): object {
+    return { torch: this.torch, exposureMode: ["manual", "continuous"] };
+  }
+  getSettings(): object {
+    return { ...this.settings };
+  }
+  applyConstraints(asked: { width?: { ideal: number }; advanced: object[] }): Promise<void> {
+    const [set = {}] = asked.advanced;
+    if ("torch" in set && this.light === "is refused") return Promise.reject(new Error("heat"));
+    const isMet = !("torch" in set) || (Object.keys(set).length === 1 && this.light === "comes");
+    const [width, height] = asked.width ? [asked.width.ideal, 240] : [640, 480];
+    this.settings = { width, height, frameRate: 30, ...(isMet ? set : {}) };
+    return Promise.resolve();
+  }
+  stop(): void {
+    this.readyState = "ended";
+  }
 }
 
-interface Tested {
-  readonly tested: { readonly TrackCamera: new (listener: CameraListener) => TrackCamera };
-}
-interface Held {
-  readonly camera: TrackCamera;
-  readonly track: MediaStreamTrack;
-  readonly told: { frames: number; refusals: number; lines: string[] };
-}
+let track: LiteralTrack;
+/** What waits for the video's next frame. */
+let awaited: Map<number, FrameCallback>;
+let camera: TrackCamera;
+const devices = { getUserMedia: vi.fn(), enumerateDevices: vi.fn() };
+const answers = new Map<number, () => void>();
+const listener = {
+  settle: (pending: number): void => answers.get(pending)?.(),
+  frameBuffer: (): Uint8Array => new Uint8Array(),
+  takeFrame: vi.fn<(time: number) => void>(),
+  torchRefused: vi.fn(),
+  lost: vi.fn(),
+  log: vi.fn(),
+  frameTaken: vi.fn(),
+};
 
-/** Opens a camera in the page, beside the application's. */
-async function open(torch: NonNullable<Visitor["torch"]>): Promise<JSHandle<Held>> {
-  const { context, page } = await visitPage({ camera: "generated", torch });
-  const body = await cameraScript();
-  // Inline ones are refused by the page's policy.
-  await context.route("**/tested.js", (route) =>
-    route.fulfill({ contentType: "text/javascript", body }),
-  );
-  await page.addScriptTag({ url: "/tested.js" });
-  return page.evaluateHandle(async () => {
-    const { TrackCamera } = (window as unknown as Tested).tested;
-    const told: Held["told"] = { frames: 0, refusals: 0, lines: [] };
-    const camera = await new Promise<TrackCamera>((opened) => {
-      const opening: TrackCamera = new TrackCamera({
-        settle: (): void => {
-          opening.play();
-          opened(opening);
-        },
-        frameBuffer: (width, height) => new Uint8Array(width * height * 4),
-        takeFrame: () => ++told.frames,
-        torchRefused: () => ++told.refusals,
-        lost: () => undefined,
-        log: (line) => told.lines.push(line),
-        frameTaken: () => undefined,
-      });
-      opening.open(0);
-    });
-    const streams = [...document.querySelectorAll("video")].map(({ srcObject }) => srcObject);
-    const stream = streams.find((each) => each instanceof MediaStream);
-    const [track] = stream?.getVideoTracks() ?? [];
-    if (!track) throw new Error("no track");
-    return { camera, track, told };
-  });
-}
-
-it("keeps its light and its size through modes that are set later, and through a pause", async () => {
-  const held = await open("literal");
-  const seen = await held.evaluate(async ({ camera, track, told }) => {
-    const witness = document.createElement("video");
-    witness.srcObject = new MediaStream([track]);
-    witness.muted = true;
-    await witness.play();
-    const states: string[] = [];
-    /** Also counts those taken while the track itself shows ten. */
-    const look = async (): Promise<void> => {
-      const before = told.frames;
-      for (let shown = 0; shown < 10; ++shown)
-        await new Promise((next) => witness.requestVideoFrameCallback(next));
-      const frames = told.frames - before > 2 ? "frames" : told.frames - before;
-      const { width, height } = track.getSettings();
-      const light = camera.isTorchLit() ? "lit" : "dark";
-      states.push(`${track.readyState} ${light} ${width} ${height} ${frames}`);
-    };
-    await camera.setModes({ exposureMode: "continuous" });
-    await look();
-    await camera.setTorch(true);
-    await look();
-    await camera.setModes({ exposureMode: "continuous", focusMode: "manual" });
-    await look();
-    camera.pause();
-    await look();
-    camera.play();
-    await look();
-    return { states, refusals: told.refusals };
-  });
-  const lit = "live lit 320 240 frames";
-  const states = ["live dark 320 240 frames", lit, lit, "live lit 320 240 0", lit];
-  expect(seen).toEqual({ states, refusals: 0 });
+beforeEach(async () => {
+  vi.resetAllMocks();
+  track = new LiteralTrack();
+  awaited = new Map();
+  let last = 0;
+  const video = {
+    setAttribute: vi.fn(),
+    play: vi.fn(() => Promise.resolve()),
+    pause: vi.fn(),
+    requestVideoFrameCallback(callback: FrameCallback): number {
+      awaited.set(++last, callback);
+      return last;
+    },
+    cancelVideoFrameCallback: (which: number): boolean => awaited.delete(which),
+    getContext: vi.fn(() => ({ drawImage: vi.fn(), getImageData: vi.fn(() => ({ data: [] })) })),
+  };
+  const stream = { getVideoTracks: vi.fn(() => [track]), getTracks: vi.fn(() => [track]) };
+  devices.getUserMedia.mockResolvedValue(stream);
+  devices.enumerateDevices.mockRejectedValue(new TypeError("not told"));
+  vi.stubGlobal("document", { createElement: vi.fn(() => video), body: { append: vi.fn() } });
+  vi.stubGlobal("HTMLVideoElement", { prototype: video });
+  vi.stubGlobal("navigator", { mediaDevices: devices });
+  camera = new (await import("../../../platform/web/camera")).TrackCamera(listener);
 });
 
-it("names modes as the browser does, and tells of a torch that is not there", async () => {
-  const held = await open(false);
-  const seen = await held.evaluate(async ({ camera, track, told }) => {
-    const names = ["manual", "single-shot", "continuous"];
-    const supported = names.filter((name) => camera.supports("exposureMode", name));
-    await camera.setModes({ exposureMode: "continuous", focusMode: "manual" });
-    const { advanced } = track.getConstraints();
-    const lines = [...told.lines];
+function open(): Promise<void> {
+  return new Promise((done) => {
+    const pending = answers.size + 1;
+    answers.set(pending, done);
+    camera.open(pending);
+  });
+}
+
+it("is opened once for all who want it, and closed with the last", async () => {
+  await Promise.all([open(), open()]);
+  await open();
+  expect(devices.getUserMedia).toHaveBeenCalledTimes(1);
+  expect(camera.isOpen()).toBe(true);
+  camera.close();
+  expect([camera.isOpen(), track.readyState]).toEqual([false, "ended"]);
+  // Nor does one stay open that comes when nobody waits for it any more.
+  track.readyState = "live";
+  const opened = open();
+  camera.close();
+  await opened;
+  expect([camera.isOpen(), track.readyState]).toEqual([false, "ended"]);
+});
+
+it("keeps its light and its size through modes that are set later", async () => {
+  const kept = { width: 320, height: 240, frameRate: 30 };
+  await open();
+  await camera.setModes({ exposureMode: "continuous", focusMode: "manual" });
+  expect(track.settings).toEqual({ ...kept, exposureMode: "continuous", focusMode: "manual" });
+  expect(camera.mode("focusMode")).toBe("manual");
+  await camera.setTorch(true);
+  expect(track.settings).toEqual({ ...kept, torch: true });
+  await camera.setModes({ exposureMode: "continuous" });
+  expect(track.settings).toEqual({ ...kept, torch: true });
+  expect(listener.torchRefused).not.toHaveBeenCalled();
+  const names = ["manual", "single-shot", "continuous"];
+  const supported = names.filter((name) => camera.supports("exposureMode", name));
+  expect(supported).toEqual(["manual", "continuous"]);
+});
+
+it("believes in a light when the track tells of it", async () => {
+  for (const torch of [true, [false, true], false, [false]]) {
+    track.torch = torch;
+    await open();
+    expect(camera.hasTorch(), String(torch)).toBe([torch].flat().includes(true));
+  }
+  for (const light of ["stays out", "is refused"] as const) {
+    track.light = light;
+    listener.torchRefused.mockClear();
     await camera.setTorch(true);
-    return { supported, advanced, lines, focus: camera.mode("focusMode"), refusals: told.refusals };
-  });
-  expect(seen).toEqual({
-    supported: ["manual", "continuous"],
-    advanced: [{ exposureMode: "continuous", focusMode: "manual" }],
-    lines: [],
-    focus: "manual",
-    refusals: 1,
-  });
+    expect(listener.torchRefused, light).toHaveBeenCalledTimes(1);
+  }
+});
+
+it.each([
+  ["its own time", [5, 5.5, 6, 8]],
+  ["its exposures, where that stands still", [0, 0, 0, 0]],
+])("takes each frame once, by %s", async (_clock, mediaTimes) => {
+  await open();
+  const show = (now: number, mediaTime: number, captureTime: number): void => {
+    const callbacks = [...awaited.values()];
+    awaited.clear();
+    for (const each of callbacks) each(now, { mediaTime, captureTime, width: 4, height: 4 });
+  };
+  for (let starts = 0; starts < 2; ++starts) {
+    camera.play();
+    camera.play();
+    // Some are shown later than others; the camera tells when each was exposed.
+    [0, 500, 1000, 3000].forEach((exposed, index) => {
+      show(exposed + 100 * index, mediaTimes[index] ?? NaN, exposed);
+    });
+    expect(listener.takeFrame.mock.calls.flat()).toEqual([0, 0.5, 1, 3]);
+    listener.takeFrame.mockClear();
+    camera.pause();
+    show(4000, 9, 4000);
+    expect(listener.takeFrame).not.toHaveBeenCalled();
+  }
+});
+
+it("is lost when its track ends, or is silent for more than a moment", async () => {
+  await open();
+  vi.useFakeTimers();
+  const tell = (...events: string[]): void => {
+    for (const type of events) track.dispatchEvent(new Event(type));
+  };
+  tell("mute", "unmute", "mute", "mute", "unmute");
+  vi.advanceTimersByTime(60_000);
+  tell("mute");
+  vi.advanceTimersByTime(500);
+  expect(listener.lost).not.toHaveBeenCalled();
+  vi.advanceTimersByTime(60_000);
+  expect(listener.lost).toHaveBeenCalledTimes(1);
+  tell("ended");
+  expect(listener.lost).toHaveBeenCalledTimes(2);
+  camera.close();
+  tell("ended");
+  expect(listener.lost).toHaveBeenCalledTimes(2);
+  vi.useRealTimers();
+});
+
+it.each([
+  { error: "NotAllowedError", state: undefined, told: "denied" },
+  { error: "NotAllowedError", state: "prompt", told: "prompt" },
+  { error: "NotFoundError", state: "prompt", told: "granted" },
+  { error: "SecurityError", state: "prompt", told: "prompt" },
+])("tells how it is permitted: $error, $state", async ({ error, state, told }) => {
+  if (state)
+    vi.stubGlobal("navigator", {
+      mediaDevices: devices,
+      permissions: { query: () => ({ state }) },
+    });
+  await camera.prepare();
+  devices.getUserMedia.mockRejectedValue(Object.assign(new Error(), { name: error }));
+  await open();
+  expect(camera.authorization()).toBe(told);
 });

@@ -39,9 +39,7 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   const entries = await visit.values();
   expect(entries).toHaveLength(measurements);
   const { hr = NaN, spo2 = NaN } = entries.at(-1) ?? {};
-  const report = await visit.report();
-  expect(Math.abs(hr - 72), JSON.stringify(report)).toBeLessThanOrEqual(2);
-  expect(report.frames).toBeGreaterThan(100);
+  expect(Math.abs(hr - 72)).toBeLessThanOrEqual(2);
   expect(spo2).toBeGreaterThan(95);
   expect(await visit.torch()).toEqual(Array(measurements).fill([true, false]).flat());
   const lacking = [
@@ -78,49 +76,6 @@ it("a finger is measured at the first visit, after introduction and notice", asy
     .map(({ code }) => code.coding[0]?.code);
   expect(codes).toEqual(Array(measurements).fill("2708-6"));
 });
-
-it.each([
-  { clock: "its own time", videoTime: "runs", starts: 3, stalls: [200, 1000, 3000] },
-  { clock: "its exposures, as that stands still", videoTime: "stands", starts: 1, stalls: [1000] },
-] as const)(
-  "takes each frame once, 15 of a second of a video by $clock, and counts those missing as drops",
-  async ({ videoTime, starts, stalls }) => {
-    const visit = await visitPage({ videoTime });
-    for (let start = 1; start < starts; ++start) {
-      await visit.startMeasuring();
-      await visit.tap("STOP");
-      await visit.button("START").waitFor();
-    }
-    const begin = await visit.framesTaken();
-    await visit.startMeasuring();
-    for (const stall of stalls) {
-      await visit.page.evaluate((milliseconds) => {
-        const end = performance.now() + milliseconds;
-        while (performance.now() < end);
-      }, stall);
-      const { handed } = await visit.framesTaken();
-      await expect
-        .poll(async () => (await visit.framesTaken()).handed, finished)
-        .toBeGreaterThan(handed + 30);
-    }
-    // What was reported of recordings before is of no interest.
-    visit.log.splice(0);
-    await visit.tap("STOP");
-    const { frames, framedrops, seconds } = await visit.report();
-    const end = await visit.framesTaken();
-    // The first is the time from the recording before; of others all ticks are filled.
-    const all = end.gaps.slice(begin.gaps.length + (starts > 1 ? 1 : 0));
-    const gaps = all.filter((gap) => gap > 5 / 15);
-    const told = JSON.stringify({ frames, framedrops, seconds, gaps, begin, end });
-    // Of a gap's ticks the last is the next frame's own, and four are filled.
-    const missing = gaps.map((gap) => Math.max(0, gap * 15 - 5)).reduce((sum, each) => sum + each);
-    expect(missing, told).toBeGreaterThan(8);
-    expect(Math.abs(framedrops - missing), told).toBeLessThanOrEqual(gaps.length);
-    expect(Math.abs((frames + framedrops) / seconds - 15), told).toBeLessThan(0.6);
-    const filmed = seconds - gaps.reduce((sum, gap) => sum + gap);
-    expect((end.handed - begin.handed) / filmed, told).toBeLessThan(35);
-  },
-);
 
 it("a finger with low values ends with an alert that leads to the FAQ, and saves nothing", async () => {
   const visit = await visitPage({ camera: "low" });
