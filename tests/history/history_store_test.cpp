@@ -26,20 +26,16 @@ class HistoryStoreTest : public testing::Test {
 
 TEST_F(HistoryStoreTest, EntriesAreAppendedUnroundedInTheStoredForm) {
   EXPECT_FALSE(Utils::getValues());
-  Utils::saveHeartrate(71.25, 0, Date{10}, std::nullopt);
+  const auto first = Utils::saveHeartrate(71.25, 0, Date{10}, std::nullopt);
   const auto second = Utils::saveHeartrate(0, 0, Date{5}, restingAndAsleep);
-
-  EXPECT_EQ(second, (HistoryEntry{0, 0, Date{5}, restingAndAsleep, std::nullopt}));
-  const Value firstStored =
-      Value::Dictionary{{"hr", 71.25},
-                        {"spo2", 0.0},
-                        {"date", Date{10}},
-                        {"labels", Value::Array{false, false, false, false, false, false, false}}};
-  const auto* stored = platform_.store.values.at("values").array();
-  ASSERT_THAT(*stored, SizeIs(2));
-  EXPECT_EQ(stored->front(), firstStored);
-  EXPECT_THAT(*Utils::getValues(),
-              ElementsAre(HistoryEntry{71.25, 0, Date{10}, noLabels, {}}, second));
+  EXPECT_EQ(first, (HistoryEntry{71.25, 0, Date{10}, noLabels, {}}));
+  EXPECT_EQ(platform_.store.values.at("values").array()->front(),
+            Value(Value::Dictionary{
+                {"hr", 71.25},
+                {"spo2", 0.0},
+                {"date", Date{10}},
+                {"labels", Value::Array{false, false, false, false, false, false, false}}}));
+  EXPECT_THAT(*Utils::getValues(), ElementsAre(first, second));
   platform_.journal.clear();
   Utils::setValues({second});
   EXPECT_THAT(*Utils::getValues(), ElementsAre(second));
@@ -108,29 +104,28 @@ TEST_F(HistoryStoreTest, TheMigrationKeepsWhatIsOlderOrHarderToRead) {
 
 TEST_F(HistoryStoreTest, RandomEntriesAreDrawnInOneOrderFromTheirRanges) {
   const auto unit = [] { return std::rand() / 2147483647.0; };
-  for (unsigned seed = 1; seed <= 40; ++seed) {
-    for (const bool hasHeartrate : {true, false}) {
-      const bool hasSpo2 = seed % 2 == 0;
-      std::srand(seed);
-      const double heartrate = hasHeartrate ? 60 + 30 * unit() : 0;
-      const double spo2 = hasSpo2 ? 90 + 10 * unit() : 0;
-      std::array<double, 7> drawn{};
-      for (double& each : drawn) each = unit();
-      std::srand(seed);
-      const auto entry = Utils::makeAndSaveRandomValue(3, !hasHeartrate, !hasSpo2);
-      EXPECT_EQ(entry.hr, heartrate);
-      EXPECT_EQ(entry.spo2, spo2);
-      EXPECT_EQ(entry.date.secondsSince1970, TestPlatform::start.secondsSince1970 - 259200);
-      std::srand(seed);
-      const auto old = Utils::makeAndSaveRandomValueOLD(1, !hasHeartrate, !hasSpo2);
-      EXPECT_EQ(old.heartrate, hasHeartrate ? formatText("%.0f bpm", heartrate) : "--");
-      EXPECT_EQ(old.spo2, hasSpo2 ? formatText("%.0f%%", spo2) : "--");
-      EXPECT_EQ(old.date, "at 1699913600");
-      for (std::size_t i = 0; i < drawn.size(); ++i) {
-        EXPECT_EQ(entry.labels[i], drawn[i] <= 0.5);
-        EXPECT_EQ((*old.labels)[i], drawn[i] < 0.1);
-      }
+  for (unsigned seed = 1; seed <= 80; ++seed) {
+    const bool hasHeartrate = seed % 4 < 2;
+    const bool hasSpo2 = seed % 2 == 0;
+    std::srand(seed);
+    const double heartrate = hasHeartrate ? 60 + 30 * unit() : 0;
+    const double spo2 = hasSpo2 ? 90 + 10 * unit() : 0;
+    Labels labels{};
+    Labels oldLabels{};
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+      const double drawn = unit();
+      labels[i] = drawn <= 0.5;
+      oldLabels[i] = drawn < 0.1;
     }
+    std::srand(seed);
+    const auto entry = Utils::makeAndSaveRandomValue(3, !hasHeartrate, !hasSpo2);
+    const Date date{TestPlatform::start.secondsSince1970 - 259200};
+    EXPECT_EQ(entry, (HistoryEntry{heartrate, spo2, date, labels, {}}));
+    std::srand(seed);
+    EXPECT_EQ(
+        Utils::makeAndSaveRandomValueOLD(1, !hasHeartrate, !hasSpo2),
+        (OldHistoryEntry{"at 1699913600", hasHeartrate ? formatText("%.0f bpm", heartrate) : "--",
+                         hasSpo2 ? formatText("%.0f%%", spo2) : "--", oldLabels}));
   }
   EXPECT_THAT(*Utils::getValues(), SizeIs(80));
   // 30000 days of seconds exceed 32 bits: −2592000000 becomes 1702967296.

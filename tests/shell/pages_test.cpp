@@ -58,13 +58,14 @@ TEST_F(PagesTest, WhatComesWithTheApplicationIsWhole) {
 TEST_F(PagesTest, ThePopupTellsWhatThisVersionBrought) {
   files_["ReleaseNotes.json"] = R"({"results": [{"version": "1.1.0", "notes": ["Later."]},
       {"version": "1.0.0", "notes": ["First.", 5, "Second."]}]})";
-  Utils::showReleaseNotesPopup();
-  EXPECT_EQ(platform_.alerts.shown.back().title, "What's new in 1.0.0");
-  EXPECT_EQ(platform_.alerts.shown.back().subtitle, "\u2022 First.\n\u2022 Second.");
-  EXPECT_EQ(platform_.alerts.shown.back().closeButton, "Done");
-  platform_.device.version = "1.0.1";
-  Utils::showReleaseNotesPopup();
-  EXPECT_EQ(platform_.alerts.shown.back().subtitle, "Small improvements.");
+  const auto shown = [&](const char* version) {
+    platform_.device.version = version;
+    Utils::showReleaseNotesPopup();
+    return inWords(platform_.alerts.shown.back());
+  };
+  EXPECT_EQ(shown("1.0.0"),
+            "notice | What's new in 1.0.0 | \u2022 First.\n\u2022 Second. [Done] [outside]");
+  EXPECT_EQ(shown("1.0.1"), "notice | What's new in 1.0.1 | Small improvements. [Done] [outside]");
 }
 
 TEST_F(PagesTest, WholeQuestionsAreLoadedInTheirOrderAndReplaceThoseBefore) {

@@ -73,8 +73,6 @@ declare global {
     addresses: string[];
     /** What the torch has done, in its order: lit, and gone out. */
     lights: boolean[];
-    /** From one of the camera's frames to the next, in seconds, where that is longer than a camera takes. */
-    stalls: number[];
     axe: { run(): Promise<AxeResults> };
     setInFront(inFront: boolean): void;
   }
@@ -139,20 +137,6 @@ export class Visit {
     await this.tap("START");
     await this.page.getByText("Will begin in a couple of seconds ...").waitFor();
     await this.page.getByText("Analyzing - hold steady ...").waitFor();
-  }
-
-  /** Measures to the end and tells how often: a stalled camera's finger is measured once more. */
-  async measure(): Promise<number> {
-    for (let measurements = 1; ; ++measurements) {
-      await this.startMeasuring();
-      await this.page.getByText("FINISHED").waitFor({ timeout: 60_000 });
-      const stalls = await this.page.evaluate(() => window.stalls.splice(0));
-      // Not the time between two recordings.
-      const stalled = stalls.filter((stall) => stall < 1).reduce((sum, stall) => sum + stall, 0);
-      // Half a second less of the recording shows a finger that is too slow by two beats a minute.
-      if (stalled < 0.4 || measurements === 4) return measurements;
-      console.log(`the camera stalled for ${stalled.toFixed(1)} s; measuring once more`);
-    }
   }
 
   /** The history as it is stored, oldest first. */
@@ -278,25 +262,12 @@ function follow(): void {
     Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
     document.dispatchEvent(new Event("visibilitychange"));
   };
-  Object.assign(window, { lights: [], addresses: [], stalls: [], setInFront });
+  Object.assign(window, { lights: [], addresses: [], setInFront });
   const links = HTMLAnchorElement.prototype as { click: (this: HTMLAnchorElement) => void };
   const { click } = links;
   links.click = function (): void {
     if (this.protocol === "blob:") click.call(this);
     else window.addresses.push(this.href);
-  };
-  let last = Infinity;
-  const videos = HTMLVideoElement.prototype as {
-    requestVideoFrameCallback: (this: unknown, callback: VideoFrameRequestCallback) => number;
-  };
-  const { requestVideoFrameCallback: request } = videos;
-  videos.requestVideoFrameCallback = function (callback): number {
-    return request.call(this, (now, frame) => {
-      const seconds = (frame.captureTime ?? now) / 1000;
-      if (seconds - last > 0.1) window.stalls.push(seconds - last);
-      last = seconds;
-      callback(now, frame);
-    });
   };
 }
 
