@@ -25,10 +25,6 @@ class MainViewControllerTest : public testing::Test {
  protected:
   MainViewControllerTest() { rig_.appear(); }
 
-  std::string values() {
-    const auto& display = platform_.display;
-    return display.view({"labelHeartrate"}).text + ' ' + display.view({"labelSpo2"}).text;
-  }
   /// Has values final after so many.
   void need(int heartrates, int saturations) {
     rig_.heartrateSetting("neededValidHeartrate", heartrates);
@@ -159,47 +155,6 @@ TEST_F(MainViewControllerTest, TheChartAppearsOnceThirtyFramesAfterTheFirstFullW
   platform_.time.runFor(1);
   rig_.frames(40);
   EXPECT_FALSE(isComing()) << "once";
-}
-
-// What becomes of an estimate.
-
-TEST_F(MainViewControllerTest, EstimatesAreJudgedCountedAndShown) {
-  need(1000, 1000);
-  rig_.startMeasuring();
-  // The saturation of each estimate, 0 for none; and how clear the heart rate is from there on. One
-  // is clear enough if its rival is half as strong.
-  for (const auto& [estimates, seen] : rowsOf(R"(
-92.99*59      -> 70 --, low 59, missing 0, unclear 0
-93            -> 70 93, low 0, missing 0, unclear 0
-0.51 97*29    -> 70 97, low 0, missing 0, unclear 29
-97            -> -- 97, low 0, missing 0, unclear 30
-0.5 97        -> 70 97, low 0, missing 0, unclear 0
-0*30          -> 70 97, low 0, missing 30, unclear 0
-0             -> 70 --, low 0, missing 31, unclear 0
-98            -> 70 97, low 0, missing 0, unclear 0
-0.9 92*59 0*3 -> -- --, low 59, missing 3, unclear 62
-92            -> -- --, low 60, missing 3, unclear 63, done
-START         -> -- --, low 0, missing 0, unclear 0
-)")) {
-    std::istringstream words(estimates);
-    for (std::string word; words >> word;) {
-      if (word == "START") {
-        rig_.startMeasuring();
-      } else if (word.starts_with("0.")) {
-        platform_.fft.peaks = {{80, 1}, {200, std::stod(word)}};
-      } else {
-        const std::size_t times = word.find('*');
-        const int count = times == std::string::npos ? 1 : std::stoi(word.substr(times + 1));
-        for (int i = 0; i < count; ++i) rig_.spo2(std::stof(word));
-      }
-    }
-    EXPECT_EQ(values() + formatText(", low %i, missing %i, unclear %i%s",
-                                    static_cast<int>(screen_.framesWhereLowSig()),
-                                    screen_.failedSpo2Counter(), screen_.failedHeartratesCounter(),
-                                    screen_.isDone() ? ", done" : ""),
-              seen)
-        << estimates;
-  }
 }
 
 TEST_F(MainViewControllerTest, TheMedianOfElevenIsShownAndFinalForTheHeartRateTheSpo2sIsOfAll) {

@@ -39,7 +39,6 @@ class MeasuringRig {
   /// Two frames, at whose second the SpO2 estimate is this (0: no value). The heart rate is
   /// estimated there too.
   void spo2(float percent);
-  void noSpo2() { spo2(0); }
 
   /// What a person sees, from the buttons to the alerts in front, such as "START | Tap START to
   /// begin
