@@ -131,13 +131,8 @@ class ScriptedDeviceInfo : public DeviceInfo {
   std::string model = "iPhone8,1";
   std::string version = "1.0.0";
   std::string shortVersion = "1.0";
-  /// How often the model was asked for.
-  mutable int modelQuestions = 0;
 
-  std::string hardwareModel() const override {
-    ++modelQuestions;
-    return model;
-  }
+  std::string hardwareModel() const override { return model; }
   std::string systemVersion() const override { return "10.3.1"; }
   std::string bundleVersion() const override { return version; }
   std::string bundleShortVersion() const override { return shortVersion; }
