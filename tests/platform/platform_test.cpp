@@ -13,27 +13,17 @@
 namespace veyla {
 namespace {
 
-/// A shared instance that uses all of its kind while it goes; not again when it was made anew for
-/// that, or they would make each other for ever.
-template <int number>
-struct Partner {
-  /// Where there is one; null when there is none.
-  static inline Platform* home = nullptr;
-  static inline int gone = 0;
+/// A shared instance that asks for one of its kind while it goes, and is given another.
+struct Phoenix {
+  static inline int risen = 0;
+  static inline const Phoenix* gone = nullptr;
 
-  Partner() { home = &Platform::current(); }
-  ~Partner() {
-    EXPECT_EQ(std::exchange(home, nullptr), &Platform::current());
-    if (++gone > 1) return;
-    use<0>();
-    use<1>();
-    use<2>();
-  }
-
-  template <int other>
-  static void use() {
-    Platform::current().shared<Partner<other>>();
-    EXPECT_NE(Partner<other>::home, nullptr) << "what had gone was handed out";
+  Phoenix() { ++risen; }
+  ~Phoenix() {
+    if (std::exchange(gone, this)) return;
+    const Phoenix& next = Platform::current().shared<Phoenix>();
+    EXPECT_NE(&next, this);
+    logLine("risen");
   }
 };
 
@@ -53,12 +43,10 @@ TEST(PlatformTest, SharedInstancesMayUseEachOtherAndThePlatformWhileTheyGo) {
   TestPlatform outer;
   {
     TestPlatform inner;
-    Partner<1>::use<1>();
-    Partner<1>::use<0>();
-    Partner<1>::use<2>();
+    Platform::current().shared<Phoenix>();
   }
-  for (const int gone : {Partner<0>::gone, Partner<1>::gone, Partner<2>::gone}) EXPECT_GT(gone, 1);
-  EXPECT_FALSE(Partner<0>::home || Partner<1>::home || Partner<2>::home);
+  EXPECT_EQ(Phoenix::risen, 2);
+  EXPECT_TRUE(outer.log.lines.empty()) << "the log is the inner one's";
 }
 
 TEST(PlatformTest, AQueueThatGoesOnRunsNothingOfAPlatformThatHasGone) {
