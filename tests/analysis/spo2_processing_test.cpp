@@ -27,24 +27,21 @@ void addSwing(Range red, Range green, Range blue) {
   }
 }
 
-/// What one estimate gives for one swing on this hardware.
-float spo2Of(const char* hardware, bool newAlgorithm, Range red, Range green, Range blue) {
-  TestPlatform platform(hardware);
-  withSpo2Settings({{"useNewAlgorithm", newAlgorithm}, {"rawDataSize", 10}});
-  addSwing(red, green, blue);
-  return Spo2Processing::instance().calculateSpo2({});
-}
-
-constexpr Range flat{80, 80};
 constexpr auto otherPhone = "iPhone8,1";
 constexpr auto iphone4 = "iPhone3,1";
 constexpr auto iphone4s = "iPhone4,1";
 
-float oldSpo2Of(const char* hardware, Range red, Range blue) {
-  return spo2Of(hardware, false, red, flat, blue);
-}
-float newSpo2Of(Range red, Range green, Range blue) {
-  return spo2Of(otherPhone, true, red, green, blue);
+/// What one estimate gives for one swing on this hardware, and whether it tells that it stands on
+/// hardly any blue.
+std::pair<float, bool> estimateOf(const char* hardware, bool newAlgorithm, Range red, Range green,
+                                  Range blue) {
+  TestPlatform platform(hardware);
+  withSpo2Settings({{"useNewAlgorithm", newAlgorithm}, {"rawDataSize", 10}});
+  addSwing(red, green, blue);
+  Spo2Processing& processing = Spo2Processing::instance();
+  const float spo2 = processing.calculateSpo2({});
+  EXPECT_EQ(processing.figures().lacksRedPulse, red.min == red.max);
+  return {spo2, processing.figures().lacksBlue};
 }
 
 TEST(Spo2ProcessingTest, TheOldAlgorithmComparesRedWithBlueAndHelpsTwoDevicesOut) {
@@ -54,23 +51,28 @@ TEST(Spo2ProcessingTest, TheOldAlgorithmComparesRedWithBlueAndHelpsTwoDevicesOut
   struct Case {
     Range red;
     Range blue;
-    float spo2;
-    float onTwoDevices;
+    std::pair<float, bool> estimate;
+    std::pair<float, bool> onTwoDevices;
   };
-  const Case cases[] = {
-      {{100, 110}, {50, 60}, 50, 50},   {{90, 91}, {70, 83}, rounded, rounded},
-      {{100, 110}, {50, 52}, -150, 50},  // a blue range below 3 becomes 10
-      {{100, 110}, {50, 50}, 0, 50},    {{100, 110}, {50, 53}, -66.666667F, -66.666667F},
-      {{100, 100}, {50, 60}, 0, 95},  // a red range of 0 becomes 1
-      {{100, 110}, {0, 10}, 0, 95},   // a blue minimum of 0 becomes 5
-      {{0, 110}, {50, 60}, 0, 0}};
-  for (const auto& [red, blue, spo2, onTwoDevices] : cases) {
-    EXPECT_FLOAT_EQ(oldSpo2Of(otherPhone, red, blue), spo2);
+  const Case cases[] = {{{100, 110}, {50, 60}, {50, false}, {50, false}},
+                        {{90, 91}, {70, 83}, {rounded, false}, {rounded, false}},
+                        // A blue range below 3 becomes 10.
+                        {{100, 110}, {50, 52}, {-150, false}, {50, true}},
+                        {{100, 110}, {50, 50}, {0, false}, {50, true}},
+                        {{100, 112}, {50, 53}, {-100, false}, {-100, false}},
+                        // A red range of 0 becomes 1.
+                        {{100, 100}, {50, 60}, {0, false}, {95, false}},
+                        // A blue minimum of 0 becomes 5.
+                        {{100, 110}, {0, 10}, {0, true}, {95, true}},
+                        {{0, 110}, {50, 60}, {0, false}, {0, false}},
+                        {{100, 110}, {3.5F, 10.5F}, {95, true}, {95, true}},
+                        {{100, 110}, {4, 12}, {95, false}, {95, false}}};
+  for (const auto& [red, blue, estimate, onTwoDevices] : cases) {
+    EXPECT_EQ(estimateOf(otherPhone, false, red, {80, 80}, blue), estimate);
     for (const char* device : {iphone4, iphone4s}) {
-      EXPECT_FLOAT_EQ(oldSpo2Of(device, red, blue), onTwoDevices);
+      EXPECT_EQ(estimateOf(device, false, red, {80, 80}, blue), onTwoDevices);
     }
   }
-  EXPECT_EQ(oldSpo2Of(otherPhone, {90, 91}, {70, 83}), rounded) << "to the last bit";
   TestPlatform nothingRecorded;
   EXPECT_EQ(Spo2Processing::instance().calculateSpo2({}), 0);
 }
@@ -95,32 +97,26 @@ TEST(Spo2ProcessingTest, TheOldWindowsAreNinetyFramesAndLongerOnTwoDevices) {
 }
 
 TEST(Spo2ProcessingTest, TheNewAlgorithmSetsGreenBeyondRedAgainstTheBlueMinimum) {
-  EXPECT_EQ(newSpo2Of({100, 110}, {80, 110}, {40, 40}), 80);
-  EXPECT_EQ(newSpo2Of({100, 110}, {80, 90}, {40, 45}), -std::numeric_limits<float>::infinity());
-  EXPECT_EQ(newSpo2Of({100, 110}, {80, 80}, {40, 45}), 0);
-  EXPECT_EQ(newSpo2Of({100, 100}, {80, 90}, {40, 45}), 0);
-  EXPECT_EQ(newSpo2Of({0, 10}, {80, 110}, {40, 45}), 0);
-  EXPECT_EQ(newSpo2Of({100, 110}, {0, 30}, {40, 45}), 0);
-  EXPECT_EQ(newSpo2Of({100, 110}, {80, 85}, {40, 45}), 0) << "180 per cent are discarded";
-  EXPECT_EQ(newSpo2Of({100, 110}, {80, 110}, {0, 5}), 100) << "100 itself stays";
-}
-
-TEST(Spo2ProcessingTest, TellsWhenAValueStandsOnHardlyAnyBlue) {
-  const auto lacksBlue = [](const char* hardware, bool newAlgorithm, Range blue) {
-    TestPlatform platform(hardware);
-    withSpo2Settings({{"useNewAlgorithm", newAlgorithm}, {"rawDataSize", 10}});
-    addSwing({240, 242}, {20, 26}, blue);
-    Spo2Processing& processing = Spo2Processing::instance();
-    EXPECT_GT(processing.calculateSpo2({}), 93);
-    return processing.figures().lacksBlue;
+  struct Case {
+    Range red;
+    Range green;
+    Range blue;
+    std::pair<float, bool> estimate;
   };
-  EXPECT_TRUE(lacksBlue(otherPhone, true, {3.9F, 9}));
-  EXPECT_FALSE(lacksBlue(otherPhone, true, {4, 9}));
-  EXPECT_TRUE(lacksBlue(otherPhone, false, {1, 2}));
-  EXPECT_FALSE(lacksBlue(otherPhone, false, {20, 24}));
-  EXPECT_TRUE(lacksBlue(iphone4s, false, {0, 5}));
-  EXPECT_TRUE(lacksBlue(iphone4s, false, {8, 9})) << "a standard range stands for the measured one";
-  EXPECT_FALSE(lacksBlue(iphone4s, false, {20, 24}));
+  const Case cases[] = {
+      {{100, 110}, {80, 110}, {40, 40}, {80, false}},
+      {{100, 110}, {80, 90}, {40, 45}, {-std::numeric_limits<float>::infinity(), false}},
+      {{100, 110}, {80, 80}, {40, 45}, {0, false}},
+      {{100, 100}, {80, 90}, {40, 45}, {0, false}},
+      {{0, 10}, {80, 110}, {40, 45}, {0, false}},
+      {{100, 110}, {0, 30}, {40, 45}, {0, false}},
+      {{100, 110}, {80, 85}, {40, 45}, {0, false}},  // 180 per cent are discarded,
+      {{100, 110}, {80, 110}, {0, 5}, {100, true}},  // and 100 itself stays.
+      {{100, 110}, {80, 104}, {3.5F, 9}, {97.5F, true}},
+      {{100, 110}, {80, 106}, {4, 9}, {97.5F, false}}};
+  for (const auto& [red, green, blue, estimate] : cases) {
+    EXPECT_EQ(estimateOf(otherPhone, true, red, green, blue), estimate);
+  }
 }
 
 TEST(Spo2ProcessingTest, TheNewWindowAndItsDetrendingComeFromTheSettings) {
@@ -167,12 +163,8 @@ TEST(Spo2ProcessingTest, LabelAndLogTellTheFiguresBehindTheValue) {
   EXPECT_EQ(Spo2Processing::instance().calculateSpo2(toLabel), 0);
   EXPECT_EQ(label, "ACR=10 DCR=100 ACG=5 DCG=80 ACB=20 DCB=40 old spo2=80.0, new spo2=180.0")
       << "before the value is discarded";
-  EXPECT_FALSE(Spo2Processing::instance().figures().lacksRedPulse);
   EXPECT_EQ(platform.log.lines.back(),
             "newspo2: 180.0, spo2: 80.0, ACred: 10.0, DCred: 100.0, ACblue: 20.0, DCblue: 40.0");
-  addSwing({100, 100}, {80, 85}, {40, 60});
-  Spo2Processing::instance().calculateSpo2({});
-  EXPECT_TRUE(Spo2Processing::instance().figures().lacksRedPulse);
 }
 
 TEST(Spo2ProcessingTest, IsDoneAtExactlyTheNeededCount) {
