@@ -8,9 +8,9 @@
 
 #include "apps/cli/history_command.h"
 #include "benchmarks/bench_platform.h"
-#include "benchmarks/temporary_folder.h"
 #include "history/history_store.h"
 #include "platform/linux/sqlite_key_value_store.h"
+#include "platform/linux/temporary_folder.h"
 #include "platform/portable/json.h"
 
 namespace veyla {

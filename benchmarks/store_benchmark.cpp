@@ -5,9 +5,9 @@
 #include <string>
 
 #include "benchmarks/bench_platform.h"
-#include "benchmarks/temporary_folder.h"
 #include "history/history_store.h"
 #include "platform/linux/sqlite_key_value_store.h"
+#include "platform/linux/temporary_folder.h"
 
 namespace veyla {
 namespace {

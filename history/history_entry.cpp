@@ -42,7 +42,16 @@ Value::Dictionary othersIn(const Value::Dictionary& stored) {
   return others;
 }
 
-bool isFinite(const Value& value) { return value.isNumber() && std::isfinite(value.doubleValue()); }
+/// What a measurement can give, or 0 for none.
+constexpr double largestHeartrate = 450;
+constexpr double largestSpo2 = 100;
+
+std::string faultOfNumber(const char* name, const Value& value, double largest) {
+  const std::string its = std::string("its \"") + name + "\" is ";
+  if (!value.isNumber() || !std::isfinite(value.doubleValue())) return its + "no number";
+  const bool isPossible = value.doubleValue() >= 0 && value.doubleValue() <= largest;
+  return isPossible ? "" : its + "nothing that is measured";
+}
 
 }  // namespace
 
@@ -72,10 +81,11 @@ HistoryEntry historyEntryOf(const Value& stored) {
 
 std::string faultOf(const Value& stored) {
   if (!stored.dictionary()) return "it is no dictionary";
-  if (!isFinite(stored["hr"])) return "its \"hr\" is no number";
-  if (!isFinite(stored["spo2"])) return "its \"spo2\" is no number";
+  if (auto fault = faultOfNumber("hr", stored["hr"], largestHeartrate); !fault.empty())
+    return fault;
+  if (auto fault = faultOfNumber("spo2", stored["spo2"], largestSpo2); !fault.empty()) return fault;
   const Date* date = stored["date"].date();
-  if (!date || !std::isfinite(date->secondsSince1970)) return "its \"date\" is no date";
+  if (!date || !isInCalendar(*date)) return "its \"date\" is no date";
   if (!labelsOf(stored["labels"])) return "its \"labels\" are not a flag for each label";
   return {};
 }

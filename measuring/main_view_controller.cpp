@@ -419,10 +419,12 @@ void MainViewController::done() {
   logLine("Done Both");
   endMeasurement(MeasurementEnd::finished, [this] {
     showStateDone();
-    Utils::saveHeartrate(runHeartrate_ ? static_cast<double>(finalHeartrate()) : 0,
-                         runSpo2_ ? static_cast<double>(finalSpo2()) : 0, services().clock.now(),
-                         std::nullopt);
-    RatingPrompt::instance().logSignificantEvent();
+    measurement_->isKept = services().store.exclusively([this] {
+      Utils::saveHeartrate(runHeartrate_ ? static_cast<double>(finalHeartrate()) : 0,
+                           runSpo2_ ? static_cast<double>(finalSpo2()) : 0, services().clock.now(),
+                           std::nullopt);
+      RatingPrompt::instance().logSignificantEvent();
+    });
   });
 }
 

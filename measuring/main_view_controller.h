@@ -117,6 +117,7 @@ class MainViewController : public VideoDelegate {
   /// Beats per minute and per cent; meaningful once done.
   float finalHeartrate() const { return measurement_->finalHeartrate; }
   void setFinalHeartrate(float heartrate) { measurement_->finalHeartrate = heartrate; }
+  bool isKept() const { return measurement_->isKept; }
   float finalSpo2() const { return measurement_->finalSpo2; }
   void setFinalSpo2(float spo2) { measurement_->finalSpo2 = spo2; }
   /// Heart-rate estimates since the last accepted one, those without a value included.

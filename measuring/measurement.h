@@ -36,6 +36,8 @@ class Measurement : public std::enable_shared_from_this<Measurement> {
   std::int32_t failedSpo2Counter = 0;
   std::int32_t countDown = countdownSeconds;
   std::uint64_t framesWhereLowSig = 0;
+  /// Finished, and stored as an entry of the history.
+  bool isKept = false;
 
   // Its life.
 

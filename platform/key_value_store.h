@@ -23,8 +23,8 @@ class KeyValueStore {
   virtual void synchronize() = 0;
 
   /// Runs `changes`, which read, write and end with `synchronize`, while no other program writes:
-  /// what they read cannot have changed when they write.
-  virtual void exclusively(const std::function<void()>& changes) = 0;
+  /// what they read cannot have changed when they write. Whether what they changed stays.
+  virtual bool exclusively(const std::function<void()>& changes) = 0;
 };
 
 }  // namespace veyla

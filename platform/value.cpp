@@ -76,13 +76,8 @@ namespace {
 
 std::string describedDate(Date date) {
   using namespace std::chrono;
-  // Years of four digits; what lies outside them is no moment that a person has measured at.
-  constexpr double firstSecond = -62135596800;
-  constexpr double lastSecond = 253402300799;
+  if (!isInCalendar(date)) return std::to_string(date.secondsSince1970);
   const double seconds = std::floor(date.secondsSince1970);
-  if (!(seconds >= firstSecond && seconds <= lastSecond)) {
-    return std::to_string(date.secondsSince1970);
-  }
   const sys_seconds moment{std::chrono::seconds(static_cast<std::int64_t>(seconds))};
   const auto midnight = floor<days>(moment);
   const year_month_day day(midnight);

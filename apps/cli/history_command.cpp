@@ -195,12 +195,9 @@ std::string table(const ResultsViewController& screen, const std::vector<std::si
   return terminalBehind(STDOUT_FILENO).unicode ? text : withAsciiSpaces(text);
 }
 
-/// In UTC; null for a date that has no such text.
-Json dateOf(Date date) {
+/// In UTC.
+std::string dateOf(Date date) {
   const double seconds = std::floor(date.secondsSince1970);
-  constexpr double firstSecond = -62135596800;  // of the year 1
-  constexpr double lastSecond = 253402300799;   // of the year 9999
-  if (!(seconds >= firstSecond && seconds <= lastSecond)) return nullptr;
   const auto time = static_cast<std::time_t>(seconds);
   std::tm parts{};
   gmtime_r(&time, &parts);
@@ -238,6 +235,15 @@ std::optional<std::size_t> labelCalled(const std::string& name) {
   return choice < labelNames.size() ? std::optional(choice) : std::nullopt;
 }
 
+/// Of a change that is made: whoever reads of a failure must not repeat it.
+void printDone(const std::string& text) {
+  try {
+    printOut(text);
+  } catch (const OutputError& error) {
+    throw OutputError(std::string("done, but ") + error.what());
+  }
+}
+
 ExitStatus list(const HistoryOptions& options) {
   History history(options);
   history.load();
@@ -273,7 +279,7 @@ ExitStatus label(const HistoryOptions& options) {
     }
     screen.clickCloseResultsLabelsView();
   });
-  if (status == ExitStatus::done) printOut(table(screen, {row}));
+  if (status == ExitStatus::done) printDone(table(screen, {row}));
   return status;
 }
 
@@ -285,7 +291,7 @@ ExitStatus remove(const HistoryOptions& options) {
     deleted = "Deleted:\n" + table(history.screen(), history.selectedRows());
     history.screen().clickTrash();
   });
-  printOut(deleted);
+  printDone(deleted);
   return ExitStatus::done;
 }
 

@@ -13,6 +13,12 @@ std::unique_ptr<SqliteKeyValueStore> openKeptStore(const std::string& option,
                                                    SqliteKeyValueStore::Use use) {
   const std::filesystem::path folder = dataFolderOf(option);
   const std::filesystem::path file = folder / SqliteKeyValueStore::fileName;
+  // One that was made and never written, as a kill at the first run leaves it, holds nothing.
+  std::error_code unknown;
+  const bool isBlank = use == SqliteKeyValueStore::Use::read &&
+                       std::filesystem::is_regular_file(file, unknown) &&
+                       std::filesystem::file_size(file, unknown) == 0;
+  if (isBlank) return nullptr;
   if (mayExist(file)) return std::make_unique<SqliteKeyValueStore>(folder, use);
   if (option.empty()) return nullptr;
   throw InputError(file.string() +

@@ -64,28 +64,33 @@ class Keeping {
     auto healthStore =
         std::make_unique<FhirHealthStore>(folder_, *store, uuids_, askForHealthRecords);
     if (healthStore->repair()) complain(*healthStore->repair());
-    failures_ = [store = store.get(), healthStore = healthStore.get()] {
-      return std::vector{store->failure(), healthStore->failure()};
-    };
-    keptRecord_ = [healthStore = healthStore.get()] { return healthStore->hasSaved(); };
+    store->gatherChanges();
+    healthStore->hold();
+    stored_ = store.get();
     store_ = std::move(store);
     healthStore_ = std::move(healthStore);
   }
 
   KeyValueStore& store() { return *store_; }
-  HealthStore& healthStore() { return healthStore_ ? *healthStore_ : noHealthStore; }
+  HealthStore& healthStore() {
+    return healthStore_ ? static_cast<HealthStore&>(*healthStore_) : noHealthStore;
+  }
   const std::filesystem::path& folder() const { return folder_; }
 
   /// Whether a health record was kept.
-  bool keptRecord() const { return keptRecord_ && keptRecord_(); }
+  bool keptRecord() const { return healthStore_ && healthStore_->hasSaved(); }
 
-  /// Tells on standard error what could not be kept; true when everything was.
-  bool tellFailures() const {
+  /// Keeps what waits for the end, and tells on standard error what could not be kept; true when
+  /// everything was.
+  bool finish(const MeasurementReport& report) {
+    if (!stored_) return true;
+    stored_->synchronize();
+    // No record stands for a measurement that is not in the history.
+    if (report.outcome != Outcome::finished || report.isKept) healthStore_->keepWaiting();
     bool kept = true;
-    for (const auto& failure :
-         failures_ ? failures_() : std::vector<std::optional<std::string>>()) {
+    for (const auto& failure : {stored_->failure(), healthStore_->failure()}) {
       if (!failure) continue;
-      complain(*failure);
+      complain(report.isKept ? "the measurement is saved, but " + *failure : *failure);
       kept = false;
     }
     return kept;
@@ -95,9 +100,9 @@ class Keeping {
   std::filesystem::path folder_;
   LibUuid uuids_;
   std::unique_ptr<KeyValueStore> store_;
-  std::unique_ptr<HealthStore> healthStore_;
-  std::function<std::vector<std::optional<std::string>>()> failures_;
-  std::function<bool()> keptRecord_;
+  /// The same where it is a file.
+  SqliteKeyValueStore* stored_ = nullptr;
+  std::unique_ptr<FhirHealthStore> healthStore_;
 };
 
 /// The diagnostic log: a file, or none.
@@ -224,7 +229,7 @@ ExitStatus measure(const MeasureOptions& options) {
   const MeasurementReport report = runInView(run, options.json);
 
   if (!report.remark.empty()) complain(report.remark);
-  const bool kept = keeping.tellFailures();
+  const bool kept = keeping.finish(report);
   const bool logged = logging.tellFailure();
   std::string text = options.json ? reportAsJson(report) : reportAsText(report, options.request);
   if (!options.json) {
@@ -232,8 +237,8 @@ ExitStatus measure(const MeasureOptions& options) {
     const bool finished = report.outcome == Outcome::finished;
     if (!finished && options.save) text += nothingSaved(report, keeping.keptRecord());
     text = wrapped(text, terminal);
-    if (finished && options.save && kept) {
-      text += "Saved in " + keeping.folder().string() + ".\n";
+    if (finished && options.save) {
+      text += report.isKept ? "Saved in " + keeping.folder().string() + ".\n" : "Not saved.\n";
     }
   }
   bool written = writes([&] { printOut(text); });

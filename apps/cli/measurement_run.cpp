@@ -125,6 +125,7 @@ MeasurementReport MeasurementRun::reportOf(const MainViewController& screen,
   report.device = Utils::platformString();
   report.alertTitle = alerts_.title();
   report.alertSubtitle = alerts_.subtitle();
+  report.isKept = screen.isKept();
   report.remark = source.remark();
   return report;
 }

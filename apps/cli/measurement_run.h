@@ -52,6 +52,8 @@ struct MeasurementReport {
   /// The alert that ended the run, where one did.
   std::string alertTitle;
   std::string alertSubtitle;
+  /// Whether it is an entry of the history now.
+  bool isKept = false;
   /// What kept the recording from being read to its end; empty when nothing did.
   std::string remark;
 };

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 #include "platform/linux/data_folder.h"
@@ -19,6 +21,9 @@
 namespace veyla {
 
 namespace {
+
+/// How long to wait for another program that writes records.
+constexpr std::chrono::milliseconds patience{5000};
 
 /// A file descriptor that closes itself; closing gives a lock on it back.
 class Descriptor {
@@ -37,6 +42,22 @@ class Descriptor {
 
 void check(bool done, const std::filesystem::path& file) {
   if (!done) throw StoreError(dataProblem(file, errno));
+}
+
+/// A pipe or a device in the records' place is refused, and another program waited for.
+void checkAndLock(const Descriptor& records, int lock, const std::filesystem::path& file) {
+  struct stat found {};
+  check(records.number() >= 0 && fstat(records.number(), &found) == 0, file);
+  if (!S_ISREG(found.st_mode)) throw StoreError(notRegular(file));
+  const auto end = std::chrono::steady_clock::now() + patience;
+  while (flock(records.number(), lock | LOCK_NB) != 0) {
+    check(errno == EWOULDBLOCK, file);
+    if (std::chrono::steady_clock::now() >= end) {
+      throw StoreError(file.string() +
+                       ": locked by another program; end that program or try again later");
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
 }
 
 void writeWhole(int descriptor, std::string_view text, const std::filesystem::path& file) {
@@ -96,10 +117,9 @@ FhirHealthStore::FhirHealthStore(const std::filesystem::path& folder, KeyValueSt
                                  UuidGenerator& uuids, Ask ask)
     : file_(folder / fileName), permissions_(permissions), uuids_(uuids), ask_(std::move(ask)) {
   makeDataFolder(folder);
-  const Descriptor file(open(file_.c_str(), O_RDWR | O_APPEND | O_CLOEXEC));
+  const Descriptor file(open(file_.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | O_NONBLOCK));
   if (file.number() < 0 && errno == ENOENT) return;
-  check(file.number() >= 0, file_);
-  check(flock(file.number(), LOCK_EX) == 0, file_);
+  checkAndLock(file, LOCK_EX, file_);
   repair_ = mendEnd(file.number(), file_);
 }
 
@@ -123,10 +143,10 @@ std::optional<std::string> FhirHealthStore::contentsIn(const std::filesystem::pa
   const auto check = [&](bool done) {
     if (!done) throw StoreError(fileProblem(path.string(), errno, FilePlace::dataToRead));
   };
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.number() < 0 && errno == ENOENT) return std::nullopt;
   check(file.number() >= 0);
-  check(flock(file.number(), LOCK_SH) == 0);
+  checkAndLock(file, LOCK_SH, path);
   std::string text;
   std::array<char, 65536> block;
   ssize_t n = 0;
@@ -139,18 +159,38 @@ std::optional<std::string> FhirHealthStore::contentsIn(const std::filesystem::pa
 
 void FhirHealthStore::save(const HealthSample& sample,
                            std::function<void(bool success)> completion) {
-  bool saved = false;
+  Waiting record{{}, std::move(completion)};
   try {
     if (authorizationStatus(sample.type) != HealthSharing::authorized) {
       throw StoreError(file_.string() + ": there is no permission to write " +
                        HealthPermissions::nameOf(sample.type) + "; allow it and measure again");
     }
-    append(observation(sample));
+    record.line = observation(sample);
+  } catch (const StoreError& error) {
+    if (!failure_) failure_ = error.what();
+    if (record.completion) record.completion(false);
+    return;
+  }
+  if (holds_) {
+    waiting_.push_back(std::move(record));
+  } else {
+    keep(record);
+  }
+}
+
+void FhirHealthStore::keepWaiting() {
+  for (const Waiting& record : std::exchange(waiting_, {})) keep(record);
+}
+
+void FhirHealthStore::keep(const Waiting& record) {
+  bool saved = false;
+  try {
+    append(record.line);
     saved = hasSaved_ = true;
   } catch (const StoreError& error) {
     if (!failure_) failure_ = error.what();
   }
-  if (completion) completion(saved);
+  if (record.completion) record.completion(saved);
 }
 
 std::string FhirHealthStore::observation(const HealthSample& sample) const {
@@ -164,9 +204,9 @@ std::string FhirHealthStore::observation(const HealthSample& sample) const {
 }
 
 void FhirHealthStore::append(const std::string& line) {
-  const Descriptor file(open(file_.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0600));
-  check(file.number() >= 0, file_);
-  check(flock(file.number(), LOCK_EX) == 0, file_);
+  const Descriptor file(
+      open(file_.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600));
+  checkAndLock(file, LOCK_EX, file_);
   // Another program may have been cut off since this one opened the file.
   mendEnd(file.number(), file_);
   const off_t size = lseek(file.number(), 0, SEEK_END);

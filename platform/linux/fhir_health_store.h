@@ -47,8 +47,15 @@ class FhirHealthStore : public HealthStore {
     return permissions_.status(type);
   }
   /// Refuses a quantity that is no finite number, a unit that is not the type's, a time outside the
-  /// years 1 to 9999, and a type without permission. The completion is called before this returns.
+  /// years 1 to 9999, and a type without permission. The completion is called before this returns,
+  /// or by `keepWaiting`.
   void save(const HealthSample& sample, std::function<void(bool success)> completion) override;
+
+  /// From now on samples wait for `keepWaiting`: on a full disk no record stands for a measurement
+  /// that is not in the history.
+  void hold() { holds_ = true; }
+  /// Keeps what waits.
+  void keepWaiting();
 
   /// Sets a type's permission without asking.
   void allow(HealthSampleType type, bool allowed) { permissions_.allow(type, allowed); }
@@ -65,6 +72,13 @@ class FhirHealthStore : public HealthStore {
   const std::optional<std::string>& repair() const { return repair_; }
 
  private:
+  /// A record and whom to tell what became of it.
+  struct Waiting {
+    std::string line;
+    std::function<void(bool success)> completion;
+  };
+
+  void keep(const Waiting& record);
   void append(const std::string& line);
   std::string observation(const HealthSample& sample) const;
 
@@ -72,6 +86,8 @@ class FhirHealthStore : public HealthStore {
   HealthPermissions permissions_;
   UuidGenerator& uuids_;
   Ask ask_;
+  bool holds_ = false;
+  std::vector<Waiting> waiting_;
   bool hasSaved_ = false;
   std::optional<std::string> failure_;
   std::optional<std::string> repair_;

@@ -56,6 +56,10 @@ Problem problemOf(int error, FilePlace place) {
 
 }  // namespace
 
+std::string notRegular(const std::string& path) {
+  return path + ": not a regular file; move it away or choose another data folder";
+}
+
 std::string fileProblem(const std::string& path, int error, FilePlace place) {
   const Problem problem = problemOf(error, place);
   return path + ": " + problem.reason + "; " + problem.wayOut;

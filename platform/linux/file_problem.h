@@ -16,6 +16,9 @@ enum class FilePlace {
   stream,
 };
 
+/// The one line for a pipe, a device or a socket where the program keeps a file.
+std::string notRegular(const std::string& path);
+
 /// The one line for a system call on `path` that failed with the error number `error`: the file,
 /// the reason and the way out.
 std::string fileProblem(const std::string& path, int error, FilePlace place);

@@ -20,7 +20,10 @@ class MemoryKeyValueStore : public KeyValueStore {
   }
   void removeValue(std::string_view key) override { values_.erase(std::string(key)); }
   void synchronize() override {}
-  void exclusively(const std::function<void()>& changes) override { changes(); }
+  bool exclusively(const std::function<void()>& changes) override {
+    changes();
+    return true;
+  }
 
  private:
   std::map<std::string, Value, std::less<>> values_;

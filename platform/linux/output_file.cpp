@@ -10,6 +10,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +22,9 @@
 namespace veyla {
 
 namespace {
+
+/// Between the target's name and the number of the process that writes it.
+constexpr const char* partSuffix = ".part";
 
 /// The names of the files that are pending, where a signal's handler can read them at any moment.
 /// Files beyond the table's size stay behind when a signal ends the program.
@@ -113,6 +117,37 @@ void copyAccess(const char* from, const char* to) {
       chmod(to, mode) == 0 && chown(to, former.st_uid, sameGroup) == 0;
 }
 
+/// Removes what programs that were killed have left beside this place.
+void removeDeadParts(const std::string& place) {
+  namespace fs = std::filesystem;
+  const fs::path file(place);
+  const std::string start = file.filename().string() + partSuffix;
+  std::error_code error;
+  const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
+  for (const auto& entry : fs::directory_iterator(folder, error)) {
+    const std::string name = entry.path().filename().string();
+    if (!name.starts_with(start)) continue;
+    const std::string digits =
+        name.substr(start.size(), name.find('-', start.size()) - start.size());
+    const long writer = std::strtol(digits.c_str(), nullptr, 10);
+    const bool isDead = writer > 0 && std::to_string(writer) == digits &&
+                        kill(static_cast<pid_t>(writer), 0) != 0 && errno == ESRCH;
+    if (isDead) fs::remove(entry.path(), error);
+  }
+}
+
+/// On the disk, whatever happens to the machine. What cannot be synchronized, such as a folder on
+/// some file systems, is left to the system.
+bool synchronized(const std::string& path, int flags) {
+  const int file = open(path.c_str(), flags | O_CLOEXEC);
+  if (file < 0) return false;
+  const bool done = fsync(file) == 0 || errno == EINVAL || errno == EROFS;
+  const int error = errno;
+  close(file);
+  errno = error;
+  return done;
+}
+
 [[noreturn]] void refuseOutput(const std::string& path, int systemError) {
   throw OutputError(path == "-" ? fileProblem("standard output", systemError, FilePlace::stream)
                                 : fileProblem(path, systemError, FilePlace::outputFile));
@@ -152,6 +187,12 @@ PendingFile::PendingFile(const std::string& target, Readers readers)
   std::error_code unresolved;
   const auto resolved = std::filesystem::weakly_canonical(target, unresolved);
   if (!unresolved) place_ = resolved.string();
+  struct stat place {};
+  if (std::filesystem::is_symlink(target, unresolved) && stat(place_.c_str(), &place) == 0 &&
+      place.st_uid != geteuid()) {
+    throw OutputError(target + ": a link to another user's file; name that file itself");
+  }
+  removeDeadParts(place_);
   replaces_ = access(place_.c_str(), F_OK) == 0;
   if (replaces_ && access(place_.c_str(), W_OK) != 0) refuse(errno);
 
@@ -159,7 +200,8 @@ PendingFile::PendingFile(const std::string& target, Readers readers)
   const mode_t mode = replaces_ || readers == Readers::ownerAlone ? 0600 : 0666;
   constexpr int attempts = 100;
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    path_ = place_ + ".part" + std::to_string(getpid()) + (attempt ? std::to_string(-attempt) : "");
+    path_ =
+        place_ + partSuffix + std::to_string(getpid()) + (attempt ? std::to_string(-attempt) : "");
     const InterruptionsHeldBack heldBack;
     const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (file >= 0) {
@@ -182,9 +224,12 @@ PendingFile::~PendingFile() {
 
 void PendingFile::commit() {
   if (replaces_) copyAccess(place_.c_str(), path_.c_str());
+  if (!synchronized(path_, O_WRONLY)) refuse(errno);
   if (std::rename(path_.c_str(), place_.c_str()) != 0) refuse(errno);
   forgetPending(path_);
   path_.clear();
+  const auto folder = std::filesystem::path(place_).parent_path();
+  synchronized(folder.empty() ? "." : folder.string(), O_RDONLY);
 }
 
 void removePendingFilesWhenInterrupted() {

@@ -24,14 +24,15 @@ void requireNoKeptData(const std::string& path);
 enum class Readers { asUmaskSays, ownerAlone };
 
 /// A name beside a target under which a file is written until it is whole, so that the target is
-/// either what it was or complete. What was not committed is removed with the object.
+/// either what it was or complete, also after a power cut. What was not committed is removed with
+/// the object, and what a killed program has left beside the target with the next one made.
 ///
 /// A target that is there already keeps its permissions, and its owner and group where the system
 /// allows that; where its group cannot be kept, another group gets no more than everybody.
 class PendingFile {
  public:
-  /// Makes an empty file beside `target`, which must be a regular file or not exist yet. Throws
-  /// `OutputError`.
+  /// Makes an empty file beside `target`, which must be a regular file or not exist yet, and no
+  /// link to another user's. Throws `OutputError`.
   explicit PendingFile(const std::string& target, Readers readers = Readers::asUmaskSays);
   ~PendingFile();
   PendingFile(const PendingFile&) = delete;

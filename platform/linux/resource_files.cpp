@@ -18,7 +18,11 @@ FolderResources::FolderResources(std::filesystem::path folder) : folder_(std::mo
 std::optional<std::string> FolderResources::read(std::string_view name,
                                                  std::string_view type) const {
   if (!isSettings(name)) return embedded_.read(name, type);
-  std::ifstream file(folder_ / std::string(name).append(".").append(type), std::ios::binary);
+  const auto path = folder_ / std::string(name).append(".").append(type);
+  // A pipe would be waited for.
+  std::error_code unknown;
+  if (!std::filesystem::is_regular_file(path, unknown)) return std::nullopt;
+  std::ifstream file(path, std::ios::binary);
   if (!file) return std::nullopt;
   std::string text;
   char block[4096];

@@ -13,6 +13,7 @@
 #include "platform/linux/data_folder.h"
 #include "platform/linux/file_problem.h"
 #include "platform/linux/store_error.h"
+#include "platform/linux/temporary_folder.h"
 #include "platform/portable/json.h"
 
 namespace veyla {
@@ -24,6 +25,10 @@ constexpr std::int64_t applicationId = 0x56594C41;
 /// The version of the table's shape.
 constexpr std::int64_t schemaVersion = 1;
 
+/// What somebody else has put beside the table: a trigger, for one, changes what is written.
+constexpr const char* strangers =
+    "SELECT count(*) FROM sqlite_schema WHERE tbl_name != 'entries' OR type NOT IN ('table', "
+    "'index') OR (type = 'index' AND name NOT LIKE 'sqlite_autoindex_%')";
 constexpr const char* createTable =
     "CREATE TABLE entries (key TEXT PRIMARY KEY NOT NULL, type TEXT NOT NULL, value TEXT NOT NULL)";
 constexpr const char* columns =
@@ -92,9 +97,10 @@ SqliteKeyValueStore::SqliteKeyValueStore(const std::filesystem::path& folder, Us
   if (use == Use::readAndWrite) makeDataFolder(folder);
   open(use);
   sqlite3_busy_timeout(database_.get(), static_cast<int>(busyTimeout.count()));
+  if (use == Use::read && !canBeReadInPlace()) openCopy();
   checkIdentity();
   checkIntegrity();
-  run("PRAGMA journal_mode = DELETE");
+  if (use == Use::readAndWrite) run("PRAGMA journal_mode = DELETE");
   run("PRAGMA synchronous = EXTRA");
   read_ = prepare("SELECT type, value FROM entries WHERE key = ?1");
   write_ = prepare(writeRow);
@@ -112,18 +118,45 @@ void SqliteKeyValueStore::open(Use use) {
   struct stat found {};
   if (stat(file_.c_str(), &found) != 0) refuseFile(errno);
   if (S_ISDIR(found.st_mode)) refuseFile(EISDIR);
+  if (!S_ISREG(found.st_mode)) throw StoreError(notRegular(file_));
   const auto allows = [this](int access) {
     return faccessat(AT_FDCWD, file_.c_str(), access, AT_EACCESS) == 0;
   };
   const bool isWritable = allows(R_OK | W_OK);
   if (!isWritable && (use == Use::readAndWrite || !allows(R_OK))) refuseFile(errno);
 
+  connect(file_, isWritable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
+}
+
+void SqliteKeyValueStore::connect(const std::filesystem::path& file, int flags) {
   sqlite3* database = nullptr;
-  const int code = sqlite3_open_v2(
-      file_.c_str(), &database, isWritable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, nullptr);
+  const int code = sqlite3_open_v2(file.c_str(), &database, flags, nullptr);
   database_.reset(database);
   if (code != SQLITE_OK) refuse(code);
   sqlite3_extended_result_codes(database, 1);
+}
+
+bool SqliteKeyValueStore::canBeReadInPlace() {
+  const char* look = "SELECT count(*) FROM sqlite_schema";
+  const int code = sqlite3_exec(database_.get(), look, nullptr, nullptr, nullptr) & 0xff;
+  return code != SQLITE_READONLY && code != SQLITE_CANTOPEN;
+}
+
+void SqliteKeyValueStore::openCopy() {
+  namespace fs = std::filesystem;
+  try {
+    copy_ = std::make_unique<TemporaryFolder>();
+    for (const char* part : {"", "-journal", "-wal"}) {
+      const fs::path from = file_.string() + part;
+      if (fs::exists(from)) fs::copy_file(from, copy_->path() / from.filename());
+    }
+  } catch (const fs::filesystem_error& error) {
+    throw StoreError(dataProblem(file_, error.code().value()));
+  }
+  const fs::path copied = copy_->path() / fileName;
+  fs::permissions(copied, fs::perms::owner_write, fs::perm_options::add);
+  connect(copied, SQLITE_OPEN_READWRITE);
+  run("PRAGMA query_only = ON");
 }
 
 void SqliteKeyValueStore::makeFile() {
@@ -169,6 +202,9 @@ void SqliteKeyValueStore::checkIntegrity() {
   const Statement shape = prepare(columns);
   if (!step(shape.get()) || columnText(shape.get(), 0) != expectedColumns) {
     throw StoreError(file_.string() + ": its table has another shape; " + damagedWayOut);
+  }
+  if (number(strangers) != 0) {
+    throw StoreError(file_.string() + ": holds more than its table; " + damagedWayOut);
   }
   const Statement check = prepare("PRAGMA quick_check(1)");
   if (!step(check.get()) || columnText(check.get(), 0) != "ok") {
@@ -266,6 +302,7 @@ std::optional<Value> SqliteKeyValueStore::valueOf(std::string_view type, std::st
 }
 
 std::optional<Value> SqliteKeyValueStore::value(std::string_view key) {
+  if (nesting_ > 0 && !begin()) return std::nullopt;
   if (const auto change = pending_.find(key); change != pending_.end()) {
     const auto& row = change->second;
     return row ? valueOf(row->type, row->text) : std::nullopt;
@@ -313,11 +350,13 @@ void SqliteKeyValueStore::change(std::string_view key, std::optional<Row> row) {
 void SqliteKeyValueStore::synchronize() {
   if (pending_.empty()) return;
   if (nesting_ == 0) {
-    exclusively([this] { synchronize(); });
+    exclusively([this] {
+      if (begin()) synchronize();
+    });
     return;
   }
-  // A failure can have ended the transaction: what is written now would stand by itself.
-  if (spoilt_) return;
+  if (gathers_ && !hasBegun_) return;
+  if (!begin()) return;
   try {
     writePending();
     pending_.clear();
@@ -339,16 +378,23 @@ void SqliteKeyValueStore::writePending() {
   }
 }
 
-void SqliteKeyValueStore::exclusively(const std::function<void()>& changes) {
-  if (nesting_ > 0) {
-    changes();
-    return;
-  }
+/// False after a failure, which can have ended the transaction: what is written then would stand by
+/// itself.
+bool SqliteKeyValueStore::begin() {
+  if (spoilt_ || hasBegun_) return !spoilt_;
   try {
     run("BEGIN IMMEDIATE");
+    hasBegun_ = true;
   } catch (const StoreError& error) {
     fail(error.what());
-    return;
+  }
+  return hasBegun_;
+}
+
+bool SqliteKeyValueStore::exclusively(const std::function<void()>& changes) {
+  if (nesting_ > 0) {
+    changes();
+    return !spoilt_;
   }
   const Pending before = pending_;
   const auto undo = [&] {
@@ -356,10 +402,11 @@ void SqliteKeyValueStore::exclusively(const std::function<void()>& changes) {
     pending_ = before;
   };
   spoilt_ = false;
+  hasBegun_ = false;
   nesting_ = 1;
   try {
     changes();
-    if (!spoilt_) run("COMMIT");
+    if (!spoilt_ && hasBegun_) run("COMMIT");
   } catch (const StoreError& error) {
     fail(error.what());
   } catch (...) {
@@ -369,6 +416,7 @@ void SqliteKeyValueStore::exclusively(const std::function<void()>& changes) {
   }
   nesting_ = 0;
   if (spoilt_) undo();
+  return !spoilt_;
 }
 
 void SqliteKeyValueStore::rollBack() {

@@ -17,6 +17,8 @@ struct sqlite3_stmt;
 
 namespace veyla {
 
+class TemporaryFolder;
+
 /// The key-value store in one SQLite file, `veyla.db` in the data folder.
 ///
 /// One table, `entries`, with a row a key: `key`, `type` ("boolean", "integer", "float", "double",
@@ -29,7 +31,8 @@ namespace veyla {
 /// the outermost one) returns. A write-ahead log would need two more files beside the store to be
 /// whole, which a researcher who copies the one file would leave behind.
 ///
-/// What fails in use is remembered in `failure`, and the transaction that it happened in is undone.
+/// A transaction begins with the first thing that is read or flushed within `exclusively`. What
+/// fails in use is remembered in `failure`, and the transaction that it happened in is undone.
 class SqliteKeyValueStore final : public KeyValueStore {
  public:
   static constexpr std::string_view fileName = "veyla.db";
@@ -37,7 +40,8 @@ class SqliteKeyValueStore final : public KeyValueStore {
   static constexpr std::chrono::milliseconds patience{5000};
 
   /// What the store is opened for. A store for reading takes changes, too, where its file can be
-  /// written; where it cannot, reading works all the same and changes are refused.
+  /// written; where it cannot, reading works all the same and changes are refused. What a killed
+  /// program left undone is then undone in a copy.
   enum class Use { readAndWrite, read };
 
   /// Makes the folder and the file where they are missing, unless it is for reading. Throws
@@ -57,10 +61,14 @@ class SqliteKeyValueStore final : public KeyValueStore {
   /// What could not be flushed outside `exclusively` stays to be flushed next time.
   void synchronize() override;
 
-  /// Does not run `changes` when another program holds the store for longer than the busy timeout.
-  /// When anything fails within, or `changes` throws, the contents are what they were before. May
-  /// be nested: the outermost one commits.
-  void exclusively(const std::function<void()>& changes) override;
+  /// When anything fails within, such as when another program holds the store for longer than the
+  /// busy timeout, or `changes` throws, the contents are what they were before. May be nested: the
+  /// outermost one commits.
+  bool exclusively(const std::function<void()>& changes) override;
+
+  /// From now on what is changed without reading waits for the next transaction, or for
+  /// `synchronize` outside `exclusively`.
+  void gatherChanges() { gathers_ = true; }
 
   /// The first thing that went wrong in use, as one line.
   const std::optional<std::string>& failure() const { return failure_; }
@@ -84,6 +92,9 @@ class SqliteKeyValueStore final : public KeyValueStore {
 
   void makeFile();
   void open(Use use);
+  void connect(const std::filesystem::path& file, int flags);
+  bool canBeReadInPlace();
+  void openCopy();
   void checkIdentity();
   void checkIntegrity();
   void create();
@@ -97,12 +108,15 @@ class SqliteKeyValueStore final : public KeyValueStore {
 
   std::optional<Value> stored(std::string_view key);
   void change(std::string_view key, std::optional<Row> row);
+  bool begin();
   void writePending();
   void rollBack();
   void fail(const std::string& line);
   std::string aboutKey(std::string_view key, const char* what) const;
 
   std::filesystem::path file_;
+  /// Where the copy lies that is read in the file's place; as a rule, none.
+  std::unique_ptr<TemporaryFolder> copy_;
   std::unique_ptr<sqlite3, Close> database_;
   Statement read_;
   Statement write_;
@@ -110,6 +124,9 @@ class SqliteKeyValueStore final : public KeyValueStore {
   Pending pending_;
   std::set<std::string, std::less<>> unreadable_;
   int nesting_ = 0;
+  /// Whether the transaction of the outermost `exclusively` under way has begun.
+  bool hasBegun_ = false;
+  bool gathers_ = false;
   /// Something failed within the outermost `exclusively` under way.
   bool spoilt_ = false;
   std::optional<std::string> failure_;

@@ -52,9 +52,8 @@ const Coding& codingOf(HealthSampleType type) {
 
 /// The local time to the millisecond with its offset from UTC; nothing outside the years 1 to 9999.
 std::optional<std::string> dateTime(Date date) {
+  if (!isInCalendar(date)) return std::nullopt;
   const double seconds = std::floor(date.secondsSince1970);
-  constexpr double largest = 253402300799;  // the last second of the year 9999
-  if (!(seconds >= -62135596800.0 && seconds <= largest)) return std::nullopt;
   const auto milliseconds = static_cast<int>((date.secondsSince1970 - seconds) * 1000);
   auto time = static_cast<std::time_t>(seconds);
   std::tm local{};

@@ -73,17 +73,19 @@ bool LocalStore::write() {
   return reason.empty();
 }
 
-void LocalStore::exclusively(const std::function<void()>& changes) {
+bool LocalStore::exclusively(const std::function<void()>& changes) {
   if (isExclusive_) {
     changes();
-    return;
+    return !spoilt_;
   }
   const auto before = pending_;
   isExclusive_ = true;
   spoilt_ = false;
   changes();
   isExclusive_ = false;
-  if (spoilt_ || !write()) pending_ = before;
+  const bool stays = !spoilt_ && write();
+  if (!stays) pending_ = before;
+  return stays;
 }
 
 void LocalStore::setAside(const std::string& key, Date now) {

@@ -48,7 +48,7 @@ class LocalStore : public KeyValueStore {
   void setValue(std::string_view key, const Value& value) override;
   void removeValue(std::string_view key) override;
   void synchronize() override;
-  void exclusively(const std::function<void()>& changes) override;
+  bool exclusively(const std::function<void()>& changes) override;
 
   /// The text of an item, as it is.
   std::optional<std::string> rawText(const std::string& key) const { return items_.read(key); }

@@ -41,10 +41,11 @@ class MemoryStore : public KeyValueStore {
     journal_.add("store remove " + std::string(key));
   }
   void synchronize() override { journal_.add("store flush"); }
-  void exclusively(const std::function<void()>& changes) override {
+  bool exclusively(const std::function<void()>& changes) override {
     ++nesting_;
     changes();
     if (--nesting_ == 0) ++exclusivePieces;
+    return true;
   }
 
  private:

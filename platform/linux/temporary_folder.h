@@ -1,21 +1,15 @@
 #pragma once
 
-#include <unistd.h>
-
-#include <cstdlib>
 #include <filesystem>
-#include <string>
 
 namespace veyla {
 
-/// A folder of its own, gone with the object.
+/// A folder for this program's eyes alone, gone with the object.
 class TemporaryFolder {
  public:
-  TemporaryFolder() {
-    std::string name = std::filesystem::temp_directory_path() / "veyla-bench-XXXXXX";
-    path_ = ::mkdtemp(name.data());
-  }
-  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+  /// Throws `std::filesystem::filesystem_error`.
+  TemporaryFolder();
+  ~TemporaryFolder();
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 

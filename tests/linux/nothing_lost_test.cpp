@@ -1,0 +1,133 @@
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include "platform/linux/fhir_health_store.h"
+#include "platform/linux/output_file.h"
+#include "platform/linux/sqlite_key_value_store.h"
+#include "platform/linux/store_error.h"
+#include "tests/linux/scratch.h"
+
+namespace veyla {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::UnorderedElementsAre;
+
+using Use = SqliteKeyValueStore::Use;
+
+const ScratchFolder& scratch() {
+  static const ScratchFolder folder;
+  return folder;
+}
+
+/// The folder of a store whose last writer was killed in the middle of a change, as `journalMode`
+/// leaves it; the change had not been made, or with a write-ahead log it had.
+std::string killedWriter(const std::string& journalMode) {
+  const std::string folder = scratch().file(journalMode);
+  inChild([&]() -> std::string {
+    std::make_unique<SqliteKeyValueStore>(folder)->setValue("email", "old");
+    sqlite3* database = nullptr;
+    sqlite3_open((folder + "/veyla.db").c_str(), &database);
+    const std::string changes =
+        "PRAGMA journal_mode = " + journalMode +
+        "; PRAGMA cache_size = 1; BEGIN; UPDATE entries SET value = 'new'; " +
+        (journalMode == "WAL" ? "COMMIT"
+                              : "INSERT INTO entries SELECT value || 'x', 'text', "
+                                "hex(zeroblob(100000)) FROM entries");
+    sqlite3_exec(database, changes.c_str(), nullptr, nullptr, nullptr);
+    raise(SIGKILL);
+    return {};
+  });
+  return folder;
+}
+
+TEST(NothingLostTest, WhatAKilledWriterLeftIsReadWithoutPermissionToWrite) {
+  for (const auto& [mode, kept] : {std::pair("DELETE", "old"), std::pair("WAL", "new")}) {
+    SCOPED_TRACE(mode);
+    const std::string folder = killedWriter(mode);
+    const auto left = std::distance(fs::directory_iterator(folder), {});
+    EXPECT_GT(left, 1) << "a journal beside the store";
+    const std::string result = inChild([&]() -> std::string {
+      const std::string disk = scratch().file("disk");
+      fs::create_directory(disk);
+      if (!mountDisk(disk, "size=4m")) return noMounts;
+      for (const auto& file : fs::directory_iterator(folder)) {
+        fs::copy_file(file, disk / file.path().filename());
+      }
+      if (!makeReadOnly(disk)) return noMounts;
+      SqliteKeyValueStore store(disk, Use::read);
+      const auto email = store.value("email");
+      return email ? *email->text() : store.failure().value_or("nothing");
+    });
+    if (result == noMounts) GTEST_SKIP() << noMounts;
+    EXPECT_EQ(result, kept);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), left);
+  }
+}
+
+TEST(NothingLostTest, APipeInAFilesPlaceAndALockThatStaysAreToldInsteadOfWaitedFor) {
+  const fs::path folder = scratch().file("piped");
+  fs::create_directory(folder);
+  const auto refusal = [&](const std::function<void()>& use) -> std::string {
+    try {
+      use();
+    } catch (const StoreError& error) {
+      return error.what();
+    }
+    return "done";
+  };
+  const auto readRecords = [&] { FhirHealthStore::contentsIn(folder); };
+  const fs::path records = folder / FhirHealthStore::fileName;
+  mkfifo(records.c_str(), 0600);
+  EXPECT_THAT(refusal(readRecords), HasSubstr("Observations.ndjson: not a regular file; move"));
+  mkfifo((folder / SqliteKeyValueStore::fileName).c_str(), 0600);
+  EXPECT_THAT(refusal([&] { SqliteKeyValueStore store(folder); }),
+              HasSubstr("veyla.db: not a regular file; move"));
+
+  fs::remove(records);
+  writeFile(records, "{}\n");
+  const int holder = open(records.c_str(), O_RDONLY);
+  flock(holder, LOCK_EX);
+  EXPECT_THAT(refusal(readRecords), HasSubstr("locked by another program; end that program"));
+  close(holder);
+  EXPECT_EQ(refusal(readRecords), "done");
+}
+
+TEST(NothingLostTest, AnOutputTakesNoOthersFileByALinkAndRemovesWhatTheKilledLeft) {
+  const fs::path folder = scratch().file("outputs");
+  fs::create_directory(folder);
+  const std::string dead = inChild([] { return std::to_string(getpid()); });
+  for (const std::string& name :
+       {"a.csv.part" + dead, "a.csv.part" + dead + "-1", "a.csv.part" + std::to_string(getpid()),
+        std::string("a.csv.party")}) {
+    writeFile(folder / name, "half");
+  }
+  OutputFile output((folder / "a.csv").string());
+  output.write("whole");
+  output.commit();
+  fs::remove(folder / ("a.csv.part" + std::to_string(getpid())));
+  std::vector<std::string> names;
+  for (const auto& file : fs::directory_iterator(folder)) names.push_back(file.path().filename());
+  EXPECT_THAT(names, UnorderedElementsAre("a.csv", "a.csv.party"));
+
+  // As root, of somebody else; as anybody else, of root.
+  fs::path others = "/etc/passwd";
+  if (geteuid() == 0) {
+    others = folder / "others";
+    writeFile(others, "theirs");
+    ASSERT_EQ(chown(others.c_str(), 3, 3), 0);
+  }
+  fs::create_symlink(others, folder / "link");
+  try {
+    OutputFile file((folder / "link").string());
+    ADD_FAILURE() << "followed the link";
+  } catch (const OutputError& error) {
+    EXPECT_THAT(error.what(), HasSubstr("link: a link to another user's file; name that file"));
+  }
+}
+
+}  // namespace
+}  // namespace veyla
