@@ -92,7 +92,7 @@ TEST_F(ChartTest, APictureIsWholeOrTheOldOneStays) {
   environment["PATH"] = file("nothing");
   expectRefused(run(chart()), 4, "gnuplot: not found; install it: apt-get install gnuplot-nox");
   EXPECT_EQ(contentsOf(file("picture.png")), "old");
-  EXPECT_EQ(namesIn(), (std::set<std::string>{"bin", "data", "picture.png"}));
+  EXPECT_EQ(names(), (std::set<std::string>{"bin", "data", "picture.png"}));
 
   environment["PATH"] = "/usr/bin:/bin";
   expectRefused(run(chart(), onFullDisk), 4, "standard output: the disk is full");
@@ -114,14 +114,14 @@ TEST_F(ChartTest, ADamagedEntryIsLeftOutAndNamed) {
 
 TEST_F(ChartTest, RandomEntriesNeverMixWithAHistory) {
   EXPECT_THAT(done({"demo-history", "--days", "3"}), HasSubstr("in " + file("home/veyla-demo")));
-  EXPECT_EQ(namesIn("home"), std::set<std::string>{"veyla-demo"});
+  EXPECT_EQ(names("home"), std::set<std::string>{"veyla-demo"});
   const std::string store = contentsOf(file("home/veyla-demo/veyla.db"));
   expectRefused(run({"demo-history"}), 2, "veyla-demo/veyla.db has a history already");
   EXPECT_EQ(contentsOf(file("home/veyla-demo/veyla.db")), store);
   std::filesystem::create_directory(file("letters"));
   write("letters/letter", "");
   expectRefused(run({"demo-history", "--data", "letters"}), 2, "letters holds other things");
-  EXPECT_EQ(namesIn("letters"), std::set<std::string>{"letter"});
+  EXPECT_EQ(names("letters"), std::set<std::string>{"letter"});
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ class DescriptionTest : public Program {
                                "\n_veyla\n((${#COMPREPLY[@]})) && printf '%s\\n' "
                                "\"${COMPREPLY[@]}\"\n");
     const std::string command =
-        "cd '" + folder().string() + "' && bash --norc complete.bash > offered 2> complaints";
+        "cd '" + path().string() + "' && bash --norc complete.bash > offered 2> complaints";
     [[maybe_unused]] const int status = std::system(command.c_str());
     EXPECT_EQ(contentsOf(file("complaints")), "");
     return linesOf(contentsOf(file("offered")));

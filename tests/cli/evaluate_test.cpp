@@ -45,7 +45,7 @@ TEST_F(EvaluateTest, ErrorsAreThoseAgainstTheReference) {
             "made-60,20,finished,19.600,60.645,54.000,55.143,96.926,,0.005,1\n"
             "made-80,0,finished,16.267,79.980,100.000,100.000,96.919,90.000,0.982,0\n"
             "made-80,20,endOfInput,39.933,,,,,,,\n");
-  EXPECT_EQ(namesIn("plots"), (std::set<std::string>{"bland-altman.png", "error-over-rate.png"}));
+  EXPECT_EQ(names("plots"), (std::set<std::string>{"bland-altman.png", "error-over-rate.png"}));
   EXPECT_NE(contentsOf(file("plots/bland-altman.png")),
             contentsOf(file("plots/error-over-rate.png")));
 

@@ -55,7 +55,7 @@ TEST_F(HistoryTest, AHistoryThatIsNotThereIsEmptyAndIsNotMade) {
     EXPECT_EQ(exported.out,
               command == std::string("history") ? "Date,Heart Rate,Saturation\n" : "");
   }
-  EXPECT_THAT(namesIn(), IsEmpty());
+  EXPECT_THAT(names(), IsEmpty());
 }
 
 TEST_F(HistoryTest, EntriesAreLabelledAndDeletedByTheirNumbers) {
@@ -112,14 +112,14 @@ TEST_F(HistoryTest, AMailIsADraftForTheMailProgram) {
                                               "lies in " +
                                               drafts));
   }
-  EXPECT_EQ(namesIn("data/drafts").size(), 3U) << "also within a second";
+  EXPECT_EQ(names("data/drafts").size(), 3U) << "also within a second";
   // A desktop whose mail program notes what it is to open.
   provide("xdg-mime", "[ \"$3\" = message/rfc822 ] && echo mail.desktop");
   provide("xdg-open", "printf %s \"$1\" > opened");
   environment["DISPLAY"] = ":0";
   EXPECT_THAT(printed({"mail", "1"}),
               StartsWith("Opened in the mail program; the draft lies in " + drafts));
-  EXPECT_THAT(contentsOf(folder() / contentsOf(file("opened"))), HasSubstr("X-Unsent: 1"));
+  EXPECT_THAT(contentsOf(path() / contentsOf(file("opened"))), HasSubstr("X-Unsent: 1"));
 }
 
 TEST_F(HistoryTest, WhatHoldsSomebodysMeasurementsIsForItsOwnerAlone) {

@@ -38,7 +38,7 @@ TEST_F(MeasureTest, TheFingertipIsMeasuredAndReportedAlikeAtEveryRun) {
       "Heart rate   71 beats per minute\nSpO2         97 %\n"
       "Finished after 16.3 s of the recording.\n";
   EXPECT_EQ(done({"measure", "--no-save"}), text);
-  EXPECT_THAT(namesIn(), IsEmpty());
+  EXPECT_THAT(names(), IsEmpty());
   EXPECT_EQ(done({"measure"}), text + "Saved in " + file("home/veyla") + ".\n");
 }
 

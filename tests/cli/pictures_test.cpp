@@ -24,7 +24,7 @@ TEST_F(PicturesTest, TheEndAndEverySecondAreDrawn) {
             done({"measure", "--no-save"}));
   EXPECT_THAT(sizeOf("end.png"), ElementsAre(780, 1688));
   // The measurement takes 2 seconds of countdown and 16.3 more.
-  const auto frames = namesIn("empty");
+  const auto frames = names("empty");
   EXPECT_EQ(frames.size(), 19U);
   EXPECT_EQ(*frames.begin(), "0000.png");
   EXPECT_EQ(*frames.rbegin(), "0018.png");
@@ -47,7 +47,7 @@ TEST_F(PicturesTest, TheEndAndEverySecondAreDrawn) {
   EXPECT_THAT(sizeOf("end.png"), ElementsAre(195, 422));
   EXPECT_NE(contentsOf(file("end.png")), contentsOf(file("new/0005.png")))
       << "the pulse in any case";
-  EXPECT_THAT(namesIn("new"),
+  EXPECT_THAT(names("new"),
               ElementsAre("0000.png", "0001.png", "0002.png", "0003.png", "0004.png", "0005.png"));
 }
 
@@ -61,8 +61,8 @@ TEST_F(PicturesTest, ADiskThatFillsUpCostsNoMeasurementAndLeavesNothingHalfWritt
               AllOf(HasSubstr("veyla: end.png: larger than the system allows; choose"),
                     HasSubstr("veyla: frames/0000.png: larger than the system allows")));
   EXPECT_EQ(contentsOf(file("end.png")), "an older picture");
-  EXPECT_THAT(namesIn("frames"), IsEmpty());
-  EXPECT_THAT(namesIn(), ElementsAre("end.png", "frames"));
+  EXPECT_THAT(names("frames"), IsEmpty());
+  EXPECT_THAT(names(), ElementsAre("end.png", "frames"));
 }
 
 }  // namespace

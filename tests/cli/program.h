@@ -76,29 +76,9 @@ inline bool isAscii(const std::string& text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
 }
 
-class Program : public testing::Test {
- private:
-  ScratchFolder scratch_;
-
+class Program : public testing::Test, protected ScratchFolder {
  protected:
   using Arguments = std::vector<std::string>;
-
-  std::filesystem::path folder() const { return scratch_.path(); }
-  std::string file(const std::string& name) const { return (folder() / name).string(); }
-  /// What lies in a folder of it, but for what the program printed.
-  std::set<std::string> namesIn(const std::string& name = ".") const {
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(file(name))) {
-      names.insert(entry.path().filename());
-    }
-    names.erase("stdout");
-    names.erase("stderr");
-    return names;
-  }
-  std::string write(const std::string& name, const std::string& contents) const {
-    writeFile(file(name), contents);
-    return file(name);
-  }
 
   static Arguments joined(Arguments arguments, const Arguments& more) {
     arguments.insert(arguments.end(), more.begin(), more.end());
@@ -137,14 +117,15 @@ class Program : public testing::Test {
 
   /// Runs the program in the scratch folder. `prepare` runs in its process, just before it.
   Result run(const Arguments& arguments, const std::function<void()>& prepare = {}) const {
+    const ScratchFolder said;
     const pid_t child = start(arguments, [&] {
       redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
-      redirect(STDOUT_FILENO, file("stdout").c_str(), O_WRONLY | O_CREAT | O_TRUNC);
-      redirect(STDERR_FILENO, file("stderr").c_str(), O_WRONLY | O_CREAT | O_TRUNC);
+      redirect(STDOUT_FILENO, said.file("out").c_str(), O_WRONLY | O_CREAT);
+      redirect(STDERR_FILENO, said.file("error").c_str(), O_WRONLY | O_CREAT);
       if (prepare) prepare();
     });
     const int status = ended(child);
-    return {status, contentsOf(file("stdout")), contentsOf(file("stderr"))};
+    return {status, contentsOf(said.file("out")), contentsOf(said.file("error"))};
   }
 
   /// Runs it to its end without a complaint, and returns what it printed.
@@ -225,10 +206,10 @@ class Program : public testing::Test {
   const std::string data = file("data");
 
   std::map<std::string, std::string> environment{
-      {"HOME", folder()},   {"XDG_DATA_HOME", folder() / "home"},
-      {"TZ", "UTC"},        {"LC_ALL", "C.UTF-8"},
-      {"TERM", "xterm"},    {"PATH", "/usr/bin:/bin"},
-      {"TMPDIR", folder()}, {"ASAN_OPTIONS", "detect_leaks=0"}};
+      {"HOME", path()},   {"XDG_DATA_HOME", path() / "home"},
+      {"TZ", "UTC"},      {"LC_ALL", "C.UTF-8"},
+      {"TERM", "xterm"},  {"PATH", "/usr/bin:/bin"},
+      {"TMPDIR", path()}, {"ASAN_OPTIONS", "detect_leaks=0"}};
 
  private:
   [[noreturn]] void execute(const Arguments& arguments) const {
@@ -240,7 +221,7 @@ class Program : public testing::Test {
     std::vector<char*> pointers;
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
-    if (chdir(folder().c_str()) == 0) execv(VEYLA_PROGRAM, pointers.data());
+    if (chdir(path().c_str()) == 0) execv(VEYLA_PROGRAM, pointers.data());
     _exit(127);
   }
 };

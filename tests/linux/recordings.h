@@ -15,31 +15,25 @@
 namespace veyla {
 
 /// The mean colours of every frame it is handed.
-class FrameCollector : public SampleBufferDelegate {
- public:
+struct FrameCollector : SampleBufferDelegate {
+  std::vector<FrameSample> frames;
+
   void captureOutput(PixelBuffer& didOutputSampleBuffer) override {
     const PixelBuffer& frame = didOutputSampleBuffer;
-    EXPECT_EQ(frame.width(), 192U);
-    EXPECT_EQ(frame.height(), 144U);
-    EXPECT_EQ(frame.bytesPerRow(), 4 * frame.width());
     const std::size_t count = frame.width() * frame.height();
+    EXPECT_EQ(count, 192U * 144);
+    EXPECT_EQ(frame.bytesPerRow(), 4U * 192);
     double sums[3] = {};
-    for (std::size_t i = 0; i < count; ++i) {
-      for (std::size_t c = 0; c < 3; ++c) sums[c] += frame.baseAddress()[4 * i + c];
-    }
+    for (std::size_t i = 0; i < 3 * count; ++i)
+      sums[i % 3] += frame.baseAddress()[i / 3 * 4 + i % 3];
     const auto mean = [&](std::size_t c) {
       return static_cast<float>(sums[c] / static_cast<double>(count));
     };
     frames.push_back({mean(2), mean(1), mean(0), mean(2)});
   }
-  void captureOutput(const FrameSample& didOutputSample) override {
-    frames.push_back(didOutputSample);
-  }
+  void captureOutput(const FrameSample& sample) override { frames.push_back(sample); }
   void captureOutput(const AveragedFrame&) override {}
-  void captureOutput(DroppedSample) override { ++drops; }
-
-  std::vector<FrameSample> frames;
-  int drops = 0;
+  void captureOutput(DroppedSample) override {}
 };
 
 struct PlayedRecording {
@@ -55,10 +49,11 @@ inline PlayedRecording play(RecordingSource& source) {
     played.times.push_back(source.time());
     source.deliver(collector);
   }
-  played.frames = collector.frames;
+  played.frames = std::move(collector.frames);
   played.remark = source.remark();
   return played;
 }
+inline PlayedRecording playedOf(const std::string& path) { return play(*openRecording(path)); }
 
 /// The message with which `open` refuses its input.
 template <class Open>

@@ -14,8 +14,8 @@
 #include <functional>
 #include <future>
 #include <iterator>
+#include <set>
 #include <string>
-#include <vector>
 
 namespace veyla {
 
@@ -51,11 +51,11 @@ class ScratchFolder {
     return file(name);
   }
 
-  /// Names of all files in it.
-  std::vector<std::string> names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-      names.push_back(entry.path().filename().string());
+  /// What lies in a folder of it.
+  std::set<std::string> names(const std::string& folder = ".") const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(file(folder))) {
+      names.insert(entry.path().filename());
     }
     return names;
   }

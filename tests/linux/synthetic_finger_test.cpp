@@ -5,28 +5,22 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
-#include "apps/cli/command_device.h"
-#include "apps/cli/frame_averager.h"
-#include "platform/linux/resource_files.h"
 #include "tests/linux/recordings.h"
 
 namespace veyla {
 namespace {
 
-constexpr int samplesPerSecond = 1000;
-
-double green(const SyntheticFinger& finger, int sample) {
-  return finger.at(sample / double{samplesPerSecond}).green;
-}
-
 /// The estimate from a window's ranges and minima, as the measurement forms it.
-double spo2Over(const SyntheticFinger& finger, double start, double seconds) {
+double spo2Over(double spo2, double bpm, double start) {
+  FingerOptions options;
+  options.bpm = bpm;
+  options.spo2 = spo2;
+  const SyntheticFinger finger(options);
   ChannelMeans low{255, 255, 255};
   ChannelMeans high;
-  for (int i = 0; i < seconds * samplesPerSecond; ++i) {
-    const ChannelMeans colour = finger.at(start + i / double{samplesPerSecond});
+  for (double time = start; time < start + 4; time += 0.001) {
+    const ChannelMeans colour = finger.at(time);
     for (double ChannelMeans::*channel :
          {&ChannelMeans::red, &ChannelMeans::green, &ChannelMeans::blue}) {
       low.*channel = std::min(low.*channel, colour.*channel);
@@ -38,58 +32,14 @@ double spo2Over(const SyntheticFinger& finger, double start, double seconds) {
 }
 
 TEST(SyntheticFingerTest, GivesTheAskedSaturationOverAnyWindow) {
-  for (const double spo2 : {50.0, 75.0, 90.0, 97.0, 99.0}) {
-    for (const double bpm : {45.0, 72.0, 180.0}) {
-      FingerOptions options;
-      options.bpm = bpm;
-      options.spo2 = spo2;
-      const SyntheticFinger finger(options);
-      for (const double start : {0.0, 3.3, 17.0}) {
-        EXPECT_NEAR(spo2Over(finger, start, 4), spo2, 0.5) << bpm << " at " << start;
+  for (const double spo2 : {50.0, 75.0, 90.0, 99.0}) {
+    for (const double bpm : {45.0, 180.0}) {
+      for (const double start : {0.0, 3.3}) {
+        EXPECT_NEAR(spo2Over(spo2, bpm, start), spo2, 0.5) << bpm << " at " << start;
       }
     }
   }
-  FingerOptions options;
-  options.spo2 = 100;
-  EXPECT_NEAR(spo2Over(SyntheticFinger(options), 0, 4), 99.5, 0.1) << "red must pulse all the same";
-}
-
-TEST(SyntheticFingerTest, BeatsAtTheAskedRateWithSlightVariation) {
-  for (const double bpm : {40.0, 72.0, 200.0}) {
-    FingerOptions options;
-    options.bpm = bpm;
-    options.breathing = 0;
-    const SyntheticFinger varied(options);
-    options.rateVariation = 0;
-    const SyntheticFinger even(options);
-    // After a breath of 4 s and a whole number of beats all is as it was, but not before.
-    const double beat = 60 / bpm;
-    double most = 0;
-    for (double time = 0; time < 4; time += 0.01) {
-      EXPECT_NEAR(even.at(time).green, even.at(time + 3 * beat).green, 1e-6);
-      EXPECT_NEAR(varied.at(time).green, varied.at(time + 60).green, 1e-6);
-      most = std::max(most, std::abs(varied.at(time).green - varied.at(time + beat).green));
-    }
-    EXPECT_GT(most, 0.1);
-    EXPECT_LT(most, 2);
-  }
-}
-
-TEST(SyntheticFingerTest, BrightnessFallsFasterThanItReturns) {
-  FingerOptions options;
-  options.breathing = 0;
-  options.rateVariation = 0;
-  options.bpm = 60;
-  const SyntheticFinger finger(options);
-  const auto falls = [&](int i) { return green(finger, i) < green(finger, i - 1); };
-  int falling = 0;
-  int turns = 0;
-  for (int i = 1; i < samplesPerSecond; ++i) {
-    falling += falls(i) ? 1 : 0;
-    turns += falls(i) != falls(i + 1) ? 1 : 0;
-  }
-  EXPECT_LT(falling, samplesPerSecond / 2);
-  EXPECT_EQ(turns, 4) << "systole, notch, dicrotic wave and the end of diastole";
+  EXPECT_NEAR(spo2Over(100, 72, 0), 99.5, 0.1) << "red must pulse all the same";
 }
 
 TEST(SyntheticFingerTest, MotionComesInBurstsThatTakeLight) {
@@ -109,16 +59,6 @@ TEST(SyntheticFingerTest, MotionComesInBurstsThatTakeLight) {
   EXPECT_LE(most, 0.1);
   EXPECT_GT(touched, samples / 50);
   EXPECT_LT(touched, samples / 3);
-}
-
-TEST(FingerPainterTest, TheSameSeedDrawsTheSameFramesAndAnotherDoesNot) {
-  const auto painted = [](std::uint64_t seed) {
-    BgraFrame frame(64, 48);
-    FingerPainter(64, 48, 1, seed).paint({180.3, 90.6, 25.1}, 3, frame);
-    return std::vector<int>(frame.baseAddress(), frame.baseAddress() + std::size_t{64} * 48 * 4);
-  };
-  EXPECT_EQ(painted(7), painted(7));
-  EXPECT_NE(painted(7), painted(8));
 }
 
 TEST(FingerPainterTest, MeansKeepTheirFractionsUpToBothEnds) {
@@ -143,25 +83,6 @@ TEST(FingerPainterTest, MeansKeepTheirFractionsUpToBothEnds) {
     EXPECT_EQ(ends.red, 0);
     EXPECT_EQ(ends.green, 255);
   }
-}
-
-TEST(FingerPainterTest, CellsDifferSoThatWholeMediansCarryThePulse) {
-  const SyntheticFinger finger({});
-  SyntheticSource source({}, 20, 15);
-  FrameAverager averager(EmbeddedResources(), defaultDevice);
-  std::vector<double> errors;
-  std::vector<double> asked;
-  while (source.advance()) {
-    source.deliver(averager);
-    asked.push_back(finger.at(source.time()).red);
-    errors.push_back(static_cast<double>(averager.frame().record.red) - asked.back());
-  }
-  ASSERT_EQ(errors.size(), 300U);
-  const double offset = std::accumulate(errors.begin(), errors.end(), 0.0) / 300;
-  double square = 0;
-  for (const double error : errors) square += std::pow(error - offset, 2) / 300;
-  const auto [low, high] = std::minmax_element(asked.begin(), asked.end());
-  EXPECT_LT(std::sqrt(square), 0.1 * (*high - *low)) << "a tenth of red's own pulse";
 }
 
 TEST(ColourTrackTest, InterpolatesBetweenRowsAndHoldsTheEnds) {
