@@ -89,6 +89,7 @@ TEST_F(ChartResultsViewControllerTest, TheChartsShowAFixedRangeOnTheRightAndDays
   const ChartAxis& left = chart.leftAxis;
   EXPECT_FALSE(left.drawsLabels || left.drawsGridLines || left.drawsAxisLine);
   EXPECT_EQ(left.labelFont, (Font{"HelveticaNeue-Light", 11}));
+  EXPECT_TRUE(left.labelColor == black && chart.xAxis.labelColor == black);
   const ChartAxis& right = chart.rightAxis;
   EXPECT_TRUE(right.enabled && right.drawsGridLines && right.drawsTopLabel && !right.drawsAxisLine);
   EXPECT_EQ(right.gridLineDash, (DashPattern{5, 2}));

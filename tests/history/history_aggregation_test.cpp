@@ -74,26 +74,24 @@ TEST_F(HistoryAggregationTest, ALabelKeepsTheEntriesThatCarryIt) {
   before[3] = true;
   Utils::saveHeartrate(1, 0, now(), before);
   save(2, 0, now());
-  platform_.store.values["values"] = [&] {
-    auto elements = *platform_.store.values["values"].array();
-    elements.insert(elements.begin(), Value("no entry"));
-    return elements;
-  }();
-  EXPECT_THAT(Utils::getLastMonthForLabel(3), SizeIs(1));
-  EXPECT_THAT(Utils::getLastMonthForLabel(2), IsEmpty());
-  EXPECT_THAT(Utils::getLast3MonthsForLabel(-1), SizeIs(2));
-  EXPECT_THAT(Utils::getAllForLabel(-1), SizeIs(2)) << "or what is no entry counted";
-  EXPECT_THAT(Utils::getAllForLabel(7), IsEmpty());
+  auto stored = *platform_.store.values["values"].array();
+  stored.insert(stored.begin(), Value("no entry"));
+  platform_.store.values["values"] = stored;
+  for (const auto& [label, count] : {std::pair{3, 1U}, {2, 0U}, {7, 0U}, {-1, 2U}}) {
+    EXPECT_THAT(Utils::getAllForLabel(label), SizeIs(count)) << label;
+    EXPECT_THAT(Utils::getLastMonthForLabel(label), SizeIs(count)) << label;
+  }
 }
 
 TEST_F(HistoryAggregationTest, DaysAgoCountsSecondsFromMidnightAsFarAs32BitsGo) {
-  EXPECT_EQ(Utils::daysAgo(midnight), 0);
-  EXPECT_EQ(Utils::daysAgo(Date{midnight.secondsSince1970 - 1}), 1);
-  EXPECT_EQ(Utils::daysAgo(Date{midnight.secondsSince1970 + day}), 0);
-  EXPECT_EQ(Utils::daysAgo(Date{midnight.secondsSince1970 + 2 * day}), -1);
-  EXPECT_EQ(Utils::daysAgo(Date{midnight.secondsSince1970 - 30000 * day}), 24855);
-  EXPECT_EQ(Utils::daysAgo(Date{midnight.secondsSince1970 + 30000 * day}), -24855);
-
+  for (const auto& [seconds, daysAgo] : {std::pair{0.0, 0},
+                                         {-1.0, 1},
+                                         {day, 0},
+                                         {2 * day, -1},
+                                         {-30000 * day, 24855},
+                                         {30000 * day, -24855}}) {
+    EXPECT_EQ(Utils::daysAgo(Date{midnight.secondsSince1970 + seconds}), daysAgo) << seconds;
+  }
   // In the first hour after a day of 23 hours, that day is not a whole day ago.
   in("de_DE", "Europe/Berlin");
   platform_.moveTo(Date{1'711'924'200});  // 2024-04-01 00:30
@@ -109,9 +107,14 @@ TEST_F(HistoryAggregationTest, WhatWasNotMeasuredDoesNotPullAMeanDown) {
   save(60, 0, Date{midnight.secondsSince1970 + 10});
   save(80, 96, Date{midnight.secondsSince1970 + 20});
   save(0, 0, Date{midnight.secondsSince1970 + 30});
+  // A clock that runs puts no point beyond the end.
+  platform_.clock.tick = 0.001;
   const ChartSeries series = week();
-  EXPECT_THAT(series.hr, ElementsAre(ChartDataEntry{now().secondsSince1970, 70}));
-  EXPECT_THAT(series.spo2, ElementsAre(ChartDataEntry{now().secondsSince1970, 96}));
+  const double today = series.maxTimestamp;
+  EXPECT_NEAR(today, TestPlatform::start.secondsSince1970, 1);
+  EXPECT_EQ(series.minTimestamp, today);
+  EXPECT_THAT(series.hr, ElementsAre(ChartDataEntry{today, 70}));
+  EXPECT_THAT(series.spo2, ElementsAre(ChartDataEntry{today, 96}));
 
   auto values = Utils::getAllForLabel(-1);
   Utils::makeChartDataSets2(values, -1);
@@ -129,15 +132,6 @@ TEST_F(HistoryAggregationTest, OneDayOfTwoYearsIsOneDayThatOfTheLaterYear) {
   // The walk meets 14/11 on its first day, where the earlier record of 13/11 is still due.
   EXPECT_THAT(valuesOf(series.hr), ElementsAre(70, 70));
   EXPECT_EQ(series.hr.front().x, now().secondsSince1970 - day);
-}
-
-TEST_F(HistoryAggregationTest, AClockThatRunsPutsNoPointBeyondTheEnd) {
-  save(60, 97, now());
-  platform_.clock.tick = 0.001;
-  const ChartSeries series = week();
-  ASSERT_THAT(series.hr, SizeIs(1));
-  EXPECT_EQ(series.minTimestamp, series.hr.front().x);
-  EXPECT_EQ(series.maxTimestamp, series.hr.front().x);
 }
 
 // The walk.

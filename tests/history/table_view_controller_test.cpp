@@ -85,28 +85,29 @@ TEST_F(TableViewControllerTest, RowsLeadWhereTheySay) {
   for (std::size_t i = 0; i < sections.size(); ++i) {
     for (std::size_t k = 0; k < sections[i].size(); ++k) {
       const OptionsRow& row = sections[i][k];
-      all += formatText("%zu %s: %s", i, row.title.c_str(), std::string(row.page).c_str());
+      all += formatText("%zu %s (%s): %s", i, row.title.c_str(), row.subTitle.c_str(),
+                        std::string(row.page).c_str());
       all += tapRow(static_cast<std::int32_t>(i), static_cast<std::int32_t>(k));
-      all += formatText("%s (%s)\n", row.isEmail ? "address" : "", screen_.whichEmail().c_str());
+      all += row.isEmail ? "address\n" : "\n";
     }
   }
   EXPECT_EQ(all,
-            R"(0 Send feedback: sharing mail Veyla Support (feedback)
-0 Release notes: screens release notes (feedback)
-1 Introduction: screens intro (feedback)
-1 Health records: HealthHowTo (feedback)
-1 Terms: Terms (feedback)
-1 Rate Veyla: sharing open itms-apps://store.test/WebObjects/MZStore.woa/wa/viewContentsUserReviews?id=4711&onlyLatestVersion=true&pageNumber=0&sortOrdering=1&type=Purple+Software (feedback)
-1 Invite friends: sharing mail Check out Orvane Veyla app (invite)
-1 Questions and answers: screens faq (invite)
-1 Follow us: sharing open https://social.test/veyla (invite)
-2 Please provide us your email: address (invite)
-2 About: About (invite)
+            R"(0 Send feedback (Tell us what works and what does not): sharing mail Veyla Support
+0 Release notes (What each version brought): screens release notes
+1 Introduction (How to hold your finger): screens intro
+1 Health records (Keep your values with your other health data): HealthHowTo
+1 Terms (Not for medical use): Terms
+1 Rate Veyla (In the store): sharing open itms-apps://store.test/WebObjects/MZStore.woa/wa/viewContentsUserReviews?id=4711&onlyLatestVersion=true&pageNumber=0&sortOrdering=1&type=Purple+Software
+1 Invite friends (By mail): sharing mail Check out Orvane Veyla app
+1 Questions and answers (When a measurement fails, and why): screens faq
+1 Follow us (Opens in the browser): sharing open https://social.test/veyla
+2 Please provide us your email (For better support): address
+2 About (Licence and libraries): About
 )");
   for (const auto& [section, row] : {std::pair{0, 2}, {1, 7}, {2, 3}, {3, 0}, {-1, 0}, {0, -1}}) {
     EXPECT_EQ(tapRow(section, row), "") << section << ", " << row;
   }
-  EXPECT_EQ(sections[2][0].subTitle, "For better support");
+  EXPECT_EQ(screen_.whichEmail(), "invite");
   Utils::setEmail("a@b.de");
   EXPECT_EQ(screen_.rows()[2][0], (OptionsRow{"Change your email", "a@b.de", "", true}));
 }
@@ -169,7 +170,8 @@ TEST_F(TableViewControllerTest, ANonvalidAddressKeepsTheDialogOpenAsLongAsItsScr
 
 TEST_F(TableViewControllerTest, FeedbackTellsTheApplicationAndTheMachineWhereMailCanBeSent) {
   platform_.device.shortVersion = "1.2";
-  screen_.feedback();
+  screen_.didSelectRow(0, 0);
+  EXPECT_EQ(screen_.whichEmail(), "feedback");
   EXPECT_EQ(platform_.sharing.mails.back(), (Mail{{"support@veyla.test"},
                                                   "Veyla Support",
                                                   R"(

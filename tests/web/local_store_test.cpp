@@ -102,36 +102,31 @@ TEST_F(LocalStoreTest, ChangesThatBelongTogetherAreOneWriteOrNone) {
 
 TEST_F(LocalStoreTest, ADamagedItemRefusesChangesUntilItIsSetAside) {
   const std::string damaged = "[{\"hr\":7";
-  items_.texts["values"] = damaged;
-  EXPECT_EQ(store_.value("values"), std::nullopt);
-  EXPECT_EQ(store_.value("values"), std::nullopt);
+  items_.texts = {{"values", damaged}, {"email", "\"somebody@"}};
+  for (int times = 0; times < 2; ++times) EXPECT_EQ(store_.value("values"), std::nullopt);
   ASSERT_THAT(told_, ElementsAre(Pair("values", HasSubstr("damaged")))) << "once for reading";
-  for (int times = 0; times < 2; ++times) {
-    save("values", 1);
-    store_.removeValue("values");
-  }
-  EXPECT_EQ(told_.size(), 5U) << "and for each change that it refuses";
+  save("values", 1);
+  store_.removeValue("values");
+  EXPECT_EQ(told_.size(), 3U) << "and for each change that it refuses";
   EXPECT_EQ(store_.rawText("values"), damaged);
+  // One that nobody has read, and a text that no browser could store.
+  told_.clear();
+  save("email", "a@b.de");
+  save("note", "\xff");
+  EXPECT_THAT(told_, ElementsAre(Pair("email", HasSubstr("damaged")), Pair("", HasSubstr("note"))));
+  EXPECT_EQ(items_.texts["email"], "\"somebody@");
+  EXPECT_EQ(items_.writes, 0);
 
   items_.refusal = "full";
   store_.setAside("values", Date{1'700'000'000});
   save("values", 1);
   items_.refusal.clear();
   store_.synchronize();
+  items_.texts.erase("email");
   EXPECT_THAT(items_.texts, ElementsAre(Pair("damaged values 1700000000", R"("[{\"hr\":7")")));
   store_.setAside("values", Date{1'700'000'001});
   save("values", 1);
   EXPECT_EQ(items_.texts["values"], "1");
-
-  // One that nobody has read, and a text that no browser could store.
-  items_.texts["email"] = "\"somebody@";
-  told_.clear();
-  items_.writes = 0;
-  save("email", "a@b.de");
-  save("note", "\xff");
-  EXPECT_EQ(items_.texts["email"], "\"somebody@");
-  EXPECT_THAT(told_, ElementsAre(Pair("email", HasSubstr("damaged")), Pair("", HasSubstr("note"))));
-  EXPECT_EQ(items_.writes, 0);
 }
 
 }  // namespace
