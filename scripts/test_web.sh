@@ -13,7 +13,6 @@ generate() { # name, options
   [ "$file" -nt build/veyla ] || build/veyla synth "$file" --seconds 45 --fps 30 --size 192x144 "${@:2}"
 }
 generate 72 --bpm 72
-generate low --spo2 80
 series=build/web-recordings/series.csv
 build/veyla synth $series --seconds 45
 change() { # name, what happens to a row's colours, t seconds after the first

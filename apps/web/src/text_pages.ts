@@ -29,7 +29,8 @@ export function textPage(text: TextPage, ...below: readonly HTMLElement[]): HTML
   const sections = text.sections.map(({ heading, text: paragraph }) =>
     make("section", {}, make("h2", {}, heading), make("p", {}, paragraph)),
   );
-  return subPage(text.title, make("article.text", {}, ...sections), ...below);
+  // With the focus on it, a keyboard scrolls it.
+  return subPage(text.title, make("article.text", { tabindex: "0" }, ...sections), ...below);
 }
 
 export function faqPage(core: WebApp): HTMLElement {

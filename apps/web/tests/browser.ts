@@ -25,7 +25,7 @@ export interface Visitor {
    * The recording of a generated finger before the camera, that of 72 beats per minute unless it is told;
    * no camera at all, or one that the user refuses.
    */
-  readonly camera?: "72" | "low" | "absent" | "none" | "refused";
+  readonly camera?: "72" | "absent" | "none" | "refused";
   /** Broken: the camera tells of one that stays dark. */
   readonly torch?: boolean | "broken";
   /** Somebody who has been here before, unless it is told. */

@@ -86,10 +86,16 @@ it.each<Visitor & { readonly name: string; readonly letters?: number }>([
 
   await visit.tap("Options");
   await check("options", page.getByText("Send feedback"));
-  await page.getByText("Health records", { exact: true }).click();
-  await check("health", visit.button("Save records as a file"));
-  await visit.tap("Back");
-  await visit.settled();
+  for (const [row, part] of [
+    ["Health records", visit.button("Save records as a file")],
+    ["Terms", page.locator("article.text h2").first()],
+    ["Questions and answers", page.locator("ion-accordion").first()],
+  ] as const) {
+    await page.getByText(row, { exact: true }).click();
+    await check(row, part);
+    await visit.tap("Back");
+    await visit.settled();
+  }
   await page.getByText("Send feedback").click();
   await check("mail", visit.heading("New mail"));
   await visit.tap("Cancel");

@@ -68,26 +68,6 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   expect(record).toMatchObject({ code: { coding: [{ code: "2708-6" }, {}] } });
 });
 
-it("a finger with low values ends with an alert that leads to the FAQ, and saves nothing", async () => {
-  const visit = await visitPage({ camera: "low" });
-  await visit.tap("START");
-  await visit.alert("Starting ...").waitFor();
-  await visit.inspect("measuring-countdown");
-  const curve = visit.element("chartFourierView");
-  const isShown = (view: Element): boolean =>
-    view.checkVisibility({ opacityProperty: true, visibilityProperty: true });
-  await expect.poll(() => curve.evaluate(isShown), finished).toBe(true);
-  await visit.inspect("measuring-running");
-  await visit.alert("Got problems?").waitFor(finished);
-  await visit.page.locator('.finger[data-state="noValue"] svg').waitFor();
-  expect(await visit.element("labelFinger").textContent()).toContain("No oxygen value");
-  await visit.inspect("alert-got-problems");
-  await visit.tap("Read FAQ");
-  await visit.page.locator("ion-accordion").first().waitFor();
-  await visit.inspect("faq");
-  expect(await visit.stored("values")).toBeNull();
-});
-
 it("a finger that comes late, leaves and is too bright is told of, and doubted", async () => {
   const visit = await visitPage({ camera: "absent" });
   const { page } = visit;
@@ -97,28 +77,30 @@ it("a finger that comes late, leaves and is too bright is told of, and doubted",
   expect(await words.evaluate((each) => each.checkVisibility({ visibilityProperty: true }))).toBe(
     true,
   );
-
-  const icons = new Map<string, string>();
-  const expectTold = async (state: string, text: string): Promise<void> => {
-    const chip = page.locator(`.finger[data-state="${state}"]`);
-    await chip.filter({ hasText: text }).waitFor({ timeout: 15_000 });
-    const icon = chip.locator("ion-icon svg");
-    const others = [...icons].filter(([other]) => other !== state).map(([, svg]) => svg);
-    await expect.poll(async () => others.includes(await icon.innerHTML())).toBe(false);
-    icons.set(state, await icon.innerHTML());
-  };
-  await visit.startMeasuring();
-  await expectTold("noFinger", "Move your finger over lens and light");
-  // No frame is wanted while there is no finger.
-  await visit.inspect("finger-absent");
-  await expectTold("good", "Finger in place");
-  await expectTold("noFinger", "Move your finger over lens and light");
+  /** What is told, in its order: the state, its words and its icon. */
+  const told = await page.locator(".finger").evaluateHandle((chip: HTMLElement) => {
+    const all: (readonly [state: string, text: string, icon: string])[] = [];
+    new MutationObserver(() => {
+      const { icon = "" } = chip.querySelector("ion-icon") as { icon?: string };
+      all.push([chip.dataset["state"] ?? "", chip.textContent, icon]);
+    }).observe(chip, { subtree: true, childList: true, attributeFilter: ["data-state"] });
+    return all;
+  });
   await page.emulateMedia({ colorScheme: "dark" });
-  await expectTold("tooBright", "Press more lightly");
-  await visit.inspect("finger-too-bright-night");
-  await expectTold("good", "Finger in place");
-
+  await visit.startMeasuring();
+  await visit.element("chartFourierView").waitFor();
+  // No frame is wanted while there is no finger.
+  await visit.inspect("finger-absent-night");
   await page.getByText("FINISHED").waitFor(finished);
+  const all = await told.jsonValue();
+  const absent = "noFinger Move your finger over lens and light";
+  const good = "good Finger in place";
+  expect(all.map(([state, text]) => `${state} ${text}`).join()).toMatch(
+    RegExp(`${absent}.*${good}.*${absent}.*tooBright Press more lightly.*${good}`),
+  );
+  const icons = new Map(all.map(([state, , icon]) => [state, icon]));
+  expect(new Set(icons.values()).size).toBe(icons.size);
+
   await page.locator('.finger[data-state=""]').waitFor({ state: "attached" });
   const doubt = "Unsure: no finger was seen for part of the time.";
   expect(await words.textContent()).toBe("");

@@ -53,25 +53,6 @@ it("asks for a rating, and tells what is new after an update", async () => {
   await expect.poll(() => visit.page.locator("dialog").count()).toBe(0);
 });
 
-it("leads to every page to read", async () => {
-  const visit = await openOptions();
-  const { page } = visit;
-  const back = visit.button("Back");
-  for (const row of ["Terms", "About", "Questions and answers"]) {
-    await page.getByText(row, { exact: true }).first().click();
-    await back.waitFor();
-    await visit.settled();
-    await visit.inspect(`page-${row}`);
-    await back.click();
-    await back.waitFor({ state: "detached" });
-    await visit.settled();
-  }
-  await page.getByText("Release notes").click();
-  await page.getByRole("alertdialog").waitFor();
-  await visit.inspect("release-notes");
-  await visit.tap("Done");
-});
-
 it("a phone's Back leads back through the screens, and closes what is open over them", async () => {
   const visit = await openOptions();
   const { page } = visit;
