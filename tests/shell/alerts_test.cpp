@@ -53,14 +53,5 @@ TEST_F(AlertsTest, AnAlertGoesByItselfOrByWhatItOffersAndIsDismissedOnce) {
   EXPECT_EQ(dismissals_, 3);
 }
 
-TEST_F(AlertsTest, AnAlertThatIsWithdrawnGoesWithoutAWord) {
-  const int id = show("Done", 1);
-  alerts_.withdraw(id);
-  alerts_.withdraw(id);
-  platform_.time.run();
-  EXPECT_EQ(dismissals_, 0);
-  EXPECT_THAT(platform_.journal.of("alert"), ElementsAre("show Title", "hide 1"));
-}
-
 }  // namespace
 }  // namespace veyla

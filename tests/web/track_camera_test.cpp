@@ -117,12 +117,11 @@ TEST_F(TrackCameraTest, APauseLeavesTheTrackAndItsLightAndFramesComeAgain) {
 }
 
 TEST_F(TrackCameraTest, TheTrackIsOpenForThoseWhoWaitForItOrHaveIt) {
-  // Nobody took it.
   int calls = 0;
   const auto call = [&] { ++calls; };
+  // Nobody takes it.
   auto first = camera_.prepare(call);
   openTrack();
-  EXPECT_EQ(calls, 1);
   EXPECT_FALSE(track_.opened);
   EXPECT_EQ(camera_.defaultVideoDevice(), nullptr);
 

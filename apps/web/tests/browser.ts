@@ -78,10 +78,7 @@ declare global {
   }
 }
 
-interface Place {
-  readonly x: number;
-  readonly y: number;
-}
+type Place = Readonly<Record<"x" | "y", number>>;
 
 export class Visit {
   readonly log: string[] = [];
@@ -173,13 +170,9 @@ export class Visit {
   /** When nothing moves but what moves for as long as it is shown. */
   async still(): Promise<void> {
     await this.page.evaluate(async () => {
+      const ends = ({ effect }: Animation): boolean => effect?.getTiming().iterations !== Infinity;
       const moves = (): boolean =>
-        document
-          .getAnimations()
-          .some(
-            ({ playState, effect }) =>
-              playState === "running" && effect?.getTiming().iterations !== Infinity,
-          );
+        document.getAnimations().some((each) => each.playState === "running" && ends(each));
       // An animation may begin with one of the next frames of the screen.
       for (let frames = 0; frames < 4; frames = moves() ? 0 : frames + 1) {
         await new Promise(requestAnimationFrame);
@@ -237,10 +230,8 @@ function addTorch(kind: true | "broken"): void {
   };
   const tracks = MediaStreamTrack.prototype;
   const own = Object.getOwnPropertyDescriptors(tracks);
-  tracks.getCapabilities = function (): MediaTrackCapabilities {
-    const modes = { torch: true, exposureMode: ["continuous"] };
-    return { ...own.getCapabilities.value?.call(this), ...modes };
-  };
+  const capabilities: object = { torch: true, exposureMode: ["continuous"] };
+  tracks.getCapabilities = (): MediaTrackCapabilities => capabilities;
   tracks.getSettings = function (): MediaTrackSettings {
     return { ...own.getSettings.value?.call(this), torch: lit.has(this) };
   };
