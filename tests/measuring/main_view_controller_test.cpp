@@ -278,14 +278,15 @@ TEST(MeasuringScreenLifeTest, TheFirstTimeTheIntroductionComesBeforeTheHealthSto
 }
 
 TEST(MeasuringScreenLifeTest, ReleaseNotesFollowAChangeOfVersionHalfASecondLater) {
-  for (const bool isFirst : {true, false}) {
+  for (const char* lastLaunched : {"", "1.0.0", "0.9.0"}) {
     MeasuringRig rig;
-    if (!isFirst) rig.platform.store.values["last_launched_version"] = "0.9.0";
+    if (*lastLaunched) rig.platform.store.values["last_launched_version"] = lastLaunched;
     rig.appear();
     rig.platform.time.runFor(0.49);
     EXPECT_THAT(rig.platform.journal.of("screens"), Not(Contains("release notes")));
     rig.platform.time.runFor(0.02);
-    EXPECT_EQ(rig.platform.journal.of("screens").back() == "release notes", !isFirst);
+    EXPECT_EQ(rig.platform.journal.of("screens").back() == "release notes",
+              lastLaunched == std::string("0.9.0"));
   }
 }
 

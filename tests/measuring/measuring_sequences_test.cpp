@@ -165,6 +165,7 @@ START 3 good 1 background 5      -> STOP | {analyzing} | {cover} | last -- -- | 
 START 3 good 1 background return -> {initial}
 START 3 good 1 leave appear      -> {initial}
 heartrate 1 START 3 good 1 low*60 -> START | {tap} | last -- -- | now -- -- | dials 50 97, rings 0 33 | viewGaugeHeartrate gone | [ ] | [x] | alert Got problems?
+START 3 curve 0.1 low*60 3       -> START | {tap} | last 70 -- | now =70 -- | dials 70 93, rings 100 0 | {boxes} | alert Got problems?
 heartrate                        -> START | {tap} | last -- -- | {zero} | viewGaugeHeartrate(zoomOut) | [ ] | [x]
 spo2 1 spo2                      -> START | {tap} | last -- -- | {zero} | viewGaugeSpo2(zoomIn) | {boxes}
 spo2                             -> START | {tap} | last -- -- | {zero} | viewGaugeSpo2(zoomOut) | [x] | [ ]
