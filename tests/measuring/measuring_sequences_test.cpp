@@ -348,93 +348,89 @@ class RandomWalk {
 
   /// What happened, if that led to a screen that makes no sense; empty otherwise.
   std::string run(int events) {
-    for (int i = 0; i < events; ++i) {
+    const char* fault = nullptr;
+    for (int i = 0; i < events && !fault; ++i) {
       step();
-      if (const std::string fault = faultOf(); !fault.empty()) return story_ + "-> " + fault;
+      fault = faultSeen();
     }
-    while (display_.animations() > 0) display_.finishAnimation(0);
-    const std::string fault = faultOf();
-    return fault.empty() ? fault : story_ + "and all animations' ends -> " + fault;
+    while (!fault && display_.animations() > 0) {
+      display_.finishAnimation(0);
+      fault = faultSeen();
+    }
+    return fault ? story_ + "-> " + fault : "";
   }
 
   const std::vector<MeasurementEnd>& ends() const { return somebody_.ends; }
 
  private:
-  template <class Choice>
-  const Choice& oneOf(const std::vector<Choice>& choices) {
-    return choices[pick(choices.size())];
-  }
   std::size_t pick(std::size_t count) {
     return std::uniform_int_distribution<std::size_t>(0, count - 1)(random_);
   }
   bool records() const { return camera_.session && camera_.session->isRunning(); }
 
   void step() {
-    static const std::vector<std::string> byItself{"0.01", "0.1",  "0.5",  "2",      "2",
-                                                   "good", "good", "none", "low*20", "curve"};
-    static const std::vector<std::string> byHand{"START", "START", "START",      "STOP",
-                                                 "lost",  "leave", "background", "interruption"};
+    static constexpr const char* byItself[] = {"0.01", "0.1",  "0.5",  "2",      "2",
+                                               "good", "good", "none", "low*20", "curve"};
+    static constexpr const char* byHand[] = {"START", "START", "START",      "STOP",
+                                             "lost",  "leave", "background", "interruption"};
     if (display_.animations() > 0 && pick(3) == 0) {
       story_ += "(an animation's end) ";
       return display_.finishAnimation(pick(display_.animations()));
     }
-    std::string word = oneOf(byItself);
+    std::string word = byItself[pick(std::size(byItself))];
     // Whoever is away can only come back, and taps are on what is seen.
-    if (pick(isUnderWay_ ? 8 : 2) == 0) word = back_.empty() ? oneOf(byHand) : back_;
+    if (pick(records() ? 8 : 2) == 0) {
+      word = back_.empty() ? byHand[pick(std::size(byHand))] : std::exchange(back_, "");
+    }
     if (word == "START" && !display_.isSeen(MeasuringScreen::beginButton)) return;
-    story_ += word + ' ';
-
+    if (word == "leave") back_ = "appear";
+    if (word == "background") back_ = "return";
+    if (word == "interruption") isInterrupted_ = records();
+    if (word == "START") isInterrupted_ = false;
     camera_.device->torch = pick(12) != 0;
     camera_.authorization =
         pick(12) == 0 ? CameraAuthorization::denied : CameraAuthorization::authorized;
-    if (word == "leave") back_ = "appear";
-    if (word == "background") back_ = "return";
-    if (word == "appear" || word == "return") back_.clear();
-    if (word == "interruption") isInterrupted_ = records();
-    const bool accepts = word == "START" && (!isUnderWay_ || isInterrupted_);
-    const std::size_t before = ends().size();
+    story_ += word + ' ';
     somebody_.live(word);
-    for (std::size_t i = before; i < ends().size(); ++i) {
-      toldTwice_ = toldTwice_ || !std::exchange(isUnderWay_, false);
-    }
-    isUnderWay_ = isUnderWay_ || accepts;
-    isInterrupted_ = isInterrupted_ && !accepts;
   }
 
-  std::string faultOf() {
+  /// Null where all is well.
+  const char* faultSeen() const {
     using namespace MeasuringScreen;
-    const MainViewController& screen = somebody_.screen;
-    const auto isAtRest = [&](Element element) { return display_.playing(element).empty(); };
-    const auto finished = std::count(ends().begin(), ends().end(), MeasurementEnd::finished);
+    const bool measures = somebody_.screen.canBegin();
+    const bool start = display_.isSeen(beginButton);
+    const bool stop = display_.isSeen(stopButton);
+    const bool buttonsRest =
+        display_.playing(beginButton).empty() && display_.playing(stopButton).empty();
+    const bool isHere = back_.empty() && buttonsRest;
+    const bool centerRests = display_.playing(viewCenter).empty();
+    const auto ended = [&](MeasurementEnd how) {
+      return static_cast<std::size_t>(std::count(ends().begin(), ends().end(), how));
+    };
+    // STOP is left from a camera that did not start.
+    const bool stopMayStay = !ends().empty() && (ends().back() == MeasurementEnd::failed ||
+                                                 ends().back() == MeasurementEnd::refused);
     const auto& alerts = somebody_.rig.platform.alerts.inFront;
     const bool isStarting = std::any_of(alerts.begin(), alerts.end(), [](const auto& alert) {
       return alert.second == "Starting ...";
     });
-
-    if (toldTwice_) return "an end was told twice";
-    if (isUnderWay_ && !screen.isRunning()) return "an end was not told";
-    if (records() && !isUnderWay_) return "the camera runs on";
-    if (screen.canBegin() && !records()) return "it measures without a camera";
-    if (camera_.device->torchMode() != LightMode::off && !screen.canBegin())
-      return "the torch is on for nothing";
-    if (isStarting != (records() && !screen.canBegin())) return "the countdown's alert is wrong";
-    if (somebody_.entries() != static_cast<std::size_t>(finished)) return "the entries are wrong";
-    if (isAtRest(beginButton) && isAtRest(stopButton)) {
-      const bool start = display_.isSeen(beginButton);
-      if (start == display_.isSeen(stopButton)) return "not one of START and STOP";
-      const bool isHere = back_.empty();
-      if (isHere && start && records() && !isInterrupted_) return "START in place of STOP";
-      // STOP is left from a camera that did not start.
-      const bool mayStay = !ends().empty() && (ends().back() == MeasurementEnd::failed ||
-                                               ends().back() == MeasurementEnd::refused);
-      if (isHere && !start && !records() && !mayStay) return "STOP in place of START";
+    const std::pair<bool, const char*> faults[] = {
+        {records() && !somebody_.screen.isRunning(), "the camera runs on"},
+        {measures && !records(), "it measures without a camera"},
+        {!measures && camera_.device->torchMode() != LightMode::off, "the torch is on for nothing"},
+        {isStarting != (records() && !measures), "the countdown's alert is wrong"},
+        {somebody_.entries() != ended(MeasurementEnd::finished), "the entries are wrong"},
+        {buttonsRest && start == stop, "not one of START and STOP"},
+        {isHere && start && records() && !isInterrupted_, "START in place of STOP"},
+        {isHere && stop && !records() && !stopMayStay, "STOP in place of START"},
+        {centerRests && !display_.isSeen(viewCenter), "the centre is gone"},
+        {centerRests && display_.isSeen(MeasuringScreen::chartFourierView) ==
+                            display_.isSeen(viewLastMeasurements),
+         "the centre shows both or neither"}};
+    for (const auto& [isThere, fault] : faults) {
+      if (isThere) return fault;
     }
-    if (isAtRest(viewCenter)) {
-      if (!display_.isSeen(viewCenter)) return "the centre is gone";
-      const bool pulse = display_.isSeen(chartFourierView);
-      if (pulse == display_.isSeen(viewLastMeasurements)) return "the centre shows both or neither";
-    }
-    return {};
+    return nullptr;
   }
 
   Somebody somebody_;
@@ -444,9 +440,7 @@ class RandomWalk {
   std::string story_;
   /// What brings whoever is away back; empty for here.
   std::string back_;
-  /// By what was tapped and told.
-  bool isUnderWay_ = false;
-  bool toldTwice_ = false;
+  /// By what has brought START back, although the measurement goes on.
   bool isInterrupted_ = false;
 };
 
