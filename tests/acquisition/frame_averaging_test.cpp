@@ -38,7 +38,7 @@ TEST(FrameAveragingTest, ChannelMeansGiveTheRecordOfTheirWholeFrameAndThatStaysA
 
 TEST(FrameAveragingTest, TheWholeFrameTruncatesMeansAndSurvivesTheLargestSums) {
   TestFrame frame(2, 1, black);
-  frame.set(0, 0, {3, 5, 7});
+  frame.set(0, 0, {3, 7, 7});
   EXPECT_EQ(averageAll(frame), (FrameSample{3, 2, 1, 2}));
   const TestFrame white(1200, 600, {255, 255, 255});
   EXPECT_EQ(averageAll(white), (FrameSample{255, 255, 255, 255}));

@@ -29,8 +29,9 @@ TEST(ShortfallTest, AMissingValueIsExplainedByTheFingerFirstThenByTheEstimates) 
       {{restless, false, 28, some, some, true, false, true},
        "The pulse was unclear from 4 to 14 s: hold still."},
       {{restless, false, 28, unclear, low}, "The pulse was unclear from 4 to 14 s: hold still."},
-      {{{{weak, 2, 9}, {good, 9, 14}, {weak, 14, 21.6}}, false, 28, unclear},
-       "The pulse was unclear from 2 to 9 s, from 14 to 22 s: press more lightly."},
+      {{{{weak, 2, 9}, {good, 9, 13}, {weak, 13, 21.6}, {weak, 26, 27}}, false, 28, unclear},
+       "The pulse was unclear from 2 to 9 s, from 13 to 22 s, from 26 to 27 s: press more "
+       "lightly."},
       {{{{weak, 2, 9}, {moving, 9, 9.8}}, false, 28, unclear},
        "The pulse was unclear from 2 to 10 s: hold still and press more lightly."},
       {{{{moving, 2, 2.9}, {good, 8, 20}}, false, 28, {.accepted = 1, .none = 2}},
