@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
 
 #include "tests/support/builders.h"
 
@@ -28,24 +30,36 @@ TEST(DoubtsTest, AHeartRateIsDoubtedWhereTheColoursDoNotRepeatAtItsPeriodOrAnoth
   struct Case {
     double truth;
     double told;
+    double breath;
     std::vector<Doubt> doubts;
   };
-  const Case cases[] = {{72, 72, {}},
-                        {45, 45, {}},
-                        {200, 200, {}},
-                        {38, 76, {Doubt::halfRate}},
-                        {101, 50.5, {Doubt::doubleRate}},
-                        {64, 49, {Doubt::unclearPulse}},
-                        {72, 100, {Doubt::unclearPulse}}};
+  const Case cases[] = {{72, 72, 5, {}},
+                        {45, 45, 0, {}},
+                        {200, 200, 0, {}},
+                        {38, 76, 3, {Doubt::halfRate}},
+                        {25, 50, 2, {Doubt::unclearPulse}},
+                        {101, 50.5, 0, {Doubt::doubleRate}},
+                        {64, 49, 0, {Doubt::unclearPulse}},
+                        {72, 100, 0, {Doubt::unclearPulse}}};
   for (const Case& each : cases) {
     SCOPED_TRACE(testing::Message() << each.told << " for " << each.truth);
-    const auto series = photoplethysmogram(each.truth);
+    const auto series = photoplethysmogram(each.truth, 14, each.breath);
     // The clearer of the two channels speaks, whichever it is.
     for (const auto& judgement : {judgeHeartrate(each.told, series, still, coachThatSaw(series)),
                                   judgeHeartrate(each.told, still, series, coachThatSaw(series))}) {
       EXPECT_EQ(judgement.doubts, each.doubts);
       EXPECT_EQ(judgement.clarity >= 0.58, each.doubts.empty() || each.truth > each.told + 40);
     }
+  }
+  // How strong the second harmonic may be.
+  for (const auto& [harmonic, doubts] :
+       {std::pair{3.0, std::vector<Doubt>{}}, {3.5, std::vector{Doubt::doubleRate}}}) {
+    std::vector<float> series;
+    for (int i = 0; i < 210; ++i) {
+      const double beat = 2 * std::numbers::pi * i / 15;
+      series.push_back(static_cast<float>(150 + std::sin(beat) + harmonic * std::sin(2 * beat)));
+    }
+    EXPECT_EQ(judgeHeartrate(60, series, still, coachThatSaw(series)).doubts, doubts);
   }
 }
 
