@@ -1,3 +1,5 @@
+#include <fontconfig/fontconfig.h>
+
 #include <cmath>
 #include <functional>
 
@@ -14,6 +16,17 @@ namespace {
 using namespace MeasuringScreen;
 
 using Draw = std::function<void(Canvas&)>;
+
+/// Cairo and its fonts keep what they may need again to the end, where it passes for lost.
+class EmptiesCaches : public testing::Environment {
+ public:
+  void TearDown() override {
+    cairo_debug_reset_static_data();
+    FcFini();
+  }
+};
+[[maybe_unused]] const auto* const emptiesCaches =
+    testing::AddGlobalTestEnvironment(new EmptiesCaches);
 
 /// Drawings of one size, side by side on white.
 std::string drawn(Size size, const std::vector<Draw>& drawings) {

@@ -132,9 +132,8 @@ TEST_F(FhirHealthStoreTest, ASaveWaitsForTheProgramThatIsSaving) {
     _exit(save(store, pulse(61)) ? 0 : 1);
   }
   // Until it waits, or has ended without.
-  const std::regex waiting("-> FLOCK .* " + std::to_string(child) + " ");
-  while (waitpid(child, nullptr, WNOHANG) == 0 &&
-         !std::regex_search(contentsOf("/proc/locks"), waiting)) {
+  const std::string state = "/proc/" + std::to_string(child) + "/stat";
+  while (waitpid(child, nullptr, WNOHANG) == 0 && contentsOf(state).find(") S ") == state.npos) {
     usleep(1000);
   }
   EXPECT_EQ(records(), ".");

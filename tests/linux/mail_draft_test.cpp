@@ -31,15 +31,16 @@ std::string draftOf(const Mail& mail) {
 
 TEST(MailDraftTest, AMailsPartsAreWrittenSoThatTheyAreReadBackAsTheyWere) {
   Mail mail;
+  mail.recipients = {"support@veyla.example", "second@veyla.example"};
   mail.subject = "Veyla data: Frühsport";
   mail.isHtml = true;
   mail.body = "<p>Größe &amp; mehr. " + std::string(60, 'x') + "</p>";
   // Bytes that a text's encoding would change.
-  mail.attachments = {{"Date\n\r\n=3D .\n.\nFrom here", "text/csv", "veyla-data.csv"},
-                      {std::string("\0\xff\x80", 3), "odd", "ä ö.bin"}};
+  mail.attachments = {{"Date\n\r\n=3D .\n.\nFrom here", "text/csv", "ä ö.csv"}};
   EXPECT_EQ(draftOf(mail), R"(Date: Tue, 05 Mar 2024 14:07:00 +0000
 From: me@example.org
 Subject: Veyla data: =?UTF-8?B?RnLDvGhzcG9ydA==?=
+To: support@veyla.example, second@veyla.example
 X-Unsent: 1
 MIME-Version: 1.0
 Content-Type: multipart/mixed; boundary="="
@@ -51,42 +52,19 @@ Content-Transfer-Encoding: quoted-printable
 <p>Gr=C3=B6=C3=9Fe &amp; mehr. xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx=
 xxxxxxxxxxxxxxxx</p>
 --=
-Content-Type: text/csv; charset=utf-8; name=veyla-data.csv
+Content-Type: text/csv; charset=utf-8; name*=iso-8859-1''%E4%20%F6.csv
 Content-Transfer-Encoding: base64
-Content-Disposition: attachment; filename=veyla-data.csv
+Content-Disposition: attachment; filename*=iso-8859-1''%E4%20%F6.csv
 
 RGF0ZQoNCj0zRCAuCi4KRnJvbSBoZXJl
 
---=
-Content-Type: application/octet-stream; name*=iso-8859-1''%E4%20%F6.bin
-Content-Transfer-Encoding: base64
-Content-Disposition: attachment; filename*=iso-8859-1''%E4%20%F6.bin
-
-AP+A
-
 --=--
 )");
-}
-
-TEST(MailDraftTest, APlainMailIsOnePartToItsRecipients) {
-  Mail mail;
-  mail.recipients = {"support@veyla.example", "second@veyla.example"};
-  mail.subject = "Veyla Support";
+  mail = Mail{};
   mail.body = "\n\n\nModel: iPhone 6S";
-  EXPECT_EQ(draftOf(mail), R"(Date: Tue, 05 Mar 2024 14:07:00 +0000
-From: me@example.org
-Subject: Veyla Support
-To: support@veyla.example, second@veyla.example
-X-Unsent: 1
-MIME-Version: 1.0
-Content-Type: text/plain; charset=utf-8
-Content-Transfer-Encoding: quoted-printable
-
-
-
-
-Model: iPhone 6S
-)");
+  EXPECT_TRUE(draftOf(mail).ends_with(
+      "\nContent-Type: text/plain; charset=utf-8\n"
+      "Content-Transfer-Encoding: quoted-printable\n\n\n\n\nModel: iPhone 6S\n"));
 }
 
 }  // namespace

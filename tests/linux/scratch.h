@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <future>
 #include <iterator>
 #include <set>
 #include <string>
@@ -104,12 +103,6 @@ inline std::string onSmallDisk(rlim_t bytes, const std::function<std::string()>&
     setrlimit(RLIMIT_FSIZE, &limit);
     return work();
   });
-}
-
-/// Runs `work` in two processes at once, as the first program and the second; what both returned.
-inline std::string inTwoChildren(const std::function<std::string(int program)>& work) {
-  auto second = std::async(std::launch::async, [&] { return inChild([&] { return work(1); }); });
-  return inChild([&] { return work(0); }) + " " + second.get();
 }
 
 /// Makes this process see mounts of its own; who is not root becomes able to mount there.
