@@ -28,8 +28,8 @@ constexpr double largestRandom = 2147483647.0;
 
 KeyValueStore& store() { return services().store; }
 
-void storeAndFlush(std::string_view key, const Value& value) {
-  store().exclusively([&] {
+bool storeAndFlush(std::string_view key, const Value& value) {
+  return store().exclusively([&] {
     store().setValue(key, value);
     store().synchronize();
   });
@@ -90,11 +90,11 @@ std::optional<std::vector<HistoryEntry>> getValues() {
   return entries;
 }
 
-void setValues(const std::vector<HistoryEntry>& values) {
+bool setValues(const std::vector<HistoryEntry>& values) {
   Value::Array elements;
   elements.reserve(values.size());
   for (const HistoryEntry& entry : values) elements.push_back(valueOf(entry));
-  storeAndFlush(valuesKey, elements);
+  return storeAndFlush(valuesKey, elements);
 }
 
 HistoryEntry saveHeartrate(double heartrate, double spo2, Date date,

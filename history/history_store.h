@@ -20,7 +20,12 @@ inline constexpr std::string_view valuesKey = "values";
 
 /// Nothing when there is no history.
 std::optional<std::vector<HistoryEntry>> getValues();
-void setValues(const std::vector<HistoryEntry>& values);
+/// Whether the store has taken them.
+bool setValues(const std::vector<HistoryEntry>& values);
+/// Whether such a value may stand in the store under a key: the history is a list.
+inline bool mayStand(std::string_view key, const Value& value) {
+  return key != valuesKey || value.array();
+}
 /// Appends and returns one entry; without labels all flags are off.
 HistoryEntry saveHeartrate(double heartrate, double spo2, Date date,
                            const std::optional<Labels>& labels);

@@ -69,19 +69,15 @@ ResultsViewController::ResultsViewController(ResultsView& view, std::function<vo
 
 void ResultsViewController::viewDidLoad() {
   logLine("ResultsView: didload");
-  data_ = Utils::getValues().value_or(std::vector<HistoryEntry>());
-  std::reverse(data_.begin(), data_.end());
+  loadValues();
   isBottomToolbarShown_ = false;
   resultsEditIsShowingAll_ = false;
-  resultsCurrentSelectedRow_ = -1;
-  resultsCurrentSelectedIndexPath_.reset();
   resultsTableHeight_ = view_.listHeight();
   view_.setRightButtons({"Edit", "Chart"});
   view_.setLeftButton("Close");
   AppDelegate::instance().setIsResults(true);
   view_.setOpacity(dimView, 0, 0);
   editing_ = false;
-  selectedRows_.clear();
 }
 
 void ResultsViewController::viewWillAppear() { logLine("ResultsView: viewWillAppear"); }
@@ -195,11 +191,10 @@ void ResultsViewController::clickTrash() {
     if (!selectedRows_.contains(row)) kept.push_back(std::move(data_[row]));
   }
   data_ = std::move(kept);
-  saveValues();
   selectedRows_.clear();
   resultsCurrentSelectedRow_ = -1;
   resultsCurrentSelectedIndexPath_.reset();
-  view_.deleteRows(rows, RowAnimation::fade);
+  if (saveValues()) view_.deleteRows(rows, RowAnimation::fade);
   setEditing(false, true);
 }
 
@@ -272,7 +267,12 @@ void ResultsViewController::closeResultsLabelsView() {
   }
 }
 
-void ResultsViewController::saveValues() { Utils::setValues({data_.rbegin(), data_.rend()}); }
+bool ResultsViewController::saveValues() {
+  if (Utils::setValues({data_.rbegin(), data_.rend()})) return true;
+  loadValues();
+  view_.reloadRows();
+  return false;
+}
 
 void ResultsViewController::toggleLabel(std::size_t label) {
   HistoryEntry* entry = editedEntry();
@@ -342,6 +342,14 @@ void ResultsViewController::mailComposeController(MailResult didFinishWithResult
 
 // Within.
 
+void ResultsViewController::loadValues() {
+  data_ = Utils::getValues().value_or(std::vector<HistoryEntry>());
+  std::reverse(data_.begin(), data_.end());
+  selectedRows_.clear();
+  resultsCurrentSelectedRow_ = -1;
+  resultsCurrentSelectedIndexPath_.reset();
+}
+
 HistoryEntry* ResultsViewController::editedEntry() {
   return const_cast<HistoryEntry*>(std::as_const(*this).editedEntry());
 }
@@ -353,15 +361,14 @@ const HistoryEntry* ResultsViewController::editedEntry() const {
 
 void ResultsViewController::storeLabels(HistoryEntry& entry, const Labels& labels) {
   entry.labels = labels;
-  saveValues();
+  if (!saveValues()) closeResultsLabelsView();
 }
 
 void ResultsViewController::remove(std::size_t row, RowAnimation animation) {
   data_.erase(data_.begin() + static_cast<std::ptrdiff_t>(row));
   resultsCurrentSelectedRow_ = -1;
   resultsCurrentSelectedIndexPath_.reset();
-  saveValues();
-  view_.deleteRows({row}, animation);
+  if (saveValues()) view_.deleteRows({row}, animation);
 }
 
 void ResultsViewController::showToolbarIfSelected() {

@@ -108,7 +108,8 @@ class ResultsViewController {
   void showLabels();
   void closeResultsLabelsView();
   /// Stores `data`, oldest first.
-  void saveValues();
+  /// Shows what is stored where the change could not be. Whether it is stored.
+  bool saveValues();
   /// Clears the flag beside `row`, at `row` + `upOrDown`, and its check mark, where it is set.
   void removeDoubleBookingForLabels(std::size_t row, std::int32_t upOrDown, Labels& bools);
   /// Gives each entry of the old layout that lacks labels all of them off, and stores them all.
@@ -138,6 +139,7 @@ class ResultsViewController {
 
  private:
   void toggleLabel(std::size_t label);
+  void loadValues();
   HistoryEntry* editedEntry();
   const HistoryEntry* editedEntry() const;
   void storeLabels(HistoryEntry& entry, const Labels& labels);

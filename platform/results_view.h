@@ -37,6 +37,9 @@ class ResultsView {
   /// Takes rows, in ascending order, out of the list in one update.
   virtual void deleteRows(const std::vector<std::size_t>& /*rows*/, RowAnimation /*animation*/) {}
 
+  /// The list is another one than it was.
+  virtual void reloadRows() {}
+
   virtual void reloadChooser() {}
   virtual void setCheckMark(std::size_t /*chooserRow*/, bool /*shown*/) {}
 

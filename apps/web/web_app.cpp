@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "acquisition/video_processing.h"
+#include "history/history_store.h"
 #include "measuring/app_delegate.h"
 #include "measuring/measuring_screen.h"
 #include "platform/portable/embedded_resources.h"
@@ -48,6 +49,7 @@ WebApp::WebApp(val page)
       canvas_([canvas = page_["canvas"]](const std::string& text, const Font& font) {
         return canvas.call<TextExtents>("measureText", text, font.size, font.weight());
       }) {
+  store_.understands = Utils::mayStand;
   store_.failed = [storage = page_["storage"]](const std::string& damagedKey,
                                                const std::string& line) {
     storage.call<void>("failed", damagedKey, line);

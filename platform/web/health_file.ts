@@ -28,7 +28,9 @@ export const healthFile = {
   async append(line: string): Promise<boolean> {
     try {
       const database = await openDatabase();
-      const transaction = database.transaction(storeName, "readwrite");
+      const transaction = database.transaction(storeName, "readwrite", {
+        durability: "strict",
+      });
       const written = new Promise<boolean>((resolve) => {
         transaction.oncomplete = (): void => {
           resolve(true);

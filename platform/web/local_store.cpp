@@ -12,18 +12,33 @@ std::optional<Value> LocalStore::value(std::string_view key) {
   }
   const std::string name(key);
   const auto text = rawText(name);
-  if (!text) return std::nullopt;
+  if (!text) {
+    lists_.erase(name);
+    return std::nullopt;
+  }
   Read& last = read_[name];
-  if (last.text == *text && !text->empty()) return last.value;
+  if (last.text == *text && !text->empty()) {
+    remember(name, *text);
+    return last.value;
+  }
 
   auto value = readJson(*text);
-  if (!value) {
+  if (!value || (understands && !understands(key, *value))) {
     read_.erase(name);
     if (unreadable_.insert(name).second) tellDamaged(name);
     return std::nullopt;
   }
   last = {*text, *value};
+  remember(name, *text);
   return value;
+}
+
+void LocalStore::remember(const std::string& key, const std::string& text) {
+  if (text.starts_with('[')) {
+    lists_[key] = text;
+  } else {
+    lists_.erase(key);
+  }
 }
 
 void LocalStore::setValue(std::string_view key, const Value& value) {
@@ -38,6 +53,15 @@ void LocalStore::setValue(std::string_view key, const Value& value) {
 void LocalStore::removeValue(std::string_view key) { change(key, std::nullopt); }
 
 void LocalStore::change(std::string_view key, std::optional<std::string> text) {
+  if (hasChangedElsewhere(std::string(key))) {
+    spoilt_ = true;
+    if (failed) {
+      failed("",
+             "What is shown here is not what is stored any more: another tab or window, or the "
+             "browser, has changed it. The last change was not saved.");
+    }
+    return;
+  }
   // An item that nobody has read may be damaged as well.
   const bool isTold = unreadable_.contains(key);
   if (!pending_.contains(key)) value(key);
@@ -47,6 +71,12 @@ void LocalStore::change(std::string_view key, std::optional<std::string> text) {
     return;
   }
   pending_.insert_or_assign(std::string(key), std::move(text));
+}
+
+/// What replaces a list has to know all of it; other values stand for themselves.
+bool LocalStore::hasChangedElsewhere(const std::string& key) const {
+  const auto last = lists_.find(key);
+  return last != lists_.end() && !pending_.contains(key) && rawText(key) != last->second;
 }
 
 void LocalStore::tellDamaged(const std::string& key) const {
@@ -66,6 +96,7 @@ bool LocalStore::write() {
   if (pending_.empty()) return true;
   const std::string reason = items_.write({pending_.begin(), pending_.end()});
   if (reason.empty()) {
+    for (const auto& [key, text] : pending_) remember(key, text.value_or(""));
     pending_.clear();
   } else if (failed) {
     failed("", reason);
@@ -92,7 +123,8 @@ void LocalStore::setAside(const std::string& key, Date now) {
   const auto text = rawText(key);
   if (text) {
     const std::string aside = "damaged " + key + " " + formatText("%.0f", now.secondsSince1970);
-    pending_.insert_or_assign(aside, writeJson(Value(*text)));
+    // As it is: the more there is of it, the less room is left for quotes.
+    pending_.insert_or_assign(aside, *text);
     pending_.insert_or_assign(key, std::nullopt);
     synchronize();
   }

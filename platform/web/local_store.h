@@ -33,7 +33,8 @@ class LocalItems {
 /// `exclusively` are written at its end; where one is refused or they could not be written, all of
 /// them are given up, so that the contents are what they were before. An item that cannot be read
 /// is left as it is and its key refuses changes until the item is set aside.
-/// Another tab's changes are seen by the next reading; the browser has no lock on them.
+/// Another tab's changes are seen by the next reading; the browser has no lock on them, but a list
+/// that has changed since it was read here is not written over.
 class LocalStore : public KeyValueStore {
  public:
   /// `items` must outlive the store.
@@ -43,6 +44,9 @@ class LocalStore : public KeyValueStore {
   /// for the user. A damaged item is told of when it is first read and at each change it refuses.
   /// May be empty.
   std::function<void(const std::string& damagedKey, const std::string& line)> failed;
+
+  /// Whether such a value may stand under a key; one that may not is damaged. May be empty.
+  std::function<bool(std::string_view key, const Value& value)> understands;
 
   std::optional<Value> value(std::string_view key) override;
   void setValue(std::string_view key, const Value& value) override;
@@ -58,6 +62,8 @@ class LocalStore : public KeyValueStore {
  private:
   void change(std::string_view key, std::optional<std::string> text);
   bool write();
+  void remember(const std::string& key, const std::string& text);
+  bool hasChangedElsewhere(const std::string& key) const;
   void tellDamaged(const std::string& key) const;
 
   struct Read {
@@ -70,6 +76,8 @@ class LocalStore : public KeyValueStore {
   std::map<std::string, std::optional<std::string>, std::less<>> pending_;
   /// What was read last: the history is long and read often.
   std::map<std::string, Read, std::less<>> read_;
+  /// Of lists, what was read or written last.
+  std::map<std::string, std::string, std::less<>> lists_;
   std::set<std::string, std::less<>> unreadable_;
   bool isExclusive_ = false;
   /// A change within `exclusively` was refused.

@@ -314,6 +314,19 @@ TEST_F(ResultsViewControllerTest, ADamagedEntryShowsAndStaysAsItIsUntilItIsDelet
   EXPECT_THAT(*platform_.store.values["values"].array(), SizeIs(1));
 }
 
+TEST_F(ResultsViewControllerTest, WhatCouldNotBeStoredIsNotShown) {
+  Utils::saveHeartrate(61, 97, Date{2}, std::nullopt);
+  load();
+  platform_.store.refuses = true;
+  for (const char* taps : {"row0 label0", "row0 delete", "edit row0 trash"}) {
+    platform_.journal.clear();
+    tap(taps);
+    EXPECT_THAT(platform_.journal.lines(), testing::Contains("results reload")) << taps;
+    ASSERT_EQ(screen_.numberOfRows(ResultsViewController::listTag), 1U);
+    EXPECT_EQ(screen_.listCell(0).labelNames, "");
+  }
+}
+
 TEST_F(ResultsViewControllerTest, OldEntriesWithoutLabelsAreCompleted) {
   screen_.addLabelsArrayForMissingRows(
       {{"at 2", "60 bpm", "--", flags("2")}, {"at 1", "--", "97%", std::nullopt}});

@@ -43,6 +43,7 @@ class RecorderResultsView : public ResultsView {
     for (const std::size_t row : rows) line += formatText(" %zu", row);
     record(line + (animation == RowAnimation::fade ? " fading" : " at once"));
   }
+  void reloadRows() override { record("reload"); }
   void reloadChooser() override { record("reload chooser"); }
   void setCheckMark(std::size_t chooserRow, bool shown) override {
     record(formatText("check mark %zu %s", chooserRow, shown ? "on" : "off"));

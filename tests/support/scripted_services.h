@@ -27,6 +27,8 @@ class MemoryStore : public KeyValueStore {
   std::map<std::string, Value, std::less<>> values;
   /// How often changes were made durable in one piece, nested ones with the outermost.
   int exclusivePieces = 0;
+  /// Nothing that is changed stays.
+  bool refuses = false;
 
   std::optional<Value> value(std::string_view key) override {
     const auto found = values.find(key);
@@ -42,10 +44,12 @@ class MemoryStore : public KeyValueStore {
   }
   void synchronize() override { journal_.add("store flush"); }
   bool exclusively(const std::function<void()>& changes) override {
+    const auto before = values;
     ++nesting_;
     changes();
     if (--nesting_ == 0) ++exclusivePieces;
-    return true;
+    if (refuses) values = before;
+    return !refuses;
   }
 
  private:

@@ -100,6 +100,35 @@ TEST_F(LocalStoreTest, ChangesThatBelongTogetherAreOneWriteOrNone) {
   EXPECT_EQ(items_.texts["last"], "3");
 }
 
+TEST_F(LocalStoreTest, AListIsNotWrittenOverWhereItChangedElsewhereOrIsNone) {
+  const auto add = [this] {
+    return store_.exclusively([this] {
+      Value::Array list = *store_.value("values").value_or(Value::Array{}).array();
+      list.emplace_back(1);
+      store_.setValue("values", list);
+    });
+  };
+  const auto replace = [this] {
+    return store_.exclusively([this] { store_.setValue("values", Value::Array{}); });
+  };
+  EXPECT_TRUE(add());
+  EXPECT_TRUE(replace()) << "written here";
+  items_.texts["values"] = "[1,2]";
+  EXPECT_FALSE(replace());
+  EXPECT_THAT(told_.back().second, HasSubstr("another tab"));
+  EXPECT_TRUE(add()) << "once it has been read";
+  EXPECT_EQ(store_.value("values")->array()->size(), 3U);
+  items_.texts.clear();
+  EXPECT_FALSE(replace()) << "cleared by the browser";
+  EXPECT_TRUE(add());
+
+  store_.understands = [](std::string_view, const Value& value) { return value.array(); };
+  items_.texts["values"] = "5";
+  EXPECT_EQ(store_.value("values"), std::nullopt);
+  EXPECT_FALSE(replace());
+  EXPECT_EQ(items_.texts["values"], "5");
+}
+
 TEST_F(LocalStoreTest, ADamagedItemRefusesChangesUntilItIsSetAside) {
   const std::string damaged = "[{\"hr\":7";
   items_.texts = {{"values", damaged}, {"email", "\"somebody@"}};
@@ -123,7 +152,7 @@ TEST_F(LocalStoreTest, ADamagedItemRefusesChangesUntilItIsSetAside) {
   items_.refusal.clear();
   store_.synchronize();
   items_.texts.erase("email");
-  EXPECT_THAT(items_.texts, ElementsAre(Pair("damaged values 1700000000", R"("[{\"hr\":7")")));
+  EXPECT_THAT(items_.texts, ElementsAre(Pair("damaged values 1700000000", damaged)));
   store_.setAside("values", Date{1'700'000'001});
   save("values", 1);
   EXPECT_EQ(items_.texts["values"], "1");

@@ -172,6 +172,12 @@ export class ResultsScreen implements ResultsViews {
     this.showWhetherEmpty();
   }
 
+  reloadRows(): void {
+    for (const row of this.rows.splice(0)) row.remove();
+    this.addRows();
+    this.showWhetherEmpty();
+  }
+
   reloadChooser(): void {
     const rows = [...Array(this.core.numberOfRows(chooserTag)).keys()].map((row) => {
       const cell = this.core.chooserCell(row);

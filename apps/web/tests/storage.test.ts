@@ -49,28 +49,66 @@ it("a damaged history is told, kept as it is, and can be saved and set aside", a
   const kept = await page.evaluate(() =>
     Object.keys(localStorage)
       .filter((key) => key.startsWith("veyla/damaged values"))
-      .map((key) => JSON.parse(localStorage.getItem(key) ?? "") as string),
+      .map((key) => localStorage.getItem(key)),
   );
   expect(kept).toEqual([damaged]);
 });
 
-it("makes all changes that belong together, or none", () => {
+it("makes all changes that belong together or none, and gives up nothing that it cannot read", () => {
   const items = new Map([["veyla/first", "before"]]);
+  const room = 20;
+  const done: string[] = [];
+  let isClosed = false;
   const localStorage = {
-    getItem: (key: string): string | null => items.get(key) ?? null,
-    setItem(key: string, text: string): void {
-      if (text.length > 6) throw new Error("too large");
-      items.set(key, text);
+    getItem(key: string): string | null {
+      if (isClosed) throw new Error("closed");
+      return items.get(key) ?? null;
     },
-    removeItem: (key: string): boolean => items.delete(key),
+    setItem(key: string, text: string): void {
+      const others = [...items].filter(([name]) => name !== key).map(([, other]) => other);
+      if ([...others, text].join("").length > room)
+        throw new DOMException("", "QuotaExceededError");
+      items.set(key, text);
+      done.push(`set ${key}`);
+    },
+    removeItem(key: string): void {
+      items.delete(key);
+      done.push(`remove ${key}`);
+    },
   };
-  Object.assign(globalThis, { window: { localStorage } });
-  const storage = new LocalStorage(() => undefined);
-  const failure = storage.write([
+  const told: string[] = [];
+  const opened = (kept: unknown): LocalStorage => {
+    Object.assign(globalThis, { navigator: {}, window: { localStorage: kept } });
+    return new LocalStorage((_key, line) => told.push(line));
+  };
+  const storage = opened(localStorage);
+  const tooMuch = storage.write([
     ["first", "after"],
     ["second", "new"],
-    ["third", "too large"],
+    ["third", "x".repeat(room)],
   ]);
-  expect(failure).toContain("refuses");
+  expect(tooMuch).toContain("full");
   expect([...items]).toEqual([["veyla/first", "before"]]);
+
+  done.length = 0;
+  const moved = (from: string, to: string, text: string): string =>
+    storage.write([
+      [from, null],
+      [to, text],
+    ]);
+  expect(moved("first", "second", "x".repeat(11))).toBe("");
+  expect(done).toEqual(["set veyla/second", "remove veyla/first"]);
+  // There is room for one of them.
+  expect(moved("second", "third", "x".repeat(11))).toBe("");
+  expect([...items.keys()]).toEqual(["veyla/third"]);
+  expect(moved("third", "fourth", "x".repeat(room + 1))).toContain("full");
+  expect([...items]).toEqual([["veyla/third", "x".repeat(11)]]);
+
+  isClosed = true;
+  expect(storage.read("third")).toBeNull();
+  expect(storage.write([["third", "new"]])).toContain("does not give out");
+  expect(items.get("veyla/third")).toBe("x".repeat(11));
+  expect(told).toHaveLength(1);
+
+  expect(opened(null).lasts).toBe(false);
 });
