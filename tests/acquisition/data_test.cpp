@@ -68,13 +68,8 @@ TEST(RawSignalUploadTest, TheRequestCarriesTheSeriesAndTheVersionsAndIsNotSent) 
   "name": "veyla tester"
 })");
   EXPECT_TRUE(Utils::sendDataToServerWithRedValues({}, {}, {}));
-}
-
-TEST(RawSignalUploadTest, WhatJsonCannotSayLeavesTheBodyEmptyAndIsNoFailure) {
-  const TestPlatform platform;
-  const std::vector<float> values{1, std::numeric_limits<float>::quiet_NaN()};
-  EXPECT_EQ(Utils::rawSignalRequest(values, {}, {}).body, "");
-  EXPECT_TRUE(Utils::sendDataToServerWithRedValues(values, {}, {}));
+  const float notANumber = std::numeric_limits<float>::quiet_NaN();
+  EXPECT_EQ(Utils::rawSignalRequest({notANumber}, {}, {}).body, "") << "what JSON cannot say";
 }
 
 }  // namespace

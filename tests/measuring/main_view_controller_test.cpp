@@ -220,19 +220,6 @@ TEST_F(MainViewControllerTest, TheEndKeepsFirstTheFirstValueThenTheSecondThenThe
   EXPECT_EQ(platform_.camera.device->torchMode(), LightMode::off);
 }
 
-TEST_F(MainViewControllerTest, AValueThatWasNotWantedIsSavedAsZero) {
-  screen_.buttonCheckboxSpo2Tapped();
-  for (const bool isSpo2 : {false, true}) {
-    rig_.startMeasuring();
-    for (int i = 0; i < 3; ++i) rig_.spo2(97);
-    const HistoryEntry saved = Utils::getValues()->back();
-    EXPECT_EQ(std::pair(saved.hr, saved.spo2),
-              isSpo2 ? std::pair(0., 97.) : std::pair(70.3125, 0.));
-    screen_.buttonCheckboxSpo2Tapped();
-    screen_.buttonCheckboxHeartrateTapped();
-  }
-}
-
 TEST_F(MainViewControllerTest, AFingerIsDarkInAllThreeColours) {
   EXPECT_TRUE(MainViewController::isFingerOnCameraRed(99, 99, 9));
   EXPECT_FALSE(MainViewController::isFingerOnCameraRed(100, 0, 0));
