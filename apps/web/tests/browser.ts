@@ -7,6 +7,7 @@ import type { AxeResults } from "axe-core";
 import {
   type Browser,
   type BrowserContext,
+  type BrowserContextOptions,
   chromium,
   type Locator,
   type Page,
@@ -20,7 +21,10 @@ const build = fileURLToPath(new URL("../../../build/", import.meta.url));
 const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
 
 /** How one visitor comes. */
-export interface Visitor {
+export interface Visitor extends Pick<
+  BrowserContextOptions,
+  "colorScheme" | "reducedMotion" | "userAgent" | "viewport"
+> {
   /**
    * The recording of a generated finger before the camera, that of 72 beats per minute unless it is told;
    * no camera at all, or one that the user refuses.
@@ -30,10 +34,6 @@ export interface Visitor {
   readonly torch?: boolean | "broken";
   /** Somebody who has been here before, unless it is told. */
   readonly stored?: Readonly<Record<string, string>>;
-  readonly colorScheme?: "light" | "dark";
-  readonly viewport?: { readonly width: number; readonly height: number };
-  readonly reducedMotion?: "reduce" | "no-preference";
-  readonly userAgent?: string;
   readonly query?: string;
   /** The host by whose name the page is opened; without HTTPS, browsers trust their own machine alone. */
   readonly host?: string;

@@ -115,22 +115,14 @@ it.each<Visitor>([{}, { userAgent: "Mozilla/5.0 (iPhone; CPU iPhone OS 17_5 like
   },
 );
 
-it.each<{ visitor: Visitor; notice?: string; alert?: string }>([
+it.each<[Visitor, notice: string | undefined, alert: string | undefined]>([
   // Browsers give no camera to such an address.
-  {
-    visitor: { host: "veyla.test" },
-    notice: "No camera at this address",
-    alert: "No Camera Access",
-  },
-  {
-    visitor: { lacks: "video frames" },
-    notice: "This browser cannot measure",
-    alert: "Camera not found",
-  },
-  { visitor: { camera: "none" }, alert: "Camera not found" },
-  { visitor: { lacks: "storage" }, notice: "Not saved" },
-  { visitor: { lacks: "the core" }, notice: "Veyla does not start" },
-])("what cannot be is told: $visitor", async ({ visitor, notice, alert }) => {
+  [{ host: "veyla.test" }, "No camera at this address", "No Camera Access"],
+  [{ lacks: "video frames" }, "This browser cannot measure", "Camera not found"],
+  [{ camera: "none" }, undefined, "Camera not found"],
+  [{ lacks: "storage" }, "Not saved", undefined],
+  [{ lacks: "the core" }, "Veyla does not start", undefined],
+])("what cannot be is told: %o", async (visitor, notice, alert) => {
   const visit = await visitPage(visitor);
   if (notice !== undefined) {
     await visit.alert(notice).waitFor();
