@@ -8,8 +8,7 @@ export default defineConfig({
     // A measurement takes its time: half a minute, and a browser's start.
     testTimeout: 120_000,
     hookTimeout: 60_000,
-    // Most of a test is waiting: two browsers find the time beside each other. Where they take a camera's
-    // frames from one another, its finger is measured once more.
+    // Most of a test is waiting: two browsers find the time beside each other.
     maxWorkers: 2,
     minWorkers: 1,
     reporters: ["default", "junit"],

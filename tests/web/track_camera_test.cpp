@@ -41,11 +41,12 @@ struct ScriptedTrack : VideoTrack {
 
 struct FrameCount : SampleBufferDelegate {
   int frames = 0;
+  int drops = 0;
 
   void captureOutput(PixelBuffer&) override { ++frames; }
   void captureOutput(const FrameSample&) override {}
   void captureOutput(const AveragedFrame&) override {}
-  void captureOutput(DroppedSample) override {}
+  void captureOutput(DroppedSample) override { ++drops; }
 };
 
 class TrackCameraTest : public testing::Test {
@@ -106,6 +107,11 @@ TEST_F(TrackCameraTest, APauseLeavesTheTrackAndItsLightAndFramesComeAgain) {
   running->startRunning();
   EXPECT_TRUE(track_.opened && track_.lit && track_.playing);
   EXPECT_EQ(framesOfASecond(), whole);
+  EXPECT_EQ(count_.drops, 0);
+  // The camera stalls for a second, of which the first 0.3 are filled.
+  ++second_;
+  EXPECT_EQ(framesOfASecond(), whole + 5);
+  EXPECT_EQ(count_.drops, 10);
 
   // Somebody waits for the track, which stays open: still none comes to a session without it.
   auto other = camera_.prepare([] {});
