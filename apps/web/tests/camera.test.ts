@@ -67,8 +67,7 @@ beforeEach(async () => {
     cancelVideoFrameCallback: (which: number): boolean => awaited.delete(which),
     getContext: vi.fn(() => ({ drawImage: vi.fn(), getImageData: vi.fn(() => ({ data: [] })) })),
   };
-  const stream = { getVideoTracks: vi.fn(() => [track]), getTracks: vi.fn(() => [track]) };
-  devices.getUserMedia.mockResolvedValue(stream);
+  devices.getUserMedia.mockResolvedValue(streamOf(track));
   devices.enumerateDevices.mockRejectedValue(new TypeError("not told"));
   vi.stubGlobal("document", { createElement: vi.fn(() => video), body: { append: vi.fn() } });
   vi.stubGlobal("HTMLVideoElement", { prototype: video });
@@ -76,7 +75,12 @@ beforeEach(async () => {
   camera = new (await import("../../../platform/web/camera")).TrackCamera(listener);
 });
 
+function streamOf(only: LiteralTrack): object {
+  return { getVideoTracks: vi.fn(() => [only]), getTracks: vi.fn(() => [only]) };
+}
+
 function open(): Promise<void> {
+  track.readyState = "live";
   return new Promise((done) => {
     const pending = answers.size + 1;
     answers.set(pending, done);
@@ -92,7 +96,6 @@ it("is opened once for all who want it, and closed with the last", async () => {
   camera.close();
   expect([camera.isOpen(), track.readyState]).toEqual([false, "ended"]);
   // Nor does one stay open that comes when nobody waits for it any more.
-  track.readyState = "live";
   const opened = open();
   camera.close();
   await opened;
@@ -110,6 +113,11 @@ it("keeps its light and its size through modes that are set later", async () => 
   await camera.setModes({ exposureMode: "continuous" });
   expect(track.settings).toEqual({ ...kept, torch: true });
   expect(listener.torchRefused).not.toHaveBeenCalled();
+  // The next one begins in the dark.
+  camera.close();
+  await open();
+  await camera.setModes({ exposureMode: "continuous" });
+  expect(track.settings).toEqual({ ...kept, exposureMode: "continuous" });
   const names = ["manual", "single-shot", "continuous"];
   const supported = names.filter((name) => camera.supports("exposureMode", name));
   expect(supported).toEqual(["manual", "continuous"]);
@@ -119,14 +127,38 @@ it("believes in a light when the track tells of it", async () => {
   for (const torch of [true, [false, true], false, [false]]) {
     track.torch = torch;
     await open();
-    expect(camera.hasTorch(), String(torch)).toBe([torch].flat().includes(true));
+    expect([camera.isOpen(), camera.hasTorch()]).toEqual([true, [torch].flat().includes(true)]);
+    camera.close();
   }
+  track.torch = true;
+  await open();
   for (const light of ["stays out", "is refused"] as const) {
     track.light = light;
     listener.torchRefused.mockClear();
     await camera.setTorch(true);
     expect(listener.torchRefused, light).toHaveBeenCalledTimes(1);
   }
+});
+
+it("is the first rear camera with a torch", async () => {
+  const [wide, tele] = [new LiteralTrack(), new LiteralTrack()];
+  track.torch = wide.torch = false;
+  devices.enumerateDevices.mockResolvedValue(
+    ["front", "back wide", "back tele", "back other"].map((label) => {
+      return { kind: "videoinput", deviceId: label, label };
+    }),
+  );
+  for (const each of [track, wide, tele])
+    devices.getUserMedia.mockResolvedValueOnce(streamOf(each));
+  await open();
+  expect(camera.hasTorch()).toBe(true);
+  expect([track, wide, tele].map(({ readyState }) => readyState)).toEqual([
+    "ended",
+    "ended",
+    "live",
+  ]);
+  const video = expect.objectContaining({ deviceId: { exact: "back tele" } }) as object;
+  expect(devices.getUserMedia).toHaveBeenLastCalledWith({ audio: false, video });
 });
 
 it.each([
