@@ -57,16 +57,6 @@ TEST_F(AppDelegateTest, LaunchMigratesThenLoadsTextsAndSettingsThenSetsTheLooks)
             (Appearance{red, white, white, "topbar.png", grey, black, white, red}));
 }
 
-TEST_F(AppDelegateTest, TheMeasuringScreenIsLoadedBetweenLaunchAndActivation) {
-  Utils::setFirstTimeNotePopup();
-  platform_.health.available = false;
-  EXPECT_TRUE(application_.launch().runHeartrate());
-  EXPECT_THAT(platform_.log.lines,
-              ElementsAre("AppDelegate didFinishLaunchingWithOptions, using iPhone: iphone6s",
-                          "HK not available.", "AppDelegate didBecomeActive"));
-  EXPECT_TRUE(posted_.empty());
-}
-
 TEST_F(AppDelegateTest, EveryActivationIsPostedAfterTheFirstReturnFromTheBackground) {
   application_.applicationDidBecomeActive();
   application_.applicationWillResignActive();

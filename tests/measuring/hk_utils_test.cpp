@@ -47,24 +47,20 @@ TEST_F(HKUtilsTest, PermissionIsAskedPerType) {
                                                "I'm sorry. Not authorized to write spo2."));
 }
 
-TEST_F(HKUtilsTest, ThePermissionSheetComesInTheSystemsColours) {
-  HKUtils::setupHK();
-  EXPECT_EQ(platform_.screens.navigationBarTint, std::nullopt);
-  complete(true);
-  EXPECT_EQ(platform_.screens.navigationBarTint, (Color{1, 1, 1, 1}));
-  complete(false);
-  EXPECT_THAT(platform_.log.lines, ElementsAre("User completed authorisation request.",
-                                               "The user cancelled the authorisation request. "));
-}
-
-TEST_F(HKUtilsTest, WithoutAHealthStoreNothingIsAskedOrWritten) {
+TEST_F(HKUtilsTest, ThePermissionSheetComesInTheSystemsColoursWhereThereIsAHealthStore) {
   platform_.health.available = false;
   HKUtils::setupHK();
   HKUtils().writeHeartrateWithValue(70);
-  HKUtils().writeSpo2WithValue(97);
-  EXPECT_THAT(platform_.log.lines, ElementsAre("HK not available."));
-  EXPECT_THAT(platform_.health.samples, IsEmpty());
-  EXPECT_THAT(platform_.health.requested, IsEmpty());
+  EXPECT_THAT(platform_.health.completions, IsEmpty());
+  platform_.health.available = true;
+  HKUtils::setupHK();
+  EXPECT_EQ(platform_.screens.navigationBarTint, std::nullopt);
+  complete(true);
+  EXPECT_EQ(platform_.screens.navigationBarTint, white);
+  complete(false);
+  EXPECT_THAT(platform_.log.lines,
+              ElementsAre("HK not available.", "User completed authorisation request.",
+                          "The user cancelled the authorisation request. "));
 }
 
 }  // namespace
