@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 #include "tests/support/builders.h"
 
 namespace veyla {
@@ -87,6 +89,21 @@ TEST(FrameAveragingTest, CellsAreNumberedRowByRowAndAveragedWithFractions) {
   EXPECT_EQ(averageCells(frame, {1, 2, 2}).red, static_cast<float>(5.0 / 3));
   EXPECT_EQ(averageCells(frame, {1, 2}).green, 3);
   EXPECT_EQ(averageCells(frame, {0, 17, -3, 5}).red, 5) << "numbers without a cell are passed over";
+}
+
+TEST(FrameAveragingTest, CellsOfTwoColoursDifferByWhatTheyHaveMoreThanAllTogether) {
+  TestFrame frame(192, 144, {20, 20, 200});
+  for (std::size_t y = 0; y < 72; ++y) {
+    for (std::size_t x = 0; x < 192; ++x) frame.set(x, y, {20, 200, 20});
+  }
+  GridAverager averager;
+  std::vector<int> cells(FrameCells::count);
+  std::iota(cells.begin(), cells.end(), 1);
+  averager.average(frame.baseAddress(), frame.width(), frame.height(), cells);
+  ASSERT_TRUE(averager.cells());
+  // Of 240 steps of light each has 90 of red and of green too many or too few.
+  EXPECT_FLOAT_EQ(averager.cells()->colourSpread, 180 / 240.0F);
+  EXPECT_EQ(averager.cells()->brightness[0], 240);
 }
 
 TEST(FrameAveragingTest, CellsWithoutPixelsGiveNothing) {
