@@ -9,90 +9,90 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
   write("file", "mine");
   struct Case {
     int status;
-    Arguments arguments;
+    const char* words;
     const char* part;
   };
-  for (const auto& [status, arguments, part] : std::vector<Case>{
-           {2, {}, "no command given; see veyla --help"},
-           {2, {"foo"}, "foo: no such command; see veyla --help"},
-           {2, {"--data", "x", "history"}, "--data: no such option before the command; see"},
-           {2, {"history", "foo", "bar"}, "foo: no such command; see veyla history --help"},
-           {2, {"measure", "--foo"}, "--foo: no such option; see veyla measure --help"},
-           {2, {"measure", "a", "b"}, "b: not expected here"},
-           {2, {"measure", ""}, "INPUT: its text is empty"},
-           {2, {"measure", "--start"}, "--start: its value is missing"},
-           {2, {"measure", "--only", "spo2", "--only", "spo2"}, "--only: given more than once"},
-           {2, {"measure", "--start", "nan"}, "--start: \"nan\" is no number from 0 to 1000000"},
-           {2, {"measure", "--only", "foo"}, "\"foo\" is none of heartrate, spo2"},
-           {2, {"measure", "--data", "X", "--no-save"}, "--data excludes --no-save"},
-           {2, {"measure", "--json", "--trace", "-"}, "both would go to standard output"},
-           {2, {"measure", "--scale", "9"}, "--scale: \"9\" is no number from 0.25 to 8"},
-           {2, {"measure", "--scale", "3"}, "--scale: nothing is drawn"},
-           {2, {"measure", "--snapshot", "-"}, "--snapshot -: the result goes to standard output"},
-           {2, {"measure", "--snapshot", "a.jpg"}, "--snapshot: a.jpg does not end in .png"},
-           {2, {"measure", "--snapshot", "a.png", "--trace", "a.png"}, "both would go to a.png"},
-           {2, {"series", "x.csv"}, "-o is required; see veyla series --help"},
-           {2, {"synth", "o.csv", "--bpm", "abc"}, "--bpm: \"abc\" is no number"},
-           {2, {"synth", "o.csv", "--seed", "-1"}, "--seed: \"-1\" is no whole number from 0"},
-           {2, {"synth", "o.csv", "--size", "3"}, "--size: \"3\" is no size"},
-           {2, {"synth", "o.csv", "--size", "15x16"}, "--size: width: 15 is out of range"},
-           {2, {"synth", "o.csv", "--size", "16x4321"}, "--size: height: 4321 is out of range"},
-           {2, {"synth", "o.csv", "--bpm", "19.5"}, "--bpm: 19.5 is out of range; give 20 to 300"},
-           {2, {"synth", "o.csv", "--spo2", "101"}, "--spo2: 101 is out of range"},
-           {2, {"synth", "o.csv", "--seconds", "0"}, "--seconds: 0 is out of range"},
-           {2, {"synth", "o.csv", "--fps", "0.5"}, "--fps: 0.5 is out of range"},
-           {2, {"synth", "o.csv", "--noise", "-1"}, "--noise: -1 is out of range"},
-           {2, {"synth", "o.csv", "--motion", "11"}, "--motion: 11 is out of range"},
-           {2, {"synth", "o.csv", "--from", "file", "--bpm", "60"}, "--bpm excludes --from"},
-           {2, {"synth", "o.csv", "--from", "file", "--spo2", "9"}, "--spo2 excludes --from"},
-           {2, {"synth", "o.csv", "--motion", "1", "--from", "file"}, "--motion excludes --from"},
-           {2, {"evaluate", ".", "--plots", "p", "--only", "spo2"}, "--plots: heart rates are"},
-           {2, {"history", "delete"}, "N is required; see veyla history delete --help"},
-           {2, {"history", "delete", "02"}, "N: \"02\""},
-           {2, {"history", "delete", "1"}, "no entry 1, the history in "},
-           {2, {"history", "mail", "-o", "-"}, "nothing to mail, no measurements in"},
-           {2, {"history", "label", "1", "Sleeping"}, "\"Sleeping\" is none of Resting, Active"},
-           {2, {"history", "label", "1", "none", "--off"}, "--off: \"none\" takes every label off"},
-           {2, {"history", "--json", "delete", "1"}, "--json: only the list is printed so"},
-           {2, {"chart", "--label", "Jogging"}, "--label: \"Jogging\" is none of Resting, Active"},
-           {2, {"chart", "--period", "year"}, "\"year\" is none of week, month, 3months, all"},
-           {2, {"chart", "-o", "a.txt"}, "-o: a.txt does not end in .png or .svg"},
-           {3, {"measure", "-"}, "standard input is not read"},
-           {3, {"measure", "no.mp4", "--frames", "new"}, "no.mp4: no such file; check the name"},
-           {3, {"measure", "\n\x1b\xC2\x9B\x7F\u00e9.mp4"}, "veyla: ????\u00e9.mp4: no such file"},
-           {3, {"evaluate", "no"}, "no: no such folder; check the name"},
-           {3, {"evaluate", "file"}, "file: a file; name the folder"},
+  for (const auto& [status, words, part] : std::vector<Case>{
+           {2, "", "no command given; see veyla --help"},
+           {2, "foo", "foo: no such command; see veyla --help"},
+           {2, "--data x history", "--data: no such option before the command; see"},
+           {2, "history foo bar", "foo: no such command; see veyla history --help"},
+           {2, "measure --foo", "--foo: no such option; see veyla measure --help"},
+           {2, "measure a b", "b: not expected here"},
+           {2, "measure ''", "INPUT: its text is empty"},
+           {2, "measure --start", "--start: its value is missing"},
+           {2, "measure --only spo2 --only spo2", "--only: given more than once"},
+           {2, "measure --start nan", "--start: \"nan\" is no number from 0 to 1000000"},
+           {2, "measure --only foo", "\"foo\" is none of heartrate, spo2"},
+           {2, "measure --data X --no-save", "--data excludes --no-save"},
+           {2, "measure --json --trace -", "both would go to standard output"},
+           {2, "measure --scale 9", "--scale: \"9\" is no number from 0.25 to 8"},
+           {2, "measure --scale 3", "--scale: nothing is drawn"},
+           {2, "measure --snapshot -", "--snapshot -: the result goes to standard output"},
+           {2, "measure --snapshot a.jpg", "--snapshot: a.jpg does not end in .png"},
+           {2, "measure --snapshot a.png --trace a.png", "both would go to a.png"},
+           {2, "series x.csv", "-o is required; see veyla series --help"},
+           {2, "synth o.csv --bpm abc", "--bpm: \"abc\" is no number"},
+           {2, "synth o.csv --seed -1", "--seed: \"-1\" is no whole number from 0"},
+           {2, "synth o.csv --size 3", "--size: \"3\" is no size"},
+           {2, "synth o.csv --size 15x16", "--size: width: 15 is out of range"},
+           {2, "synth o.csv --size 16x4321", "--size: height: 4321 is out of range"},
+           {2, "synth o.csv --bpm 19.5", "--bpm: 19.5 is out of range; give 20 to 300"},
+           {2, "synth o.csv --spo2 101", "--spo2: 101 is out of range"},
+           {2, "synth o.csv --seconds 0", "--seconds: 0 is out of range"},
+           {2, "synth o.csv --fps 0.5", "--fps: 0.5 is out of range"},
+           {2, "synth o.csv --noise -1", "--noise: -1 is out of range"},
+           {2, "synth o.csv --motion 11", "--motion: 11 is out of range"},
+           {2, "synth o.csv --from file --bpm 60", "--bpm excludes --from"},
+           {2, "synth o.csv --from file --spo2 9", "--spo2 excludes --from"},
+           {2, "synth o.csv --motion 1 --from file", "--motion excludes --from"},
+           {2, "evaluate . --plots p --only spo2", "--plots: heart rates are"},
+           {2, "history delete", "N is required; see veyla history delete --help"},
+           {2, "history delete 02", "N: \"02\""},
+           {2, "history delete 1", "no entry 1, the history in "},
+           {2, "history mail -o -", "nothing to mail, no measurements in"},
+           {2, "history label 1 Sleeping", "\"Sleeping\" is none of Resting, Active"},
+           {2, "history label 1 none --off", "--off: \"none\" takes every label off"},
+           {2, "history --json delete 1", "--json: only the list is printed so"},
+           {2, "chart --label Jogging", "--label: \"Jogging\" is none of Resting, Active"},
+           {2, "chart --period year", "\"year\" is none of week, month, 3months, all"},
+           {2, "chart -o a.txt", "-o: a.txt does not end in .png or .svg"},
+           {3, "measure -", "standard input is not read"},
+           {3, "measure no.mp4 --frames new", "no.mp4: no such file; check the name"},
+           {3, "measure '\n\x1b\xC2\x9B\x7F\u00e9.mp4'", "veyla: ????\u00e9.mp4: no such file"},
+           {3, "evaluate no", "no: no such folder; check the name"},
+           {3, "evaluate file", "file: a file; name the folder"},
            // A named folder is one that is known to hold something.
-           {3, {"history", "--data", "no"}, "veyla.db: no such file; name the folder"},
-           {3, {"health", "export", "-o", "a", "--data", "no"}, "veyla.db: no such file"},
-           {3, {"chart", "--data", "no"}, "veyla.db: no such file"},
-           {4, {"measure", "--no-save", "--snapshot", "no/a.png"}, "its folder does not exist"},
-           {4, {"measure", "--no-save", "--frames", "no/frames"}, "its folder does not exist"},
-           {4, {"measure", "--no-save", "--frames", "file"}, "file: a file stands where a folder"},
-           {4, {"measure", "--no-save", "--frames", "."}, ".: not empty; name a new or an empty"},
-           {4, {"measure", "--no-save", "--trace", "no/a"}, "no/a: its folder does not exist"},
-           {4, {"measure", "--no-save", "--log", "file/a"}, "a file stands where a folder must be"},
-           {4, {"evaluate", ".", "--windows", "no/w.csv"}, "no/w.csv: its folder does not exist"},
-           {4, {"chart", "-o", "no/a.png"}, "no/a.png: its folder does not exist"}}) {
-    expectRefused(run(arguments), status, part);
+           {3, "history --data no", "veyla.db: no such file; name the folder"},
+           {3, "health export -o a --data no", "veyla.db: no such file"},
+           {3, "chart --data no", "veyla.db: no such file"},
+           {4, "measure --no-save --snapshot no/a.png", "its folder does not exist"},
+           {4, "measure --no-save --frames no/frames", "its folder does not exist"},
+           {4, "measure --no-save --frames file", "file: a file stands where a folder"},
+           {4, "measure --no-save --frames .", ".: not empty; name a new or an empty"},
+           {4, "measure --no-save --trace no/a", "no/a: its folder does not exist"},
+           {4, "measure --no-save --log file/a", "a file stands where a folder must be"},
+           {4, "evaluate . --windows no/w.csv", "no/w.csv: its folder does not exist"},
+           {4, "chart -o no/a.png", "no/a.png: its folder does not exist"}}) {
+    expectRefused(run(words), status, part);
   }
   EXPECT_EQ(contentsOf(file("file")), "mine");
   EXPECT_THAT(names(), ElementsAre("file"));
 }
 
 TEST_F(BadInputTest, WhatBreaksOffIsUsedAsFarAsItGoes) {
-  done({"synth", "whole.csv", "--seconds", "10"});
+  done("synth whole.csv --seconds 10");
   write("cut.csv", contentsOf(file("whole.csv")) + "10000,1");
-  const Result cut = run({"measure", "cut.csv"});
+  const Result cut = run("measure cut.csv");
   EXPECT_EQ(cut.status, 1);
   EXPECT_THAT(cut.error, HasSubstr("cut.csv: cut off "));
   EXPECT_THAT(cut.out, HasSubstr("The recording ended after "));
 }
 
 TEST_F(BadInputTest, WhatIsKeptIsNeverOverwritten) {
-  done({"health", "allow", "heartrate", "--data", data});
-  done({"measure", "--only", "heartrate", "--data", data});
-  done({"synth", "s.csv", "--seconds", "1"});
+  done("health allow heartrate --data data");
+  done("measure --only heartrate --data data");
+  done("synth s.csv --seconds 1");
   write("s.reference.csv", "time,heartrate,spo2\n10,72,97\n");
   std::filesystem::create_directory(file("links"));
   std::filesystem::create_symlink("../data/veyla.db", file("links/store"));
@@ -104,33 +104,29 @@ TEST_F(BadInputTest, WhatIsKeptIsNeverOverwritten) {
         "damaged/veyla.db", "damaged/Observations.ndjson"}) {
     const std::string contents = contentsOf(file(name));
     ASSERT_NE(contents, "");
-    for (const Arguments& command : {Arguments{"history", "export", "--data", data, "-o"},
-                                     {"history", "mail", "--data", data, "-o"},
-                                     {"series", "s.csv", "-o"},
-                                     {"measure", "--trace"},
-                                     {"measure", "--log"},
-                                     {"evaluate", ".", "--windows"}}) {
-      expectRefused(run(joined(command, {name})), 4, name + ": holds what Veyla keeps");
+    for (const char* command :
+         {"history export --data data -o ", "history mail --data data -o ", "series s.csv -o ",
+          "measure --trace ", "measure --log ", "evaluate . --windows "}) {
+      expectRefused(run(command + name), 4, name + ": holds what Veyla keeps");
     }
     EXPECT_EQ(contentsOf(file(name)), contents);
   }
 }
 
 TEST_F(BadInputTest, TheInputIsNeverWrittenOver) {
-  done({"synth", "in.csv"});
+  done("synth in.csv");
   const std::string contents = contentsOf(file("in.csv"));
   std::filesystem::create_symlink(file("in.csv"), file("link.png"));
   std::filesystem::create_hard_link(file("in.csv"), file("hard.csv"));
   for (const std::string name : {"./in.csv", "link.png", "hard.csv"}) {
-    for (const Arguments& command : {Arguments{"series", "in.csv", "-o"},
-                                     {"measure", "in.csv", "--trace"},
-                                     {"measure", "in.csv", "--log"},
-                                     {"synth", "--from", "in.csv"},
-                                     {"evaluate", ".", "--windows"},
-                                     {"measure", "in.csv", "--snapshot"}}) {
-      const std::string option = command.back() == "in.csv" ? "OUT" : command.back();
-      expectRefused(run(joined(command, {name})), 2,
-                    option + ": " + name + " is the input itself; name another file");
+    const std::pair<const char*, const char*> commands[] = {
+        {"series in.csv ", "-o"},     {"measure in.csv ", "--trace"},
+        {"measure in.csv ", "--log"}, {"synth --from in.csv ", ""},
+        {"evaluate . ", "--windows"}, {"measure in.csv ", "--snapshot"}};
+    for (const auto& [command, option] : commands) {
+      expectRefused(run(std::string(command) + option + " " + name), 2,
+                    (*option ? option : std::string("OUT")) + ": " + name +
+                        " is the input itself; name another file");
     }
   }
   EXPECT_EQ(contentsOf(file("in.csv")), contents);
@@ -144,7 +140,7 @@ TEST_F(BadInputTest, SettingsThatCannotBeMeasuredWithAreNamed) {
         {"rawDataSize\": ", "rawDataSize\": 9",
          "entry 7 (\"iphone6s\"): \"rawDataSize\" is not"}}) {
     write("settings/HeartrateSettings.json", std::regex_replace(shipped, std::regex(from), to));
-    expectRefused(run({"measure", "--settings", "settings"}), 3,
+    expectRefused(run("measure --settings settings"), 3,
                   std::string("settings/HeartrateSettings.json: ") + reason);
   }
   EXPECT_THAT(names(), ElementsAre("settings"));
@@ -153,7 +149,7 @@ TEST_F(BadInputTest, SettingsThatCannotBeMeasuredWithAreNamed) {
 TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     for (const std::string name : {"long.csv", "long.mp4"}) {
-      const pid_t child = start({"synth", name, "--seconds", "80000", "--fps", "240"},
+      const pid_t child = start("synth --seconds 80000 --fps 240 " + name,
                                 [] { setpriority(PRIO_PROCESS, 0, 19); });
       while (names().empty() && waitpid(child, nullptr, WNOHANG) == 0) usleep(1000);
       kill(child, signal);
@@ -163,7 +159,7 @@ TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
   }
   for (const int signal : {SIGINT, SIGTERM}) {
     const Result live =
-        onTerminal({"measure", "--no-save", "--realtime", "--trace", "trace.csv"}, 80, "", signal);
+        onTerminal("measure --no-save --realtime --trace trace.csv", 80, "", signal);
     EXPECT_EQ(live.status, 128 + signal);
     EXPECT_EQ(countOf(shown, live.out), 1U) << "the cursor comes back";
     EXPECT_THAT(names(), IsEmpty()) << "beside the live view";
@@ -171,23 +167,22 @@ TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
 }
 
 TEST_F(BadInputTest, OutputThatCannotBeWrittenIsToldAndCostsNoMeasurement) {
-  const auto measure = [&](const Arguments& more, const std::function<void()>& prepare = {}) {
-    return run(joined({"measure", "--only", "heartrate", "--data", data}, more), prepare);
+  const auto measure = [&](const std::string& more, const std::function<void()>& prepare = {}) {
+    return run("measure --only heartrate --data data " + more, prepare);
   };
-  expectRefused(measure({"--trace", "trace"}, onFullDisk), 4, "standard output: the disk is full");
+  expectRefused(measure("--trace trace", onFullDisk), 4, "standard output: the disk is full");
   EXPECT_THAT(contentsOf(file("trace")), HasSubstr("heartrate,accepted"));
-  expectRefused(measure({"--log", "log"}, [] { close(STDOUT_FILENO); }), 4,
-                "standard output: closed");
+  expectRefused(measure("--log log", [] { close(STDOUT_FILENO); }), 4, "standard output: closed");
   EXPECT_THAT(contentsOf(file("log")), Not(HasSubstr("Heart rate "))) << "the result is no log";
   for (const char* option : {"--trace", "--log"}) {
-    const Result full = measure({option, "/dev/full"});
+    const Result full = measure(option + std::string(" /dev/full"));
     EXPECT_EQ(full.status, 4);
     EXPECT_THAT(full.error, HasSubstr("/dev/full"));
-    EXPECT_THAT(full.out, HasSubstr("Saved in " + data));
+    EXPECT_THAT(full.out, HasSubstr("Saved in data"));
   }
-  EXPECT_EQ(json({"history", "--data", data}).size(), 4U);
-  done({"synth", "t.csv", "--seconds", "50"});
-  expectRefused(run({"series", "t.csv", "-o", "-"}, onFullDisk), 4, "standard output: the disk");
+  EXPECT_EQ(json("history --data data").size(), 4U);
+  done("synth t.csv --seconds 50");
+  expectRefused(run("series t.csv -o -", onFullDisk), 4, "standard output: the disk");
   // As services are started: what nobody reads ends no program there.
   const auto unread = [] {
     signal(SIGPIPE, SIG_IGN);
@@ -196,7 +191,7 @@ TEST_F(BadInputTest, OutputThatCannotBeWrittenIsToldAndCostsNoMeasurement) {
     close(ends[0]);
     dup2(ends[1], STDOUT_FILENO);
   };
-  expectRefused(run({"series", "t.csv", "-o", "-"}, unread), 4,
+  expectRefused(run("series t.csv -o -", unread), 4,
                 "standard output: nobody reads the pipe any more; keep");
 }
 

@@ -7,31 +7,26 @@ namespace {
 
 class ChartTest : public Program {
  protected:
-  Arguments chart(const Arguments& more = {}) const {
-    return joined({"chart", "--data", data}, more);
-  }
+  std::string chart(const std::string& more = {}) const { return "chart --data data " + more; }
   void demoHistory(const char* days = "30") const {
-    done({"demo-history", "--days", days, "--data", data});
+    done(std::string("demo-history --data data --days ") + days);
   }
 };
 
 TEST_F(ChartTest, PicturesAreWrittenByTheirEndingForEveryPeriodAndLabel) {
   demoHistory("200");
-  for (const auto& entry : json({"history", "--data", data})) {
+  for (const auto& entry : json("history --data data")) {
     EXPECT_LE(entry["labels"].size(), 2U) << "of one activity";
   }
   std::set<std::string> pictures;
-  for (const Arguments& choice : {Arguments{"--period", "week"},
-                                  {"--period", "month"},
-                                  {"--period", "3months"},
-                                  {"--period", "all"},
-                                  {"--label", "training (AFTER)", "--period", "all"}}) {
-    EXPECT_EQ(done(chart(joined({"-o", "picture.SVG"}, choice))), "");
+  for (const std::string choice : {"--period week", "--period month", "--period 3months",
+                                   "--period all", "--label 'training (AFTER)' --period all"}) {
+    EXPECT_EQ(done(chart("-o picture.SVG " + choice)), "");
     pictures.insert(contentsOf(file("picture.SVG")));
   }
   EXPECT_EQ(pictures.size(), 5U);
   EXPECT_THAT(contentsOf(file("picture.SVG")), HasSubstr("All – Training (After)"));
-  done(chart({"-o", "picture.png"}));
+  done(chart("-o picture.png"));
   EXPECT_THAT(contentsOf(file("picture.png")), HasSubstr("PNG"));
 }
 
@@ -43,12 +38,12 @@ TEST_F(ChartTest, WithoutAFileTheChartsAreDrawnInTheTerminal) {
                            HasSubstr(" 150\n"), Not(HasSubstr("\x1b"))));
   EXPECT_LE(widestLine(plain), 80);
   environment["LC_ALL"] = "C";
-  const std::string ascii = done(chart({"--period", "month", "--label", "Resting"}));
+  const std::string ascii = done(chart("--period month --label Resting"));
   EXPECT_THAT(ascii, StartsWith("Month - Resting\n\n*o* heartrate"));
   EXPECT_TRUE(isAscii(ascii)) << ascii;
   environment["LC_ALL"] = "C.UTF-8";
   for (const int columns : {20, 60, 200}) {
-    const Result drawn = onTerminal(chart({"--period", "3months"}), columns);
+    const Result drawn = onTerminal(chart("--period 3months"), columns);
     EXPECT_EQ(drawn.status, 0);
     EXPECT_THAT(drawn.out, AllOf(HasSubstr("\x1b[1;31m-●- \x1b[0mheartrate"),
                                  HasSubstr("\x1b[1;34m-●- \x1b[0mspo2")));
@@ -59,12 +54,12 @@ TEST_F(ChartTest, WithoutAFileTheChartsAreDrawnInTheTerminal) {
 }
 
 TEST_F(ChartTest, WithoutDataEachChartSaysSo) {
-  EXPECT_EQ(done({"chart", "--period", "all"}),
+  EXPECT_EQ(done("chart --period all"),
             "All\n\nNot enough heartrate data\n\nNot enough SpO2 data\n");
   EXPECT_FALSE(std::filesystem::exists(file("home"))) << "a store was made for nothing";
-  done({"measure", "--only", "spo2", "--data", data});
+  done("measure --only spo2 --data data");
   EXPECT_THAT(done(chart()), HasSubstr("Not enough heartrate data\n\n*●* spo2"));
-  done(chart({"--label", "Active", "-o", "none.svg"}));
+  done(chart("--label Active -o none.svg"));
   EXPECT_THAT(contentsOf(file("none.svg")), HasSubstr("Not enough SpO2 data"));
 }
 
@@ -83,7 +78,7 @@ TEST_F(ChartTest, APictureIsWholeOrTheOldOneStays) {
   write("picture.png", "old");
   const auto refused = [&](const char* insteadOfDrawing, const char* part) {
     provide("gnuplot", insteadOfDrawing);
-    expectRefused(run(chart({"-o", "picture.png"})), 4, part);
+    expectRefused(run(chart("-o picture.png")), 4, part);
   };
   refused("echo '         line 3: no such terminal' >&2; exit 1",
           "no such terminal; check it with gnuplot --version");
@@ -108,19 +103,19 @@ TEST_F(ChartTest, ADamagedEntryIsLeftOutAndNamed) {
               EndsWith("veyla.db: entry 2 of the history is left out: its \"hr\" is no "
                        "number; delete it with veyla history delete 2\n"));
   write("data/veyla.db", std::string(8192, 'x'));
-  expectRefused(run(chart({"-o", "picture.png"})), 4, "veyla.db: not a Veyla store");
+  expectRefused(run(chart("-o picture.png")), 4, "veyla.db: not a Veyla store");
   EXPECT_FALSE(std::filesystem::exists(file("picture.png")));
 }
 
 TEST_F(ChartTest, RandomEntriesNeverMixWithAHistory) {
-  EXPECT_THAT(done({"demo-history", "--days", "3"}), HasSubstr("in " + file("home/veyla-demo")));
+  EXPECT_THAT(done("demo-history --days 3"), HasSubstr("in " + file("home/veyla-demo")));
   EXPECT_EQ(names("home"), std::set<std::string>{"veyla-demo"});
   const std::string store = contentsOf(file("home/veyla-demo/veyla.db"));
-  expectRefused(run({"demo-history"}), 2, "veyla-demo/veyla.db has a history already");
+  expectRefused(run("demo-history"), 2, "veyla-demo/veyla.db has a history already");
   EXPECT_EQ(contentsOf(file("home/veyla-demo/veyla.db")), store);
   std::filesystem::create_directory(file("letters"));
   write("letters/letter", "");
-  expectRefused(run({"demo-history", "--data", "letters"}), 2, "letters holds other things");
+  expectRefused(run("demo-history --data letters"), 2, "letters holds other things");
   EXPECT_EQ(names("letters"), std::set<std::string>{"letter"});
 }
 

@@ -5,11 +5,11 @@ namespace {
 
 class DescriptionTest : public Program {
  protected:
-  /// What bash offers for the last of these words.
+  /// What bash offers for the last of these words after the program's name.
   std::vector<std::string> completed(const std::vector<std::string>& words) const {
-    std::string script = done({"--describe", "bash"}) + "COMP_WORDS=(";
+    std::string script = done("--describe bash") + "COMP_WORDS=(veyla";
     for (const std::string& word : words) script += " \"" + word + "\"";
-    write("complete.bash", script + ")\nCOMP_CWORD=" + std::to_string(words.size() - 1) +
+    write("complete.bash", script + ")\nCOMP_CWORD=" + std::to_string(words.size()) +
                                "\n_veyla\n((${#COMPREPLY[@]})) && printf '%s\\n' "
                                "\"${COMPREPLY[@]}\"\n");
     const std::string command =
@@ -44,18 +44,18 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
            {{"history", "label", "1", "'Sleep (A"}, {"Sleep (After)"}},
            {{"measure", "my"}, {"my film.mp4", "my data"}},
            {{"measure", "--json", "--data", "my"}, {"my data"}}}) {
-    EXPECT_THAT(completed(joined({"veyla"}, words)), UnorderedElementsAreArray(offered));
+    EXPECT_THAT(completed(words), UnorderedElementsAreArray(offered));
   }
 }
 
 TEST_F(DescriptionTest, TheHelpFitsTheTerminal) {
   for (const int columns : {70, 100}) {
-    EXPECT_LE(widestLine(onTerminal({"measure", "--help"}, columns).out), columns);
+    EXPECT_LE(widestLine(onTerminal("measure --help", columns).out), columns);
   }
 }
 
 TEST_F(DescriptionTest, TheManualIsWellFormedAndTheReadmeListsItsExitStatuses) {
-  const std::string manual = done({"--describe", "man"});
+  const std::string manual = done("--describe man");
   const std::string readme = contentsOf(VEYLA_SETTINGS_FOLDER "/../README.md");
   std::string listed;
   for (const std::string& row : linesOf(readme.substr(readme.find("\n## Exit status\n")))) {

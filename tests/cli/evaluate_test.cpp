@@ -9,24 +9,24 @@ using EvaluateTest = Program;
 
 TEST_F(EvaluateTest, ErrorsAreThoseAgainstTheReference) {
   // Windows begin at 0 and at 20 s. The rates are bins of the spectrum: 60.645 and 79.980.
-  done({"synth", "finger.csv", "--bpm", "60", "--seconds", "63"});
+  done("synth finger.csv --bpm 60 --seconds 63");
   changed("made-60.csv", "$1,3,3,3", 26, 29);
-  done({"synth", "finger.csv", "--bpm", "80", "--seconds", "63"});
+  done("synth finger.csv --bpm 80 --seconds 63");
   changed("made-80.csv", "$1,3,3,3", 20);
   // The rows at 30 and 34 s speak for 3 seconds, the longest that one does.
   write("made-60.reference.csv", std::string(head) + "10,64,97\n30,50,\n31,50,\n34,62,\n70,1,1\n");
   write("made-80.reference.csv", "time,heartrate,spo2\r\n10,100,90\r\n");
   write("more.csv", contentsOf(file("finger.csv")));
-  const auto tableOf = [&](const Arguments& arguments, int status, const char* complaint) {
-    const Result result = run(joined({"evaluate", ".", "--only", "both"}, arguments));
+  const auto tableOf = [&](const char* options, int status, const char* complaint) {
+    const Result result = run(std::string("evaluate . --only both ") + options);
     EXPECT_EQ(result.status, status);
     EXPECT_THAT(result.error, StartsWith(complaint));
     EXPECT_THAT(result.error, EndsWith("veyla: ./finger.csv (and 1 more): passed over; it has no "
                                        "NAME.reference.csv beside it\n"));
     return std::regex_replace(result.out, std::regex(" +"), " ");
   };
-  const std::string table = tableOf({"--windows", "w.csv", "--plots", "plots"}, 0, "");
-  EXPECT_EQ(tableOf({"--windows", "/dev/full"}, 4, "veyla: /dev/full: the disk is full"), table);
+  const std::string table = tableOf("--windows w.csv --plots plots", 0, "");
+  EXPECT_EQ(tableOf("--windows /dev/full", 4, "veyla: /dev/full: the disk is full"), table);
   EXPECT_EQ(table,
             "recording windows finished time 90th MAE median MAPE >5 >10 unsure MAE* >5* >10* bias "
             "per time lag MAE SpO2 RMSE\n"
@@ -49,7 +49,7 @@ TEST_F(EvaluateTest, ErrorsAreThoseAgainstTheReference) {
   EXPECT_NE(contentsOf(file("plots/bland-altman.png")),
             contentsOf(file("plots/error-over-rate.png")));
 
-  const Json list = json({"evaluate", "."});
+  const Json list = json("evaluate .");
   EXPECT_EQ(list[0], Json::parse(R"({"name": "made-60", "kind": "recording", "windows": 2,
       "finished": 2, "percentUnfinished": 0.0, "medianSeconds": 16.1, "percentUnsure": 50.0,
       "ninetiethPercentileSeconds": 18.9, "meanAbsoluteError": 5.0, "medianAbsoluteError": 5.0,
@@ -59,19 +59,19 @@ TEST_F(EvaluateTest, ErrorsAreThoseAgainstTheReference) {
       "meanAbsoluteErrorAtLag": 1.355469, "spo2RootMeanSquareError": null})"));
   EXPECT_EQ(list[1]["percentUnfinished"], 50);
   EXPECT_EQ(list[2]["kind"], "set");
-  EXPECT_EQ(json({"evaluate", ".", "--jobs", "1"}), list);
+  EXPECT_EQ(json("evaluate . --jobs 1"), list);
   for (const char* end : {".csv", ".reference.csv"}) {
     std::filesystem::rename(file("made-80") + end, file("made-8\xff") + end);
   }
-  EXPECT_EQ(json({"evaluate", "."})[1]["name"], "made-8\uFFFD");
+  EXPECT_EQ(json("evaluate .")[1]["name"], "made-8\uFFFD");
 }
 
 TEST_F(EvaluateTest, WhatIsMissingOrBrokenIsNamed) {
-  const auto refused = [&](const char* part) { expectRefused(run({"evaluate", "."}), 3, part); };
+  const auto refused = [&](const char* part) { expectRefused(run("evaluate ."), 3, part); };
   refused("holds no NAME.reference.csv");
   write("a.reference.csv", std::string(head) + "0,72,97\n");
   refused("a.reference.csv: there is no recording a.* beside it");
-  done({"synth", "a.csv", "--seconds", "5"});
+  done("synth a.csv --seconds 5");
   refused("no recording is as long as a window of 42 s");
   for (const char* row : {"x,72,97", "1,abc,97", "1,nan,97", "1,0,97", "5,72,97\n4,72,97"}) {
     write("a.reference.csv", std::string(head) + "0,72,97\n" + row + "\n");
@@ -88,11 +88,11 @@ TEST_F(EvaluateTest, ABrokenRecordingIsToldAndTheOthersAreMeasured) {
     write(name + ".reference.csv", std::string(head) + "25,72,97\n");
     write(name + ".mp4", "no video");
   }
-  expectRefused(run({"evaluate", "."}), 3, "(1 more are as bad)");
+  expectRefused(run("evaluate ."), 3, "(1 more are as bad)");
   std::filesystem::remove(file("b.mp4"));
-  done({"synth", "b.csv", "--seconds", "45"});
+  done("synth b.csv --seconds 45");
   // A reference that says nothing of the window leaves nothing to plot, and the rest as it is.
-  const Result bare = run({"evaluate", ".", "--plots", "plots"});
+  const Result bare = run("evaluate . --plots plots");
   EXPECT_EQ(bare.status, 3);
   EXPECT_THAT(bare.out, ContainsRegex("\nb +1 +1 .* -- +-- +-- +-- +-- +-- +-- +-- +--\n"))
       << "rows that come later say nothing";
@@ -102,7 +102,7 @@ TEST_F(EvaluateTest, ABrokenRecordingIsToldAndTheOthersAreMeasured) {
 
 TEST_F(EvaluateTest, RecordedFingersAreMeasuredAsWellAsIsClaimed) {
   if (!std::filesystem::exists(VEYLA_RECORDINGS_FOLDER)) GTEST_SKIP() << "no recordings here";
-  const Json list = json({"evaluate", VEYLA_RECORDINGS_FOLDER, "--every", "5"});
+  const Json list = json("evaluate --every 5 '" VEYLA_RECORDINGS_FOLDER "'");
   const Json all = list.back();
   int sets = 0;
   for (const Json& row : list) {

@@ -15,25 +15,25 @@ class HistoryTest : public Program {
     keep(Value::Array{entry(60.4, 95.5, 1709640000, 0), entry(0, 97.4, 1709650000, 3),
                       entry(static_cast<double>(110.3847F), 0, 1720000000)});
   }
-  static Arguments onData(const Arguments& arguments) {
-    return joined(joined({"history"}, arguments), {"--data", "data"});
+  static std::string onData(const std::string& words) {
+    return "history " + words + " --data data";
   }
-  Result history(const Arguments& arguments) const { return run(onData(arguments)); }
+  Result history(const std::string& words) const { return run(onData(words)); }
   /// What it prints; it must be done.
-  std::string printed(const Arguments& arguments) const { return done(onData(arguments)); }
+  std::string printed(const std::string& words) const { return done(onData(words)); }
 };
 
 TEST_F(HistoryTest, TheListIsNewestFirstAndAligned) {
   keepThree();
-  EXPECT_EQ(printed({}),
+  EXPECT_EQ(printed(""),
             "1  Jul 3, 2024, 9:46 AM   110 bpm   --\n"
             "2  Mar 5, 2024, 2:46 PM        --  97%  Training (Before)\n"
             "3  Mar 5, 2024, 12:00 PM   60 bpm  96%  Resting\n");
   environment["LC_ALL"] = "ja_JP.UTF-8";
   environment["TZ"] = "Asia/Tokyo";
-  EXPECT_THAT(printed({}), StartsWith("1  2024/07/03 18:46  110 bpm   --\n"));
+  EXPECT_THAT(printed(""), StartsWith("1  2024/07/03 18:46  110 bpm   --\n"));
   // As it was measured, in single precision.
-  EXPECT_EQ(json({"history", "--data", data}), Json::parse(R"x([
+  EXPECT_EQ(json("history --data data"), Json::parse(R"x([
       {"number": 1, "date": "2024-07-03T09:46:40.000Z", "heartrate": 110.3847, "spo2": null,
        "labels": []},
       {"number": 2, "date": "2024-03-05T14:46:40.000Z", "heartrate": null, "spo2": 97.4,
@@ -43,13 +43,13 @@ TEST_F(HistoryTest, TheListIsNewestFirstAndAligned) {
 }
 
 TEST_F(HistoryTest, AHistoryThatIsNotThereIsEmptyAndIsNotMade) {
-  EXPECT_EQ(done({"history"}),
+  EXPECT_EQ(done("history"),
             "No measurements in " + file("home/veyla") + " yet: veyla measure saves them there.\n");
-  EXPECT_EQ(json({"history"}), Json::array());
-  EXPECT_THAT(done({"health"}), HasSubstr("not decided yet"));
+  EXPECT_EQ(json("history"), Json::array());
+  EXPECT_THAT(done("health"), HasSubstr("not decided yet"));
   for (const auto& [command, empty] :
        {std::pair{"history", "Date,Heart Rate,Saturation\n"}, {"health", ""}}) {
-    const Result exported = run({command, "export", "-o", "-"});
+    const Result exported = run(command + std::string(" export -o -"));
     EXPECT_EQ(exported.status, 0);
     EXPECT_THAT(exported.error, HasSubstr(" yet: veyla "));
     EXPECT_EQ(exported.out, empty);
@@ -60,20 +60,19 @@ TEST_F(HistoryTest, AHistoryThatIsNotThereIsEmptyAndIsNotMade) {
 TEST_F(HistoryTest, EntriesAreLabelledAndDeletedByTheirNumbers) {
   keepThree();
   const Value before = kept();
-  expectRefused(history({"delete", "1", "4"}), 2, "N: there is no entry 4, the history has 3");
-  expectRefused(history({"label", "4", "Resting"}), 2, "no entry 4");
+  expectRefused(history("delete 1 4"), 2, "N: there is no entry 4, the history has 3");
+  expectRefused(history("label 4 Resting"), 2, "no entry 4");
   EXPECT_EQ(kept(), before);
-  const std::pair<Arguments, const char*> labels[] = {
-      {{"2", "training (after)"}, "Training (After)"},
-      {{"2", "Active"}, "Active, Training (After)"},
-      {{"2", "Active"}, "Active, Training (After)"},
-      {{"2", "Active", "--off"}, "Training (After)"}};
-  for (const auto& [arguments, label] : labels) {
-    EXPECT_EQ(printed(joined({"label"}, arguments)),
+  const std::pair<std::string, const char*> labels[] = {{"'training (after)'", "Training (After)"},
+                                                        {"Active", "Active, Training (After)"},
+                                                        {"Active", "Active, Training (After)"},
+                                                        {"Active --off", "Training (After)"}};
+  for (const auto& [words, label] : labels) {
+    EXPECT_EQ(printed("label 2 " + words),
               std::string("2  Mar 5, 2024, 2:46 PM  --  97%  ") + label + "\n");
   }
-  printed({"label", "3", "none"});
-  EXPECT_EQ(printed({"delete", "3", "1", "3"}),
+  printed("label 3 none");
+  EXPECT_EQ(printed("delete 3 1 3"),
             "Deleted:\n"
             "1  Jul 3, 2024, 9:46 AM   110 bpm   --\n"
             "3  Mar 5, 2024, 12:00 PM   60 bpm  96%\n");
@@ -82,7 +81,7 @@ TEST_F(HistoryTest, EntriesAreLabelledAndDeletedByTheirNumbers) {
 
 TEST_F(HistoryTest, TheCsvIsWrittenWholeOrNotAtAll) {
   keepThree();
-  EXPECT_EQ(printed({"export", "3", "2", "-o", "out.csv"}), "");
+  EXPECT_EQ(printed("export 3 2 -o out.csv"), "");
   const std::string csv =
       "Date,Heart Rate,Saturation\n2024-03-05 14:46:40,0,97\n2024-03-05 12:00:00,60,96";
   EXPECT_EQ(contentsOf(file("out.csv")), csv);
@@ -90,55 +89,54 @@ TEST_F(HistoryTest, TheCsvIsWrittenWholeOrNotAtAll) {
     const rlimit none{1, 1};
     setrlimit(RLIMIT_FSIZE, &none);
   };
-  EXPECT_EQ(run(onData({"export", "-o", "out.csv"}), withoutRoom).status, 4);
+  EXPECT_EQ(run(onData("export -o out.csv"), withoutRoom).status, 4);
   EXPECT_EQ(contentsOf(file("out.csv")), csv);
-  expectRefused(history({"export", "-o", "data"}), 4, "data: a folder; name a file in it");
+  expectRefused(history("export -o data"), 4, "data: a folder; name a file in it");
 }
 
 TEST_F(HistoryTest, AMailIsADraftForTheMailProgram) {
   keepThree();
-  EXPECT_EQ(printed({"mail", "-o", "all.eml"}), "");
+  EXPECT_EQ(printed("mail -o all.eml"), "");
   EXPECT_THAT(contentsOf(file("all.eml")),
               AllOf(HasSubstr("Subject: Veyla data\r\n"), HasSubstr("Content-Type: text/csv")));
-  EXPECT_THAT(printed({"mail", "--text", "2", "-o", "-"}),
+  EXPECT_THAT(printed("mail --text 2 -o -"),
               AllOf(Not(HasSubstr("text/csv")), HasSubstr("<br>2024-03-05 14:46")));
 
   const std::string drafts = "data/drafts/veyla-data-";
   for (int again = 0; again < 3; ++again) {
-    EXPECT_THAT(printed({"mail"}), StartsWith("There is no mail program to open it in; the draft "
-                                              "lies in " +
-                                              drafts));
+    EXPECT_THAT(printed("mail"), StartsWith("There is no mail program to open it in; the draft "
+                                            "lies in " +
+                                            drafts));
   }
   EXPECT_EQ(names("data/drafts").size(), 3U) << "also within a second";
   // A desktop whose mail program notes what it is to open.
   provide("xdg-mime", "[ \"$3\" = message/rfc822 ] && echo mail.desktop");
   provide("xdg-open", "printf %s \"$1\" > opened");
   environment["DISPLAY"] = ":0";
-  EXPECT_THAT(printed({"mail", "1"}),
+  EXPECT_THAT(printed("mail 1"),
               StartsWith("Opened in the mail program; the draft lies in " + drafts));
   EXPECT_THAT(contentsOf(path() / contentsOf(file("opened"))), HasSubstr("X-Unsent: 1"));
 }
 
 TEST_F(HistoryTest, WhatHoldsSomebodysMeasurementsIsForItsOwnerAlone) {
   keepThree();
-  done({"health", "allow", "heartrate", "--data", data});
-  done({"measure", "--data", data});
+  done("health allow heartrate --data data");
+  done("measure --data data");
   using std::filesystem::perms;
-  const auto permissions = [&](const Arguments& arguments, const char* name = "out.png") {
+  const auto permissions = [&](const std::string& words, const std::string& name = "out.png") {
     std::filesystem::remove(file(name));
-    EXPECT_EQ(run(arguments, [] { umask(0); }).status, 0);
+    EXPECT_EQ(run(words, [] { umask(0); }).status, 0);
     return std::filesystem::status(file(name)).permissions();
   };
-  for (const Arguments& command :
-       {Arguments{"history", "export"}, {"history", "mail"}, {"health", "export"}, {"chart"}}) {
-    EXPECT_EQ(permissions(joined(command, {"-o", "out.png", "--data", data})), perms(0600));
+  for (const std::string command : {"history export", "history mail", "health export", "chart"}) {
+    EXPECT_EQ(permissions(command + " -o out.png --data data"), perms(0600));
   }
-  EXPECT_EQ(run(onData({"mail"}), [] { umask(0); }).status, 0);
+  EXPECT_EQ(run(onData("mail"), [] { umask(0); }).status, 0);
   for (const std::string& draft : names("data/drafts")) {
     EXPECT_EQ(std::filesystem::status(file("data/drafts/" + draft)).permissions(), perms(0600));
   }
-  for (const char* name : {"out.csv", "out.mp4"}) {
-    EXPECT_EQ(permissions({"synth", name, "--seconds", "1", "--size", "16x16"}, name), perms(0666));
+  for (const std::string name : {"out.csv", "out.mp4"}) {
+    EXPECT_EQ(permissions("synth --seconds 1 --size 16x16 " + name, name), perms(0666));
   }
 }
 
@@ -146,8 +144,8 @@ TEST_F(HistoryTest, ADamagedEntryIsShownAndLeftAloneAndTheOthersWork) {
   const Value damaged = Value::Dictionary{{"hr", "sixty"}, {"spo2", 97.0}};
   Value noted = entry(60, 97, 1709640000);
   keep(Value::Array{noted, damaged, entry(70, 98, 1720000000)});
-  const auto told = [&](const Arguments& arguments) {
-    const Result result = history(arguments);
+  const auto told = [&](const std::string& words) {
+    const Result result = history(words);
     EXPECT_EQ(result.status, 3);
     EXPECT_THAT(result.error, StartsWith("veyla: data/veyla.db: entry 2 of the history is damaged: "
                                          "its \"hr\" is no number; delete it with"));
@@ -155,25 +153,25 @@ TEST_F(HistoryTest, ADamagedEntryIsShownAndLeftAloneAndTheOthersWork) {
   };
   environment["LC_ALL"] = "C.UTF-8";
   environment["LANG"] = "C";
-  EXPECT_EQ(told({}),
+  EXPECT_EQ(told(""),
             "1  Jul 3, 2024, 9:46\u202fAM   70 bpm  98%\n"
             "2  Damaged entry              --   --\n"
             "3  Mar 5, 2024, 12:00\u202fPM  60 bpm  97%\n");
-  EXPECT_THAT(told({"--json"}), HasSubstr("\"damaged\": \"its \\\"hr\\\" is no number\""));
-  EXPECT_EQ(told({"export", "-o", "-"}),
+  EXPECT_THAT(told("--json"), HasSubstr("\"damaged\": \"its \\\"hr\\\" is no number\""));
+  EXPECT_EQ(told("export -o -"),
             "Date,Heart Rate,Saturation\n2024-07-03 09:46:40,70,98\n2024-03-05 12:00:00,60,97\n");
-  EXPECT_EQ(told({"label", "2", "Resting"}), "");
-  printed({"export", "1", "3", "-o", "-"});
-  printed({"label", "1", "Resting"});
+  EXPECT_EQ(told("label 2 Resting"), "");
+  printed("export 1 3 -o -");
+  printed("label 1 Resting");
   EXPECT_EQ(kept().array()->at(1), damaged);
-  EXPECT_THAT(printed({"delete", "2"}), HasSubstr("2  Damaged entry"));
+  EXPECT_THAT(printed("delete 2"), HasSubstr("2  Damaged entry"));
   EXPECT_EQ(kept().array()->size(), 2U);
 
   keep(Value::Array{entry(std::nan(""), 97, 1709650000), entry(60, 97, 1709640000), damaged});
-  EXPECT_THAT(history({}).error, HasSubstr("entry 1 of the history is damaged (and 1 more): its"));
+  EXPECT_THAT(history("").error, HasSubstr("entry 1 of the history is damaged (and 1 more): its"));
   keep("no list");
-  expectRefused(history({}), 3, "veyla.db: its history, \"values\", is no list; move the file");
-  expectRefused(history({"delete", "1"}), 3, "is no list");
+  expectRefused(history(""), 3, "veyla.db: its history, \"values\", is no list; move the file");
+  expectRefused(history("delete 1"), 3, "is no list");
   EXPECT_EQ(kept(), Value("no list"));
 }
 
@@ -184,26 +182,26 @@ TEST_F(HistoryTest, ProgramsAtTheSameTimeLoseNothing) {
   std::vector<pid_t> programs;
   for (std::size_t i = 0; i < each; ++i) {
     // As many go as come.
-    programs.push_back(start(onData({"delete", "1"}), quiet));
-    programs.push_back(start({"measure", "--only", "heartrate", "--data", data}, quiet));
+    programs.push_back(start(onData("delete 1"), quiet));
+    programs.push_back(start("measure --only heartrate --data data", quiet));
   }
   for (const pid_t program : programs) EXPECT_EQ(ended(program), 0);
   EXPECT_EQ(kept().array()->size(), 2 * each);
 }
 
 TEST_F(HistoryTest, HealthRecordsAreAllowedAndExported) {
-  const auto health = [&](const Arguments& arguments) {
-    return run(joined(joined({"health"}, arguments), {"--data", "data"}));
+  const auto health = [&](const std::string& words) {
+    return run("health " + words + " --data data");
   };
-  EXPECT_EQ(health({"allow", "heartrate"}).status, 0);
-  EXPECT_EQ(health({"deny", "spo2"}).out, "heartrate  allowed\nspo2       denied\n");
-  done({"measure", "--data", data});
+  EXPECT_EQ(health("allow heartrate").status, 0);
+  EXPECT_EQ(health("deny spo2").out, "heartrate  allowed\nspo2       denied\n");
+  done("measure --data data");
   const std::string whole = contentsOf(file("data/Observations.ndjson"));
   EXPECT_THAT(whole, AllOf(HasSubstr("8867-4"), Not(HasSubstr("59408-5"))));
-  expectRefused(health({"export", "-o", "data/Observations.ndjson"}), 2, "is the input itself");
-  EXPECT_EQ(health({"export", "-o", "-"}).out, whole);
+  expectRefused(health("export -o data/Observations.ndjson"), 2, "is the input itself");
+  EXPECT_EQ(health("export -o -").out, whole);
   write("data/Observations.ndjson", whole + "no record\n" + whole);
-  const Result damaged = health({"export", "-o", "-"});
+  const Result damaged = health("export -o -");
   EXPECT_EQ(damaged.status, 3);
   EXPECT_EQ(damaged.out, whole + whole);
   EXPECT_THAT(damaged.error, HasSubstr("Observations.ndjson: line 2 is no record"));

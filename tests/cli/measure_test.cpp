@@ -10,24 +10,24 @@ constexpr double bin = 0.88;
 
 class MeasureTest : public Program {
  protected:
-  void makeFinger(const Arguments& options = {}) const {
-    done(joined({"synth", "finger.csv", "--seconds", "40"}, options));
+  void makeFinger(const std::string& options = {}) const {
+    done("synth finger.csv --seconds 40 " + options);
   }
-  Json reportOf(const std::string& series, const Arguments& options = {}) const {
-    return json(joined({"measure", "--no-save", series}, options));
+  Json reportOf(const std::string& series, const std::string& options = {}) const {
+    return json("measure --no-save " + series + " " + options);
   }
   /// Expects the report to have these parts, and not those.
-  void expectTold(const Arguments& arguments, const std::vector<std::string>& told,
+  void expectTold(const std::string& words, const std::vector<std::string>& told,
                   const std::vector<std::string>& untold = {}) const {
-    const std::string text = run(joined({"measure"}, arguments)).out;
+    const std::string text = run("measure " + words).out;
     for (const std::string& part : told) EXPECT_THAT(text, HasSubstr(part));
     for (const std::string& part : untold) EXPECT_THAT(text, Not(HasSubstr(part)));
   }
 };
 
 TEST_F(MeasureTest, TheFingertipIsMeasuredAndReportedAlikeAtEveryRun) {
-  const Result measured = run({"measure", "--no-save", "--json"});
-  EXPECT_EQ(run({"measure", "--no-save", "--json"}).out, measured.out);
+  const Result measured = run("measure --no-save --json");
+  EXPECT_EQ(run("measure --no-save --json").out, measured.out);
   EXPECT_EQ(linesOf(measured.out).size(), 1U);
   EXPECT_EQ(measured.out.back(), '\n');
   Json report = Json::parse(measured.out);
@@ -43,22 +43,22 @@ TEST_F(MeasureTest, TheFingertipIsMeasuredAndReportedAlikeAtEveryRun) {
   const std::string text =
       "Heart rate   71 beats per minute\nSpO2         97 %\n"
       "Finished after 16.3 s of the recording.\n";
-  EXPECT_EQ(done({"measure", "--no-save"}), text);
+  EXPECT_EQ(done("measure --no-save"), text);
   EXPECT_THAT(names(), IsEmpty());
-  EXPECT_EQ(done({"measure"}), text + "Saved in " + file("home/veyla") + ".\n");
+  EXPECT_EQ(done("measure"), text + "Saved in " + file("home/veyla") + ".\n");
 }
 
 TEST_F(MeasureTest, OneValueAndAnotherPhoneCanBeAskedFor) {
-  const Json older = json({"measure", "--no-save", "--only", "heartrate", "--device", "iPhone3,1"});
+  const Json older = json("measure --no-save --only heartrate --device iPhone3,1");
   EXPECT_TRUE(older["spo2"].is_null());
   EXPECT_EQ(older["device"], "iphone4");
-  EXPECT_TRUE(json({"measure", "--no-save", "--only", "spo2"})["heartrate"].is_null());
+  EXPECT_TRUE(json("measure --no-save --only spo2")["heartrate"].is_null());
 }
 
 TEST_F(MeasureTest, EveryFinishedMeasurementIsKeptWithTheDateAtWhichItEnded) {
-  for (const char* value : {"heartrate", "spo2"}) done({"health", "allow", value});
+  for (const char* value : {"heartrate", "spo2"}) done(std::string("health allow ") + value);
   // A finger that comes after two minutes and a half.
-  done({"synth", "finger.csv", "--seconds", "190"});
+  done("synth finger.csv --seconds 190");
   changed("late.csv", "$1,90,60,30", 0, 150);
   const auto now = [] {
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
@@ -66,11 +66,11 @@ TEST_F(MeasureTest, EveryFinishedMeasurementIsKeptWithTheDateAtWhichItEnded) {
   const auto begin = now();
   Json values;
   for (const char* input : {"finger.csv", "late.csv", "finger.csv"}) {
-    const Json report = json({"measure", input, "--log", "log"});
+    const Json report = json(std::string("measure --log log ") + input);
     values.push_back({report["heartrate"], report["spo2"]});
   }
   const auto end = now();
-  Json entries = json({"history"});
+  Json entries = json("history");
   std::reverse(entries.begin(), entries.end());
   Json kept;
   std::string before;
@@ -81,8 +81,7 @@ TEST_F(MeasureTest, EveryFinishedMeasurementIsKeptWithTheDateAtWhichItEnded) {
   EXPECT_EQ(kept, values);
 
   // The dates of the entries, the health records and the log.
-  const std::string all =
-      entries.dump() + done({"health", "export", "-o", "-"}) + contentsOf(file("log"));
+  const std::string all = entries.dump() + done("health export -o -") + contentsOf(file("log"));
   static const std::regex date("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d");
   int dates = 0;
   for (std::sregex_iterator each(all.begin(), all.end(), date), none; each != none;
@@ -96,22 +95,22 @@ TEST_F(MeasureTest, EveryFinishedMeasurementIsKeptWithTheDateAtWhichItEnded) {
 }
 
 TEST_F(MeasureTest, WhatEndsEarlyIsToldWithItsReasonAndNotKept) {
-  const Json few = json({"measure", "--duration", "8"}, 1);
+  const Json few = json("measure --duration 8", 1);
   EXPECT_EQ(few["outcome"], "endOfInput");
   EXPECT_TRUE(few["heartrate"].is_null());
-  expectTold({"--duration", "8"}, {"\n--duration 8 ended it: ", "\nNothing saved"});
-  expectTold({"--start", "100"}, {"needs 2 seconds of countdown", "\n--start 100 left"});
-  expectTold({"--no-save", "--start", "30"}, {"\n--start 30 left"}, {"Nothing saved"});
-  expectTold({"--no-save", "--start", "5", "--duration", "30"}, {"\nFinished after"});
+  expectTold("--duration 8", {"\n--duration 8 ended it: ", "\nNothing saved"});
+  expectTold("--start 100", {"needs 2 seconds of countdown", "\n--start 100 left"});
+  expectTold("--no-save --start 30", {"\n--start 30 left"}, {"Nothing saved"});
+  expectTold("--no-save --start 5 --duration 30", {"\nFinished after"});
 
-  makeFinger({"--spo2", "85"});
-  const Json report = json({"measure", "finger.csv", "--only", "spo2"}, 1);
+  makeFinger("--spo2 85");
+  const Json report = json("measure finger.csv --only spo2", 1);
   EXPECT_EQ(report["outcome"], "lowSignal") << report;
   EXPECT_EQ(report["estimates"]["spo2"]["low"], 60);
-  expectTold({"finger.csv", "--only", "spo2"},
+  expectTold("finger.csv --only spo2",
              {"\nNothing saved: a result takes oxygen values of 93 % or more.\n"});
-  done({"health", "allow", "heartrate"});
-  expectTold({"finger.csv"},
+  done("health allow heartrate");
+  expectTold("finger.csv",
              {"\nNo oxygen value: this camera's colours give none", "\nOnly a health record saved",
               "--only heartrate saves the 71 beats per minute"},
              {"START", "remove your finger"});
@@ -121,11 +120,11 @@ TEST_F(MeasureTest, WhatEndsEarlyIsToldWithItsReasonAndNotKept) {
       {changed("again.csv", "$1,3,3,3", 24, 27)},
       {"Heart rate   unsure: no finger from 4 to 7 s.\n", "\nNo oxygen value: this camera's"},
       {"--only heartrate"});
-  EXPECT_EQ(json({"history"}), Json::array());
+  EXPECT_EQ(json("history"), Json::array());
 }
 
 TEST_F(MeasureTest, TraceTellsEveryEstimateAndTheLogWhatTheApplicationDid) {
-  const Json report = json({"measure", "--no-save", "--trace", "trace.csv", "--log", "log"});
+  const Json report = json("measure --no-save --trace trace.csv --log log");
   const std::string trace = contentsOf(file("trace.csv"));
   for (const char* value : {"heartrate", "spo2"}) {
     for (const auto& [verdict, count] : report["estimates"][value].items()) {
@@ -152,19 +151,18 @@ TEST_F(MeasureTest, SyntheticFingertipsGiveTheirHeartRateAsVideoAndAsSeries) {
   for (const auto& [bpm, video] :
        std::map<int, std::string>{{48, "15.y4m"}, {75, "25.mkv"}, {150, "60.mkv"}}) {
     SCOPED_TRACE(video);
-    done({"synth", video, "--bpm", std::to_string(bpm), "--fps", video.substr(0, 2), "--seconds",
-          "40", "--size", "192x144"});
-    EXPECT_NEAR(json({"measure", "--no-save", video})["heartrate"].get<double>(), bpm, bin);
+    done("synth " + video + " --bpm " + std::to_string(bpm) + " --fps " + video.substr(0, 2) +
+         " --seconds 40 --size 192x144");
+    EXPECT_NEAR(reportOf(video)["heartrate"].get<double>(), bpm, bin);
     // Luma is made of pixels, and left alone in a series that has it already.
-    for (const char* device : {"iPhone8,1", "iPhone3,1"}) {
-      done({"series", video, "-o", "series.csv", "--device", device});
-      EXPECT_EQ(json({"measure", "--no-save", "series.csv", "--device", device}),
-                json({"measure", "--no-save", video, "--device", device}));
+    for (const std::string device : {"--device iPhone8,1", "--device iPhone3,1"}) {
+      done("series " + video + " -o series.csv " + device);
+      EXPECT_EQ(reportOf("series.csv", device), reportOf(video, device));
     }
   }
   std::set<std::string> fingers;
-  for (const Arguments& option : {Arguments{}, {"--seed", "2"}, {"--motion", "9"}}) {
-    makeFinger(joined({"--noise", "0"}, option));
+  for (const char* option : {"", " --seed 2", " --motion 9"}) {
+    makeFinger(std::string("--noise 0") + option);
     fingers.insert(contentsOf(file("finger.csv")));
   }
   EXPECT_EQ(fingers.size(), 3U);
@@ -190,22 +188,21 @@ TEST_F(MeasureTest, WhatIsWrongWithAFingerIsToldWithItsSecondsAndWhatIsUnsureWit
   makeFinger();
   const std::string blueless = changed("blueless.csv", "$1,$2,$3,2");
   EXPECT_EQ(reportOf(blueless)["doubts"], Json{"noBlue"});
-  expectTold({blueless}, {"SpO2         unsure: the camera saw next to no pulse in blue light"});
+  expectTold(blueless, {"SpO2         unsure: the camera saw next to no pulse in blue light"});
   const std::string bright = changed("bright.csv", "$1,255,$3,$4");
-  EXPECT_THAT(reportOf(bright, {"--device", "iPhone4,1", "--only", "spo2"})["doubts"],
-              Contains("noRedPulse"));
+  EXPECT_THAT(reportOf(bright, "--device iPhone4,1 --only spo2")["doubts"], Contains("noRedPulse"));
   // What the finger explains gets no other advice.
-  expectTold({bright}, {"\nToo bright from 2 to 40 s: press more"}, {"--only heartrate"});
-  expectTold({changed("black.csv", "$1,0,0,0")},
+  expectTold(bright, {"\nToo bright from 2 to 40 s: press more"}, {"--only heartrate"});
+  expectTold(changed("black.csv", "$1,0,0,0"),
              {"\nNo finger from 2 to 40 s: the picture is black.\n"});
 
   const std::string lifted = changed("lifted.csv", "$1,3,3,3", 8, 11);
   const Json report = reportOf(lifted);
   EXPECT_NEAR(report["finger"]["noFinger"].get<double>(), 3, 0.5);
   EXPECT_EQ(report["doubts"], Json::parse(R"(["noFinger", "unclearPulse"])")) << "each once";
-  expectTold({lifted}, {"Heart rate   unsure: no finger from 8 to 11 s.\n"});
+  expectTold(lifted, {"Heart rate   unsure: no finger from 8 to 11 s.\n"});
   std::filesystem::rename(lifted, file("finger.csv"));
-  expectTold({changed("again.csv", "$1,3,3,3", 13, 16)},
+  expectTold(changed("again.csv", "$1,3,3,3", 13, 16),
              {"no finger from 8 to 11 s, from 13 to 16 s.\n"});
 }
 

@@ -3,8 +3,6 @@
 namespace veyla {
 namespace {
 
-using testing::HasSubstr;
-
 class NothingLostTest : public Program {
  protected:
   /// How many transactions have changed the store: a number in its head.
@@ -17,37 +15,37 @@ class NothingLostTest : public Program {
 };
 
 TEST_F(NothingLostTest, AMeasurementIsKeptWholeOrNotAtAll) {
-  for (const char* value : {"heartrate", "spo2"}) done({"health", "allow", value});
-  done({"measure"});
+  for (const char* value : {"heartrate", "spo2"}) done(std::string("health allow ") + value);
+  done("measure");
   const unsigned before = transactions();
-  done({"synth", "finger.csv", "--bpm", "80", "--spo2", "95"});
-  done({"measure", "finger.csv"});
+  done("synth finger.csv --bpm 80 --spo2 95");
+  done("measure finger.csv");
   EXPECT_EQ(transactions() - before, 2U) << "the use counted at the launch, and the measurement";
 
-  const std::string records = done({"health", "export", "-o", "-"});
-  const Json entries = json({"history"});
-  const Result full = run({"measure"}, withSmallFiles);
+  const std::string records = done("health export -o -");
+  const Json entries = json("history");
+  const Result full = run("measure", withSmallFiles);
   EXPECT_EQ(full.status, 4);
   EXPECT_THAT(full.out, HasSubstr("\nNot saved.\n"));
   EXPECT_EQ(linesOf(full.error).size(), 1U) << full.error;
-  EXPECT_EQ(done({"health", "export", "-o", "-"}), records);
-  EXPECT_EQ(json({"history"}), entries);
+  EXPECT_EQ(done("health export -o -"), records);
+  EXPECT_EQ(json("history"), entries);
 }
 
 TEST_F(NothingLostTest, WhatIsDoneIsSaidSoWhenOnlyThePrintingFailed) {
-  done({"measure"});
-  const Result labelled = run({"history", "label", "1", "Resting"}, onFullDisk);
+  done("measure");
+  const Result labelled = run("history label 1 Resting", onFullDisk);
   EXPECT_EQ(labelled.status, 4);
   EXPECT_THAT(labelled.error, HasSubstr("veyla: done, but standard output: the disk is full"));
-  const Result deleted = run({"history", "delete", "1"}, onFullDisk);
+  const Result deleted = run("history delete 1", onFullDisk);
   EXPECT_THAT(deleted.error, HasSubstr("veyla: done, but standard output: the disk is full"));
-  EXPECT_EQ(json({"history"}), Json::array());
+  EXPECT_EQ(json("history"), Json::array());
 }
 
 TEST_F(NothingLostTest, AStoreThatWasMadeAndNeverWrittenIsAnEmptyHistory) {
   std::filesystem::create_directories(file("home/veyla"));
   write("home/veyla/veyla.db", "");
-  EXPECT_EQ(json({"history"}), Json::array());
+  EXPECT_EQ(json("history"), Json::array());
   EXPECT_EQ(contentsOf(file("home/veyla/veyla.db")), "");
 }
 

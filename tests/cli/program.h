@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <iomanip>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -21,17 +22,7 @@
 /// Runs the program itself, as a shell would, and keeps what it says.
 namespace veyla {
 
-using testing::AllOf;
-using testing::Contains;
-using testing::ContainsRegex;
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::MatchesRegex;
-using testing::Not;
-using testing::StartsWith;
-using testing::UnorderedElementsAreArray;
+using namespace testing;
 using Json = nlohmann::json;
 
 struct Result {
@@ -78,20 +69,14 @@ inline bool isAscii(const std::string& text) {
 
 class Program : public testing::Test, protected ScratchFolder {
  protected:
-  using Arguments = std::vector<std::string>;
-
-  static Arguments joined(Arguments arguments, const Arguments& more) {
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return arguments;
-  }
   /// The history, oldest first.
   void keep(const Value& values) const {
-    SqliteKeyValueStore store(data);
+    SqliteKeyValueStore store(file("data"));
     store.setValue("values", values);
     store.synchronize();
     EXPECT_FALSE(store.failure());
   }
-  Value kept() const { return SqliteKeyValueStore(data).value("values").value_or(Value()); }
+  Value kept() const { return SqliteKeyValueStore(file("data")).value("values").value_or(Value()); }
 
   /// Makes a program of this name and script that is found before the system's own.
   void provide(const std::string& name, const std::string& script) {
@@ -115,10 +100,11 @@ class Program : public testing::Test, protected ScratchFolder {
     return write(name, text);
   }
 
-  /// Runs the program in the scratch folder. `prepare` runs in its process, just before it.
-  Result run(const Arguments& arguments, const std::function<void()>& prepare = {}) const {
+  /// Runs the program in the scratch folder with these words, which may stand in single quotes.
+  /// `prepare` runs in its process, just before it.
+  Result run(const std::string& words, const std::function<void()>& prepare = {}) const {
     const ScratchFolder said;
-    const pid_t child = start(arguments, [&] {
+    const pid_t child = start(words, [&] {
       redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
       redirect(STDOUT_FILENO, said.file("out").c_str(), O_WRONLY | O_CREAT);
       redirect(STDERR_FILENO, said.file("error").c_str(), O_WRONLY | O_CREAT);
@@ -129,18 +115,18 @@ class Program : public testing::Test, protected ScratchFolder {
   }
 
   /// Runs it to its end without a complaint, and returns what it printed.
-  std::string done(const Arguments& arguments) const {
-    const Result result = run(arguments);
+  std::string done(const std::string& words) const {
+    const Result result = run(words);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.error, "");
     return result.out;
   }
 
-  pid_t start(const Arguments& arguments, const std::function<void()>& prepare) const {
+  pid_t start(const std::string& words, const std::function<void()>& prepare) const {
     const pid_t child = fork();
     if (child == 0) {
       prepare();
-      execute(arguments);
+      execute(words);
     }
     return child;
   }
@@ -166,12 +152,12 @@ class Program : public testing::Test, protected ScratchFolder {
 
   /// Runs the program on a terminal where `typed` is typed, and sends it `signal` as soon as it has
   /// hidden the cursor. Everything shown is in `out`.
-  Result onTerminal(const Arguments& arguments, int columns = 80, const std::string& typed = {},
+  Result onTerminal(const std::string& words, int columns = 80, const std::string& typed = {},
                     int signal = 0) const {
     winsize size{24, static_cast<unsigned short>(columns), 0, 0};
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
-    if (child == 0) execute(arguments);
+    if (child == 0) execute(words);
     EXPECT_EQ(::write(terminal, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
     std::string output;
     char block[4096];
@@ -185,8 +171,8 @@ class Program : public testing::Test, protected ScratchFolder {
     return {ended(child), output, ""};
   }
 
-  Json json(const Arguments& arguments, int status = 0) const {
-    const Result result = run(joined(arguments, {"--json"}));
+  Json json(const std::string& words, int status = 0) const {
+    const Result result = run(words + " --json");
     EXPECT_EQ(result.status, status) << result.error;
     return Json::parse(result.out, nullptr, false);
   }
@@ -202,8 +188,6 @@ class Program : public testing::Test, protected ScratchFolder {
   /// What hides the terminal's cursor and brings it back.
   static constexpr const char* hidden = "\x1b[?25l";
   static constexpr const char* shown = "\x1b[?25h";
-  /// A folder for what is kept, other than the usual one.
-  const std::string data = file("data");
 
   std::map<std::string, std::string> environment{
       {"HOME", path()},   {"XDG_DATA_HOME", path() / "home"},
@@ -212,14 +196,16 @@ class Program : public testing::Test, protected ScratchFolder {
       {"TMPDIR", path()}, {"ASAN_OPTIONS", "detect_leaks=0"}};
 
  private:
-  [[noreturn]] void execute(const Arguments& arguments) const {
+  [[noreturn]] void execute(const std::string& words) const {
     // What runs in the background may have been told to ignore them.
     for (const int each : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) std::signal(each, SIG_DFL);
     clearenv();
     for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
-    std::vector<std::string> words = joined({VEYLA_PROGRAM}, arguments);
+    std::vector<std::string> arguments{VEYLA_PROGRAM};
+    std::istringstream line(words);
+    for (std::string word; line >> std::quoted(word, '\'');) arguments.push_back(word);
     std::vector<char*> pointers;
-    for (std::string& word : words) pointers.push_back(word.data());
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     if (chdir(path().c_str()) == 0) execv(VEYLA_PROGRAM, pointers.data());
     _exit(127);

@@ -5,10 +5,10 @@ namespace {
 
 class TerminalTest : public Program {
  protected:
-  const Arguments measure{"measure", "--no-save"};
+  const std::string measure = "measure --no-save";
   /// The live view as it stayed when the measurement had ended.
-  std::string lastDrawing(const Arguments& arguments) const {
-    const std::string output = onTerminal(arguments).out;
+  std::string lastDrawing(const std::string& words) const {
+    const std::string output = onTerminal(words).out;
     const std::size_t end = output.rfind(shown);
     const std::size_t begin = output.rfind("A\r", end);
     return output.substr(begin, end - begin);
@@ -28,9 +28,9 @@ TEST_F(TerminalTest, TheMeasurementIsShownLiveAndItsEndStays) {
                                                     "\r\x1b[K\r\n\r  ⢸⡆⠀⠀⠀"),
                                           EndsWith("\r  FINISHED\x1b[K\r\n\r  \x1b[K\r\n\r\n")));
   // The phone's instructions are for a finger that can still be moved.
-  EXPECT_THAT(lastDrawing({"measure", "--no-save", "--duration", "15"}),
+  EXPECT_THAT(lastDrawing("measure --no-save --duration 15"),
               AllOf(HasSubstr("━─"), EndsWith("\r\x1b[K\r\n\r  \x1b[K\r\n\r  \x1b[K\r\n\r\n")));
-  EXPECT_TRUE(onTerminal({"measure", "--no-save", "--json"}).out.starts_with("{\"outcome\":"));
+  EXPECT_TRUE(onTerminal("measure --no-save --json").out.starts_with("{\"outcome\":"));
 }
 
 TEST_F(TerminalTest, NarrowTerminalsAreNotWrapped) {
@@ -60,18 +60,18 @@ TEST_F(TerminalTest, PlainTerminalsGetPlainText) {
 }
 
 TEST_F(TerminalTest, IntendedUseAndPermissionsComeOnceAndToNobodyWithoutATerminal) {
-  done({"measure"});
-  EXPECT_THAT(done({"health"}), HasSubstr("heartrate  not decided yet"));
-  const Result first = onTerminal({"measure"}, 80, "y\n\n");
+  done("measure");
+  EXPECT_THAT(done("health"), HasSubstr("heartrate  not decided yet"));
+  const Result first = onTerminal("measure", 80, "y\n\n");
   EXPECT_EQ(first.status, 0);
   EXPECT_EQ(countOf("INTENDED USE", first.out), 1U);
   EXPECT_EQ(countOf("[y/N]", first.out), 2U);
   EXPECT_LE(widestLine(first.out.substr(0, first.out.find("[y/N]"))), 80);
   EXPECT_LT(first.out.rfind("[y/N]"), first.out.find(hidden)) << "asked with a hidden cursor";
-  const Result second = onTerminal({"measure"});
+  const Result second = onTerminal("measure");
   EXPECT_EQ(second.status, 0);
   EXPECT_EQ(countOf("INTENDED USE", second.out) + countOf("[y/N]", second.out), 0U);
-  EXPECT_EQ(done({"health"}), "heartrate  allowed\nspo2       denied\n");
+  EXPECT_EQ(done("health"), "heartrate  allowed\nspo2       denied\n");
 }
 
 }  // namespace

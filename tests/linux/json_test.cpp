@@ -89,24 +89,20 @@ TEST(StoredJsonTest, EveryBitOfANumberIsKept) {
   }
 }
 
-template <class Conversions>
-void expectReal(const char* text, bool isReal) {
-  double value = 0;
-  EXPECT_EQ(Conversions::read(text, value), isReal) << text;
-}
-
 TEST(RealTextTest, BothWaysAreShortAndTakeTheSameTexts) {
   EXPECT_EQ(RealText::shortest(97.1F) + RealTextByC::shortest(97.1F), "97.197.1");
-  const auto expectBoth = [](std::initializer_list<const char*> texts, bool areReal) {
-    for (const char* text : texts) {
-      expectReal<RealText>(text, areReal);
-      expectReal<RealTextByC>(text, areReal);
-    }
+  const auto expectTaken = [](const char* text, bool isReal) {
+    double value = 0;
+    EXPECT_EQ(RealText::read(text, value), isReal) << text;
+    EXPECT_EQ(RealTextByC::read(text, value), isReal) << text;
   };
-  expectBoth({"-inf", "1.5", "-.5", "1E5", "5e-324", "0e999", "1."}, true);
-  expectBoth({"", "-", ".", "nan", "infinity", "INF", "+1", " 1", "1 ", "1,5", "0x1p3", "1e", "--1",
-              "1e999", "1e-999"},
-             false);
+  for (const char* real : {"-inf", "1.5", "-.5", "1E5", "5e-324", "0e999", "1."}) {
+    expectTaken(real, true);
+  }
+  for (const char* other : {"", "-", ".", "nan", "infinity", "INF", "+1", " 1", "1 ", "1,5",
+                            "0x1p3", "1e", "--1", "1e999", "1e-999"}) {
+    expectTaken(other, false);
+  }
 }
 
 TEST(StoredJsonTest, RefusesWhatItCouldNotReadBack) {
