@@ -52,6 +52,7 @@ TEST_F(VideoProcessingTest, StartConfiguresTheDeviceThenJoinsItToARunningSession
   EXPECT_EQ(video_.framedrops(), 0);
   EXPECT_EQ(video_.before(), TestPlatform::start);
   EXPECT_TRUE(video_.isRecording());
+  EXPECT_FALSE(video_.isIphone4() || video_.isIphone6());
   EXPECT_TRUE(video_.videoDataOutput()->alwaysDiscardsLateVideoFrames);
   EXPECT_EQ(video_.videoDataOutput()->pixelFormat, "BGRA");
   EXPECT_EQ(video_.videoDataOutput()->sampleBufferDelegate, &video_);

@@ -127,14 +127,17 @@ class ScreenPictureTest : public testing::Test {
  protected:
   ScreenPictureTest() {
     rig_.appear();
-    rig_.heartrateSetting("neededValidHeartrate", 23);
     rig_.startMeasuring();
     rig_.heartrateBin(82);
     rig_.spo2(97);
+    rig_.heartrateAmbiguous();
     for (int i = 0; i < 40; ++i) {
       rig_.frame({100, 80, 40, static_cast<float>(100 + 20 * std::sin(i * 0.35))});
     }
     rig_.platform.time.runFor(1);
+    rig_.heartrateBin(100);
+    rig_.spo2(99);
+    rig_.screen.finishAnimations();
   }
 
   std::string drawnAt(Size size, SafeArea safeArea = {},
@@ -157,7 +160,6 @@ TEST_F(ScreenPictureTest, Measuring) {
 }
 
 TEST_F(ScreenPictureTest, BetweenMeasurementsOnASmallPhone) {
-  rig_.spo2(97);
   rig_.spo2(97);
   rig_.screen.buttonCheckboxSpo2Tapped();
   rig_.platform.time.runFor(1);

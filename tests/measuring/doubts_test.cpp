@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <set>
 
 #include "tests/support/builders.h"
 
@@ -92,6 +93,16 @@ TEST(DoubtsTest, ASaturationIsDoubtedForWhatStandsBehindMoreThanAFifthOfItsEstim
   EXPECT_THAT(judgeSpo2({20, 5, 0, 0}), ElementsAre(Doubt::noBlue));
   EXPECT_THAT(judgeSpo2({20, 12, 20, 5}),
               ElementsAre(Doubt::noFinger, Doubt::noBlue, Doubt::noRedPulse));
+}
+
+TEST(DoubtsTest, EachHasATextAndANameOfItsOwn) {
+  std::set<std::string_view> told;
+  for (int i = 0; i <= static_cast<int>(Doubt::noRedPulse); ++i) {
+    const auto doubt = static_cast<Doubt>(i);
+    EXPECT_TRUE(textOf(doubt).starts_with("Unsure: "));
+    told.insert({textOf(doubt), nameOf(doubt)});
+  }
+  EXPECT_EQ(told.size(), 12U);
 }
 
 }  // namespace

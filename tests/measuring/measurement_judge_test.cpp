@@ -45,6 +45,7 @@ TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAs
   rig.startMeasuring();
   for (int i = 0; i < 30; ++i) rig.frame({255, i % 2 == 0 ? 80.0F : 82.0F, 40, 100});
   EXPECT_EQ(rig.platform.display.view(MeasuringScreen::labelFinger).image, "tooBright");
+  EXPECT_EQ(text(MeasuringScreen::labelFinger), "Press more lightly");
   measure();
   EXPECT_THAT(judge.spo2(), Optional(ElementsAre(Doubt::noRedPulse)));
 
