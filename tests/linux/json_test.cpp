@@ -108,10 +108,12 @@ TEST(RealTextTest, BothWaysAreShortAndTakeTheSameTexts) {
 TEST(StoredJsonTest, RefusesWhatItCouldNotReadBack) {
   EXPECT_EQ(writeJson(Array{"\xff"}), std::nullopt);
   EXPECT_EQ(writeJson(Dictionary{{"\xc3", 1}}), std::nullopt);
-  Value nested = 1.5F;
-  for (std::size_t depth = 1; depth < deepestJson; ++depth) nested = Array{nested};
-  expectRoundTrip(nested);
-  EXPECT_EQ(writeJson(Array{nested}), std::nullopt);
+  // How deep each nests, its tag included.
+  for (auto [nested, depth] : {std::pair(Value(1.5F), 1U), {Dictionary{{"$a", 1}}, 2U}}) {
+    for (; depth < deepestJson; ++depth) nested = Array{nested};
+    expectRoundTrip(nested);
+    EXPECT_EQ(writeJson(Array{nested}), std::nullopt);
+  }
 }
 
 TEST(StoredJsonTest, ADictionaryThatLooksLikeATagStaysADictionary) {
