@@ -171,7 +171,7 @@ spo2 START 3                     -> STOP | {analyzing} | {cover} | last -- -- | 
 denied START 3                   -> {initial} | alert No Camera Access
 dark START 3                     -> STOP | {will} | {cover} | last -- -- | {zero} | alert {dark} | alert Error
 dark START 3 lit OK START 3      -> {measuring} | alert {dark}
-dark START 3 lit OK STOP 1 START 3 -> {measuring} | alert {dark}
+dark START 3 lit OK STOP 1       -> START | {will} | {tap} | last -- -- | {zero} | {boxes} | alert {dark}
 dark START 3 lit OK background return START 3 -> {measuring} | alert {dark}
 )")) {
     EXPECT_EQ(Somebody().after(happenings), seen) << happenings;
