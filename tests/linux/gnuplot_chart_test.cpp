@@ -76,10 +76,10 @@ TEST(GnuplotChartTest, TheLineItsCirclesAndItsAxisAreAsConfiguredAndPointsAreFin
   for (const std::string& part :
        {std::string(R"(set y2range \[50:150\])"),  // which does not follow the data
         std::string("set y2tics .'50' 50, '70' 70, '90' 90, '110' 110, '130' 130, '150' 150. "),
-        std::string("end_of_points\n0 200\n86400 60\nend_of_points"),
+        std::string("end_of_points\n0 200\n86400 20\nend_of_points"),
         "plot " + points + "lines linewidth 3 linecolor rgb '#0000ff', " + points +
             "points pointtype 7 pointsize [0-9.]+ linecolor rgb '#ff0000', .*'#00ff00'"}) {
-    EXPECT_THAT(scriptOf(chartOf({{0, 200}, {0, infinity}, {std::nan(""), 70}, {day, 60}})),
+    EXPECT_THAT(scriptOf(chartOf({{0, 200}, {0, infinity}, {std::nan(""), 70}, {day, 20}})),
                 testing::ContainsRegex(part));
   }
   EXPECT_THAT(scriptOf(chartOf({{0, -infinity}})), HasSubstr("'Don''t `draw` this'"));
