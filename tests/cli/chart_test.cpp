@@ -70,8 +70,8 @@ TEST_F(ChartTest, APictureIsWholeOrTheOldOneStays) {
     provide("gnuplot", insteadOfDrawing);
     expectRefused(run(chart("-o picture.png")), 4, part);
   };
-  refused("printf 'set terminal x\\n  ^\\n  line 3: no such terminal\\n' >&2; exit 1",
-          "no such terminal; check it with gnuplot --version");
+  refused("printf 'set terminal x\\n^\\nline 3: no such terminal\\n' >&2; exit 1",
+          "gnuplot: line 3: no such terminal; check it with gnuplot --version");
   refused("head -c 3000 /dev/zero", "gnuplot: its picture is not whole");
   refused("kill -9 $$", "gnuplot: it broke off");
   environment["PATH"] = file("nothing");
