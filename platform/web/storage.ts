@@ -34,7 +34,8 @@ export class LocalStorage {
   constructor(readonly failed: StorageFailed) {
     try {
       // Null where an app that shows pages has switched it off.
-      this.storage = (window.localStorage as Storage | null) ?? undefined;
+      const { localStorage } = window as { readonly localStorage: Storage | null };
+      this.storage = localStorage ?? undefined;
     } catch {
       this.storage = undefined;
     }
@@ -65,17 +66,13 @@ export class LocalStorage {
     // Whatever ends the page between two of them leaves the old beside the new, not neither.
     let error = this.tryToPut([...sets, ...removals], before);
     // The room may be what goes.
-    if (isFull(error) && removals.length > 0)
-      error = this.tryToPut([...removals, ...sets], before);
+    if (isFull(error) && removals.length > 0) error = this.tryToPut([...removals, ...sets], before);
     if (error === undefined) this.askForPersistence();
     return error === undefined ? "" : isFull(error) ? full : refused;
   }
 
   /** What went wrong, with everything as it was before. */
-  private tryToPut(
-    changes: readonly StoredChange[],
-    before: readonly StoredChange[],
-  ): unknown {
+  private tryToPut(changes: readonly StoredChange[], before: readonly StoredChange[]): unknown {
     try {
       this.put(changes);
       return undefined;
@@ -107,11 +104,7 @@ export class LocalStorage {
   /** Once there is something to keep, and the user is there to be asked. */
   private askForPersistence(): void {
     if (this.persistenceAsked || !("storage" in navigator)) return;
-    if (
-      !("userActivation" in navigator) ||
-      !navigator.userActivation.hasBeenActive
-    )
-      return;
+    if (!("userActivation" in navigator) || !navigator.userActivation.hasBeenActive) return;
     this.persistenceAsked = true;
     void navigator.storage.persist().catch(() => false);
   }
