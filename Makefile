@@ -1,6 +1,6 @@
 # Thin: CMake presets do the building. `make help` lists the commands.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-core test-web build bench web format lint clean setup setup-test setup-lint setup-web FORCE
+.PHONY: help demo test test-core test-web torture build bench web format lint clean setup setup-test setup-lint setup-web FORCE
 
 help: ## this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-9s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -38,6 +38,11 @@ test-core: setup-test ## install what is missing, build and run the core's own t
 test-web: setup-test ## install what is missing and test the phone app alone, in a real browser
 	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
 	@scripts/test_web.sh
+
+torture: setup-test ## install what is missing, and kill, refuse and damage for minutes what must not get lost
+	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
+	@cmake --preset threads >/dev/null && cmake --build --preset threads --target veyla tune_settings
+	@scripts/torture.sh
 
 web: setup-web ## install what is missing, build the phone app into build/site, and serve it on localhost
 	@scripts/build_web.sh

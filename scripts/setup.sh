@@ -18,8 +18,8 @@ testing=(
   libgtest-dev libgmock-dev libbenchmark-dev
   # the second compiler that the core must please
   clang-14 libc++-14-dev libc++abi-14-dev
-  # test media, damaged stores, the published health-record schema
-  ffmpeg sqlite3 nodejs ca-certificates
+  # test media, damaged stores, calls that fail, the published health-record schema
+  ffmpeg sqlite3 strace nodejs ca-certificates
   # what shows the manual page
   groff-base
   # the browser that the phone app is tested in

@@ -61,6 +61,9 @@ for preset in release sanitize; do
   add_results "build/$preset/tests.xml"
 done
 
+stage "torture, a few seconds of it"
+if scripts/torture.sh 0; then passed=$((passed + 1)); else failed=$((failed + 1)) status=1; fi
+
 stage "phone app: tests in a browser, begun before"
 wait "$web" || status=$?
 trap - EXIT

@@ -46,13 +46,13 @@ class UsageError : public std::runtime_error {
 };
 
 /// Whether `work` could write what it had to; tells on standard error what it could not, so that
-/// the other outputs are written all the same.
-inline bool writes(const std::function<void()>& work) {
+/// the other outputs are written all the same. `allTheSame`: what is done in any case.
+inline bool writes(const std::function<void()>& work, const std::string& allTheSame = {}) {
   try {
     work();
     return true;
   } catch (const OutputError& error) {
-    complain(error.what());
+    complain(allTheSame + error.what());
     return false;
   }
 }

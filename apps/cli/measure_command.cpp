@@ -49,6 +49,8 @@ std::optional<bool> askForHealthRecords(HealthSampleType type) {
   return !answer.empty() && (answer.front() == 'y' || answer.front() == 'Y');
 }
 
+constexpr const char* isSaved = "the measurement is saved, but ";
+
 /// Where a measurement is kept: the user's data folder, or nowhere.
 class Keeping {
  public:
@@ -90,7 +92,7 @@ class Keeping {
     bool kept = true;
     for (const auto& failure : {stored_->failure(), healthStore_->failure()}) {
       if (!failure) continue;
-      complain(report.isKept ? "the measurement is saved, but " + *failure : *failure);
+      complain(report.isKept ? isSaved + *failure : *failure);
       kept = false;
     }
     return kept;
@@ -241,7 +243,7 @@ ExitStatus measure(const MeasureOptions& options) {
       text += report.isKept ? "Saved in " + keeping.folder().string() + ".\n" : "Not saved.\n";
     }
   }
-  bool written = writes([&] { printOut(text); });
+  bool written = writes([&] { printOut(text); }, options.save && report.isKept ? isSaved : "");
   written &= writes([&] {
     if (!trace) return;
     trace->write(rows);

@@ -123,6 +123,13 @@ FhirHealthStore::FhirHealthStore(const std::filesystem::path& folder, KeyValueSt
   repair_ = mendEnd(file.number(), file_);
 }
 
+HealthSharing FhirHealthStore::authorizationStatus(HealthSampleType type) const {
+  HealthSharing& known = determined_.try_emplace(type, HealthSharing::notDetermined).first->second;
+  const HealthSharing status = permissions_.status(type);
+  if (status != HealthSharing::notDetermined) known = status;
+  return known;
+}
+
 void FhirHealthStore::requestAuthorization(const std::vector<HealthSampleType>& types,
                                            std::function<void(bool success)> completion) {
   bool determined = true;

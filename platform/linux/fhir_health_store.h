@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,9 +44,8 @@ class FhirHealthStore : public HealthStore {
   /// says whether all of `types` are determined now.
   void requestAuthorization(const std::vector<HealthSampleType>& types,
                             std::function<void(bool success)> completion) override;
-  HealthSharing authorizationStatus(HealthSampleType type) const override {
-    return permissions_.status(type);
-  }
+  /// What was determined once stays so where it cannot be read for a moment: that is no refusal.
+  HealthSharing authorizationStatus(HealthSampleType type) const override;
   /// Refuses a quantity that is no finite number, a unit that is not the type's, a time outside the
   /// years 1 to 9999, and a type without permission. The completion is called before this returns,
   /// or by `keepWaiting`.
@@ -84,6 +84,7 @@ class FhirHealthStore : public HealthStore {
 
   std::filesystem::path file_;
   HealthPermissions permissions_;
+  mutable std::map<HealthSampleType, HealthSharing> determined_;
   UuidGenerator& uuids_;
   Ask ask_;
   bool holds_ = false;

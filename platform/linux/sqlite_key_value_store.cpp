@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
@@ -359,6 +360,7 @@ void SqliteKeyValueStore::synchronize() {
   if (!begin()) return;
   try {
     writePending();
+    for (auto& [key, row] : pending_) written_.insert_or_assign(key, std::move(row));
     pending_.clear();
   } catch (const StoreError& error) {
     fail(error.what());
@@ -403,10 +405,13 @@ bool SqliteKeyValueStore::exclusively(const std::function<void()>& changes) {
   };
   spoilt_ = false;
   hasBegun_ = false;
+  written_.clear();
   nesting_ = 1;
+  bool isCommitting = false;
   try {
     changes();
-    if (!spoilt_ && hasBegun_) run("COMMIT");
+    isCommitting = !spoilt_ && hasBegun_;
+    if (isCommitting) run("COMMIT");
   } catch (const StoreError& error) {
     fail(error.what());
   } catch (...) {
@@ -415,8 +420,25 @@ bool SqliteKeyValueStore::exclusively(const std::function<void()>& changes) {
     throw;
   }
   nesting_ = 0;
-  if (spoilt_) undo();
-  return !spoilt_;
+  if (!spoilt_) return true;
+  undo();
+  // The last step of a commit, after which it stands, may fail as well.
+  return isCommitting && isStoredAsWritten();
+}
+
+bool SqliteKeyValueStore::isStoredAsWritten() {
+  try {
+    return std::all_of(written_.begin(), written_.end(), [this](const auto& change) {
+      const auto& [key, row] = change;
+      const Resetting resetting(read_.get());
+      bindText(read_.get(), 1, key);
+      if (!step(read_.get())) return !row;
+      return row && columnText(read_.get(), 0) == row->type &&
+             columnText(read_.get(), 1) == row->text;
+    });
+  } catch (const StoreError&) {
+    return false;
+  }
 }
 
 void SqliteKeyValueStore::rollBack() {

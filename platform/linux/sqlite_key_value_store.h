@@ -109,6 +109,7 @@ class SqliteKeyValueStore final : public KeyValueStore {
   std::optional<Value> stored(std::string_view key);
   void change(std::string_view key, std::optional<Row> row);
   bool begin();
+  bool isStoredAsWritten();
   void writePending();
   void rollBack();
   void fail(const std::string& line);
@@ -122,6 +123,8 @@ class SqliteKeyValueStore final : public KeyValueStore {
   Statement write_;
   Statement remove_;
   Pending pending_;
+  /// What the outermost `exclusively` under way has written.
+  Pending written_;
   std::set<std::string, std::less<>> unreadable_;
   int nesting_ = 0;
   /// Whether the transaction of the outermost `exclusively` under way has begun.
