@@ -41,7 +41,7 @@ test-web: setup-test ## install what is missing and test the phone app alone, in
 
 torture: setup-test ## install what is missing, and kill, refuse and damage for minutes what must not get lost
 	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
-	@cmake --preset threads >/dev/null && cmake --build --preset threads --target veyla tune_settings
+	@cmake --preset threads >/dev/null && cmake --build --preset threads --target veyla
 	@scripts/torture.sh
 
 web: setup-web ## install what is missing, build the phone app into build/site, and serve it on localhost

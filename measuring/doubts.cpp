@@ -80,9 +80,9 @@ std::string_view textOf(Doubt doubt) {
     case Doubt::unclearPulse:
       return "Unsure: the pulse was unclear. Hold still, press lightly and measure again.";
     case Doubt::halfRate:
-      return "Unsure: the pulse may be half as fast. Hold still and measure again.";
+      return "Unsure: the pulse may be half as fast. Count it at the wrist for 15 seconds.";
     case Doubt::doubleRate:
-      return "Unsure: the pulse may be twice as fast. Hold still and measure again.";
+      return "Unsure: the pulse may be twice as fast. Count it at the wrist for 15 seconds.";
     case Doubt::noBlue:
       return "Unsure: this camera sees next to no pulse in blue light, without which the oxygen "
              "value "

@@ -104,13 +104,14 @@ std::string doubtLine(const char* caption, const std::vector<Doubt>& doubts,
 std::string shortenedBy(const MeasurementReport& report, const MeasurementRequest& request) {
   // Some frames before and after what was measured.
   constexpr double unusedSeconds = 0.3;
+  // What does not suffice in so much time, more of it does not help.
+  constexpr double enoughSeconds = 30;
+  if (report.seconds > enoughSeconds) return {};
   const double used = Measurement::countdownSeconds + report.seconds + unusedSeconds;
   if (request.duration && *request.duration <= used) {
     return formatText("--duration %g ended it: 45 s are plenty.", *request.duration);
   }
-  // What does not suffice in so much time, more of it does not help.
-  constexpr double enoughSeconds = 20;
-  if (request.start <= 0 || report.seconds > enoughSeconds) return {};
+  if (request.start <= 0) return {};
   return formatText("--start %g left no more of the recording: start earlier or record longer.",
                     request.start);
 }
