@@ -102,7 +102,10 @@ TEST_F(HeartrateProcessingTest, OnlyTheLastSamplesCountAndAShortWindowIsPadded) 
 
   settings(256, 50, 5);
   std::vector<float> pulse(500, 200.0F);
-  const auto newest = wave(20, 256);
+  auto newest = wave(20, 256);
+  const float clear = estimate(newest).diffPercent;
+  for (float& value : newest) value += 150;
+  EXPECT_NEAR(estimate(newest).diffPercent, clear, 0.01) << "the mean does not leak into it";
   pulse.insert(pulse.end(), newest.begin(), newest.end());
   const auto alone = estimate(newest);
   EXPECT_LT(alone.max, 1.1F * 1280 * 4096) << "a quarter of the long one's";

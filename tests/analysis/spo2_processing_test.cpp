@@ -56,13 +56,17 @@ TEST(Spo2ProcessingTest, TheOldAlgorithmComparesRedWithBlueAndHelpsTwoDevicesOut
   };
   const Case cases[] = {{{100, 110}, {50, 60}, {50, false}, {50, false}},
                         {{90, 91}, {70, 83}, {rounded, false}, {rounded, false}},
+                        // The percentage is taken in double precision.
+                        {{100, 101}, {50, 53}, {83.33333588F, false}, {83.33333588F, false}},
                         // A blue range below 3 becomes 10.
                         {{100, 110}, {50, 52}, {-150, false}, {50, true}},
                         {{100, 110}, {50, 50}, {0, false}, {50, true}},
                         {{100, 112}, {50, 53}, {-100, false}, {-100, false}},
                         // A red range of 0 becomes 1.
                         {{100, 100}, {50, 60}, {0, false}, {95, false}},
+                        {{100, 100.5F}, {50, 60}, {97.5F, false}, {97.5F, false}},
                         // A blue minimum of 0 becomes 5.
+                        {{100, 110}, {0.5F, 10.5F}, {99.5F, true}, {99.5F, true}},
                         {{100, 110}, {0, 10}, {0, true}, {95, true}},
                         {{0, 110}, {50, 60}, {0, false}, {0, false}},
                         {{100, 110}, {3.5F, 10.5F}, {95, true}, {95, true}},

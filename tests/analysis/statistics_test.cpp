@@ -49,6 +49,10 @@ TEST(VectorUtilsTest, DetrendingRemovesTheLineAndKeepsTheLevelOnRequest) {
   EXPECT_THAT(VectorUtils::detrend(line, false), Each(DoubleNear(2.5, 1e-12)));
   EXPECT_THAT(VectorUtils::detrend(Series{}, true), IsEmpty());
 
+  EXPECT_NEAR(VectorUtils::linearRegressionOfUserAcceleration(Series{0.1, 0.2, 0.3}).slope, 0.1,
+              1e-14);
+  EXPECT_EQ(VectorUtils::meanOf(Series{16777217}), 16777217);
+
   // The line is fitted to the doubles, the samples are read in single precision.
   const double sample = 16777217;
   EXPECT_THAT(VectorUtils::detrend(Series{sample, sample}, true), Each(-1));
@@ -71,6 +75,7 @@ TEST(LinearRegressionTest, TheInterceptTakesTheFittersOwnSlope) {
   EXPECT_EQ(fitter.sumX(), 6) << "each fit begins its sums anew";
   EXPECT_NEAR(fitter.calculateRegression(std::vector<DataItem>{{0, 1}, {1, 0}, {2, 2}}).correlation,
               0.5, 1e-12);
+  EXPECT_DOUBLE_EQ(fitter.calculateRegression(std::vector<DataItem>{{0, 0}, {1, 0.1}}).slope, 0.1);
 }
 
 TEST(LinearRegressionTest, TheWorkingListIsFittedAndOtherwiseLeftAlone) {

@@ -88,8 +88,11 @@ TEST_F(MainViewControllerTest, EveryAlertSaysWhatToDo) {
 }
 
 TEST_F(MainViewControllerTest, FramesOfTheCountdownCountButAreNotStored) {
+  std::string seenAtOpening;
+  platform_.camera.begins = [&] { seenAtOpening = rig_.seen(); };
   screen_.beginButtonPush();
   platform_.time.runFor(0.02);
+  EXPECT_THAT(seenAtOpening, StartsWith("START(fadeOut)"));
   log_.clear();
   rig_.frames(30);
   EXPECT_THAT(log_, IsEmpty());
@@ -173,7 +176,9 @@ TEST_F(MainViewControllerTest, TheMedianOfElevenIsShownAndFinalForTheHeartRateTh
     if (i == 15) expectSeen("now 88 95 | dials 88 95, rings 94 94");
   }
   // Seven of the last eleven, and ten of all seventeen.
-  expectSeen("now =88(zoomIn) =99(zoomIn) | dials 88 99, rings 100 100");
+  expectSeen(
+      "last 88(zoomIn) 99(zoomIn)(zoomOut) | now =88(zoomIn) =99(zoomIn) | dials 88 99, rings 100 "
+      "100");
   EXPECT_EQ(screen_.finalHeartrate(), 87.890625F);
   EXPECT_EQ(screen_.gaugeHR().unitOfMeasurement(), "88 BPM");
   EXPECT_TRUE(screen_.gaugeHR().animated() && screen_.gaugeSpo2().animated());

@@ -124,6 +124,9 @@ class ScriptedSession : public CaptureSession {
 /// The cameras of a machine that a test describes: one wide-angle camera, allowed, to begin with.
 class ScriptedCamera : public Camera {
  public:
+  /// Called when a recording begins; may be empty.
+  std::function<void()> begins;
+
   explicit ScriptedCamera(Journal& journal)
       : device(std::make_shared<ScriptedDevice>(journal)),
         backDevices({device}),
@@ -164,6 +167,7 @@ class ScriptedCamera : public Camera {
     return opens ? std::make_shared<CaptureDeviceInput>(CaptureDeviceInput{from}) : nullptr;
   }
   std::shared_ptr<CaptureSession> makeSession() override {
+    if (begins) begins();
     session = std::make_shared<ScriptedSession>(journal_);
     return session;
   }
