@@ -199,12 +199,14 @@ class Drawing {
   }
 
   void drawButtons() {
-    drawElement(canvas_, views_, stopButton, [&](const auto&) {
-      drawButton(canvas_, layout_.button, captions.stop, stopColor);
-    });
-    drawElement(canvas_, views_, beginButton, [&](const auto&) {
-      drawButton(canvas_, layout_.button, captions.start, accentRed);
-    });
+    // Many lines above it move it down, as far as the screen goes.
+    Rect frame = layout_.button;
+    const double lowest = layout_.screen.height - frame.height;
+    frame.y = std::min(std::max(frame.y, remarksEnd_), std::max(frame.y, lowest));
+    drawElement(canvas_, views_, stopButton,
+                [&](const auto&) { drawButton(canvas_, frame, captions.stop, stopColor); });
+    drawElement(canvas_, views_, beginButton,
+                [&](const auto&) { drawButton(canvas_, frame, captions.start, accentRed); });
   }
 
  private:
@@ -245,6 +247,7 @@ class Drawing {
       drawLine(canvas_, line, place, font, ink);
       place.y += lineHeight;
     }
+    remarksEnd_ = place.y;
   }
 
   /// A number with its unit behind it, the two of them in the middle.
@@ -267,6 +270,8 @@ class Drawing {
   Canvas& canvas_;
   const MeasuringLayout& layout_;
   const ScreenState& views_;
+  /// Where the lines below the instruction end.
+  double remarksEnd_ = 0;
 };
 
 }  // namespace
