@@ -423,8 +423,9 @@ void MainViewController::done() {
       Utils::saveHeartrate(runHeartrate_ ? static_cast<double>(finalHeartrate()) : 0,
                            runSpo2_ ? static_cast<double>(finalSpo2()) : 0, services().clock.now(),
                            std::nullopt);
-      RatingPrompt::instance().logSignificantEvent();
     });
+    // By itself: the entry hangs on nothing else that is stored.
+    RatingPrompt::instance().logSignificantEvent();
   });
 }
 

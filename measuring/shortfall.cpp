@@ -59,7 +59,8 @@ std::string whenSeen(std::span<const FingerSpan> spans, States states) {
                        std::lround(stretches[i].to));
   }
   if (stretches.size() > mostTold) {
-    text += formatText(" and %zu times more", stretches.size() - mostTold);
+    const std::size_t more = stretches.size() - mostTold;
+    text += formatText(" and %zu time%s more", more, more == 1 ? "" : "s");
   }
   return text;
 }

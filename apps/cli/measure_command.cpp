@@ -11,6 +11,7 @@
 #include "apps/cli/report.h"
 #include "apps/cli/settings_source.h"
 #include "apps/cli/trace_file.h"
+#include "history/history_store.h"
 #include "platform/format.h"
 #include "platform/linux/data_folder.h"
 #include "platform/linux/fhir_health_store.h"
@@ -66,6 +67,7 @@ class Keeping {
     auto healthStore =
         std::make_unique<FhirHealthStore>(folder_, *store, uuids_, askForHealthRecords);
     if (healthStore->repair()) complain(*healthStore->repair());
+    store->understands = Utils::mayStand;
     store->gatherChanges();
     healthStore->hold();
     stored_ = store.get();

@@ -324,7 +324,9 @@ std::optional<Value> SqliteKeyValueStore::stored(std::string_view key) {
   bindText(read_.get(), 1, key);
   if (!step(read_.get())) return std::nullopt;
   auto value = valueOf(columnText(read_.get(), 0), columnText(read_.get(), 1));
-  if (!value) throw StoreError(aboutKey(key, "cannot be understood") + damagedWayOut);
+  if (!value || (understands && !understands(key, *value))) {
+    throw StoreError(aboutKey(key, "cannot be understood") + damagedWayOut);
+  }
   return value;
 }
 

@@ -51,6 +51,9 @@ class SqliteKeyValueStore final : public KeyValueStore {
   /// Flushes.
   ~SqliteKeyValueStore() override;
 
+  /// Whether such a value may stand under a key; one that may not is damaged. May be empty.
+  std::function<bool(std::string_view key, const Value& value)> understands;
+
   /// Nothing for a key that cannot be read; until it can be, changes of it are refused, so that
   /// what is there is not lost for what was taken for nothing.
   std::optional<Value> value(std::string_view key) override;

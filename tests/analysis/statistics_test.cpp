@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <future>
 
 #include "analysis/linear_regression.h"
 #include "analysis/vector_utils.h"
@@ -76,6 +77,13 @@ TEST(LinearRegressionTest, TheInterceptTakesTheFittersOwnSlope) {
   EXPECT_NEAR(fitter.calculateRegression(std::vector<DataItem>{{0, 1}, {1, 0}, {2, 2}}).correlation,
               0.5, 1e-12);
   EXPECT_DOUBLE_EQ(fitter.calculateRegression(std::vector<DataItem>{{0, 0}, {1, 0.1}}).slope, 0.1);
+}
+
+TEST(LinearRegressionTest, AllThreadsShareOneFitterWhateverPlatformIsInForce) {
+  const auto here = &LinearRegression::sharedInstance();
+  EXPECT_EQ(
+      std::async(std::launch::async, [] { return &LinearRegression::sharedInstance(); }).get(),
+      here);
 }
 
 TEST(LinearRegressionTest, TheWorkingListIsFittedAndOtherwiseLeftAlone) {

@@ -20,7 +20,7 @@ TEST_F(NothingLostTest, AMeasurementIsKeptWholeOrNotAtAll) {
   const unsigned before = transactions();
   done("synth finger.csv --bpm 80 --spo2 95");
   done("measure finger.csv");
-  EXPECT_EQ(transactions() - before, 2U) << "the use counted at the launch, and the measurement";
+  EXPECT_EQ(transactions() - before, 3U) << "the measurement, and what is counted for the rating";
 
   const std::string records = done("health export -o -");
   const Json entries = json("history");
@@ -30,6 +30,25 @@ TEST_F(NothingLostTest, AMeasurementIsKeptWholeOrNotAtAll) {
   EXPECT_EQ(linesOf(full.error).size(), 1U) << full.error;
   EXPECT_EQ(done("health export -o -"), records);
   EXPECT_EQ(json("history"), entries);
+}
+
+TEST_F(NothingLostTest, DamageBesideTheHistoryCostsNoEntryAndDamageOfItIsNotWrittenOver) {
+  done("measure");
+  const auto damage = [&](const std::string& row) {
+    const std::string command =
+        "sqlite3 " + file("home/veyla/veyla.db") + " \"UPDATE entries SET " + row + "\"";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+  };
+  damage("value = 'zz' WHERE key = 'rating_significant_events'");
+  const Result counted = run("measure");
+  EXPECT_EQ(counted.status, 4);
+  EXPECT_THAT(counted.error, HasSubstr("veyla: the measurement is saved, but "));
+  EXPECT_EQ(json("history").size(), 2U);
+  damage("type = 'integer', value = '5' WHERE key = 'values'");
+  const Result refused = run("measure");
+  EXPECT_THAT(refused.out, HasSubstr("\nNot saved.\n"));
+  EXPECT_THAT(refused.error, HasSubstr("the value of \"values\" cannot be understood"));
+  expectRefused(run("history"), 3, "\"values\", is no list");
 }
 
 TEST_F(NothingLostTest, WhatIsDoneIsSaidSoWhenOnlyThePrintingFailed) {

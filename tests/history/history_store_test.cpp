@@ -49,9 +49,21 @@ TEST_F(HistoryStoreTest, AStoredElementThatIsNoEntryIsKeptAsItIs) {
   platform_.store.values["values"] = Value::Array{strange};
   const auto entries = *Utils::getValues();
   EXPECT_EQ(entries.front().damaged, strange);
-  Utils::setValues(entries);
+  EXPECT_TRUE(Utils::setValues(entries));
   Utils::saveHeartrate(70, 97, Date{1}, std::nullopt);
   EXPECT_EQ(platform_.store.values["values"].array()->front(), strange);
+  Utils::clearValues();
+  constexpr double lastSecond = 253402300799;
+  const std::tuple<double, double, double, bool> borders[] = {{450, 100, lastSecond, false},
+                                                              {451, 97, 0, true},
+                                                              {-1, 97, 0, true},
+                                                              {70, 101, 0, true},
+                                                              {1e308, 97, 0, true},
+                                                              {70, 97, lastSecond + 1, true}};
+  for (const auto& [hr, spo2, date, isDamaged] : borders) {
+    Utils::saveHeartrate(hr, spo2, Date{date}, std::nullopt);
+    EXPECT_EQ(Utils::getValues()->back().damaged.has_value(), isDamaged) << hr << ' ' << spo2;
+  }
   for (const char* key : {"values", "history"}) platform_.store.values[key] = "no array";
   EXPECT_FALSE(Utils::getValues() || Utils::getValuesOLD());
   Utils::saveHeartrate(70, 97, Date{1}, std::nullopt);

@@ -18,6 +18,117 @@ function holdsCamera(visit: Visit): Promise<boolean> {
   return visit.page.evaluate(() => document.querySelector("video")?.srcObject != null);
 }
 
+/** Which of START and STOP can be seen and tapped. */
+function buttons(visit: Visit): Promise<string[]> {
+  return visit.page.evaluate(() =>
+    ["begin", "stop"].flatMap((name) => {
+      const button = document.querySelector<HTMLElement>(`[data-element="${name}Button"]`);
+      if (!button) throw new Error(`no ${name}`);
+      const { x, y, width, height } = button.getBoundingClientRect();
+      const isSeen = getComputedStyle(button).opacity === "1";
+      const isHit = document.elementFromPoint(x + width / 2, y + height / 2) === button;
+      if (isSeen !== isHit || isSeen === button.inert) return [`half of ${name}`];
+      return isSeen ? [button.textContent] : [];
+    }),
+  );
+}
+
+/** Waits until one of them stands alone and nothing moves, and looks whether that stays so. */
+async function expectButton(visit: Visit, name: "START" | "STOP", when: string): Promise<void> {
+  await expect.poll(() => buttons(visit), { message: when, timeout: 20_000 }).toEqual([name]);
+  await visit.still();
+  expect(await buttons(visit), when).toEqual([name]);
+}
+
+type Moment = { readonly goes: string } | { readonly logged: string } | "now";
+type Action = "hide" | "show" | "STOP";
+
+/**
+ * Has the page do things, 10 ms apart, at a moment that no test from outside would meet: some time after
+ * an element goes, or when a line is logged.
+ */
+function atMoment(visit: Visit, moment: Moment, delay: number, ...all: Action[]): Promise<void> {
+  return visit.page.evaluate(
+    ([at, wait, actions]) =>
+      new Promise<void>((resolve) => {
+        const element = (name: string): HTMLElement | null =>
+          document.querySelector(`[data-element="${name}"]`);
+        const act = ([action, ...later]: Action[]): void => {
+          if (action === "STOP") element("stopButton")?.click();
+          else window.setInFront(action === "show");
+          if (later.length === 0) resolve();
+          else setTimeout(act, 10, later);
+        };
+        const due = (): void => {
+          if (wait === 0) act(actions);
+          else setTimeout(act, wait, actions);
+        };
+        if (at === "now") {
+          due();
+        } else if ("goes" in at) {
+          const view = element(at.goes);
+          const observer = new MutationObserver(() => {
+            if (view?.style.opacity !== "0") return;
+            observer.disconnect();
+            due();
+          });
+          if (view) observer.observe(view, { attributeFilter: ["style"] });
+        } else {
+          const info = console.info.bind(console);
+          console.info = (line: string): void => {
+            info(line);
+            if (line !== at.logged) return;
+            console.info = info;
+            due();
+          };
+        }
+      }),
+    [moment, delay, all] as const,
+  );
+}
+
+it("one of START and STOP stays, whatever falls into their coming and going", async () => {
+  const visit = await visitPage();
+  // Each begins with the START that the one before has left.
+  for (const [element, button] of Object.entries({ beginButton: "START", stopButton: "STOP" })) {
+    for (const delay of [0, 100, 200]) {
+      if (button === "STOP") {
+        await visit.tap("START");
+        await expectButton(visit, "STOP", "counting down");
+      }
+      const interrupted = atMoment(visit, { goes: element }, delay, "hide", "show");
+      await visit.tap(button);
+      await interrupted;
+      await expectButton(visit, "START", `hidden ${delay} ms after ${button} fades`);
+    }
+  }
+  await visit.tap("START");
+  await expectButton(visit, "STOP", "counting down");
+  await atMoment(visit, "now", 0, "STOP", "STOP");
+  await expectButton(visit, "START", "after STOP twice");
+  await expectIdle(visit);
+  expect(await visit.torch()).toEqual([]);
+});
+
+it("STOP has its say while the curve comes, and none once the result is there", async () => {
+  const visit = await visitPage();
+  const early = atMoment(visit, { goes: "viewCenter" }, 100, "STOP");
+  await visit.tap("START");
+  await early;
+  await expectButton(visit, "START", "STOP while the curve comes");
+  expect(await visit.element("viewLastMeasurements").isVisible()).toBe(true);
+  expect(await visit.element("chartFourierView").isVisible()).toBe(false);
+  expect(await visit.stored("values")).toBeNull();
+
+  const late = atMoment(visit, { logged: "Done Both" }, 0, "STOP");
+  await visit.tap("START");
+  await late;
+  await expectButton(visit, "START", "STOP just before the end");
+  expect(await visit.element("labelRed").textContent()).toBe("FINISHED");
+  expect(await visit.element("labelHeartrate").textContent()).not.toBe("--");
+  expect(await visit.stored("values")).not.toBeNull();
+});
+
 it("STOP ends it, the next START begins anew, and leaving the screen ends it, too", async () => {
   const visit = await visitPage();
   for (let round = 0; round < 2; ++round) {

@@ -26,9 +26,22 @@ async function tapTwice(visit: Visit, on: Locator, spacing: number): Promise<boo
   );
 }
 
-it("START twice looks tapped at once, and counts down once", async () => {
+it("START twice looks tapped at once, opens one camera and counts down once", async () => {
   const visit = await visitPage();
-  for (const spacing of [0, 20, 50, 100]) {
+  const opened = await visit.page.evaluateHandle(() => {
+    const tracks: MediaStreamTrack[] = [];
+    const devices = navigator.mediaDevices;
+    const own = devices.getUserMedia.bind(devices);
+    devices.getUserMedia = async (constraints): Promise<MediaStream> => {
+      // As a phone's camera does.
+      await new Promise((done) => setTimeout(done, 150));
+      const stream = await own(constraints);
+      tracks.push(...stream.getVideoTracks());
+      return stream;
+    };
+    return tracks;
+  });
+  for (let spacing = 0; spacing <= 400; spacing += 50) {
     await visit.page.locator('[data-element="beginButton"]:not([inert])').waitFor();
     await visit.still();
     const begin = visit.element("beginButton");
@@ -39,6 +52,8 @@ it("START twice looks tapped at once, and counts down once", async () => {
       expect.stringContaining("Starting ..."),
     ]);
     expect(visit.log.splice(0).filter((line) => line === "Tapped Begin")).toHaveLength(1);
+    const states = await opened.evaluate((all) => all.splice(0).map((each) => each.readyState));
+    expect(states, `${spacing} ms`).toEqual(["live"]);
     expect(await begin.getAttribute("aria-busy")).toBeNull();
     await visit.tap("STOP");
   }
