@@ -147,10 +147,10 @@ std::string nothingSaved(const MeasurementReport& report, bool keptRecord) {
   const bool lacksOxygen =
       report.outcome == Outcome::lowSignal ||
       (report.shortfall && report.shortfall->cause == Shortfall::Cause::oxygen);
-  return formatText("%s: a result takes %s.\n", saved,
-                    lacksOxygen ? "oxygen values of 93 % or more"
-                                : "a steady finger for some 10 to 20 seconds after the 2 of the "
-                                  "countdown");
+  return formatText("%s: a result %s.\n", saved,
+                    lacksOxygen ? "with SpO2 takes oxygen values of 93 % or more"
+                                : "takes a steady finger for some 10 to 20 seconds after the 2 of "
+                                  "the countdown");
 }
 
 /// Runs the measurement and, on a terminal, shows it.

@@ -108,7 +108,7 @@ TEST_F(MeasureTest, WhatEndsEarlyIsToldWithItsReasonAndNotKept) {
   EXPECT_EQ(report["outcome"], "lowSignal") << report;
   EXPECT_EQ(report["estimates"]["spo2"]["low"], 60);
   expectTold("finger.csv --only spo2",
-             {"\nNothing saved: a result takes oxygen values of 93 % or more.\n"});
+             {"\nNothing saved: a result with SpO2 takes oxygen values of 93 % or more.\n"});
   done("health allow heartrate");
   expectTold("finger.csv",
              {"\nNo oxygen value: this camera's colours give none", "\nOnly a health record saved",
