@@ -231,6 +231,11 @@ TEST_F(SqliteKeyValueStoreTest, EveryKindOfWrongFileIsNamed) {
        [&] { other("CREATE TABLE entries (key TEXT); PRAGMA application_id = 7"); }},
       {"newer Veyla", [&] { make(), other("PRAGMA user_version = 2"); }},
       {"another shape", [&] { make(), other("ALTER TABLE entries ADD COLUMN extra TEXT"); }},
+      {"more than its table",
+       [&] {
+         make();
+         other("CREATE TRIGGER t AFTER UPDATE ON entries BEGIN DELETE FROM entries; END");
+       }},
       {"damaged", [&] { make(), std::filesystem::resize_file(file(), 4096); }},
       {"damaged", [&] {
          std::make_unique<SqliteKeyValueStore>(folder())->setValue("values", history(2000));
