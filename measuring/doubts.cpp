@@ -85,8 +85,7 @@ std::string_view textOf(Doubt doubt) {
       return "Unsure: the pulse may be twice as fast. Count it at the wrist for 15 seconds.";
     case Doubt::noBlue:
       return "Unsure: this camera sees next to no pulse in blue light, without which the oxygen "
-             "value "
-             "says nothing about the blood.";
+             "value says nothing about the blood.";
     case Doubt::noRedPulse:
       break;
   }
