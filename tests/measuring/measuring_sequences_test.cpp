@@ -1,14 +1,10 @@
 #include <gmock/gmock.h>
 
-#include <cctype>
 #include <random>
-#include <sstream>
 
 #include "history/history_store.h"
-#include "measuring/app_delegate.h"
 #include "measuring/measuring_screen.h"
-#include "shell/alerts.h"
-#include "tests/support/measuring_rig.h"
+#include "tests/support/random_walk.h"
 #include "tests/support/tables.h"
 
 namespace veyla {
@@ -20,85 +16,6 @@ const char* nameOf(MeasurementEnd end) {
                                           "refused",    "failed",    "replaced"};
   return names[static_cast<int>(end)];
 }
-
-/// Somebody with a phone. What happens is written as words and seconds that pass, such as
-/// "START 0.5 STOP 0.5 START 2.5 good*3".
-class Somebody : private MeasurementObserver {
- public:
-  Somebody() {
-    rig.appear();
-    rig.platform.journal.clear();
-    screen.addObserver(*this);
-  }
-
-  /// What is seen after it.
-  std::string after(const std::string& happenings) {
-    live(happenings);
-    return rig.seen();
-  }
-
-  void live(const std::string& happenings) {
-    std::istringstream words(happenings);
-    for (std::string word; words >> word;) {
-      if (std::isdigit(static_cast<unsigned char>(word.front())) != 0) {
-        rig.platform.time.runFor(std::stod(word));
-        continue;
-      }
-      const std::size_t times = word.find('*');
-      const int count = times == std::string::npos ? 1 : std::stoi(word.substr(times + 1));
-      for (int i = 0; i < count; ++i) happen(word.substr(0, times));
-    }
-  }
-
-  std::size_t entries() const {
-    const auto values = Utils::getValues();
-    return values ? values->size() : 0;
-  }
-
-  MeasuringRig rig;
-  MainViewController& screen = rig.screen;
-  ScriptedCamera& camera = rig.platform.camera;
-  std::vector<MeasurementEnd> ends;
-
- private:
-  void happen(const std::string& word) {
-    AppDelegate& application = AppDelegate::instance();
-    if (word == "START") return screen.beginButtonPush();
-    if (word == "STOP") return screen.stopButtonPush();
-    if (word == "heartrate") return screen.buttonCheckboxHeartrateTapped();
-    if (word == "spo2") return screen.buttonCheckboxSpo2Tapped();
-    if (word == "background") return application.applicationDidEnterBackground();
-    if (word == "return") {
-      application.applicationWillEnterForeground();
-      return application.applicationDidBecomeActive();
-    }
-    if (word == "interruption") return screen.didBecomeActive();
-    if (word == "leave") return screen.viewWillDisappear();
-    if (word == "appear") return screen.viewWillAppear();
-    if (word == "denied") return void(camera.authorization = CameraAuthorization::denied);
-    if (word == "dark") return void(camera.device->torch = false);
-    if (word == "lit") return void(camera.device->torch = true);
-    if (word == "lost") return screen.cameraLost();
-    if (word == "opened") return camera.opened();
-    if (word == "OK") return Alerts::instance().tapClose(rig.platform.alerts.lastId);
-    if (word == "good") return rig.spo2(97);
-    if (word == "low") return rig.spo2(92);
-    if (word == "none") return rig.spo2(0);
-    if (word.starts_with("spo2=")) return rig.spo2(std::stof(word.substr(5)));
-    // How strong the heart rate's rival is from here on.
-    if (word.starts_with("rival=")) {
-      rig.platform.fft.peaks = {{80, 1}, {200, std::stod(word.substr(6))}};
-      return;
-    }
-    // To the frame at which the curve comes, with as many unclear heart rates as that takes.
-    ASSERT_EQ(word, "curve");
-    rig.heartrateAmbiguous();
-    rig.frames(32 - static_cast<int>(screen.data()->rawHRValues()->size()));
-    rig.heartrateBin(80);
-  }
-
-  void measurementEnded(std::int32_t, MeasurementEnd end) override { ends.push_back(end); }
-};
 
 /// With parts of what is seen by their names.
 std::vector<std::pair<std::string, std::string>> rowsOf(const std::string& table) {
@@ -336,116 +253,13 @@ START 3                     -> -- --, low 0, missing 0, unclear 0
   }
 }
 
-/// Anything in any order, animations' ends too; after each event the screen must make sense.
-class RandomWalk {
- public:
-  explicit RandomWalk(std::uint32_t seed) : random_(seed) {
-    display_.holdsAnimations = true;
-    somebody_.rig.heartrateSetting("neededValidHeartrate", pick(2) == 0 ? 3 : 1000);
-  }
-
-  /// What happened, if that led to a screen that makes no sense; empty otherwise.
-  std::string run(int events) {
-    const char* fault = nullptr;
-    for (int i = 0; i < events && !fault; ++i) {
-      step();
-      fault = faultSeen();
-    }
-    while (!fault && display_.animations() > 0) {
-      display_.finishAnimation(0);
-      fault = faultSeen();
-    }
-    return fault ? story_ + "-> " + fault : "";
-  }
-
-  const std::vector<MeasurementEnd>& ends() const { return somebody_.ends; }
-
- private:
-  std::size_t pick(std::size_t count) {
-    return std::uniform_int_distribution<std::size_t>(0, count - 1)(random_);
-  }
-  bool records() const { return camera_.session && camera_.session->isRunning(); }
-
-  void step() {
-    static constexpr const char* byItself[] = {"0.01", "0.1",  "0.5",  "2",      "2",
-                                               "good", "good", "none", "low*20", "curve"};
-    static constexpr const char* byHand[] = {"START", "START", "START",      "STOP",
-                                             "lost",  "leave", "background", "interruption"};
-    if (display_.animations() > 0 && pick(3) == 0) {
-      story_ += "(an animation's end) ";
-      return display_.finishAnimation(pick(display_.animations()));
-    }
-    std::string word = byItself[pick(std::size(byItself))];
-    // Whoever is away can only come back, and taps are on what is seen.
-    if (pick(records() ? 8 : 2) == 0) {
-      word = back_.empty() ? byHand[pick(std::size(byHand))] : std::exchange(back_, "");
-    }
-    if (word == "START" && !display_.isSeen(MeasuringScreen::beginButton)) return;
-    if (word == "leave") back_ = "appear";
-    if (word == "background") back_ = "return";
-    if (word == "interruption") isInterrupted_ = records();
-    if (word == "START") isInterrupted_ = false;
-    camera_.device->torch = pick(12) != 0;
-    camera_.authorization =
-        pick(12) == 0 ? CameraAuthorization::denied : CameraAuthorization::authorized;
-    story_ += word + ' ';
-    somebody_.live(word);
-  }
-
-  /// Null where all is well.
-  const char* faultSeen() const {
-    using namespace MeasuringScreen;
-    const bool measures = somebody_.screen.canBegin();
-    const bool start = display_.isSeen(beginButton);
-    const bool stop = display_.isSeen(stopButton);
-    const bool buttonsRest =
-        display_.playing(beginButton).empty() && display_.playing(stopButton).empty();
-    const bool isHere = back_.empty() && buttonsRest;
-    const bool centerRests = display_.playing(viewCenter).empty();
-    const auto ended = [&](MeasurementEnd how) {
-      return static_cast<std::size_t>(std::count(ends().begin(), ends().end(), how));
-    };
-    // STOP is left from a camera that did not start.
-    const bool stopMayStay = !ends().empty() && (ends().back() == MeasurementEnd::failed ||
-                                                 ends().back() == MeasurementEnd::refused);
-    const auto& alerts = somebody_.rig.platform.alerts.inFront;
-    const bool isStarting = std::any_of(alerts.begin(), alerts.end(), [](const auto& alert) {
-      return alert.second == "Starting ...";
-    });
-    const std::pair<bool, const char*> faults[] = {
-        {records() && !somebody_.screen.isRunning(), "the camera runs on"},
-        {measures && !records(), "it measures without a camera"},
-        {!measures && camera_.device->torchMode() != LightMode::off, "the torch is on for nothing"},
-        {isStarting != (records() && !measures), "the countdown's alert is wrong"},
-        {somebody_.entries() != ended(MeasurementEnd::finished), "the entries are wrong"},
-        {buttonsRest && start == stop, "not one of START and STOP"},
-        {isHere && start && records() && !isInterrupted_, "START in place of STOP"},
-        {isHere && stop && !records() && !stopMayStay, "STOP in place of START"},
-        {centerRests && !display_.isSeen(viewCenter), "the centre is gone"},
-        {centerRests && display_.isSeen(MeasuringScreen::chartFourierView) ==
-                            display_.isSeen(viewLastMeasurements),
-         "the centre shows both or neither"}};
-    for (const auto& [isThere, fault] : faults) {
-      if (isThere) return fault;
-    }
-    return nullptr;
-  }
-
-  Somebody somebody_;
-  RecorderDisplay& display_ = somebody_.rig.platform.display;
-  ScriptedCamera& camera_ = somebody_.camera;
-  std::mt19937 random_;
-  std::string story_;
-  /// What brings whoever is away back; empty for here.
-  std::string back_;
-  /// By what has brought START back, although the measurement goes on.
-  bool isInterrupted_ = false;
-};
-
 TEST(MeasuringSequencesTest, TwoThousandRandomSequencesLeaveAScreenThatMakesSense) {
   std::map<MeasurementEnd, int> ends;
   for (std::uint32_t seed = 1; seed <= 2000; ++seed) {
-    RandomWalk walk(seed);
+    std::mt19937 random(seed);
+    RandomWalk walk([&](std::size_t count) {
+      return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
+    });
     ASSERT_EQ(walk.run(40), "") << "seed " << seed;
     for (const MeasurementEnd end : walk.ends()) ++ends[end];
   }
