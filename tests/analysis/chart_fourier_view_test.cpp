@@ -19,15 +19,9 @@ TEST(ChartFourierViewTest, KeepsTheLastNinetyPointsAsWholeNumbers) {
   EXPECT_EQ(chart.maxData(), 5);
   chart.reset();
   EXPECT_TRUE(chart.data().empty());
-}
-
-TEST(ChartFourierViewTest, AViewMadeWithAFrameTakesPointsSilently) {
-  ChartFourierView chart(ChartFourierView::Creation::frame);
-  for (int i = 0; i < 20; ++i) chart.addDataPoint(static_cast<float>(i));
-  EXPECT_TRUE(chart.data().empty());
-  EXPECT_EQ(chart.maxData(), 0);
-  chart.reset();
-  EXPECT_TRUE(chart.data().empty());
+  ChartFourierView silent(ChartFourierView::Creation::frame);
+  silent.addDataPoint(5);
+  EXPECT_TRUE(silent.data().empty());
 }
 
 }  // namespace
