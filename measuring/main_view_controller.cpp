@@ -443,8 +443,10 @@ void MainViewController::endMeasurement(MeasurementEnd how, const std::function<
 }
 
 void MainViewController::reportEnd() {
+  const MeasurementEnd how = *measurement_->howEnded();
+  services().healthStore.settle(how != MeasurementEnd::finished || measurement_->isKept);
   for (MeasurementObserver* observer : observers_) {
-    observer->measurementEnded(videoProcessing_->counter(), *measurement_->howEnded());
+    observer->measurementEnded(videoProcessing_->counter(), how);
   }
 }
 

@@ -69,7 +69,6 @@ class Keeping {
     if (healthStore->repair()) complain(*healthStore->repair());
     store->understands = Utils::mayStand;
     store->gatherChanges();
-    healthStore->hold();
     stored_ = store.get();
     store_ = std::move(store);
     healthStore_ = std::move(healthStore);
@@ -89,8 +88,6 @@ class Keeping {
   bool finish(const MeasurementReport& report) {
     if (!stored_) return true;
     stored_->synchronize();
-    // No record stands for a measurement that is not in the history.
-    if (report.outcome != Outcome::finished || report.isKept) healthStore_->keepWaiting();
     bool kept = true;
     for (const auto& failure : {stored_->failure(), healthStore_->failure()}) {
       if (!failure) continue;

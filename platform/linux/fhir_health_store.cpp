@@ -115,7 +115,7 @@ std::optional<std::string> mendEnd(int descriptor, const std::filesystem::path& 
 
 FhirHealthStore::FhirHealthStore(const std::filesystem::path& folder, KeyValueStore& permissions,
                                  UuidGenerator& uuids, Ask ask)
-    : file_(folder / fileName), permissions_(permissions), uuids_(uuids), ask_(std::move(ask)) {
+    : HealthRecords(permissions, uuids), file_(folder / fileName), ask_(std::move(ask)) {
   makeDataFolder(folder);
   const Descriptor file(open(file_.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | O_NONBLOCK));
   if (file.number() < 0 && errno == ENOENT) return;
@@ -125,7 +125,7 @@ FhirHealthStore::FhirHealthStore(const std::filesystem::path& folder, KeyValueSt
 
 HealthSharing FhirHealthStore::authorizationStatus(HealthSampleType type) const {
   HealthSharing& known = determined_.try_emplace(type, HealthSharing::notDetermined).first->second;
-  const HealthSharing status = permissions_.status(type);
+  const HealthSharing status = HealthRecords::authorizationStatus(type);
   if (status != HealthSharing::notDetermined) known = status;
   return known;
 }
@@ -137,7 +137,7 @@ void FhirHealthStore::requestAuthorization(const std::vector<HealthSampleType>& 
     if (authorizationStatus(type) != HealthSharing::notDetermined) continue;
     const auto answer = ask_ ? ask_(type) : std::nullopt;
     if (answer) {
-      permissions_.allow(type, *answer);
+      allow(type, *answer);
     } else {
       determined = false;
     }
@@ -164,50 +164,19 @@ std::optional<std::string> FhirHealthStore::contentsIn(const std::filesystem::pa
   return text;
 }
 
-void FhirHealthStore::save(const HealthSample& sample,
-                           std::function<void(bool success)> completion) {
-  Waiting record{{}, std::move(completion)};
-  try {
-    if (authorizationStatus(sample.type) != HealthSharing::authorized) {
-      throw StoreError(file_.string() + ": there is no permission to write " +
-                       HealthPermissions::nameOf(sample.type) + "; allow it and measure again");
-    }
-    record.line = observation(sample);
-  } catch (const StoreError& error) {
-    if (!failure_) failure_ = error.what();
-    if (record.completion) record.completion(false);
-    return;
-  }
-  if (holds_) {
-    waiting_.push_back(std::move(record));
-  } else {
-    keep(record);
-  }
-}
-
-void FhirHealthStore::keepWaiting() {
-  for (const Waiting& record : std::exchange(waiting_, {})) keep(record);
-}
-
-void FhirHealthStore::keep(const Waiting& record) {
+void FhirHealthStore::keep(const std::string& line, Completion completion) {
   bool saved = false;
   try {
-    append(record.line);
+    append(line);
     saved = hasSaved_ = true;
   } catch (const StoreError& error) {
     if (!failure_) failure_ = error.what();
   }
-  if (record.completion) record.completion(saved);
+  if (completion) completion(saved);
 }
 
-std::string FhirHealthStore::observation(const HealthSample& sample) const {
-  auto observation = fhirObservation(sample, uuids_.randomUuid());
-  if (!observation) {
-    throw StoreError(file_.string() + ": a sample of " + HealthPermissions::nameOf(sample.type) +
-                     " has no possible time, quantity or unit and is not saved; report this to the "
-                     "developers");
-  }
-  return *std::move(observation);
+void FhirHealthStore::tellRefusal(const std::string& reason) {
+  if (!failure_) failure_ = file_.string() + ": " + reason;
 }
 
 void FhirHealthStore::append(const std::string& line) {

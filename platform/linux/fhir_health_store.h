@@ -8,10 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/health_store.h"
-#include "platform/key_value_store.h"
-#include "platform/portable/fhir_observation.h"
-#include "platform/text_services.h"
+#include "platform/portable/health_records.h"
 
 namespace veyla {
 
@@ -23,9 +20,8 @@ namespace veyla {
 /// end, as a power cut leaves it, gets its end at the next opening if it is a record and is moved
 /// to a file beside this one if it is none; `repair` tells.
 ///
-/// Permission is kept per type in the key-value store, under "healthPermissions": there it changes
-/// in one transaction, also with two programs.
-class FhirHealthStore : public HealthStore {
+/// Permissions change in one transaction, also with two programs.
+class FhirHealthStore : public HealthRecords {
  public:
   /// The user's answer for one type; nothing when the user cannot be asked now or gives none.
   using Ask = std::function<std::optional<bool>(HealthSampleType)>;
@@ -39,26 +35,12 @@ class FhirHealthStore : public HealthStore {
   FhirHealthStore(const std::filesystem::path& folder, KeyValueStore& permissions,
                   UuidGenerator& uuids, Ask ask);
 
-  bool isHealthDataAvailable() const override { return true; }
   /// Asks for each type that is not determined yet; the completion, called before this returns,
   /// says whether all of `types` are determined now.
   void requestAuthorization(const std::vector<HealthSampleType>& types,
                             std::function<void(bool success)> completion) override;
   /// What was determined once stays so where it cannot be read for a moment: that is no refusal.
   HealthSharing authorizationStatus(HealthSampleType type) const override;
-  /// Refuses a quantity that is no finite number, a unit that is not the type's, a time outside the
-  /// years 1 to 9999, and a type without permission. The completion is called before this returns,
-  /// or by `keepWaiting`.
-  void save(const HealthSample& sample, std::function<void(bool success)> completion) override;
-
-  /// From now on samples wait for `keepWaiting`: on a full disk no record stands for a measurement
-  /// that is not in the history.
-  void hold() { holds_ = true; }
-  /// Keeps what waits.
-  void keepWaiting();
-
-  /// Sets a type's permission without asking.
-  void allow(HealthSampleType type, bool allowed) { permissions_.allow(type, allowed); }
 
   /// The whole file of a folder, as no other program is writing it; nothing when no record was ever
   /// kept. Reads alone, so that its last line may be half a one. Throws `StoreError`.
@@ -72,23 +54,13 @@ class FhirHealthStore : public HealthStore {
   const std::optional<std::string>& repair() const { return repair_; }
 
  private:
-  /// A record and whom to tell what became of it.
-  struct Waiting {
-    std::string line;
-    std::function<void(bool success)> completion;
-  };
-
-  void keep(const Waiting& record);
+  void keep(const std::string& line, Completion completion) override;
+  void tellRefusal(const std::string& reason) override;
   void append(const std::string& line);
-  std::string observation(const HealthSample& sample) const;
 
   std::filesystem::path file_;
-  HealthPermissions permissions_;
   mutable std::map<HealthSampleType, HealthSharing> determined_;
-  UuidGenerator& uuids_;
   Ask ask_;
-  bool holds_ = false;
-  std::vector<Waiting> waiting_;
   bool hasSaved_ = false;
   std::optional<std::string> failure_;
   std::optional<std::string> repair_;

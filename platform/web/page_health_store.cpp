@@ -15,7 +15,7 @@ using emscripten::val;
 
 PageHealthStore::PageHealthStore(val page, Pending& pending, KeyValueStore& permissions,
                                  UuidGenerator& uuids)
-    : page_(std::move(page)), pending_(pending), permissions_(permissions), uuids_(uuids) {}
+    : HealthRecords(permissions, uuids), page_(std::move(page)), pending_(pending) {}
 
 void PageHealthStore::requestAuthorization(const std::vector<HealthSampleType>& types,
                                            std::function<void(bool success)> completion) {
@@ -36,19 +36,11 @@ void PageHealthStore::requestAuthorization(const std::vector<HealthSampleType>& 
   page_.call<void>("ask", undetermined, number);
 }
 
-void PageHealthStore::save(const HealthSample& sample,
-                           std::function<void(bool success)> completion) {
-  const auto line = authorizationStatus(sample.type) == HealthSharing::authorized
-                        ? fhirObservation(sample, uuids_.randomUuid())
-                        : std::nullopt;
-  if (!line) {
-    if (completion) completion(false);
-    return;
-  }
+void PageHealthStore::keep(const std::string& line, Completion completion) {
   const int number = pending_.keep([completion = std::move(completion)](int answer) {
     if (completion) completion(answer != 0);
   });
-  page_.call<void>("append", *line, number);
+  page_.call<void>("append", line, number);
 }
 
 }  // namespace veyla

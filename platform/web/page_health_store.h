@@ -3,19 +3,15 @@
 #include <emscripten/val.h>
 
 #include <functional>
-#include <utility>
 #include <vector>
 
-#include "platform/health_store.h"
-#include "platform/portable/fhir_observation.h"
-#include "platform/text_services.h"
+#include "platform/portable/health_records.h"
 #include "platform/web/pending.h"
 
 namespace veyla {
 
-/// The health store as FHIR R4 Observations that the page keeps, one line of NDJSON a sample, and
-/// offers as a file. Permission is kept per type in the key-value store.
-class PageHealthStore : public HealthStore {
+/// The health store as lines that the page keeps and offers as a file.
+class PageHealthStore : public HealthRecords {
  public:
   /// `page` answers `ask(names, pending)`, whose answer has a bit for each type allowed, in their
   /// order, and is negative when there was none; and `append(line, pending)`, whose answer is
@@ -23,21 +19,14 @@ class PageHealthStore : public HealthStore {
   PageHealthStore(emscripten::val page, Pending& pending, KeyValueStore& permissions,
                   UuidGenerator& uuids);
 
-  bool isHealthDataAvailable() const override { return true; }
   void requestAuthorization(const std::vector<HealthSampleType>& types,
                             std::function<void(bool success)> completion) override;
-  HealthSharing authorizationStatus(HealthSampleType type) const override {
-    return permissions_.status(type);
-  }
-  void save(const HealthSample& sample, std::function<void(bool success)> completion) override;
-
-  void allow(HealthSampleType type, bool allowed) { permissions_.allow(type, allowed); }
 
  private:
+  void keep(const std::string& line, Completion completion) override;
+
   emscripten::val page_;
   Pending& pending_;
-  HealthPermissions permissions_;
-  UuidGenerator& uuids_;
 };
 
 }  // namespace veyla

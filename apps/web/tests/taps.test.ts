@@ -41,7 +41,7 @@ it("START twice looks tapped at once, opens one camera and counts down once", as
     };
     return tracks;
   });
-  for (let spacing = 0; spacing <= 400; spacing += 50) {
+  for (let spacing = 0; spacing <= 400; spacing += 10) {
     await visit.page.locator('[data-element="beginButton"]:not([inert])').waitFor();
     await visit.still();
     const begin = visit.element("beginButton");
