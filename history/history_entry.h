@@ -25,6 +25,9 @@ struct LabelPair {
 };
 inline constexpr std::array<LabelPair, 2> exclusiveLabels{{{3, 4}, {5, 6}}};
 
+/// Stands where a value was not measured.
+inline constexpr const char* noValue = "--";
+
 /// One flag per label.
 using Labels = std::array<bool, labelNames.size()>;
 

@@ -131,8 +131,8 @@ OldHistoryEntry saveHeartrateOLD(float heartrate, float spo2, Date date,
                                  const std::optional<Labels>& labels) {
   OldHistoryEntry entry{
       services().dates.mediumDateShortTime(date),
-      heartrate < 1.0F ? "--" : formatText("%.0f bpm", static_cast<double>(heartrate)),
-      spo2 < 1.0F ? "--" : formatText("%.0f%%", static_cast<double>(spo2)),
+      heartrate < 1.0F ? noValue : formatText("%.0f bpm", static_cast<double>(heartrate)),
+      spo2 < 1.0F ? noValue : formatText("%.0f%%", static_cast<double>(spo2)),
       labels.value_or(Labels{})};
   store().exclusively([&] {
     auto elements = arrayUnder(oldValuesKey);

@@ -23,8 +23,6 @@ constexpr double slideSeconds = 0.5;
 /// In points.
 constexpr std::int32_t toolbarHeight = 44;
 
-constexpr const char* noValue = "--";
-
 std::string joined(const std::vector<std::string>& parts, std::string_view separator) {
   std::string text;
   for (std::size_t i = 0; i < parts.size(); ++i) {

@@ -29,7 +29,6 @@ constexpr double releaseNotesDelay = 0.5;
 
 constexpr std::string_view runningFont = "HelveticaNeue-Light";
 constexpr std::string_view finalFont = "HelveticaNeue-Medium";
-constexpr const char* noValue = "--";
 constexpr const char* startInstruction = "Tap START to begin - don't cover camera";
 constexpr const char* coverInstruction = "Cover flash and camera lens with finger...";
 

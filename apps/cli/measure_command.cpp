@@ -144,10 +144,13 @@ std::string nothingSaved(const MeasurementReport& report, bool keptRecord) {
   const bool lacksOxygen =
       report.outcome == Outcome::lowSignal ||
       (report.shortfall && report.shortfall->cause == Shortfall::Cause::oxygen);
-  return formatText("%s: a result %s.\n", saved,
-                    lacksOxygen ? "with SpO2 takes oxygen values of 93 % or more"
-                                : "takes a steady finger for some 10 to 20 seconds after the 2 of "
-                                  "the countdown");
+  if (lacksOxygen) {
+    return formatText("%s: a result with SpO2 takes oxygen values of 93 %% or more.\n", saved);
+  }
+  return formatText(
+      "%s: a result takes a steady finger for some 10 to 20 seconds after the %d of the "
+      "countdown.\n",
+      saved, Measurement::countdownSeconds);
 }
 
 /// Runs the measurement and, on a terminal, shows it.

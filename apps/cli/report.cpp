@@ -131,8 +131,10 @@ std::string explanation(const MeasurementReport& report, const MeasurementReques
   }
   const std::string option = shortenedBy(report, request);
   if (report.seconds <= 0) {
-    return "The recording ended before the measurement began: it needs 2 seconds of countdown and "
-           "then 10 to 20 seconds with a finger on the lens.\n" +
+    return formatText(
+               "The recording ended before the measurement began: it needs %d seconds of "
+               "countdown and then 10 to 20 seconds with a finger on the lens.\n",
+               Measurement::countdownSeconds) +
            (option.empty() ? "" : option + "\n");
   }
   const std::string ended =

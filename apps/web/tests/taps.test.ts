@@ -57,7 +57,7 @@ it("START twice looks tapped at once, opens one camera and counts down once", as
     expect(await begin.getAttribute("aria-busy")).toBeNull();
     await visit.tap("STOP");
   }
-});
+}, 400_000);
 
 it("two taps on START do not close what the first one told", async () => {
   const visit = await visitPage();
