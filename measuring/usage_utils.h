@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace veyla {
 
@@ -26,6 +28,20 @@ class UsageUtils {
   static void setTotal_lowsig(std::int64_t value);
   static std::int64_t total_lowsig_percent();
   static void setTotal_lowsig_percent(std::int64_t value);
+
+  // By the keys under which the store holds them.
+
+  static constexpr std::string_view totalFinished = "total_finished";
+  static constexpr std::string_view totalFinishedPercent = "total_finished_percent";
+  static constexpr std::string_view totalHrLow = "total_hr_low";
+  static constexpr std::string_view totalHrLowPercent = "total_hr_low_percent";
+  static constexpr std::string_view totalLowsig = "total_lowsig";
+  static constexpr std::string_view totalLowsigPercent = "total_lowsig_percent";
+  static constexpr std::array counterKeys{totalFinished, totalFinishedPercent,
+                                          totalHrLow,    totalHrLowPercent,
+                                          totalLowsig,   totalLowsigPercent};
+  static std::int64_t counter(std::string_view key);
+  static void setCounter(std::string_view key, std::int64_t value);
 
   static int getSome() { return 42; }
 

@@ -22,6 +22,8 @@ struct HistoryOptions {
   std::string label;
   /// Takes the label off instead.
   bool off = false;
+  /// The backup to restore.
+  std::string input;
   /// A file, or "-" for standard output; empty for the mail program.
   std::string output;
   /// Mails the lines in the body instead of as an attachment.

@@ -12,6 +12,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "apps/cli/backup_command.h"
 #include "apps/cli/chart_command.h"
 #include "apps/cli/choices.h"
 #include "apps/cli/complain.h"
@@ -298,6 +299,14 @@ void describeHistory(CLI::App& history, veyla::HistoryOptions& options,
   mail.add_flag("--text", options.text, "put the lines into the mail itself");
   addText(mail, "-o", options.output, "FILE.eml",
           "write the mail's draft to this file instead (-: standard output)");
+
+  CLI::App& backup = add("backup", "write entries, counters and address for another machine",
+                         veyla::runHistoryBackup);
+  addText(backup, "-o", options.output, "FILE.json", "file to write (-: standard output)")
+      ->required();
+  CLI::App& restore = add("restore", "add what is missing of a backup, this or a phone's",
+                          veyla::runHistoryRestore);
+  addText(restore, "FILE", options.input, "", "the backup")->required();
 }
 
 void describeHealth(CLI::App& health, veyla::HealthOptions& options, ExitStatus& status) {

@@ -131,6 +131,14 @@ void WebApp::rateMyApp() {
   TableViewController(noViews, {}).rateMyApp();
 }
 
+std::string WebApp::restore(const std::string& text) {
+  std::string fault;
+  const auto backup = readBackup(text, fault);
+  if (!backup) return "Nothing restored: " + fault + ".";
+  const auto count = veyla::restore(*backup);
+  return count ? told(*count) : "Nothing restored: the storage is full; free some space.";
+}
+
 bool WebApp::isHealthRecordAllowed(const std::string& name) const {
   for (const HealthSampleType type : healthSampleTypes) {
     if (name == HealthPermissions::nameOf(type)) {

@@ -11,6 +11,7 @@
 #include "apps/web/page_display.h"
 #include "apps/web/page_lists.h"
 #include "apps/web/page_shell.h"
+#include "history/backup.h"
 #include "measuring/measurement_judge.h"
 #include "platform/platform.h"
 #include "platform/portable/json.h"
@@ -87,6 +88,10 @@ class WebApp {
   std::optional<std::string> rawStoredText(const std::string& key) const {
     return store_.rawText(key);
   }
+  /// Text of a file with it, for another machine; nothing where none can be made.
+  std::optional<std::string> backUp() const { return textOf(currentBackup()); }
+  /// Adds what is missing of such a text, and says in a line what came of it.
+  std::string restore(const std::string& text);
   void setStoredTextAside(const std::string& key) { store_.setAside(key, loop_.now()); }
 
  private:

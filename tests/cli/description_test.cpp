@@ -30,7 +30,7 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
            {{"hist"}, {"history"}},
            {{"measure", "--no"}, {"--no-save"}},
            {{"history", "label", "-"}, {"-h", "--help", "--data", "--off"}},
-           {{"history", ""}, {"label", "delete", "export", "mail"}},
+           {{"history", ""}, {"label", "delete", "export", "mail", "backup", "restore"}},
            {{"health", "--data", "x", "al"}, {"allow"}},
            {{"health", "deny", ""}, {"heartrate", "spo2"}},
            {{"measure", "--only", "s"}, {"spo2"}},

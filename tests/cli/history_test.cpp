@@ -79,6 +79,18 @@ TEST_F(HistoryTest, EntriesAreLabelledAndDeletedByTheirNumbers) {
   EXPECT_EQ(kept(), Value::Array{entry(0, 97.4, 1709650000, 4)});
 }
 
+TEST_F(HistoryTest, ABackupBringsTheHistoryToAnotherFolder) {
+  keepThree();
+  printed("backup -o backup.json");
+  write("cut.json", contentsOf(file("backup.json")).substr(0, 200));
+  expectRefused(run("history restore cut.json --data other"), 3, "cut.json: no backup");
+  EXPECT_FALSE(std::filesystem::exists(file("other")));
+  EXPECT_EQ(done("history restore backup.json --data other"),
+            "Restored 3 measurements; 0 were there already.\n");
+  EXPECT_EQ(done("history backup -o - --data other"), contentsOf(file("backup.json")));
+  expectRefused(history("backup -o data/veyla.db"), 4, "holds what Veyla keeps");
+}
+
 TEST_F(HistoryTest, TheCsvIsWrittenWholeOrNotAtAll) {
   keepThree();
   EXPECT_EQ(printed("export 3 2 -o out.csv"), "");

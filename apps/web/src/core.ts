@@ -186,6 +186,8 @@ export interface WebApp {
   allowHealthRecord(name: string, allowed: boolean): void;
 
   rawStoredText(key: string): string | null;
+  backUp(): string | null;
+  restore(text: string): string;
   setStoredTextAside(key: string): void;
 }
 

@@ -1,4 +1,5 @@
 // The options screen, and the pages that its rows lead to.
+import { backupRows } from "./backup_rows";
 import { followPage, type OptionsRow, type TableViewController, type WebApp } from "./core";
 import { make, makeCustom, textButton } from "./dom";
 import type { AccessoryButton, OptionsViews } from "./page";
@@ -34,7 +35,7 @@ export class OptionsScreen implements OptionsViews {
         ),
       );
     const content = makeCustom("ion-content", { class: "grouped" });
-    content.append(make("div", {}, ...lists));
+    content.append(make("div", {}, ...lists, ...backupRows(app)));
     this.page = make(
       "div.ion-page.options",
       {},

@@ -1,4 +1,6 @@
 // The options, the e-mail dialog, and the pages to read.
+import { readFileSync } from "node:fs";
+
 import { expect, it } from "vitest";
 
 import { acquainted, type Visit, visitPage } from "./browser";
@@ -107,4 +109,30 @@ it("keeps the decision about health records, and tells where there are none", as
   });
   await visit.tap("Save records as a file");
   await page.getByText("This browser does not give the page its records.").waitFor();
+});
+
+it("backs up to a file, and restores from one what is missing", async () => {
+  const visit = await openOptions();
+  const { page } = visit;
+  const restore = async (buffer: Buffer): Promise<void> => {
+    const [chooser] = await Promise.all([
+      page.waitForEvent("filechooser"),
+      page.getByText("Restore", { exact: true }).click(),
+    ]);
+    await chooser.setFiles({ name: "backup.json", mimeType: "application/json", buffer });
+  };
+  await restore(Buffer.from("{}"));
+  await page.getByText("Nothing restored: no backup of Veyla's").waitFor();
+  const entry = { date: 1.25, hr: 70.5, spo2: 97, labels: ["Resting"] };
+  await restore(Buffer.from(JSON.stringify({ veyla: "backup", version: 1, entries: [entry] })));
+  await page.getByText("Restored 1 measurement; 0 were there already.").waitFor();
+  await visit.inspect("backup");
+  const [download] = await Promise.all([
+    page.waitForEvent("download"),
+    page.getByText("Back up", { exact: true }).click(),
+  ]);
+  const backup = readFileSync(await download.path(), "utf8");
+  expect(JSON.parse(backup)).toMatchObject({ entries: [entry] });
+  await restore(Buffer.from(backup));
+  await page.getByText("Restored 0 measurements; 1 was there already.").waitFor();
 });

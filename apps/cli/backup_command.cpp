@@ -1,0 +1,81 @@
+#include "apps/cli/backup_command.h"
+
+#include <fstream>
+#include <iterator>
+
+#include "apps/cli/complain.h"
+#include "apps/cli/history_platform.h"
+#include "apps/cli/kept_store.h"
+#include "history/backup.h"
+#include "history/history_store.h"
+#include "platform/format.h"
+#include "platform/linux/input_file.h"
+#include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/output_file.h"
+#include "platform/linux/recording_source.h"
+#include "platform/linux/sqlite_key_value_store.h"
+#include "platform/linux/store_error.h"
+
+namespace veyla {
+
+namespace {
+
+void requireNoFailure(const SqliteKeyValueStore& store) {
+  if (store.failure()) throw StoreError(*store.failure());
+}
+
+ExitStatus backUp(const HistoryOptions& options) {
+  const auto stored = openKeptStore(options.dataFolder, SqliteKeyValueStore::Use::read);
+  MemoryKeyValueStore empty;
+  const HistoryPlatform platform(stored ? static_cast<KeyValueStore&>(*stored) : empty);
+  const Backup backup = currentBackup();
+  if (stored) requireNoFailure(*stored);
+  const auto text = textOf(backup);
+  if (!text) {
+    throw StoreError((dataFolderOf(options.dataFolder) / SqliteKeyValueStore::fileName).string() +
+                     ": an entry holds what no backup can; copy the file itself");
+  }
+  OutputFile output(options.output, Readers::ownerAlone);
+  output.write(*text + "\n");
+  output.commit();
+  if (backup.entries.empty()) complain("no measurements yet: the backup holds none");
+  if (backup.damaged == 0) return ExitStatus::done;
+  complain(formatText("%zu damaged %s left out of the backup; veyla history tells which",
+                      backup.damaged, backup.damaged == 1 ? "entry is" : "entries are"));
+  return ExitStatus::unreadableInput;
+}
+
+/// Throws `InputError` for what is no backup.
+Backup readFrom(const std::string& path) {
+  requireInputFile(path);
+  std::ifstream file(path, std::ios::binary);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  MemoryKeyValueStore empty;
+  const HistoryPlatform platform(empty);
+  std::string fault;
+  auto backup = readBackup(text, fault);
+  if (!backup) throw InputError(path + ": " + fault);
+  return *std::move(backup);
+}
+
+ExitStatus bringBack(const HistoryOptions& options) {
+  const Backup backup = readFrom(options.input);
+  SqliteKeyValueStore store(dataFolderOf(options.dataFolder));
+  store.understands = Utils::mayStand;
+  const HistoryPlatform platform(store);
+  const auto count = restore(backup);
+  if (!count) requireNoFailure(store);
+  const auto written = [&] { printOut(told(count.value()) + "\n"); };
+  return writes(written, "done, but ") ? ExitStatus::done : ExitStatus::unwritableData;
+}
+
+}  // namespace
+
+ExitStatus runHistoryBackup(const HistoryOptions& options) {
+  return exitStatusOf([&] { return backUp(options); });
+}
+ExitStatus runHistoryRestore(const HistoryOptions& options) {
+  return exitStatusOf([&] { return bringBack(options); });
+}
+
+}  // namespace veyla
