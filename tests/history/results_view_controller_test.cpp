@@ -92,7 +92,6 @@ class ResultsViewControllerTest : public testing::Test {
     }
   }
   Labels storedLabels(std::size_t index) const { return Utils::getValues()->at(index).labels; }
-  const Mail& mail() const { return platform_.sharing.mails.back(); }
 
   TestPlatform platform_;
   RecorderResultsView view_{platform_.journal};
@@ -216,29 +215,9 @@ trash                -> {saved} | delete 0 2 fading | {ended} | {down})");
 
 // Sharing.
 
-TEST_F(ResultsViewControllerTest, CancellingTheShareChoiceSendsTheCsvMailToo) {
-  load();
-  screen_.clickShare();
-  EXPECT_EQ(platform_.log.lines.back(), "click share");
-  std::string actions;
-  for (const SheetAction& action : view_.sheet->actions) {
-    actions += action.title + (action.style == ActionStyle::cancel ? " (cancel), " : ", ");
-  }
-  EXPECT_EQ(actions, "Cancel (cancel), Email (text), Email (csv), ");
-  for (const auto& [action, attachments] :
-       {std::pair{"Cancel", 1U}, {"Email (csv)", 1U}, {"Email (text)", 0U}}) {
-    forget();
-    view_.choose(action);
-    EXPECT_THAT(platform_.journal.lines(),
-                ElementsAre("sharing mail Veyla data", "results dismiss sheet"));
-    EXPECT_THAT(mail().attachments, SizeIs(attachments)) << action;
-  }
-}
-
-TEST_F(ResultsViewControllerTest, MailsCarryTheSelectedRowsNewestFirst) {
+TEST_F(ResultsViewControllerTest, TheShareSheetMailsTheSelectedRowsNewestFirstWhenCancelledToo) {
   loadThree();
   tap("edit row2 row0 row1");
-  screen_.emailCSVResults();
   const std::string introduction =
       "The heart rate and saturation data have been measured with the Veyla app. It can be "
       "downloaded on the App Store: <a href=\"https://store/veyla\">iTunes link</a>.";
@@ -246,15 +225,24 @@ TEST_F(ResultsViewControllerTest, MailsCarryTheSelectedRowsNewestFirst) {
   const std::string lines =
       "Date,Heart Rate,Saturation\n1970-01-01 00:50:00,72,0\n1970-01-01 00:33:20,0,97\n"
       "1970-01-01 00:16:40,60,96";
-  Mail expected{
+  const Mail csv{
       {},    "Veyla data", introduction, true, {{lines, "text/csv", "veyla-data-20231114.csv"}},
       black, black};
-  EXPECT_EQ(mail(), expected);
+  Mail text = csv;
+  text.body = "<p>" + introduction + "</p><p>" + replaced(lines, "\n", "<br>") + "</p>";
+  text.attachments.clear();
 
-  screen_.emailRawResults();
-  expected.body = "<p>" + introduction + "</p><p>" + replaced(lines, "\n", "<br>") + "</p>";
-  expected.attachments.clear();
-  EXPECT_EQ(mail(), expected);
+  forget();
+  screen_.clickShare();
+  EXPECT_EQ(platform_.log.lines.back(), "click share");
+  std::string actions;
+  for (const SheetAction& action : view_.sheet->actions) {
+    actions += action.title + (action.style == ActionStyle::cancel ? " (cancel), " : ", ");
+    action.action();
+    EXPECT_EQ(platform_.journal.lines().back(), "results dismiss sheet");
+  }
+  EXPECT_EQ(actions, "Cancel (cancel), Email (text), Email (csv), ");
+  EXPECT_THAT(platform_.sharing.mails, ElementsAre(csv, text, csv));
 }
 
 TEST_F(ResultsViewControllerTest, HowMailsAndMessagesEndStandsInTheLog) {
@@ -284,7 +272,7 @@ TEST_F(ResultsViewControllerTest, AScreenThatHasGoneIsNotCalledByItsSheetOrMail)
   screen->clickShare();
   screen.reset();
   forget();
-  view_.choose("Cancel");
+  view_.sheet->actions.front().action();
   EXPECT_THAT(platform_.journal.lines(), IsEmpty());
   platform_.sharing.mailFinished(MailResult::sent, "");
   EXPECT_THAT(platform_.journal.lines(), ElementsAre("sharing dismiss mail"));
@@ -308,7 +296,8 @@ TEST_F(ResultsViewControllerTest, ADamagedEntryShowsAndStaysAsItIsUntilItIsDelet
 
   tap("edit row0 row1");
   screen_.emailCSVResults();
-  EXPECT_THAT(mail().attachments.front().data, EndsWith("Saturation\n1970-01-01 00:00:02,61,97"));
+  EXPECT_THAT(platform_.sharing.mails.back().attachments.front().data,
+              EndsWith("Saturation\n1970-01-01 00:00:02,61,97"));
   EXPECT_THAT(platform_.log.lines, testing::Contains(HasSubstr("its \"hr\" is no number")));
   tap("deselect0 trash");
   EXPECT_THAT(*platform_.store.values["values"].array(), SizeIs(1));
@@ -325,14 +314,6 @@ TEST_F(ResultsViewControllerTest, WhatCouldNotBeStoredIsNotShown) {
     ASSERT_EQ(screen_.numberOfRows(ResultsViewController::listTag), 1U);
     EXPECT_EQ(screen_.listCell(0).labelNames, "");
   }
-}
-
-TEST_F(ResultsViewControllerTest, OldEntriesWithoutLabelsAreCompleted) {
-  screen_.addLabelsArrayForMissingRows(
-      {{"at 2", "60 bpm", "--", flags("2")}, {"at 1", "--", "97%", std::nullopt}});
-  EXPECT_THAT(*Utils::getValuesOLD(),
-              ElementsAre(OldHistoryEntry{"at 2", "60 bpm", "--", flags("2")},
-                          OldHistoryEntry{"at 1", "--", "97%", Labels{}}));
 }
 
 }  // namespace

@@ -15,13 +15,6 @@ class RecorderResultsView : public ResultsView {
 
   std::optional<ActionSheet> sheet;
 
-  /// Chooses the action of this title, as a tap on it does.
-  void choose(const std::string& title) const {
-    for (const SheetAction& action : sheet->actions) {
-      if (action.title == title) action.action();
-    }
-  }
-
   void setLeftButton(std::string_view title) override { record("left " + std::string(title)); }
   void setRightButtons(const std::vector<std::string_view>& titles) override {
     std::string line = "right";

@@ -135,7 +135,6 @@ class ScriptedCamera : public Camera {
   CameraAuthorization authorization = CameraAuthorization::authorized;
   /// The answer to a request for access.
   bool grants = true;
-  bool opens = true;
   std::shared_ptr<ScriptedDevice> device;
   std::optional<std::vector<std::shared_ptr<CaptureDevice>>> backDevices;
   std::shared_ptr<CaptureDevice> defaultDevice;
@@ -164,7 +163,7 @@ class ScriptedCamera : public Camera {
   std::shared_ptr<CaptureDevice> defaultVideoDevice() override { return defaultDevice; }
   std::shared_ptr<CaptureDeviceInput> makeDeviceInput(
       const std::shared_ptr<CaptureDevice>& from) override {
-    return opens ? std::make_shared<CaptureDeviceInput>(CaptureDeviceInput{from}) : nullptr;
+    return std::make_shared<CaptureDeviceInput>(CaptureDeviceInput{from});
   }
   std::shared_ptr<CaptureSession> makeSession() override {
     if (begins) begins();
