@@ -123,41 +123,21 @@ TEST(FingerCoachTest, TheBordersOfWhatAFingerMayLookLike) {
   }
 }
 
-/// In a lamp's colour.
-Rgb lit(double light) { return {light, 0.6 * light, 0.5 * light}; }
-
 /// A finger with one part of its look changed, such as "level=0.6", or another picture by its name.
 Scene named(const std::string& name) {
   static const std::map<std::string, Scene> scenes{
       {"finger", finger},
       {"black", plain({})},
       {"red", plain({255, 0, 0})},
-      {"noise",
-       [](double, double, double time) {
-         const double light = 8 + 7 * std::sin(40 * time * time);
-         return Rgb{light, light, light};
-       }},
-      {"bars",
-       [](double x, double, double time) {
-         Rgb bar{20, 20, 20};
-         bar[x < 0.25 ? 0 : x < 0.5 ? 1 : 2] = 200 + 2 * std::sin(40 * time * time);
-         return bar;
-       }},
       {"photograph", [](double x, double y, double) { return photograph(x, y, 0.3); }},
       {"pan", [](double x, double y, double time) { return photograph(x, y, 0.1 * time); }},
-      {"cloth",
-       [](double x, double y, double time) {
-         const double light = 150 + 4 * std::sin(210 * (x + 0.03 * time) + 3 * y);
-         return Rgb{light, 0.5 * light, 0.4 * light};
-       }},
       {"lamp",
        [](double x, double y, double time) {
          const double distance =
              std::hypot(x - 0.5 - 0.4 * std::sin(2 * time), y - 0.5 - 0.4 * std::cos(1.3 * time));
-         return lit(60 + 150 * std::exp(-8 * distance * distance));
+         const double light = 60 + 150 * std::exp(-8 * distance * distance);
+         return Rgb{light, 0.6 * light, 0.5 * light};
        }},
-      {"flicker",
-       [](double, double, double time) { return lit(std::fmod(time, 0.8) < 0.4 ? 60 : 180); }},
       {"table",
        [](double x, double y, double time) {
          const double light = 70 + 20 * x - 10 * y + 1.5 * std::sin(40 * time * time + 7 * x);
@@ -193,13 +173,9 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
   // of many a border.
   for (const auto& [stretches, expected] : rowsOf(R"(
 375 red -> tooBright 0-9 noFinger 9-375
-375 noise -> noFinger 0-375
-375 bars -> noFinger 0-375
 375 photograph -> noFinger 0-375
 375 pan -> moving 0-375
-375 cloth -> moving 0-375
 375 lamp -> moving 0-375
-375 flicker -> moving 0-375
 120 finger 45 table 105 finger -> good 0-120 noFinger 120-165 moving 165-176 good 176-270
 120 finger 45 black 105 finger -> good 0-120 noFinger 120-165 good 165-270
 120 finger 30 shake=0.2 75 finger -> good 0-122 moving 122-157 good 157-225
