@@ -1,6 +1,6 @@
 # Thin: CMake presets do the building. `make help` lists the commands.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-core test-web torture build bench web format lint clean setup setup-test setup-lint setup-web FORCE
+.PHONY: help demo test test-core test-web torture fuzz build bench web format lint clean setup setup-test setup-lint setup-fuzz setup-web FORCE
 
 help: ## this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-9s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -11,6 +11,8 @@ setup-test:
 	@scripts/setup.sh test
 setup-lint:
 	@scripts/setup.sh lint
+setup-fuzz:
+	@scripts/setup.sh fuzz
 setup-web:
 	@scripts/setup.sh web
 
@@ -43,6 +45,10 @@ torture: setup-test ## install what is missing, and kill, refuse and damage for 
 	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
 	@cmake --preset threads >/dev/null && cmake --build --preset threads --target veyla
 	@scripts/torture.sh
+
+fuzz: setup-fuzz ## install what is missing, and search for input that breaks something, FUZZ_SECONDS (60) for each target
+	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
+	@scripts/fuzz.sh
 
 web: setup-web ## install what is missing, build the phone app into build/site, and serve it on localhost
 	@scripts/build_web.sh

@@ -26,6 +26,8 @@ testing=(
   chromium
 )
 linting=(clang-format-14 clang-tidy-14)
+# the sanitizers and the search of the second compiler
+fuzzing=(libclang-rt-14-dev)
 # the phone app: the compiler to WebAssembly, the headers it takes in, and what builds the page
 web=(emscripten cmake ninja-build libkissfft-dev nlohmann-json3-dev nodejs ca-certificates)
 
@@ -33,8 +35,9 @@ case "${1:-build}" in
   build) ;;
   test) packages+=("${testing[@]}" "${web[@]}") ;;
   lint) packages+=("${testing[@]}" "${web[@]}" "${linting[@]}") ;;
+  fuzz) packages+=("${testing[@]}" "${fuzzing[@]}") ;;
   web) packages=("${web[@]}") ;;
-  *) echo "usage: scripts/setup.sh [build|test|lint|web]" >&2; exit 2 ;;
+  *) echo "usage: scripts/setup.sh [build|test|lint|fuzz|web]" >&2; exit 2 ;;
 esac
 
 installed() { dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed; }

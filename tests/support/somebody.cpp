@@ -1,5 +1,7 @@
 #include "tests/support/somebody.h"
 
+#include <gtest/gtest.h>
+
 #include <cctype>
 #include <sstream>
 
