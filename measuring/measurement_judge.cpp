@@ -114,6 +114,7 @@ void MeasurementJudge::showFinger(std::string_view text, std::string_view pictur
   if (text == text_ && picture == picture_) return;
   text_ = text;
   picture_ = picture;
+  if (!picture_.empty()) logLine("finger: %s", std::string(picture_).c_str());
   display().setText(labelFinger, text_);
   display().setImage(labelFinger, picture_);
 }

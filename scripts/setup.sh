@@ -29,7 +29,7 @@ linting=(clang-format-14 clang-tidy-14)
 # the sanitizers and the search of the second compiler
 fuzzing=(libclang-rt-14-dev)
 # the phone app: the compiler to WebAssembly, the headers it takes in, and what builds the page
-web=(emscripten cmake ninja-build libkissfft-dev nlohmann-json3-dev nodejs ca-certificates)
+web=(emscripten cmake ninja-build libkissfft-dev nlohmann-json3-dev nodejs ca-certificates openssl)
 
 case "${1:-build}" in
   build) ;;

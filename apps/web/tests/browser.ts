@@ -37,6 +37,8 @@ export interface Visitor extends Pick<
   readonly query?: string;
   /** The host by whose name the page is opened; without HTTPS, browsers trust their own machine alone. */
   readonly host?: string;
+  /** By the server for phones in the same network. */
+  readonly byPhone?: boolean;
   /** What the browser lacks or does badly. */
   readonly lacks?: "video frames" | "the core" | "storage";
 }
@@ -279,14 +281,19 @@ function takeAway(what: string): void {
 
 /** The browsers of a file's tests, by their cameras. */
 const browsers = new Map<string, Promise<Browser>>();
-let server: Promise<PreviewServer> | undefined;
+/** Those that the page comes from, by their settings. */
+const servers = new Map<string, Promise<PreviewServer>>();
 afterAll(async () => {
   for (const browser of browsers.values()) await (await browser).close();
-  await (await server)?.close();
+  for (const server of servers.values()) await (await server).close();
 });
 
 function launch(camera: NonNullable<Visitor["camera"]>): Promise<Browser> {
-  const args = ["--disable-gpu", "--host-resolver-rules=MAP veyla.test 127.0.0.1"];
+  const args = [
+    "--disable-gpu",
+    "--ignore-certificate-errors",
+    "--host-resolver-rules=MAP veyla.test 127.0.0.1",
+  ];
   if (camera !== "refused") args.push("--use-fake-ui-for-media-stream");
   if (camera !== "none") args.push("--use-fake-device-for-media-stream");
   if (!["none", "refused"].includes(camera))
@@ -300,12 +307,16 @@ export async function visitPage(visitor: Visitor = {}): Promise<Visit> {
   const camera = visitor.camera ?? "72";
   const browser = browsers.get(camera) ?? launch(camera);
   browsers.set(camera, browser);
-  server ??= preview({
-    root,
-    configFile: `${root}vite.config.ts`,
-    preview: { host: "127.0.0.1", port: 0, allowedHosts: ["veyla.test"] },
-    logLevel: "warn",
-  });
+  const configFile = `${root}${visitor.byPhone ? "phone/" : ""}vite.config.ts`;
+  const server =
+    servers.get(configFile) ??
+    preview({
+      root,
+      configFile,
+      preview: { host: "127.0.0.1", port: 0, allowedHosts: ["veyla.test"] },
+      logLevel: "warn",
+    });
+  servers.set(configFile, server);
   const context = await (
     await browser
   ).newContext({

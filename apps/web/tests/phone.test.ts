@@ -1,0 +1,21 @@
+// The page as the server for phones in the same network hands it out.
+import { expect, it, vi } from "vitest";
+
+import { visitPage } from "./browser";
+
+it("a phone gets the page encrypted, and tells of its camera where it is asked to", async () => {
+  const printed = vi.spyOn(console, "info").mockImplementation(() => undefined);
+  const lines = (): string => printed.mock.calls.map(([line]) => String(line)).join("\n");
+  const visit = await visitPage({ byPhone: true, query: "?log&" });
+  expect(lines()).toMatch(/^ {2}https:[^ ]+\/$/m);
+  await visit.startMeasuring();
+  for (const told of [/light on, exposure .*, \d\d frames, /, / {2}finger: \w+$/m]) {
+    await expect.poll(lines, { timeout: 20_000 }).toMatch(told);
+  }
+  expect(lines()).not.toContain("skipping");
+
+  const silent = await visitPage({ byPhone: true, query: "?quiet" });
+  await silent.startMeasuring();
+  expect(await silent.page.locator('script[src*="report"]').count()).toBe(0);
+  printed.mockRestore();
+});
