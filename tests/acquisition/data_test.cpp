@@ -11,12 +11,7 @@
 namespace veyla {
 namespace {
 
-using testing::Each;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::Pointee;
-using testing::SizeIs;
+using namespace testing;
 
 TEST(DataTest, ResetStartsNewSequencesAndLeavesHandedOutOnesAlone) {
   const TestPlatform platform;
@@ -46,8 +41,7 @@ TEST(DataTest, ResetStartsNewSequencesAndLeavesHandedOutOnesAlone) {
 TEST(RawSignalUploadTest, TheRequestCarriesTheSeriesAndTheVersionsAndIsNotSent) {
   const TestPlatform platform;
   const HttpRequest request = Utils::rawSignalRequest({180.1F}, {}, {30});
-  EXPECT_THAT(request.url,
-              testing::MatchesRegex("http://.*:8888/OrvaneServer/Slim/index.php/processdata"));
+  EXPECT_THAT(request.url, MatchesRegex("http://.*:8888/OrvaneServer/Slim/index.php/processdata"));
   EXPECT_EQ(request.method, "POST");
   EXPECT_THAT(request.headers, ElementsAre(Pair("Content-Type", "application/json")));
   EXPECT_EQ(request.timeout, 60);

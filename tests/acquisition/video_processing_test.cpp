@@ -9,8 +9,7 @@
 namespace veyla {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace testing;
 
 struct RecorderDelegate : VideoDelegate {
   std::vector<FrameSample> frames;

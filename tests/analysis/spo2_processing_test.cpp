@@ -10,8 +10,7 @@
 namespace veyla {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
+using namespace testing;
 
 struct Range {
   float min;
@@ -130,8 +129,8 @@ TEST(Spo2ProcessingTest, TheNewWindowAndItsDetrendingComeFromTheSettings) {
   addSwing({100, 110}, {80, 110}, {40, 40});
   withSpo2Settings({{"useNewAlgorithm", true}, {"rawDataSize", 2}});
   EXPECT_EQ(processing.calculateSpo2({}), 80);
-  EXPECT_THAT(platform.log.lines, ElementsAre("Using new spo2 algorithm",
-                                              "Not Using spo2 raw values detrend", testing::_));
+  EXPECT_THAT(platform.log.lines,
+              ElementsAre("Using new spo2 algorithm", "Not Using spo2 raw values detrend", _));
 
   withSpo2Settings({{"useNewAlgorithm", true}, {"rawDataSize", 2}, {"useTrend", true}});
   EXPECT_EQ(processing.calculateSpo2({}), 0) << "two samples are their own line";

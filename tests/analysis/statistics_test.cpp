@@ -8,10 +8,7 @@
 namespace veyla {
 namespace {
 
-using testing::DoubleNear;
-using testing::Each;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace testing;
 using Series = std::vector<double>;
 
 TEST(VectorUtilsTest, TheMedianIsTheUpperOneAndNeverAnAverageOfBytesToo) {

@@ -11,9 +11,7 @@
 namespace veyla {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 constexpr double day = 86400;
 

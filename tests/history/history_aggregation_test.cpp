@@ -10,9 +10,7 @@
 namespace veyla {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 constexpr double day = 86400;
 // TestPlatform::start is 2023-11-14 22:13:20 UTC.

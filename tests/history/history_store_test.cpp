@@ -8,11 +8,7 @@
 namespace veyla {
 namespace {
 
-using testing::Each;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
-using testing::StartsWith;
+using namespace testing;
 
 constexpr Labels noLabels{};
 constexpr Labels restingAndAsleep{true, false, false, false, false, false, true};

@@ -13,11 +13,7 @@
 namespace veyla {
 namespace {
 
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 constexpr std::int32_t list = ResultsViewController::listTag;
 constexpr std::int32_t chooser = ResultsViewController::chooserTag;
@@ -298,7 +294,7 @@ TEST_F(ResultsViewControllerTest, ADamagedEntryShowsAndStaysAsItIsUntilItIsDelet
   screen_.emailCSVResults();
   EXPECT_THAT(platform_.sharing.mails.back().attachments.front().data,
               EndsWith("Saturation\n1970-01-01 00:00:02,61,97"));
-  EXPECT_THAT(platform_.log.lines, testing::Contains(HasSubstr("its \"hr\" is no number")));
+  EXPECT_THAT(platform_.log.lines, Contains(HasSubstr("its \"hr\" is no number")));
   tap("deselect0 trash");
   EXPECT_THAT(*platform_.store.values["values"].array(), SizeIs(1));
 }
@@ -310,7 +306,7 @@ TEST_F(ResultsViewControllerTest, WhatCouldNotBeStoredIsNotShown) {
   for (const char* taps : {"row0 label0", "row0 delete", "edit row0 trash"}) {
     platform_.journal.clear();
     tap(taps);
-    EXPECT_THAT(platform_.journal.lines(), testing::Contains("results reload")) << taps;
+    EXPECT_THAT(platform_.journal.lines(), Contains("results reload")) << taps;
     ASSERT_EQ(screen_.numberOfRows(ResultsViewController::listTag), 1U);
     EXPECT_EQ(screen_.listCell(0).labelNames, "");
   }

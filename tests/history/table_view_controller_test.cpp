@@ -12,10 +12,7 @@
 namespace veyla {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::UnorderedElementsAre;
+using namespace testing;
 
 struct RecorderOptionsView : OptionsView {
   std::map<std::string_view, std::string> texts;

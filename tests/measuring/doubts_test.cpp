@@ -11,8 +11,7 @@
 namespace veyla {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace testing;
 
 /// `red`, but for so many dark frames from one on.
 FingerCoach coachThatSaw(const std::vector<float>& red, std::size_t dark = 0,

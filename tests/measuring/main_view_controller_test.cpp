@@ -12,14 +12,7 @@ namespace veyla {
 namespace {
 
 using namespace MeasuringScreen;
-using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::SizeIs;
-using testing::StartsWith;
+using namespace testing;
 
 class MainViewControllerTest : public testing::Test {
  protected:

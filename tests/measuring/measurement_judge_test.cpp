@@ -8,9 +8,7 @@
 namespace veyla {
 namespace {
 
-using testing::ElementsAre;
-using testing::Optional;
-using testing::StartsWith;
+using namespace testing;
 
 TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAsItsValue) {
   MeasuringRig rig;

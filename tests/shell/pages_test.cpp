@@ -12,8 +12,7 @@
 namespace veyla {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace testing;
 
 class PagesTest : public testing::Test {
  protected:
