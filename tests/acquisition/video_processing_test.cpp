@@ -73,14 +73,8 @@ TEST_F(VideoProcessingTest, ASettingThatTheDeviceLacksIsLoggedAndTheStartGoesOn)
   EXPECT_THAT(platform_.journal.of("device"), ElementsAre("lock", "unlock"));
 }
 
-TEST_F(VideoProcessingTest, WithoutCameraTheUserIsToldAndNothingRuns) {
-  platform_.camera.backDevices->clear();
-  EXPECT_FALSE(video_.startRecording());
-  EXPECT_EQ(inWords(platform_.alerts.shown.back()), "plain | Camera not found |  [OK]");
-  EXPECT_FALSE(video_.isRecording());
-}
-
-TEST_F(VideoProcessingTest, TheTelephotoCameraComesBeforeTheLastWideAngleOne) {
+TEST_F(VideoProcessingTest,
+       TheTelephotoCameraComesBeforeTheLastWideAngleOneAndWithoutThemNothingRuns) {
   constexpr auto dual = CaptureDeviceType::dualCamera;
   constexpr auto wide = CaptureDeviceType::wideAngleCamera;
   constexpr auto tele = CaptureDeviceType::telephotoCamera;
@@ -94,6 +88,9 @@ TEST_F(VideoProcessingTest, TheTelephotoCameraComesBeforeTheLastWideAngleOne) {
     }
     EXPECT_EQ(video_.backFacingCamera(), chosen ? listed->at(*chosen) : nullptr);
   }
+  EXPECT_FALSE(video_.startRecording());
+  EXPECT_EQ(inWords(platform_.alerts.shown.back()), "plain | Camera not found |  [OK]");
+  EXPECT_FALSE(video_.isRecording());
   listed = std::nullopt;
   platform_.camera.defaultDevice = platform_.camera.device;
   EXPECT_EQ(video_.backFacingCamera(), platform_.camera.device);
