@@ -94,6 +94,9 @@ TEST_F(HistoryAggregationTest, DaysAgoCountsSecondsFromMidnightAsFarAs32BitsGo) 
   in("de_DE", "Europe/Berlin");
   platform_.moveTo(Date{1'711'924'200});  // 2024-04-01 00:30
   EXPECT_EQ(Utils::daysAgo(Date{1'711'879'200}), 0);
+  // Where clocks leave midnight out, the day begins with the change.
+  in("pt_BR", "America/Sao_Paulo");
+  EXPECT_EQ(services().dates.parse("2018-11-04", "yyyy-MM-dd"), Date{1'541'300'400});
 }
 
 // Means.
