@@ -19,22 +19,16 @@ std::vector<float> pulse(double bpm, double seconds = 14) {
 // At its own rate, half and twice it, and at a glance: a pulse stands out from half and twice its
 // rate, and one that is told twice or half as fast does not.
 TEST(PulseClarityTest, APulseRepeatsItselfAtItsOwnRateAndIsSeenAtAGlance) {
-  struct Case {
-    double bpm;
-    double told;
-    double seconds;
-    Periodicity expected;
-    float glance;
-  };
-  const Case cases[] = {{45, 45, 14, {0.6632, 0.7136, -0.5642}, 0.7540F},
-                        {72, 72, 14, {0.9199, 0.9165, -0.7173}, 0.7941F},
-                        {150, 150, 14, {0.9974, 0.9963, -0.7095}, 0.9037F},
-                        {200, 200, 14, {0.6711, 0.9974, -0.4971}, 0.8563F},
-                        {299, 299, 14, {0.9985, 0.9973, -0.4944}, 0.9497F},
-                        {25, 50, 20, {-0.2920, 0.6253, -0.2120}, 0},
-                        {38, 76, 20, {-0.2725, 0.8564, -0.0901}, 0},
-                        {101, 50.5, 14, {0.4484, 0.3536, 0.7698}, 0.8203F},
-                        {64, 49, 14, {0.0620, -0.0569, -0.1116}, 0.8773F}};
+  const std::tuple<double, double, double, Periodicity, float> cases[] = {
+      {45, 45, 14, {0.6632, 0.7136, -0.5642}, 0.7540F},
+      {72, 72, 14, {0.9199, 0.9165, -0.7173}, 0.7941F},
+      {150, 150, 14, {0.9974, 0.9963, -0.7095}, 0.9037F},
+      {200, 200, 14, {0.6711, 0.9974, -0.4971}, 0.8563F},
+      {299, 299, 14, {0.9985, 0.9973, -0.4944}, 0.9497F},
+      {25, 50, 20, {-0.2920, 0.6253, -0.2120}, 0},
+      {38, 76, 20, {-0.2725, 0.8564, -0.0901}, 0},
+      {101, 50.5, 14, {0.4484, 0.3536, 0.7698}, 0.8203F},
+      {64, 49, 14, {0.0620, -0.0569, -0.1116}, 0.8773F}};
   for (const auto& [bpm, told, seconds, expected, glance] : cases) {
     SCOPED_TRACE(bpm);
     const auto series = pulse(bpm, seconds);

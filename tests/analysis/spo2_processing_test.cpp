@@ -30,10 +30,11 @@ constexpr auto otherPhone = "iPhone8,1";
 constexpr auto iphone4 = "iPhone3,1";
 constexpr auto iphone4s = "iPhone4,1";
 
-/// What one estimate gives for one swing on this hardware, and whether it tells that it stands on
-/// hardly any blue.
-std::pair<float, bool> estimateOf(const char* hardware, bool newAlgorithm, Range red, Range green,
-                                  Range blue) {
+/// A saturation, and whether it tells that it stands on hardly any blue.
+using Estimate = std::pair<float, bool>;
+
+/// What one swing gives on this hardware.
+Estimate estimateOf(const char* hardware, bool newAlgorithm, Range red, Range green, Range blue) {
   TestPlatform platform(hardware);
   withSpo2Settings({{"useNewAlgorithm", newAlgorithm}, {"rawDataSize", 10}});
   addSwing(red, green, blue);
@@ -47,29 +48,24 @@ TEST(Spo2ProcessingTest, TheOldAlgorithmComparesRedWithBlueAndHelpsTwoDevicesOut
   // The ratios are rounded to single precision before they are compared.
   const auto rounded =
       static_cast<float>((1.0 - static_cast<double>((1.0F / 90.0F) / (13.0F / 70.0F))) * 100);
-  struct Case {
-    Range red;
-    Range blue;
-    std::pair<float, bool> estimate;
-    std::pair<float, bool> onTwoDevices;
-  };
-  const Case cases[] = {{{100, 110}, {50, 60}, {50, false}, {50, false}},
-                        {{90, 91}, {70, 83}, {rounded, false}, {rounded, false}},
-                        // The percentage is taken in double precision.
-                        {{100, 101}, {50, 53}, {83.33333588F, false}, {83.33333588F, false}},
-                        // A blue range below 3 becomes 10.
-                        {{100, 110}, {50, 52}, {-150, false}, {50, true}},
-                        {{100, 110}, {50, 50}, {0, false}, {50, true}},
-                        {{100, 112}, {50, 53}, {-100, false}, {-100, false}},
-                        // A red range of 0 becomes 1.
-                        {{100, 100}, {50, 60}, {0, false}, {95, false}},
-                        {{100, 100.5F}, {50, 60}, {97.5F, false}, {97.5F, false}},
-                        // A blue minimum of 0 becomes 5.
-                        {{100, 110}, {0.5F, 10.5F}, {99.5F, true}, {99.5F, true}},
-                        {{100, 110}, {0, 10}, {0, true}, {95, true}},
-                        {{0, 110}, {50, 60}, {0, false}, {0, false}},
-                        {{100, 110}, {3.5F, 10.5F}, {95, true}, {95, true}},
-                        {{100, 110}, {4, 12}, {95, false}, {95, false}}};
+  const std::tuple<Range, Range, Estimate, Estimate> cases[] = {
+      {{100, 110}, {50, 60}, {50, false}, {50, false}},
+      {{90, 91}, {70, 83}, {rounded, false}, {rounded, false}},
+      // The percentage is taken in double precision.
+      {{100, 101}, {50, 53}, {83.33333588F, false}, {83.33333588F, false}},
+      // A blue range below 3 becomes 10.
+      {{100, 110}, {50, 52}, {-150, false}, {50, true}},
+      {{100, 110}, {50, 50}, {0, false}, {50, true}},
+      {{100, 112}, {50, 53}, {-100, false}, {-100, false}},
+      // A red range of 0 becomes 1.
+      {{100, 100}, {50, 60}, {0, false}, {95, false}},
+      {{100, 100.5F}, {50, 60}, {97.5F, false}, {97.5F, false}},
+      // A blue minimum of 0 becomes 5.
+      {{100, 110}, {0.5F, 10.5F}, {99.5F, true}, {99.5F, true}},
+      {{100, 110}, {0, 10}, {0, true}, {95, true}},
+      {{0, 110}, {50, 60}, {0, false}, {0, false}},
+      {{100, 110}, {3.5F, 10.5F}, {95, true}, {95, true}},
+      {{100, 110}, {4, 12}, {95, false}, {95, false}}};
   for (const auto& [red, blue, estimate, onTwoDevices] : cases) {
     EXPECT_EQ(estimateOf(otherPhone, false, red, {80, 80}, blue), estimate);
     for (const char* device : {iphone4, iphone4s}) {
@@ -100,13 +96,7 @@ TEST(Spo2ProcessingTest, TheOldWindowsAreNinetyFramesAndLongerOnTwoDevices) {
 }
 
 TEST(Spo2ProcessingTest, TheNewAlgorithmSetsGreenBeyondRedAgainstTheBlueMinimum) {
-  struct Case {
-    Range red;
-    Range green;
-    Range blue;
-    std::pair<float, bool> estimate;
-  };
-  const Case cases[] = {
+  const std::tuple<Range, Range, Range, Estimate> cases[] = {
       {{100, 110}, {80, 110}, {40, 40}, {80, false}},
       {{100, 110}, {80, 90}, {40, 45}, {-std::numeric_limits<float>::infinity(), false}},
       {{100, 110}, {80, 80}, {40, 45}, {0, false}},

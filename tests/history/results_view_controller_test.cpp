@@ -158,17 +158,12 @@ label7               ->)");
 }
 
 TEST_F(ResultsViewControllerTest, BeforeAndAfterExcludeEachOtherFromTheTappedSide) {
-  struct Case {
-    const char* labels;
-    std::size_t tapped;
-    const char* left;
-  };
-  const Case cases[] = {{"4", 3, "3"},      {"5", 6, "6"},
-                        {"6", 5, "5"},      {"36", 4, "46"},  // the other pair
-                        {"4", 5, "45"},                       // neighbours of different pairs
-                        {"136", 0, "0136"},                   // no pair's
-                        {"34", 3, "4"},  // both already: only what is tapped goes
-                        {"3", 4, "4"}};
+  const std::tuple<const char*, std::size_t, const char*> cases[] = {
+      {"4", 3, "3"},      {"5", 6, "6"}, {"6", 5, "5"}, {"36", 4, "46"},  // the other pair
+      {"4", 5, "45"},      // neighbours of different pairs
+      {"136", 0, "0136"},  // no pair's
+      {"34", 3, "4"},      // both already: only what is tapped goes
+      {"3", 4, "4"}};
   for (const auto& [labels, tapped, left] : cases) {
     Utils::setValues({{60, 97, Date{1}, flags(labels), {}}});
     load();

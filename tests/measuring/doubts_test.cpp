@@ -26,28 +26,23 @@ FingerCoach coachThatSaw(const std::vector<float>& red, std::size_t dark = 0,
 
 TEST(DoubtsTest, AHeartRateIsDoubtedWhereTheColoursDoNotRepeatAtItsPeriodOrAnotherOneServesAsWell) {
   const std::vector<float> still(210, 0);
-  struct Case {
-    double truth;
-    double told;
-    double breath;
-    std::vector<Doubt> doubts;
-  };
-  const Case cases[] = {{72, 72, 5, {}},
-                        {45, 45, 0, {}},
-                        {200, 200, 0, {}},
-                        {38, 76, 3, {Doubt::halfRate}},
-                        {25, 50, 2, {Doubt::unclearPulse}},
-                        {101, 50.5, 0, {Doubt::doubleRate}},
-                        {64, 49, 0, {Doubt::unclearPulse}},
-                        {72, 100, 0, {Doubt::unclearPulse}}};
-  for (const Case& each : cases) {
-    SCOPED_TRACE(testing::Message() << each.told << " for " << each.truth);
-    const auto series = photoplethysmogram(each.truth, 14, each.breath);
+  const std::tuple<double, double, double, std::vector<Doubt>> cases[] = {
+      {72, 72, 5, {}},
+      {45, 45, 0, {}},
+      {200, 200, 0, {}},
+      {38, 76, 3, {Doubt::halfRate}},
+      {25, 50, 2, {Doubt::unclearPulse}},
+      {101, 50.5, 0, {Doubt::doubleRate}},
+      {64, 49, 0, {Doubt::unclearPulse}},
+      {72, 100, 0, {Doubt::unclearPulse}}};
+  for (const auto& [truth, told, breath, doubts] : cases) {
+    SCOPED_TRACE(testing::Message() << told << " for " << truth);
+    const auto series = photoplethysmogram(truth, 14, breath);
     // The clearer of the two channels speaks, whichever it is.
-    for (const auto& judgement : {judgeHeartrate(each.told, series, still, coachThatSaw(series)),
-                                  judgeHeartrate(each.told, still, series, coachThatSaw(series))}) {
-      EXPECT_EQ(judgement.doubts, each.doubts);
-      EXPECT_EQ(judgement.clarity >= 0.58, each.doubts.empty() || each.truth > each.told + 40);
+    for (const auto& judgement : {judgeHeartrate(told, series, still, coachThatSaw(series)),
+                                  judgeHeartrate(told, still, series, coachThatSaw(series))}) {
+      EXPECT_EQ(judgement.doubts, doubts);
+      EXPECT_EQ(judgement.clarity >= 0.58, doubts.empty() || truth > told + 40);
     }
   }
   // How strong the second harmonic may be.

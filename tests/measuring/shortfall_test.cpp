@@ -13,12 +13,12 @@ TEST(ShortfallTest, AMissingValueIsExplainedByTheFingerFirstThenByTheEstimates) 
   const EstimateCounts some{.accepted = 9};
   const EstimateCounts unclear{.accepted = 2, .rejected = 3, .none = 4};
   const EstimateCounts low{.accepted = 2, .low = 3};
-  struct Case {
-    MeasurementEvidence evidence;
-    const char* text;
-  };
   const char* noOxygen = "No oxygen value: this camera's colours give hardly any of 93 % or more.";
-  const Case cases[] = {
+  const std::vector<FingerSpan> twice = {
+      {noFinger, 2, 7}, {good, 7, 9}, {noFinger, 9, 14.5}, {good, 14.5, 30}};
+  const std::vector<FingerSpan> often = {
+      {weak, 2, 4}, {weak, 9, 11}, {weak, 16, 18}, {weak, 23, 25}, {weak, 30, 32}};
+  const std::pair<MeasurementEvidence, const char*> cases[] = {
       {{well, false, 28, some, some}, ""},
       {{well, false, 28, unclear, some},
        "The pulse was unclear in 7 of 9 heart-rate estimates: hold still, press lightly, warm the "
@@ -44,24 +44,16 @@ TEST(ShortfallTest, AMissingValueIsExplainedByTheFingerFirstThenByTheEstimates) 
       {{{{tooBright, 3, 30}}, false, 28, some, low},
        "Too bright from 3 to 30 s: press more lightly."},
       // Nor is a camera to blame for a finger that lay badly.
-      {{{{noFinger, 2, 7}, {good, 7, 9}, {noFinger, 9, 14.5}, {good, 14.5, 30}},
-        false,
-        28,
-        some,
-        {.low = 3},
-        true},
+      {{twice, false, 28, some, {.low = 3}, true},
        "No finger from 2 to 7 s, from 9 to 15 s: cover lens and light."},
-      {{{{weak, 2, 4}, {weak, 9, 11}, {weak, 16, 18}, {weak, 23, 25}, {weak, 30, 32}},
-        false,
-        40,
-        unclear},
+      {{often, false, 40, unclear},
        "The pulse was unclear from 2 to 4 s, from 9 to 11 s, from 16 to 18 s and 2 times more: "
        "press more lightly."},
       {{{{noFinger, 2, 17}}, true, 28, some, some, true, true}, ""},
   };
-  for (const Case& each : cases) {
-    const auto why = shortfallOf(each.evidence);
-    EXPECT_EQ(why ? why->text : "", each.text);
+  for (const auto& [evidence, text] : cases) {
+    const auto why = shortfallOf(evidence);
+    EXPECT_EQ(why ? why->text : "", text);
   }
 }
 
