@@ -24,12 +24,15 @@ import { MailComposer } from "./mail_composer";
 import { MeasuringScreen } from "./measuring";
 import { Navigator } from "./navigator";
 import {
+  askToTakeOver,
   cameraPermissionPlace,
   showInsecureAddress,
   showOldBrowser,
   showStartFailure,
   showStorageProblem,
+  showTakenOver,
 } from "./notices";
+import { becomeTheOnlyWindow, takeOverAgain } from "./one_window";
 import type { Page, ScreenViews } from "./page";
 import { startServiceWorker } from "./service_worker";
 import { showRatingPrompt } from "./rating_prompt";
@@ -226,6 +229,10 @@ async function start(): Promise<void> {
     },
   };
 
+  await becomeTheOnlyWindow(askToTakeOver, () => {
+    holder.app?.enterBackground();
+    showTakenOver(takeOverAgain);
+  });
   const [loaded] = await Promise.all([loadCore(page), camera.prepare()]);
   holder.app = loaded;
   measuring.showCaptions(loaded.captions());

@@ -12,14 +12,16 @@ interface Action {
 
 let notices = 0;
 
-function showNotice(title: string, line: string, actions: readonly Action[] = []): void {
+const close: Action = { title: "Close", closes: true, run: () => undefined };
+
+/** One that nothing but its actions ends has no `close` among them. */
+function showNotice(title: string, line: string, actions: readonly Action[] = [close]): void {
   // Several changes that fail together have one reason.
   const shown = [...document.querySelectorAll("dialog.notice-sheet p")];
   if (shown.some(({ textContent }) => textContent === line)) return;
   const id = `notice-title-${++notices}`;
   const dialog = make("dialog.sheet.notice-sheet", { role: "alertdialog", "aria-labelledby": id });
-  const close: Action = { title: "Close", closes: true, run: () => undefined };
-  const buttons = [...actions, close].map((action) => {
+  const buttons = actions.map((action) => {
     const button = make("button", { type: "button" }, action.title);
     button.addEventListener("click", () => {
       action.run();
@@ -28,6 +30,9 @@ function showNotice(title: string, line: string, actions: readonly Action[] = []
     return button;
   });
   dialog.append(sheetCard(make("h2", { id }, title), make("p", {}, line), ...buttons));
+  dialog.addEventListener("cancel", (event) => {
+    if (!actions.includes(close)) event.preventDefault();
+  });
   dialog.addEventListener("close", () => {
     dialog.remove();
   });
@@ -57,6 +62,7 @@ export function showStorageProblem(core: () => WebApp, damagedKey: string, line:
         core().setStoredTextAside(damagedKey);
       },
     },
+    close,
   ]);
 }
 
@@ -73,7 +79,27 @@ export function showStartFailure(): void {
           window.location.reload();
         },
       },
+      close,
     ],
+  );
+}
+
+/** Resolves when this window is to take over from another. */
+export function askToTakeOver(): Promise<void> {
+  return new Promise((resolve) => {
+    showNotice(
+      "Open in another window",
+      "Another window or tab of this browser has Veyla open. Two at once would undo each other's changes.",
+      [{ title: "Use it here", closes: true, run: resolve }],
+    );
+  });
+}
+
+export function showTakenOver(takeOverAgain: () => void): void {
+  showNotice(
+    "Continued in another window",
+    "Another window or tab of this browser measures and keeps the results now. This one is at rest.",
+    [{ title: "Use it here", closes: false, run: takeOverAgain }],
   );
 }
 

@@ -112,3 +112,29 @@ it("makes all changes that belong together or none, and gives up nothing that it
 
   expect(opened(null).lasts).toBe(false);
 });
+
+it("a second window takes over when it is told to, and the first one rests until it is", async () => {
+  const first = await visitPage();
+  await first.startMeasuring();
+  const second = await first.context.newPage();
+  const useIt = (page: typeof second): Promise<void> =>
+    page.getByRole("button", { name: "Use it here" }).click();
+  await second.goto(first.page.url());
+  await second.getByText("Open in another window").waitFor();
+  expect(await second.locator(".measuring-grid").count()).toBe(0);
+  await useIt(second);
+  await second.locator(".measuring-grid").waitFor();
+
+  await first.heading("Continued in another window").waitFor();
+  await expect.poll(() => first.torch()).toEqual([true, false]);
+  await first.page.keyboard.press("Escape");
+  await first.inspect("another-window");
+  await useIt(first.page);
+  await first.button("START").waitFor();
+  await second.getByText("Continued in another window").waitFor();
+  // Without being wanted again it asks.
+  await first.page.reload();
+  await first.button("START").waitFor();
+  await second.reload();
+  await second.getByText("Open in another window").waitFor();
+});
