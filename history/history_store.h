@@ -56,10 +56,11 @@ OldHistoryEntry makeAndSaveRandomValueOLD(std::int32_t daysAgo, bool isHeartrate
 
 bool hasLastHeartrate();
 float getLastHeartrate();
-void setLastHeartrate(float heartrate);
+/// Whether the store has taken it.
+bool setLastHeartrate(float heartrate);
 bool hasLastSpo2();
 float getLastSpo2();
-void setLastSpo2(float spo2);
+bool setLastSpo2(float spo2);
 
 // What the user has been shown. Any stored value counts, be it false.
 

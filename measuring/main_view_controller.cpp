@@ -377,7 +377,7 @@ void MainViewController::doneHeartrate() {
   logLine("Done HR");
   measurement_->finishHeartrate(*data_->heartrateValues());
   const float heartrate = measurement_->finalHeartrate;
-  Utils::setLastHeartrate(heartrate);
+  const bool isStored = Utils::setLastHeartrate(heartrate);
   showHeartrate(heartrate);
   gaugeHR_.setValue(heartrate, true);
 
@@ -386,7 +386,8 @@ void MainViewController::doneHeartrate() {
   enter(labelLastHeartrate, "zoomIn");
   enter(labelHeartrate, "zoomIn");
   display().setShimmering(labelMeasuringHeartrate, false);
-  HKUtils().writeHeartrateWithValue(static_cast<double>(heartrate));
+  // On a full disk no record stands for what is stored nowhere else.
+  if (isStored) HKUtils().writeHeartrateWithValue(static_cast<double>(heartrate));
   for (MeasurementObserver* observer : observers_) observer->heartrateFinal(heartrate);
   if (measurement_->isSpo2Done || !runSpo2_) done();
 }
@@ -399,7 +400,7 @@ void MainViewController::doneSpo2() {
   logLine("spo2 values: %s", listed(values).c_str());
   measurement_->finishSpo2(values);
   const float spo2 = measurement_->finalSpo2;
-  Utils::setLastSpo2(spo2);
+  const bool isStored = Utils::setLastSpo2(spo2);
   showSpo2(spo2);
 
   display().setFont(labelSpo2, {finalFont, labelValuesFontSize_});
@@ -408,7 +409,7 @@ void MainViewController::doneSpo2() {
   display().setText(labelLastSpo2, wholeNumber(spo2));
   enter(labelLastSpo2, "zoomIn");
   display().setShimmering(labelMeasuringSpo2, false);
-  HKUtils().writeSpo2WithValue(static_cast<double>(spo2));
+  if (isStored) HKUtils().writeSpo2WithValue(static_cast<double>(spo2));
   for (MeasurementObserver* observer : observers_) observer->spo2Final(spo2);
   if (measurement_->isHeartrateDone || !runHeartrate_) done();
 }
@@ -442,10 +443,8 @@ void MainViewController::endMeasurement(MeasurementEnd how, const std::function<
 }
 
 void MainViewController::reportEnd() {
-  const MeasurementEnd how = *measurement_->howEnded();
-  services().healthStore.settle(how != MeasurementEnd::finished || measurement_->isKept);
   for (MeasurementObserver* observer : observers_) {
-    observer->measurementEnded(videoProcessing_->counter(), how);
+    observer->measurementEnded(videoProcessing_->counter(), *measurement_->howEnded());
   }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,7 +17,8 @@ class NotificationCenter {
   /// `observer` names the registration for `remove`.
   void add(const void* observer, std::string_view name, std::function<void()> handler);
   void remove(const void* observer);
-  /// A handler must not register or remove anybody.
+  /// A handler may register and remove anybody, itself included: who is removed before its turn is
+  /// not told any more, and who comes in is told from the next time on.
   void post(std::string_view name);
 
  private:
@@ -25,7 +27,8 @@ class NotificationCenter {
     std::string name;
     std::function<void()> handler;
   };
-  std::vector<Registration> registrations_;
+  /// Shared with a post under way, which outlives a removal.
+  std::vector<std::shared_ptr<const Registration>> registrations_;
 };
 
 }  // namespace veyla

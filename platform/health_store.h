@@ -23,9 +23,9 @@ struct HealthSample {
   bool operator==(const HealthSample&) const = default;
 };
 
-/// The user's health records, written only. A sample that is saved waits for the end of its
-/// measurement, so that no record stands for a measurement whose entry could not be stored.
-/// Completions may come on any thread, or never.
+/// The user's health records, written only. A sample is kept at once; where the key-value store
+/// still gathers the changes before it, with these or not at all. Completions may come on any
+/// thread, or never.
 class HealthStore {
  public:
   virtual ~HealthStore() = default;
@@ -36,9 +36,6 @@ class HealthStore {
                                     std::function<void(bool success)> completion) = 0;
   virtual HealthSharing authorizationStatus(HealthSampleType type) const = 0;
   virtual void save(const HealthSample& sample, std::function<void(bool success)> completion) = 0;
-  /// The measurement has ended whose samples were saved since the last call: they are kept for
-  /// good, or given up, which their completions learn as a failure.
-  virtual void settle(bool keeps) = 0;
 };
 
 }  // namespace veyla

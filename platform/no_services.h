@@ -56,7 +56,6 @@ class NoHealthStore : public HealthStore {
   void save(const HealthSample& /*sample*/, std::function<void(bool success)> completion) override {
     completion(false);
   }
-  void settle(bool /*keeps*/) override {}
 };
 
 /// Nobody sees alerts; those with a duration go away by themselves all the same.

@@ -69,6 +69,8 @@ class Keeping {
     if (healthStore->repair()) complain(*healthStore->repair());
     store->understands = Utils::mayStand;
     store->gatherChanges();
+    healthStore->hold();
+    store->gathered = [records = healthStore.get()](bool areStored) { records->settle(areStored); };
     stored_ = store.get();
     store_ = std::move(store);
     healthStore_ = std::move(healthStore);

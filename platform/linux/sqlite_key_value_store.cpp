@@ -108,7 +108,11 @@ SqliteKeyValueStore::SqliteKeyValueStore(const std::filesystem::path& folder, Us
   remove_ = prepare("DELETE FROM entries WHERE key = ?1");
 }
 
-SqliteKeyValueStore::~SqliteKeyValueStore() { synchronize(); }
+SqliteKeyValueStore::~SqliteKeyValueStore() {
+  // Whoever asked to be told may have gone.
+  gathered = nullptr;
+  synchronize();
+}
 
 void SqliteKeyValueStore::open(Use use) {
   if (use == Use::readAndWrite) makeFile();
@@ -422,10 +426,11 @@ bool SqliteKeyValueStore::exclusively(const std::function<void()>& changes) {
     throw;
   }
   nesting_ = 0;
-  if (!spoilt_) return true;
-  undo();
+  if (spoilt_) undo();
   // The last step of a commit, after which it stands, may fail as well.
-  return isCommitting && isStoredAsWritten();
+  const bool areStored = !spoilt_ || (isCommitting && isStoredAsWritten());
+  if (gathers_ && hasBegun_ && gathered) gathered(areStored);
+  return areStored;
 }
 
 bool SqliteKeyValueStore::isStoredAsWritten() {

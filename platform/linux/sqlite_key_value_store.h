@@ -72,6 +72,8 @@ class SqliteKeyValueStore final : public KeyValueStore {
   /// From now on what is changed without reading waits for the next transaction, or for
   /// `synchronize` outside `exclusively`.
   void gatherChanges() { gathers_ = true; }
+  /// Called after each transaction that stored what was gathered, or could not. May be empty.
+  std::function<void(bool areStored)> gathered;
 
   /// The first thing that went wrong in use, as one line.
   const std::optional<std::string>& failure() const { return failure_; }

@@ -7,7 +7,11 @@ void HealthRecords::save(const HealthSample& sample, Completion completion) {
   if (authorizationStatus(sample.type) != HealthSharing::authorized) {
     tellRefusal("there is no permission to write " + name + "; allow it and measure again");
   } else if (auto line = fhirObservation(sample, uuids_.randomUuid())) {
-    waiting_.emplace_back(*std::move(line), std::move(completion));
+    if (holds_) {
+      waiting_.emplace_back(*std::move(line), std::move(completion));
+    } else {
+      keep(*line, std::move(completion));
+    }
     return;
   } else {
     tellRefusal("a sample of " + name +

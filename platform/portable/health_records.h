@@ -22,7 +22,12 @@ class HealthRecords : public HealthStore {
   /// Refuses a quantity that is no finite number, a unit that is not the type's, a time outside the
   /// years 1 to 9999, and a type without permission.
   void save(const HealthSample& sample, std::function<void(bool success)> completion) final;
-  void settle(bool keeps) final;
+
+  /// From now on records wait for `settle`, as the key-value store's changes do for one that
+  /// gathers them.
+  void hold() { holds_ = true; }
+  /// Keeps what waits, or gives it up, which the completions learn as a failure.
+  void settle(bool keeps);
 
   /// Sets a type's permission without asking.
   void allow(HealthSampleType type, bool allowed) { permissions_.allow(type, allowed); }
@@ -41,6 +46,7 @@ class HealthRecords : public HealthStore {
  private:
   HealthPermissions permissions_;
   UuidGenerator& uuids_;
+  bool holds_ = false;
   std::vector<std::pair<std::string, Completion>> waiting_;
 };
 

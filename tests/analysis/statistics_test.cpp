@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <future>
 
 #include "analysis/linear_regression.h"
 #include "analysis/vector_utils.h"
@@ -53,6 +54,12 @@ TEST(VectorUtilsTest, DetrendingRemovesTheLineAndKeepsTheLevelOnRequest) {
   // The line is fitted to the doubles, the samples are read in single precision.
   const double sample = 16777217;
   EXPECT_THAT(VectorUtils::detrend(Series{sample, sample}, true), Each(-1));
+}
+
+TEST(LinearRegressionTest, AllThreadsShareOneFitter) {
+  const auto here = &LinearRegression::sharedInstance();
+  const auto there = [] { return &LinearRegression::sharedInstance(); };
+  EXPECT_EQ(std::async(std::launch::async, there).get(), here);
 }
 
 TEST(LinearRegressionTest, TheWorkingListIsFittedAndLeftAloneWithTheFittersOwnSlope) {

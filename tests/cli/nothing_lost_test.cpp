@@ -33,6 +33,7 @@ TEST_F(NothingLostTest, AMeasurementIsKeptWholeOrNotAtAll) {
 }
 
 TEST_F(NothingLostTest, DamageBesideTheHistoryCostsNoEntryAndDamageOfItIsNotWrittenOver) {
+  done("health allow heartrate");
   done("measure");
   const auto damage = [&](const std::string& row) {
     const std::string command =
@@ -49,6 +50,7 @@ TEST_F(NothingLostTest, DamageBesideTheHistoryCostsNoEntryAndDamageOfItIsNotWrit
   EXPECT_THAT(refused.out, HasSubstr("\nNot saved.\n"));
   EXPECT_THAT(refused.error, HasSubstr("the value of \"values\" cannot be understood"));
   expectRefused(run("history"), 3, "\"values\", is no list");
+  EXPECT_EQ(linesOf(done("health export -o -")).size(), 2U) << "those of what was saved";
 }
 
 TEST_F(NothingLostTest, WhatIsDoneIsSaidSoWhenOnlyThePrintingFailed) {

@@ -47,7 +47,6 @@ class FhirHealthStoreTest : public testing::Test {
   static bool save(FhirHealthStore& store, const HealthSample& sample) {
     std::optional<bool> saved;
     store.save(sample, [&](bool success) { saved = success; });
-    store.settle(true);
     EXPECT_TRUE(saved) << "the completion was not called";
     return saved.value_or(false);
   }

@@ -193,8 +193,7 @@ TEST_F(MainViewControllerTest, TheEndKeepsFirstTheFirstValueThenTheSecondThenThe
   std::vector<std::string> lasting;
   for (const std::string& line : platform_.journal.lines()) {
     const std::string service = line.substr(0, line.find(' '));
-    if (service == "store" || service == "health" || service == "records" ||
-        line == "session stop") {
+    if (service == "store" || service == "health" || line == "session stop") {
       lasting.push_back(line);
     }
   }
@@ -202,7 +201,7 @@ TEST_F(MainViewControllerTest, TheEndKeepsFirstTheFirstValueThenTheSecondThenThe
             "store set last_spo2 | store flush | health 0.97 % | "
             "store set last_heartrate | store flush | health 70 count/min | "
             "session stop | store set values | store flush | store set rating_first_use | "
-            "store set rating_significant_events | store flush | records kept 2");
+            "store set rating_significant_events | store flush");
   EXPECT_TRUE(screen_.isDone());
   EXPECT_EQ(Utils::getLastHeartrate(), 70.3125F);
   EXPECT_EQ(Utils::getLastSpo2(), 97);

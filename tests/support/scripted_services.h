@@ -58,7 +58,7 @@ class MemoryStore : public KeyValueStore {
 };
 
 /// A health store that allows everything until told otherwise. It keeps the completions for the
-/// test to call; saved samples stand in the journal as "health …", their end as "records …".
+/// test to call; saved samples stand in the journal as "health …".
 class ScriptedHealthStore : public HealthStore {
  public:
   explicit ScriptedHealthStore(Journal& journal) : journal_(journal) {}
@@ -83,17 +83,10 @@ class ScriptedHealthStore : public HealthStore {
   void save(const HealthSample& sample, std::function<void(bool success)> completion) override {
     samples.push_back(sample);
     completions.push_back(std::move(completion));
-    ++waiting_;
     journal_.add(formatText("health %g %s", sample.quantity, sample.unit.c_str()));
-  }
-  void settle(bool keeps) override {
-    const int settled = std::exchange(waiting_, 0);
-    if (settled > 0)
-      journal_.add(formatText(keeps ? "records kept %d" : "records lost %d", settled));
   }
 
  private:
-  int waiting_ = 0;
   Journal& journal_;
 };
 
