@@ -41,9 +41,9 @@ test-web: setup-test ## install what is missing and test the phone app alone, in
 	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
 	@scripts/test_web.sh
 
-torture: setup-test ## install what is missing, and kill, refuse and damage for minutes what must not get lost
+torture: setup-test ## install what is missing, and kill, refuse, fill, damage and race for minutes what must not get lost
 	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
-	@cmake --preset threads >/dev/null && cmake --build --preset threads --target veyla
+	@cmake --preset threads >/dev/null && cmake --build --preset threads --target veyla tune_settings
 	@scripts/torture.sh
 
 fuzz: setup-fuzz ## install what is missing, and search for input that breaks something, FUZZ_SECONDS (60) for each target

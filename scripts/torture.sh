@@ -1,15 +1,24 @@
 #!/usr/bin/env bash
-# Kills the program at any moment and at every call that writes, makes each of these calls fail, damages
-# what is kept, and looks after each blow whether anything was lost, half-written or told wrongly.
-# Prints what it did; fails where anything was wrong. usage: scripts/torture.sh [SCALE]; 1 takes minutes
-# on two cores, 0 a few seconds. The random numbers begin with SEED (20).
+# Kills the program at any moment and at every call that writes, makes each of these calls fail, gives it
+# few files and a full disk, damages what is kept, and looks after each blow whether anything was lost,
+# half-written, left lying about or told wrongly. Prints what it did; fails where anything was wrong.
+# usage: scripts/torture.sh [SCALE]; 1 takes minutes on two cores, 0 a few seconds. The random numbers
+# begin with SEED (20).
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
+# With mounts of its own, where the system gives them.
+own=(--mount)
+[ "$(id -u)" -eq 0 ] || own+=(--map-root-user)
+if [ -z "${TORTURE_MOUNTS+asked}" ]; then
+  TORTURE_MOUNTS=$(unshare "${own[@]}" true 2>/dev/null && echo own)
+  export TORTURE_MOUNTS
+  [ -z "$TORTURE_MOUNTS" ] || exec unshare "${own[@]}" scripts/torture.sh "$@"
+fi
 root=$PWD
 scale=${1:-1}
 program=$root/build/veyla
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+trap 'umount -q "$work/veyla" 2>/dev/null; rm -rf "$work"' EXIT
 cd "$work" || exit 1
 export XDG_DATA_HOME=$work LC_ALL=C.UTF-8
 data=$work/veyla
@@ -43,84 +52,202 @@ look() { # after what: what was told to be saved is there, and nothing that nobo
 
 # Killed at random moments: one, four at once, and beside others that read and write.
 measure_for() { # file for its output, seconds until it is killed
-  timeout -s KILL "$2" "$program" measure finger.csv >"$1" 2>/dev/null
+  timeout --foreground -s KILL "$2" "$program" measure finger.csv >"$1" 2>/dev/null
   grep -q '^Saved' "$1"
 }
+others=("history mail 1 -o mail.eml" "health export -o records.ndjson" "health allow spo2"
+  "chart -o chart.svg" "evaluate recordings --windows windows.csv" "history label 1 Working")
 moment() { printf '0.%03d' $((RANDOM % 120 + 1)); }
 kill_at_random() { # rounds, programs at once
   local -i round each
+  local command
   for ((round = 0; round < $1; ++round)); do
     for ((each = 0; each < $2; ++each)); do
       rm -f "out$each"
       measure_for "out$each" "$(moment)" 2>/dev/null &
     done
-    {
-      timeout -s KILL "$(moment)" "$program" history label 1 Resting
-      timeout -s KILL "$(moment)" "$program" history export -o list.csv
-    } >/dev/null 2>&1
+    for command in "history label 1 Resting" "history export -o list.csv" "${others[RANDOM % ${#others[@]}]}"; do
+      # shellcheck disable=SC2086
+      timeout --foreground -s KILL "$(moment)" "$program" $command >/dev/null 2>&1 &
+    done 2>/dev/null
     wait
     attempted+=$2
-    kills+=$(($2 + 2))
+    kills+=$(($2 + 3))
     saved+=$(cat out* | grep -c '^Saved')
     look "killed at random"
   done
-  veyla history export -o list.csv 2>/dev/null || wrong "the list cannot be exported any more"
-  compgen -G 'list.csv.part*' >/dev/null && wrong "what the killed had begun lies beside list.csv"
+  local output
+  veyla measure finger.csv >/dev/null && attempted+=1 saved+=1
+  for output in "history export -o list.csv" "history mail 1 -o mail.eml" "health export -o records.ndjson" \
+    "chart -o chart.svg" "evaluate recordings --windows windows.csv"; do
+    # shellcheck disable=SC2086
+    veyla $output >/dev/null 2>&1 || wrong "$output cannot be done any more"
+    compgen -G "${output##* }.part*" >/dev/null && wrong "what the killed had begun lies beside ${output##* }"
+  done
 }
 
-# At every call that writes: killed there, or refused by the system.
-writing=write,pwrite64,fsync,fdatasync,ftruncate,unlink,rename,mkdir,chmod
-calls_of() { # command; a line for each call, its name and its number among those of the name
-  strace -f -qq -o calls -e trace=$writing "$program" "$@" >/dev/null 2>&1
-  sed 's/^[0-9]* *//; s/(.*//' calls | grep -x "${writing//,/\\|}" | awk '{ print $1, ++seen[$1] }'
+# At every call that writes: killed there, or refused by the system. Each time the history and the outputs
+# of earlier runs are the same before, and the command does what it did when it ran undisturbed.
+writing=write,pwrite64,fsync,fdatasync,ftruncate,unlink,rename,renameat2,linkat,mkdir,mkdirat,chmod,fchown,openat
+errors=(ENOSPC EIO EDQUOT EROFS EMFILE EINTR)
+changes=("measure finger.csv" "history label 1 Working" "history delete 2" "health deny spo2"
+  "history restore backup.json")
+outputs=("history export -o out" "history mail 1 -o out.eml" "health export -o out" "chart -o out.svg"
+  "history backup -o out" "synth out.csv --seconds 5" "series finger.csv -o out"
+  "measure finger.csv --no-save --trace out" "evaluate recordings --windows out")
+
+state() { # what is kept, as the program tells it
+  { veyla history --json && veyla health && veyla health export -o -; } 2>&1
+}
+again() {
+  rm -rf "$data" out*
+  cp -rp whole "$data"
+  for output in out out.svg out.csv out.eml; do echo old >$output; done
+}
+# With the threads of the program, not with gnuplot, which writes into memory and takes no heed of errors.
+trace() {
+  local follow=-f
+  [ "$1" != chart ] || follow=
+  strace $follow -qq "${@:2}"
+}
+some() { ((scale > 0 || RANDOM % 10 == 0)); }
+calls_of() { # command; a line for each call that writes: its name and its number among those of the name
+  again
+  trace "$1" -o calls -e trace=$writing "$program" "$@" >/dev/null 2>&1
+  for output in out*; do cp $output new-$output; done
+  entries >after
+  sed 's/^[0-9][0-9]* *//' calls | awk -F'(' '
+    { ++seen[$1] }
+    $1 ~ /^[a-z0-9]+$/ && ($1 != "openat" || (/O_WRONLY|O_RDWR/ && !/"\/dev\//)) { print $1, seen[$1] }'
 }
 with() { # what is injected, call, its number, command
   local what=$1 call=$2 number=$3
   shift 3
-  { strace -f -qq -o /dev/null -e trace="$call" -e "inject=$call:$what:when=$number" \
-    "$program" "$@" >out 2>error; } 2>/dev/null
+  again
+  { trace "$1" -o /dev/null -e trace="$call" -e "inject=$call:$what:when=$number" \
+    "$program" "$@" >told 2>error; } 2>/dev/null
+}
+look_at_outputs() { # after what: each is the old one or all of the new one
+  local output
+  for output in out out.svg out.csv; do
+    [ "$(cat $output)" = old ] || cmp -s $output new-$output || wrong "$1: $output is neither old nor new"
+  done
+  # A mail bears its own date and number.
+  [ "$(cat out.eml)" = old ] || tail -1 out.eml | grep -q '^--.*--' || wrong "$1: out.eml is cut off"
 }
 kill_at_every_call() { # command
-  local call number
+  local call number line
+  local -i there kept
   while read -r call number; do
+    some || continue
     with signal=KILL "$call" "$number" "$@"
-    attempted+=1 kills+=1
-    saved+=$(grep -c '^Saved' out)
-    look "$* killed at $call $number"
+    kills+=1
+    line="$* killed at $call $number"
+    there=$(entries) kept=$(records)
+    ((there == 2 || there == $(cat after))) || wrong "$line: $there entries"
+    ! grep -q '^Saved' told || ((there == 3 && kept == 6)) || wrong "$line: $there entries, $kept records"
+    ((kept >= 4 && kept <= 6)) || wrong "$line: $kept records"
+    [ "$(sqlite3 "$data/veyla.db" 'PRAGMA integrity_check' 2>&1)" = ok ] || wrong "$line: damaged store"
+    look_at_outputs "$line"
   done < <(calls_of "$@")
 }
-refuse_every_call() { # error, command
-  local error=$1 call number told
-  shift
-  local -i before after status more lines
+settle() { # status, what was done: the promised status in one line, what is told is so, nothing lies about
+  local -i status=$1 lines told=0 changed=0
+  local line
+  lines=$(grep -c . error)
+  line="$2, status $status: $(cat error)"
+  faults+=1
+  ((status == 0 || status == 4)) || wrong "not the promised status: $line"
+  ((lines == (status == 0 ? 0 : 1))) || wrong "$lines lines: $line"
+  [ "$(state)" = "$before" ] || changed=1
+  if [ "$kind" = change ] && { ((status == 0)) || grep -q 'is saved\|done, but' error; }; then told=1; fi
+  ((changed == told)) || wrong "$((changed)) changed, $((told)) told: $line"
+  [ "$kind" = change ] || ((status > 0)) || [ "$(sort -u out out.svg out.csv out.eml)" != old ] || wrong "not written: $line"
+  look_at_outputs "$line"
+  stray=$(cd "$data" && printf '%s\n' * | grep -vx 'veyla.db\|veyla.db-journal\|Observations.ndjson')
+  stray+=$(compgen -G '*.part*')
+  [ -z "$stray" ] || wrong "$stray lies about: $line"
+}
+refuse_every_call() { # command
+  local call number
+  local -i first i most=$((scale < 1 ? 1 : scale > ${#errors[@]} ? ${#errors[@]} : scale))
   while read -r call number; do
-    before=$(entries)
-    with "error=$error" "$call" "$number" "$@"
-    status=$?
-    faults+=1
-    after=$(entries)
-    lines=$(grep -c . error)
-    told="$* with $error at $call $number, status $status: $(cat error)"
-    ((status < 5)) || wrong "$told"
-    ((lines <= 1)) || wrong "more than one line: $told"
-    ((status == 0 || lines == 1)) || [ "$call" = write ] || wrong "silent: $told"
-    [ "$1" = measure ] || continue
-    more=0
-    grep -q '^Saved\|is saved' out error && more=1
-    ((after == before + more)) || wrong "$((after - before)) entries more, not $more: $told"
+    some || continue
+    first=RANDOM
+    for ((i = first; i < first + most; ++i)); do
+      error=${errors[i % ${#errors[@]}]}
+      with "error=$error" "$call" "$number" "$@"
+      settle $? "$* with $error at $call $number"
+    done
   done < <(calls_of "$@")
+}
+few_files() { # command; from hardly one on
+  local files
+  for files in 4 5 6 7 8 9 10; do
+    some || continue
+    again
+    (ulimit -n $files && exec "$program" "$@") >told 2>error
+    settle $? "$* with $files files"
+  done
+}
+at_every_call() {
+  local command kind=change
+  rm -f *.part*
+  begin
+  veyla measure finger.csv >/dev/null && veyla measure finger.csv >/dev/null
+  veyla demo-history --data demo >/dev/null && veyla history backup --data demo -o backup.json
+  rm -rf whole
+  mv "$data" whole
+  again
+  before=$(state)
+  for command in "${changes[@]}" -- "${outputs[@]}"; do
+    [ "$command" != -- ] || kind=output
+    # shellcheck disable=SC2086
+    [ "$command" = -- ] || { kill_at_every_call $command && refuse_every_call $command && few_files $command; }
+  done
+}
+
+# A disk that is full after some measurements.
+fill_disk() {
+  local -i round there
+  local command
+  rm -rf "$data"
+  mkdir "$data"
+  mount -t tmpfs -o size=64k none "$data" || return
+  ((scale > 0)) || head -c 36K /dev/zero >"$data/ballast"
+  saved=0
+  for ((round = 0; round < 200; ++round)); do
+    veyla measure finger.csv >told 2>error || break
+    saved+=1
+  done
+  ! grep -q 'is saved' error || saved+=1
+  [ "$(grep -c . error)" = 1 ] && grep -q 'full' error || wrong "on a full disk: $(cat error)"
+  for command in history "history label 1 Working" "history export -o $data/list.csv" chart; do
+    faults+=1
+    # shellcheck disable=SC2086
+    veyla $command >/dev/null 2>error || { (($? == 4)) && [ "$(grep -c . error)" = 1 ]; } ||
+      wrong "$command on a full disk: $(cat error)"
+  done
+  there=$(entries)
+  ((there == saved && saved > 2)) || wrong "on a full disk: $there entries, $saved told to be saved"
+  [ "$(sqlite3 "$data/veyla.db" 'PRAGMA integrity_check' 2>&1)" = ok ] || wrong "on a full disk: damaged store"
+  umount "$data"
 }
 
 # Bytes that are others than were written: told, with a status of the table.
 damage() { # rounds
   local -i round status
-  local file
+  local file command
   for ((round = 0; round < $1; ++round)); do
-    file=$(printf '%s\n' veyla.db Observations.ndjson | sed -n "$((RANDOM % 2 + 1))p")
+    files=("$data/veyla.db" "$data/Observations.ndjson" settings/{Spo2,Heartrate,Camera}Settings.json)
+    file=${files[RANDOM % ${#files[@]}]}
+    rm -rf whole settings
     cp -r "$data" whole
+    cp -r "$root/resources" settings
     printf "\\x$(printf %02x $((RANDOM % 256)))" |
-      dd of="$data/$file" bs=1 seek=$((RANDOM * 2 % $(stat -c %s "$data/$file"))) conv=notrunc status=none
-    for command in "history" "history --json" "health export -o -" "chart" "measure finger.csv"; do
+      dd of="$file" bs=1 seek=$((RANDOM * 2 % $(stat -c %s "$file"))) conv=notrunc status=none
+    for command in history "history --json" "health export -o -" chart "measure finger.csv" "history delete 1" \
+      "history backup -o out" "measure finger.csv --no-save --settings settings"; do
       # shellcheck disable=SC2086
       veyla $command >/dev/null 2>error
       status=$?
@@ -132,27 +259,36 @@ damage() { # rounds
   done
 }
 
+# Recordings measured side by side by a program that is built with the thread sanitizer.
+race() { # program, its arguments
+  local threaded=$root/build/threads/$1
+  shift
+  [ -x "$threaded" ] || { echo "torture: no look at threads: there is no $threaded, which make torture builds"; return; }
+  # It knows no addresses as random as some systems make them.
+  TSAN_OPTIONS=suppressions=known setarch -R "$threaded" "$@" >/dev/null 2>races || wrong "$threaded: $(head -3 races)"
+}
+
 veyla synth finger.csv --seconds 45 || exit 1
+mkdir recordings
+for bpm in 60 75 100 120; do
+  veyla synth recordings/$bpm.csv --bpm $bpm --seconds 60
+  printf 'time,heartrate,spo2\n1,%i,97\n59,%i,97\n' $bpm $bpm >recordings/$bpm.reference.csv
+done
 begin
-kill_at_random $((1 + 250 * scale)) 1
-kill_at_random $((1 + 120 * scale)) 4
+kill_at_random $((1 + 100 * scale)) 1
+kill_at_random $((1 + 100 * scale)) 4
+kill_at_random $((50 * scale)) 16
 
 if strace -o /dev/null true 2>/dev/null; then
-  begin
-  veyla measure finger.csv >/dev/null && attempted+=1 saved+=1
-  kill_at_every_call measure finger.csv
-  if ((scale > 0)); then
-    for error in ENOSPC EIO EDQUOT EROFS EINTR; do
-      for command in "measure finger.csv" "history label 1 Working" "history export -o list.csv"; do
-        # shellcheck disable=SC2086
-        refuse_every_call $error $command
-      done
-    done
-  else
-    refuse_every_call ENOSPC measure finger.csv
-  fi
+  at_every_call
 else
   echo "torture: no call is made to fail: this system lets strace trace nothing"
+fi
+
+if [ -n "$TORTURE_MOUNTS" ]; then
+  fill_disk
+else
+  echo "torture: no disk is filled: this system lets nobody mount one"
 fi
 
 begin
@@ -160,7 +296,7 @@ veyla measure finger.csv >/dev/null
 damage $((3 + 120 * scale))
 
 begin
-crowd=$((10 + 90 * scale))
+crowd=$((10 + (scale > 0 ? 90 : 0)))
 for ((i = 0; i < crowd; ++i)); do veyla measure finger.csv >"out$i" 2>"error$i" & done
 wait
 attempted=$crowd saved=$(cat out* | grep -c '^Saved')
@@ -168,19 +304,11 @@ look "$crowd at once"
 # On a machine that is busy a lock can be waited for in vain, which is told.
 ((saved >= crowd * 9 / 10)) || wrong "$crowd at once: $saved saved: $(cat error* | head -1)"
 
-# Recordings measured side by side, under the thread sanitizer where the program is built with it.
-threaded=$root/build/threads
-if [ -x "$threaded/apps/cli/veyla" ] && ((scale > 0)); then
-  mkdir recordings
-  for bpm in 60 75 100 120; do
-    veyla synth recordings/$bpm.csv --bpm $bpm --seconds 60
-    printf 'time,heartrate,spo2\n1,%i,97\n59,%i,97\n' $bpm $bpm >recordings/$bpm.reference.csv
-  done
+if ((scale > 0)); then
   # What others' libraries do under locks that it does not see.
   printf 'race:tzset_internal\nrace:libicu\n' >known
-  # It knows no addresses as random as some systems make them.
-  TSAN_OPTIONS=suppressions=known setarch -R "$threaded/apps/cli/veyla" evaluate recordings \
-    --every 5 --jobs 4 >/dev/null 2>races || wrong "under the thread sanitizer: $(head -3 races)"
+  race apps/cli/veyla evaluate recordings --every 5 --jobs 4
+  race benchmarks/tune_settings recordings --sizes 120 120 --skips 5 --samples 1 --needed 10 10
 fi
 
 echo "torture: $kills kills, $faults calls refused, $damages damaged files, $saved of $crowd at once saved: $wrong wrong"
