@@ -131,23 +131,10 @@ Scene named(const std::string& name) {
       {"red", plain({255, 0, 0})},
       {"photograph", [](double x, double y, double) { return photograph(x, y, 0.3); }},
       {"pan", [](double x, double y, double time) { return photograph(x, y, 0.1 * time); }},
-      {"lamp",
-       [](double x, double y, double time) {
-         const double distance =
-             std::hypot(x - 0.5 - 0.4 * std::sin(2 * time), y - 0.5 - 0.4 * std::cos(1.3 * time));
-         const double light = 60 + 150 * std::exp(-8 * distance * distance);
-         return Rgb{light, 0.6 * light, 0.5 * light};
-       }},
       {"table",
        [](double x, double y, double time) {
          const double light = 70 + 20 * x - 10 * y + 1.5 * std::sin(40 * time * time + 7 * x);
          return Rgb{light, light, 0.9 * light};
-       }},
-      {"faded",
-       [](double x, double y, double time) {
-         const double drift = 1 + 0.01 * std::sin(0.5 * time) + 0.003 * std::sin(31 * time * time);
-         const double spot = 1.1 - 0.3 * x - 0.2 * y;
-         return Rgb{200 * spot * drift, 40 * spot, 30 * spot};
        }},
       {"greenAlone",
        [](double x, double y, double time) {
@@ -175,7 +162,6 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
 375 red -> tooBright 0-9 noFinger 9-375
 375 photograph -> noFinger 0-375
 375 pan -> moving 0-375
-375 lamp -> moving 0-375
 120 finger 45 table 105 finger -> good 0-120 noFinger 120-165 moving 165-176 good 176-270
 120 finger 45 black 105 finger -> good 0-120 noFinger 120-165 good 165-270
 120 finger 30 shake=0.2 75 finger -> good 0-122 moving 122-157 good 157-225
@@ -186,7 +172,6 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
 75 finger 15 missing 30 finger -> good 0-120
 42 finger 30 black 75 finger -> noFinger 42-72 good 72-147
 30 nearlyCutOff 30 cutOff -> tooBright 30-60
-90 faded -> weak 0-90
 60 greenAlone -> good 0-60
 23 cutOff -> tooBright 0-23
 38 finger ->

@@ -7,30 +7,23 @@
 namespace veyla {
 namespace {
 
-/// After so many uses and finished measurements, the last ones on the next launch so many seconds
-/// later, and a few more where that has asked.
-int timesAskedForARating(int uses, int events, double seconds) {
-  TestPlatform first;
-  const auto log = [](int newUses, int newEvents) {
+TEST(RatingPromptTest, AsksOnceWhenADayThreeUsesAndThreeMeasurementsHaveAllBeenReached) {
+  for (const auto& [uses, events, seconds, asks] : {std::tuple{3, 3, 86400, true},
+                                                    {3, 3, 86399, false},
+                                                    {2, 9, 86400, false},
+                                                    {9, 2, 86400, false}}) {
+    TestPlatform platform;
     RatingPrompt& prompt = RatingPrompt::instance();
     prompt.configure(1, 3, 3);
-    for (int i = 0; i < newUses; ++i) prompt.logUse();
-    for (int i = 0; i < newEvents; ++i) prompt.logSignificantEvent();
-  };
-  log(uses - 1, events - 1);
-  TestPlatform later;
-  later.store.values = first.store.values;
-  later.time.runFor(seconds);
-  log(1, 1);
-  if (!later.journal.of("screens").empty()) log(5, 5);
-  return static_cast<int>(later.journal.of("screens").size());
-}
-
-TEST(RatingPromptTest, AsksOnceWhenADayThreeUsesAndThreeMeasurementsHaveAllBeenReached) {
-  EXPECT_EQ(timesAskedForARating(3, 3, 86400), 1);
-  EXPECT_EQ(timesAskedForARating(3, 3, 86399), 0);
-  EXPECT_EQ(timesAskedForARating(2, 3, 86400), 0);
-  EXPECT_EQ(timesAskedForARating(3, 2, 86400), 0);
+    for (int i = 1; i < uses; ++i) prompt.logUse();
+    for (int i = 1; i < events; ++i) prompt.logSignificantEvent();
+    platform.time.runFor(seconds);
+    prompt.logUse();
+    prompt.logSignificantEvent();
+    if (asks) prompt.logUse();
+    EXPECT_EQ(platform.journal.of("screens").size(), asks ? 1U : 0U) << uses << ' ' << events;
+    EXPECT_EQ(platform.store.values.contains("rating_asked"), asks);
+  }
 }
 
 TEST(LaunchHistoryTest, TheFirstLaunchIsNoUpdateAndRecordsItsVersion) {
