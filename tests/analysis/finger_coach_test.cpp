@@ -176,6 +176,7 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
 23 cutOff -> tooBright 0-23
 38 finger ->
 7 black ->
+16 finger 20 photograph -> moving 0-36
 8 black 60 finger -> noFinger 0-8
 44 level=1.05 12 glide=0.04 44 tilt=0.05 49 level=0.6 -> weak 0-57 moving 57-100 noFinger 100-149
 72 pulse=0.4 66 tilt=0.05 35 finger 40 shake=0.16 -> good 0-82 moving 82-150 moving 175-213
