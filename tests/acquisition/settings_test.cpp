@@ -31,15 +31,9 @@ TEST(SettingsTest, TheLastEntryForTheDeviceWinsAndWithoutOneThereIsNone) {
   }
 }
 
-struct Hardware {
-  int number;
-  const char* profile;
-  const char* name;
-  std::vector<const char*> models;
-};
-
 TEST(SettingsTest, HardwareModelsHaveTheirNumbersProfilesAndNames) {
-  const Hardware known[] = {
+  using Models = std::vector<const char*>;
+  const std::tuple<int, const char*, const char*, Models> known[] = {
       {3, "iphone4", "iPhone 4", {"iPhone3,1", "iPhone3,2", "iPhone3,3"}},
       {4, "iphone4s", "iPhone 4S", {"iPhone4,1", "iPhone4,2", "iPhone4,3"}},
       {5, "iphone5", "iPhone 5", {"iPhone5,1", "iPhone5,2"}},

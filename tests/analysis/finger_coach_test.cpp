@@ -85,31 +85,26 @@ Rgb photograph(double x, double y, double across) {
 
 // What is no finger, or moves, in the means alone; each pair lies on both sides of a border.
 TEST(FingerCoachTest, TheBordersOfWhatAFingerMayLookLike) {
-  struct Case {
-    FrameColours colours;
-    /// By which green and red swing from frame to frame.
-    float greenSwing;
-    float redSwing;
-    std::optional<FingerState> state;
-  };
   const auto spread = [](float by) { return FrameCells{{}, by}; };
   const std::optional<FingerState> undecided;
-  const Case cases[] = {{{17, 8, 4, {}}, 0.4F, 0, undecided},  // dark
-                        {{15, 8, 4, {}}, 0.4F, 0, noFinger},
-                        {{200, 150, 129, {}}, 0.4F, 0, undecided},  // pale
-                        {{200, 150, 131, {}}, 0.4F, 0, noFinger},
-                        {{100, 95, 89, {}}, 0.4F, 0, undecided},  // grey
-                        {{100, 95, 91, {}}, 0.4F, 0, noFinger},
-                        {{100, 40, 69, {}}, 0.4F, 0, undecided},  // violet
-                        {{100, 40, 71, {}}, 0.4F, 0, noFinger},
-                        {{253, 40, 30, {}}, 0.4F, 0, undecided},  // cut off
-                        {{254, 40, 30, {}}, 0.4F, 0, tooBright},
-                        {{100, 40, 30, {}}, 0.26F, 0, undecided},  // lifeless
-                        {{100, 40, 30, {}}, 0.24F, 0, noFinger},
-                        {{100, 40, 30, {}}, 0, 14.5F, undecided},  // moving
-                        {{100, 40, 30, {}}, 0, 15.5F, moving},
-                        {{100, 40, 30, spread(0.19F)}, 0.4F, 0, undecided},  // of many colours
-                        {{100, 40, 30, spread(0.21F)}, 0.4F, 0, noFinger}};
+  // With the steps by which green and red swing from frame to frame.
+  const std::tuple<FrameColours, float, float, std::optional<FingerState>> cases[] = {
+      {{17, 8, 4, {}}, 0.4F, 0, undecided},  // dark
+      {{15, 8, 4, {}}, 0.4F, 0, noFinger},
+      {{200, 150, 129, {}}, 0.4F, 0, undecided},  // pale
+      {{200, 150, 131, {}}, 0.4F, 0, noFinger},
+      {{100, 95, 89, {}}, 0.4F, 0, undecided},  // grey
+      {{100, 95, 91, {}}, 0.4F, 0, noFinger},
+      {{100, 40, 69, {}}, 0.4F, 0, undecided},  // violet
+      {{100, 40, 71, {}}, 0.4F, 0, noFinger},
+      {{253, 40, 30, {}}, 0.4F, 0, undecided},  // cut off
+      {{254, 40, 30, {}}, 0.4F, 0, tooBright},
+      {{100, 40, 30, {}}, 0.26F, 0, undecided},  // lifeless
+      {{100, 40, 30, {}}, 0.24F, 0, noFinger},
+      {{100, 40, 30, {}}, 0, 14.5F, undecided},  // moving
+      {{100, 40, 30, {}}, 0, 15.5F, moving},
+      {{100, 40, 30, spread(0.19F)}, 0.4F, 0, undecided},  // of many colours
+      {{100, 40, 30, spread(0.21F)}, 0.4F, 0, noFinger}};
   for (const auto& [colours, greenSwing, redSwing, state] : cases) {
     FingerCoach coach;
     for (int i = 0; i < 40; ++i) {

@@ -6,7 +6,6 @@
 
 #include "history/history_store.h"
 #include "measuring/app_delegate.h"
-#include "tests/support/recorder_results_view.h"
 #include "tests/support/tables.h"
 #include "tests/support/test_platform.h"
 
@@ -17,6 +16,50 @@ using namespace testing;
 
 constexpr std::int32_t list = ResultsViewController::listTag;
 constexpr std::int32_t chooser = ResultsViewController::chooserTag;
+
+/// Keeps the sheet that was presented; every call stands in the journal as "results …".
+struct RecorderResultsView : ResultsView {
+  Journal& journal;
+  std::optional<ActionSheet> sheet;
+
+  explicit RecorderResultsView(Journal& of) : journal(of) {}
+  void record(const std::string& what) { journal.add("results " + what); }
+
+  void setLeftButton(std::string_view title) override { record("left " + std::string(title)); }
+  void setRightButtons(const std::vector<std::string_view>& titles) override {
+    std::string line = "right";
+    for (const std::string_view title : titles) line.append(" ").append(title);
+    record(line);
+  }
+  std::int32_t listHeight() const override { return 500; }
+  void setEditing(bool editing, bool animated) override {
+    record(formatText("editing %i%s", editing ? 1 : 0, animated ? " animated" : ""));
+  }
+  void selectRow(std::size_t row, bool /*animated*/) override {
+    record(formatText("select %zu", row));
+  }
+  void deselectRow(std::size_t row, bool /*animated*/) override {
+    record(formatText("deselect %zu", row));
+  }
+  void deleteRows(const std::vector<std::size_t>& rows, RowAnimation animation) override {
+    std::string line = "delete";
+    for (const std::size_t row : rows) line += formatText(" %zu", row);
+    record(line + (animation == RowAnimation::fade ? " fading" : " at once"));
+  }
+  void reloadRows() override { record("reload"); }
+  void reloadChooser() override { record("reload chooser"); }
+  void setCheckMark(std::size_t chooserRow, bool shown) override {
+    record(formatText("check mark %zu %s", chooserRow, shown ? "on" : "off"));
+  }
+  void setOpacity(Element element, double opacity, double seconds) override {
+    record(std::string(element.name) + formatText(" opacity %g in %g s", opacity, seconds));
+  }
+  void slideToolbar(std::int32_t upward, std::int32_t listHeight, double seconds) override {
+    record(formatText("toolbar %i, list %i in %g s", upward, listHeight, seconds));
+  }
+  void presentSheet(const ActionSheet& presented) override { sheet = presented; }
+  void dismissSheet() override { record("dismiss sheet"); }
+};
 
 /// By their numbers, such as "035".
 Labels flags(const std::string& numbers) {

@@ -15,15 +15,8 @@ using testing::ElementsAre;
 
 class AppDelegateTest : public testing::Test {
  protected:
-  AppDelegateTest() {
-    for (const char* name : {"didEnterBackground", "didBecomeActive"}) {
-      NotificationCenter::instance().add(this, name, [this, name] { posted_.push_back(name); });
-    }
-  }
-
   TestPlatform platform_;
   AppDelegate& application_ = AppDelegate::instance();
-  std::vector<std::string> posted_;
 };
 
 TEST_F(AppDelegateTest, LaunchMigratesThenLoadsTextsAndSettingsThenSetsTheLooks) {
@@ -58,21 +51,25 @@ TEST_F(AppDelegateTest, LaunchMigratesThenLoadsTextsAndSettingsThenSetsTheLooks)
 }
 
 TEST_F(AppDelegateTest, EveryActivationIsPostedAfterTheFirstReturnFromTheBackground) {
+  std::vector<std::string> posted;
+  for (const char* name : {"didEnterBackground", "didBecomeActive"}) {
+    NotificationCenter::instance().add(this, name, [&posted, name] { posted.push_back(name); });
+  }
   application_.applicationDidBecomeActive();
   application_.applicationWillResignActive();
   application_.applicationDidBecomeActive();
   application_.applicationWillTerminate();
-  EXPECT_TRUE(posted_.empty());
+  EXPECT_TRUE(posted.empty());
   EXPECT_THAT(platform_.log.lines,
               ElementsAre("AppDelegate didBecomeActive", "AppDelegate willResignActive",
                           "AppDelegate didBecomeActive", "AppDelegate willTerminate"));
   application_.applicationDidEnterBackground();
-  EXPECT_THAT(posted_, ElementsAre("didEnterBackground"));
+  EXPECT_THAT(posted, ElementsAre("didEnterBackground"));
   application_.applicationWillEnterForeground();
   application_.applicationDidBecomeActive();
   application_.applicationWillResignActive();
   application_.applicationDidBecomeActive();
-  EXPECT_THAT(posted_, ElementsAre("didEnterBackground", "didBecomeActive", "didBecomeActive"));
+  EXPECT_THAT(posted, ElementsAre("didEnterBackground", "didBecomeActive", "didBecomeActive"));
 }
 
 TEST(NotificationCenterTest, AHandlerMayRegisterAndRemoveAnybodyItselfIncluded) {
