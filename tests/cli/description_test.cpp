@@ -28,14 +28,12 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
   };
   for (const auto& [words, offered] : std::vector<Case>{
            {{"hist"}, {"history"}},
-           {{"measure", "--no"}, {"--no-save"}},
            {{"history", "label", "-"}, {"-h", "--help", "--data", "--off"}},
            {{"history", ""}, {"label", "delete", "export", "mail", "backup", "restore"}},
            {{"health", "--data", "x", "al"}, {"allow"}},
            {{"health", "deny", ""}, {"heartrate", "spo2"}},
            {{"measure", "--only", "s"}, {"spo2"}},
            {{"measure", "--only", "=", "h"}, {"heartrate"}},
-           {{"measure", "--start", ""}, {}},
            {{"history", "label", ""}, {}},
            {{"history", "label", "1", "Training"},
             {"Training\\ \\(Before\\)", "Training\\ \\(After\\)"}},
@@ -54,18 +52,8 @@ TEST_F(DescriptionTest, TheHelpFitsTheTerminal) {
   }
 }
 
-TEST_F(DescriptionTest, TheManualIsWellFormedAndTheReadmeListsItsExitStatuses) {
+TEST_F(DescriptionTest, TheManualIsWellFormedAndNamesCommandsAndOptions) {
   const std::string manual = done("--describe man");
-  const std::string readme = contentsOf(VEYLA_SETTINGS_FOLDER "/../README.md");
-  std::string listed;
-  for (const std::string& row : linesOf(readme.substr(readme.find("\n## Exit status\n")))) {
-    if (row.starts_with("What goes wrong")) break;
-    if (row.size() < 7 || row[2] < '0' || row[2] > '9') continue;
-    const std::string meaning = row.substr(6, row.size() - 8);
-    listed += std::string(".TP\n\\fB") + row[2] + "\\fR\n" +
-              static_cast<char>(std::toupper(meaning[0])) + meaning.substr(1) + ".\n";
-  }
-  EXPECT_THAT(manual, HasSubstr(".SH EXIT STATUS\n" + listed + ".SH"));
   for (const char* named :
        {"\\fB\\-\\-no\\-save\\fR", "\\fB\\-\\-off\\fR", "label 1 \"Training (After)\""}) {
     EXPECT_THAT(manual, HasSubstr(named));

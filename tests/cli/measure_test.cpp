@@ -48,20 +48,16 @@ TEST_F(MeasureTest, TheFingertipIsMeasuredAndReportedAlikeAtEveryRun) {
   EXPECT_EQ(done("measure"), text + "Saved in " + file("home/veyla") + ".\n");
 }
 
-TEST_F(MeasureTest, OneValueAndAnotherPhoneCanBeAskedFor) {
-  const Json older = json("measure --no-save --only heartrate --device iPhone3,1");
-  EXPECT_TRUE(older["spo2"].is_null());
-  EXPECT_EQ(older["device"], "iphone4");
-  EXPECT_TRUE(json("measure --no-save --only spo2")["heartrate"].is_null());
-}
-
 TEST_F(MeasureTest, EveryFinishedMeasurementIsKeptWithTheDateAtWhichItEnded) {
   for (const char* value : {"heartrate", "spo2"}) done(std::string("health allow ") + value);
   // A finger that comes after two minutes and a half.
   done("synth finger.csv --seconds 190");
   changed("late.csv", "$1,90,60,30", 0, 150);
   const auto now = [] {
-    return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    const std::time_t time = std::time(nullptr);
+    char text[32];
+    std::strftime(text, sizeof text, "%FT%T", std::gmtime(&time));
+    return std::string(text);
   };
   const auto begin = now();
   Json values;
@@ -86,10 +82,7 @@ TEST_F(MeasureTest, EveryFinishedMeasurementIsKeptWithTheDateAtWhichItEnded) {
   int dates = 0;
   for (std::sregex_iterator each(all.begin(), all.end(), date), none; each != none;
        ++each, ++dates) {
-    std::tm parts{};
-    strptime(each->str().c_str(), "%FT%T", &parts);
-    const auto moment = std::chrono::system_clock::from_time_t(timegm(&parts));
-    ASSERT_TRUE(begin <= moment && moment <= end) << each->str();
+    ASSERT_TRUE(begin <= each->str() && each->str() <= end) << each->str();
   }
   EXPECT_GT(dates, 9);
 }
@@ -148,8 +141,7 @@ TEST_F(MeasureTest, TraceTellsEveryEstimateAndTheLogWhatTheApplicationDid) {
 
 TEST_F(MeasureTest, SyntheticFingertipsGiveTheirHeartRateAsVideoAndAsSeries) {
   // Exactly 90 would show every estimate, one each 5th frame, the same phase of its beats.
-  for (const auto& [bpm, video] :
-       std::map<int, std::string>{{48, "15.y4m"}, {75, "25.mkv"}, {150, "60.mkv"}}) {
+  for (const auto& [bpm, video] : std::map<int, std::string>{{48, "15.y4m"}, {150, "25.mkv"}}) {
     SCOPED_TRACE(video);
     done("synth " + video + " --bpm " + std::to_string(bpm) + " --fps " + video.substr(0, 2) +
          " --seconds 40 --size 192x144");

@@ -59,9 +59,6 @@ class RecordingCameraTest : public testing::Test, public SampleBufferDelegate {
     camera_->setOnEnd([this] { ends_.push_back(queue_->elapsed()); });
     frames_.clear();
     ends_.clear();
-    newSession();
-  }
-  void newSession() {
     session_ = camera_->makeSession();
     session_->addInput(camera_->makeDeviceInput(camera_->defaultVideoDevice()));
     auto output = std::make_shared<VideoDataOutput>();
@@ -77,7 +74,6 @@ class RecordingCameraTest : public testing::Test, public SampleBufferDelegate {
   void captureOutput(PixelBuffer&) override { FAIL(); }
   void captureOutput(const FrameSample& didOutputSample) override {
     frames_.push_back(static_cast<int>(didOutputSample.red));
-    deliveredAt_.push_back(queue_->elapsed());
     if (onFrame_) onFrame_();
   }
   void captureOutput(const AveragedFrame&) override {}
@@ -92,7 +88,6 @@ class RecordingCameraTest : public testing::Test, public SampleBufferDelegate {
   std::function<void()> onFrame_;
   /// What each tick came to.
   std::vector<int> frames_;
-  std::vector<double> deliveredAt_;
   std::vector<double> ends_;
 };
 
@@ -134,20 +129,6 @@ TEST_F(RecordingCameraTest, TicksTakeTheNewestFrameFromTheFirstOneOnWithinTheirS
   }
 }
 
-TEST_F(RecordingCameraTest, WorkHandedOverAtTheStartComesBeforeTheFrameOfItsMoment) {
-  for (const double startedAt : {0.0, 0.02, 0.1, 1.7, 1234.56789}) {
-    open(evenTimes(60, 15));
-    std::size_t framesBefore = 0;
-    queue_->after(startedAt, [&] {
-      session_->startRunning();
-      EXPECT_TRUE(frames_.empty());
-      queue_->after(2, [&] { framesBefore = frames_.size(); });
-    });
-    queue_->run();
-    EXPECT_EQ(framesBefore, 30U) << startedAt;
-  }
-}
-
 TEST_F(RecordingCameraTest, AFrameMayStopAndDropTheSessionThatDeliversIt) {
   open(evenTimes(60, 15));
   onFrame_ = [this] {
@@ -159,28 +140,6 @@ TEST_F(RecordingCameraTest, AFrameMayStopAndDropTheSessionThatDeliversIt) {
   playAll();
   EXPECT_EQ(frames_.size(), 5U);
   EXPECT_TRUE(ends_.empty());
-
-  onFrame_ = nullptr;
-  newSession();
-  playAll();
-  EXPECT_EQ(frames_[5], 5) << "another session goes on where the recording stands";
-  EXPECT_EQ(frames_.size(), 60U);
-}
-
-TEST_F(RecordingCameraTest, ARestartedSessionTicksOnceAtATime) {
-  open(evenTimes(60, 15));
-  session_->startRunning();
-  queue_->runFor(0.51);
-  // Which runs already.
-  session_->startRunning();
-  queue_->runFor(0.5);
-  session_->stopRunning();
-  session_->startRunning();
-  queue_->run();
-  EXPECT_EQ(frames_.size(), 60U);
-  for (const std::size_t i : {8U, 17U}) {
-    EXPECT_NEAR(deliveredAt_[i] - deliveredAt_[i - 1], 1.0 / 15, 1e-9);
-  }
 }
 
 TEST_F(RecordingCameraTest, AtTheWallsPaceTheFramesOfLateTicksDoNotCome) {
@@ -193,24 +152,6 @@ TEST_F(RecordingCameraTest, AtTheWallsPaceTheFramesOfLateTicksDoNotCome) {
   // Filled for a while.
   ASSERT_GT(frames_.size(), 5U);
   for (std::size_t i = 0; i < frames_.size(); ++i) EXPECT_EQ(frames_[i], i < 5 ? 0 : drop) << i;
-}
-
-TEST(TimedQueueTest, WorkRunsByDueTimeAndThenInTheOrderItCameUntilTheStop) {
-  TimedQueue queue;
-  std::string order;
-  const auto add = [&](double seconds, char name) {
-    queue.after(seconds, [&order, name] { order += name; });
-  };
-  add(2, 'c');
-  add(1, 'a');
-  queue.after(1, [&] { add(1, 'd'); });
-  add(1, 'b');
-  queue.after(3, [&] { queue.stop(); });
-  add(3, 'e');
-  queue.run();
-  EXPECT_EQ(order, "abcd");
-  queue.run();
-  EXPECT_EQ(order, "abcde");
 }
 
 }  // namespace

@@ -9,12 +9,13 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <set>
 #include <string>
+
+#include "platform/linux/temporary_folder.h"
 
 namespace veyla {
 
@@ -27,23 +28,10 @@ inline void writeFile(const std::filesystem::path& file, const std::string& cont
   std::ofstream(file, std::ios::binary) << contents;
 }
 
-/// A folder for one test, gone after it.
-class ScratchFolder {
+/// A folder for one test.
+class ScratchFolder : public TemporaryFolder {
  public:
-  ScratchFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "veyla.XXXXXX").string();
-    if (!mkdtemp(pattern.data())) std::abort();
-    path_ = pattern;
-  }
-  ~ScratchFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
+  std::string file(const std::string& name) const { return (path() / name).string(); }
 
   std::string write(const std::string& name, const std::string& contents) const {
     writeFile(file(name), contents);
@@ -66,9 +54,6 @@ class ScratchFolder {
     EXPECT_EQ(std::system(command.c_str()), 0) << command;
     return file(name);
   }
-
- private:
-  std::filesystem::path path_;
 };
 
 /// Runs `work` in a process of its own, so that its limits and mounts are its own, and returns what
@@ -105,22 +90,10 @@ inline std::string onSmallDisk(rlim_t bytes, const std::function<std::string()>&
   });
 }
 
-/// Makes this process see mounts of its own; who is not root becomes able to mount there.
-inline bool ownMounts() {
-  const uid_t user = geteuid();
-  const gid_t group = getegid();
-  if (unshare(CLONE_NEWNS) == 0) return true;
-  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
-  writeFile("/proc/self/setgroups", "deny");
-  writeFile("/proc/self/uid_map", std::to_string(user) + " " + std::to_string(user) + " 1");
-  writeFile("/proc/self/gid_map", std::to_string(group) + " " + std::to_string(group) + " 1");
-  return true;
-}
-
 /// Puts an empty disk of `options` at `folder`, seen by this process alone; false where the system
-/// does not allow that.
+/// does not allow that, as most do to root alone.
 inline bool mountDisk(const std::filesystem::path& folder, const char* options) {
-  if (!ownMounts()) return false;
+  if (unshare(CLONE_NEWNS) != 0) return false;
   mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
   return mount("tmpfs", folder.c_str(), "tmpfs", 0, options) == 0;
 }

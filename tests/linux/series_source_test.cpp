@@ -76,16 +76,5 @@ TEST_F(SeriesSourceTest, FaultsAreNamedByLineAndColumn) {
   }
 }
 
-TEST_F(SeriesSourceTest, LinesMayLieAnywhereAcrossTheBuffer) {
-  std::string text = "time,R,G,B\n";
-  std::vector<FrameSample> frames;
-  for (int i = 0; i < 40000; ++i) {
-    text += std::to_string(33 * i) + "," + std::to_string(i % 251) + ".125,7,8\n";
-    const float red = static_cast<float>(i % 251) + 0.125F;
-    frames.push_back({red, 7, 8, red});
-  }
-  EXPECT_TRUE(read(text).frames == frames);
-}
-
 }  // namespace
 }  // namespace veyla

@@ -109,16 +109,6 @@ TEST_F(SqliteKeyValueStoreTest, EveryTypeComesBackFromTheFile) {
             "c;float;97.1;d;double;72.0;f;date;1709640427.0625;");
 }
 
-TEST_F(SqliteKeyValueStoreTest, TheFileIsTheUsersAlone) {
-  umask(0);
-  SqliteKeyValueStore store(folder() / "share" / "veyla");
-  using std::filesystem::perms;
-  const auto made = folder() / "share";
-  EXPECT_EQ(std::filesystem::status(made).permissions(), perms::owner_all);
-  EXPECT_EQ(std::filesystem::status(made / "veyla" / SqliteKeyValueStore::fileName).permissions(),
-            perms::owner_read | perms::owner_write);
-}
-
 TEST_F(SqliteKeyValueStoreTest, AFlushOrWhatBelongsTogetherIsOneTransaction) {
   SqliteKeyValueStore store(folder());
   SqliteKeyValueStore elsewhere(folder(), readAndWrite, 50ms);
@@ -212,17 +202,6 @@ TEST_F(SqliteKeyValueStoreTest, AStoreThatIsLockedIsWaitedForAndThenNamedAndLeft
   EXPECT_EQ(entryCount(store), 2U) << "and can be written once it has been read";
 }
 
-TEST_F(SqliteKeyValueStoreTest, ARowThatCannotBeUnderstoodIsNotOverwritten) {
-  make();
-  other("UPDATE entries SET value = substr(value, 1, 20) WHERE key = 'values'");
-  SqliteKeyValueStore store(folder());
-  append(store, entry(2));
-  store.removeValue("values");
-  store.synchronize();
-  EXPECT_THAT(store.failure().value_or(""), HasSubstr("\"values\""));
-  EXPECT_EQ(other("SELECT length(value) FROM entries"), "20;");
-}
-
 TEST_F(SqliteKeyValueStoreTest, EveryKindOfWrongFileIsNamed) {
   const std::pair<const char*, std::function<void()>> cases[] = {
       {"a folder stands where a file must be", [&] { std::filesystem::create_directory(file()); }},
@@ -293,16 +272,6 @@ TEST_F(SqliteKeyValueStoreTest, AFullDiskLeavesTheOldContents) {
       inChild([&] { return mountDisk(folder(), "size=256k") ? fill() : noMounts; });
   if (result == noMounts) GTEST_SKIP() << noMounts;
   EXPECT_THAT(result, HasSubstr("the disk is full; free some space and try again 1 2"));
-}
-
-TEST(DataFolderTest, FollowsTheEnvironment) {
-  setenv("HOME", "/home/someone", 1);
-  setenv("XDG_DATA_HOME", "/data", 1);
-  EXPECT_EQ(defaultDataFolder(), "/data/veyla");
-  setenv("XDG_DATA_HOME", "not/absolute", 1);
-  EXPECT_EQ(defaultDataFolder(), "/home/someone/.local/share/veyla");
-  unsetenv("XDG_DATA_HOME");
-  EXPECT_EQ(defaultDataFolder(), "/home/someone/.local/share/veyla");
 }
 
 }  // namespace

@@ -24,20 +24,5 @@ TEST(CommandCanvasTest, ADrawingIsReadBackByTheLengthsThatItTells) {
   EXPECT_THAT(canvas.texts(), ElementsAre("72", "BPM"));
 }
 
-TEST(CommandCanvasTest, ThePageMeasuresATextOfAFontOnce) {
-  std::vector<std::string> asked;
-  CommandCanvas canvas([&](const std::string& text, const Font& font) {
-    asked.push_back(text);
-    return TextExtents{.width = static_cast<double>(font.size), .ascent = 1, .descent = 0};
-  });
-  for (int times = 0; times < 2; ++times) {
-    EXPECT_EQ(canvas.measureText("50", {"HelveticaNeue-Light", 11}).width, 11);
-    EXPECT_EQ(canvas.measureText("50", {"HelveticaNeue-Light", 25}).width, 25);
-    EXPECT_EQ(canvas.measureText("50", {"HelveticaNeue-Bold", 11}).width, 11);
-    canvas.clear();
-  }
-  EXPECT_THAT(asked, ElementsAre("50", "50", "50"));
-}
-
 }  // namespace
 }  // namespace veyla

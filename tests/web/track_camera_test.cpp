@@ -18,20 +18,17 @@ struct ScriptedTrack : VideoTrack {
   bool opened = false;
   bool playing = false;
   bool lit = false;
-  /// Whether the torch does as it is told.
-  bool obeys = true;
-  std::string state = "granted";
   std::vector<int> waiting;
   std::map<std::string, std::string> modes;
 
-  std::string authorization() const override { return state; }
+  std::string authorization() const override { return "granted"; }
   void request(int) override {}
   void open(int pending) override { waiting.push_back(pending); }
   void close() override { opened = lit = false; }
   bool isOpen() const override { return opened; }
   bool hasTorch() const override { return opened; }
   bool isTorchLit() const override { return lit; }
-  void setTorch(bool on) override { lit = on && obeys; }
+  void setTorch(bool on) override { lit = on; }
   bool supports(const std::string& name, const std::string& mode) const override {
     return name == "focusMode" && mode == "single-shot";
   }
@@ -170,7 +167,7 @@ TEST_F(TrackCameraTest, TheTrackIsOpenForThoseWhoWaitForItOrHaveIt) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST_F(TrackCameraTest, ModesBearTheConstraintsNamesAndTheTorchTellsOfItself) {
+TEST_F(TrackCameraTest, ModesBearTheConstraintsNames) {
   const auto running = openedSession();
   CaptureDevice& device = *camera_.defaultVideoDevice();
   device.setExposureMode(CaptureMode::continuous);
@@ -185,26 +182,6 @@ TEST_F(TrackCameraTest, ModesBearTheConstraintsNamesAndTheTorchTellsOfItself) {
   EXPECT_EQ(device.focusMode(), CaptureMode::automatic);
   for (const int mode : {0, 1, 2, 3}) {
     EXPECT_EQ(device.isFocusModeSupported(static_cast<CaptureMode>(mode)), mode == 1) << mode;
-  }
-
-  for (const bool obeys : {false, true}) {
-    track_.obeys = obeys;
-    device.setTorchMode(LightMode::off);
-    device.setTorchMode(LightMode::on);
-    device.unlockForConfiguration();
-    EXPECT_EQ(device.torchMode(), obeys ? LightMode::on : LightMode::off);
-  }
-}
-
-TEST_F(TrackCameraTest, TheBrowsersWordForTheCamerasPermissionIsUnderstood) {
-  const std::pair<const char*, CameraAuthorization> states[] = {
-      {"granted", CameraAuthorization::authorized},
-      {"denied", CameraAuthorization::denied},
-      {"prompt", CameraAuthorization::notDetermined},
-      {"", CameraAuthorization::unknown}};
-  for (const auto& [state, status] : states) {
-    track_.state = state;
-    EXPECT_EQ(camera_.authorizationStatus(), status) << state;
   }
 }
 

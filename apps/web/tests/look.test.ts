@@ -58,20 +58,14 @@ it("shows what the core says", async () => {
   // The options.
   await expectShown(visit, {
     ".accessory color": white,
-    ".accessory background-color": "rgba(0, 0, 0, 0)",
     ".accessory font-weight": "400",
     ".accessory font-size": "14px",
-    ".options .bar-button color": white,
   });
-  await expect(
-    page.locator(".accessory").evaluate((each) => getComputedStyle(each).backgroundImage),
-  ).resolves.toContain("gradient");
   await visit.tap("EDIT");
   const dialog = ".alert.edit.show-upward.hide-downward.blur";
   await expectShown(visit, {
     [`${dialog} --from`]: "60vh",
     [`${dialog} .badge background-color`]: "rgb(200, 2, 0)",
-    [`${dialog} .badge color`]: white,
   });
   await visit.tap("Cancel");
   await visit.tap("Close");
@@ -90,7 +84,6 @@ it("shows what the core says", async () => {
   await visit.still();
   await expectShown(visit, {
     ".label-row height": "40px",
-    ".control-row height": "40px",
     ".chooser border-radius": "15px",
     ".dim background-color": "rgba(0, 0, 0, 0.5)",
     ".label-row ion-icon color": red,
@@ -99,7 +92,6 @@ it("shows what the core says", async () => {
   await visit.tap("Edit");
   await page.locator(".result").click();
   await expect.poll(listHeight).toBe(whole - 44);
-  await expectShown(visit, { ".results-toolbar height": "44px" });
   await visit.tap("Done");
   await expect.poll(listHeight).toBe(whole);
 

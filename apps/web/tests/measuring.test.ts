@@ -77,12 +77,14 @@ it("a finger that comes late, leaves and is too bright is told of, and doubted",
   expect(await words.evaluate((each) => each.checkVisibility({ visibilityProperty: true }))).toBe(
     true,
   );
-  /** What is told, in its order: the state, its words and its icon. */
+  /** What is told, in its order: the state and its words; and each state's icon. */
   const told = await page.locator(".finger").evaluateHandle((chip: HTMLElement) => {
-    const all: (readonly [state: string, text: string, icon: string])[] = [];
+    const all = { words: "", icons: {} as Record<string, string> };
     new MutationObserver(() => {
       const { icon = "" } = chip.querySelector("ion-icon") as { icon?: string };
-      all.push([chip.dataset["state"] ?? "", chip.textContent, icon]);
+      const { state = "" } = chip.dataset;
+      all.words += ` ${state} ${chip.textContent}`;
+      all.icons[state] = icon;
     }).observe(chip, { subtree: true, childList: true, attributeFilter: ["data-state"] });
     return all;
   });
@@ -92,14 +94,13 @@ it("a finger that comes late, leaves and is too bright is told of, and doubted",
   // No frame is wanted while there is no finger.
   await visit.inspect("finger-absent-night");
   await page.getByText("FINISHED").waitFor(finished);
-  const all = await told.jsonValue();
+  const { words: all, icons } = await told.jsonValue();
   const absent = "noFinger Move your finger over lens and light";
   const good = "good Finger in place";
-  expect(all.map(([state, text]) => `${state} ${text}`).join()).toMatch(
+  expect(all).toMatch(
     RegExp(`${absent}.*${good}.*${absent}.*tooBright Press more lightly.*${good}`),
   );
-  const icons = new Map(all.map(([state, , icon]) => [state, icon]));
-  expect(new Set(icons.values()).size).toBe(icons.size);
+  expect(new Set(Object.values(icons)).size).toBe(Object.keys(icons).length);
 
   await page.locator('.finger[data-state=""]').waitFor({ state: "attached" });
   const doubt = "Unsure: no finger was seen for part of the time.";

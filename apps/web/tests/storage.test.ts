@@ -65,8 +65,8 @@ it("makes all changes that belong together or none, and gives up nothing that it
       return items.get(key) ?? null;
     },
     setItem(key: string, text: string): void {
-      const others = [...items].filter(([name]) => name !== key).map(([, other]) => other);
-      if ([...others, text].join("").length > room)
+      const all = new Map(items).set(key, text);
+      if ([...all.values()].join("").length > room)
         throw new DOMException("", "QuotaExceededError");
       items.set(key, text);
       done.push(`set ${key}`);
@@ -82,32 +82,24 @@ it("makes all changes that belong together or none, and gives up nothing that it
     return new LocalStorage((_key, line) => told.push(line));
   };
   const storage = opened(localStorage);
-  const tooMuch = storage.write([
-    ["first", "after"],
-    ["second", "new"],
-    ["third", "x".repeat(room)],
-  ]);
-  expect(tooMuch).toContain("full");
-  expect([...items]).toEqual([["veyla/first", "before"]]);
-
-  done.length = 0;
   const moved = (from: string, to: string, text: string): string =>
-    storage.write([
-      [from, null],
-      [to, text],
-    ]);
-  expect(moved("first", "second", "x".repeat(11))).toBe("");
+    storage.write(Object.entries({ [from]: null, [to]: text }));
+  const long = "x".repeat(11);
+  expect(moved("first", "second", long)).toBe("");
   expect(done).toEqual(["set veyla/second", "remove veyla/first"]);
   // There is room for one of them.
-  expect(moved("second", "third", "x".repeat(11))).toBe("");
-  expect([...items.keys()]).toEqual(["veyla/third"]);
+  expect(moved("second", "third", long)).toBe("");
+  expect([...items]).toEqual([["veyla/third", long]]);
+  // What was taken before the last one was refused is given back.
+  const tooMuch = { third: "after", fourth: "new", fifth: "x".repeat(room) };
+  expect(storage.write(Object.entries(tooMuch))).toContain("full");
   expect(moved("third", "fourth", "x".repeat(room + 1))).toContain("full");
-  expect([...items]).toEqual([["veyla/third", "x".repeat(11)]]);
+  expect([...items]).toEqual([["veyla/third", long]]);
 
   isClosed = true;
   expect(storage.read("third")).toBeNull();
   expect(storage.write([["third", "new"]])).toContain("does not give out");
-  expect(items.get("veyla/third")).toBe("x".repeat(11));
+  expect(items.get("veyla/third")).toBe(long);
   expect(told).toHaveLength(1);
 
   expect(opened(null).lasts).toBe(false);
