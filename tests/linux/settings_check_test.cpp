@@ -66,8 +66,6 @@ TEST(SettingsCheckTest, WhatIsWrongIsNamedAndStopsWhoCouldNotMeasureWithIt) {
     Spo2: Spo2": 20 => Spo2": 0 -> error: E1 "neededValidSpo2" WRONG
     Heartrate: 118 => 1025 -> error: E1 "rawDataSize" WRONG
     Heartrate: 118 => "118" -> error: E1 "rawDataSize" WRONG
-    Heartrate: 118 => 118.5 -> error: E1 "rawDataSize" WRONG
-    Heartrate: 118 => 2 -> error: E1 "rawDataSize" WRONG
     Heartrate: 36 => 100 -> error: E1 "TTValidPercent" WRONG
     Heartrate: 46 => 0 -> error: E1 "minimumBpm" WRONG
     Heartrate: 46 => 40.5 ->
@@ -75,7 +73,6 @@ TEST(SettingsCheckTest, WhatIsWrongIsNamedAndStopsWhoCouldNotMeasureWithIt) {
     Heartrate: e": 5 => e": 512 -> error: E1 "TTMaxDistance" WRONG
     Heartrate: needed => n -> error: E1 "neededValidHeartrate" GONE | warning: E1 nothing reads "nV
     Camera: Mode": 2 => Mode": 4 -> error: E1 "exposureMode" WRONG
-    Camera: BalanceMode": 0 => BalanceMode": 4 -> error: E1 "whiteBalanceMode" WRONG
     Camera: flashMode": 1 => flashMode": 3 -> error: E1 "flashMode" WRONG
     Camera: focus => f -> warning: E1 "focusMode" GONE | warning: E1 nothing reads "fMode"
     Camera: 4s", "exposureMode": 2 => 4", "exposureMode": 4 -> error: E2 "exposureMode" WRONG

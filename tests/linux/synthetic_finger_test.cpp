@@ -85,18 +85,5 @@ TEST(FingerPainterTest, MeansKeepTheirFractionsUpToBothEnds) {
   }
 }
 
-TEST(ColourTrackTest, InterpolatesBetweenRowsAndHoldsTheEnds) {
-  const ScratchFolder folder;
-  ColourTrack track(
-      folder.write("a.csv", "time,R,G,B\n100,10,20,30\n200,20,0,30\n200,50,0,30\n400,52,0,40\n"));
-  EXPECT_DOUBLE_EQ(track.duration(), 0.3);
-  EXPECT_DOUBLE_EQ(track.at(0.05).red, 15);
-  EXPECT_DOUBLE_EQ(track.at(0.05).green, 10);
-  EXPECT_DOUBLE_EQ(track.at(0.2).red, 51);
-  EXPECT_DOUBLE_EQ(track.at(0.2).blue, 35);
-  EXPECT_DOUBLE_EQ(track.at(9).red, 52);
-  EXPECT_DOUBLE_EQ(track.at(0).green, 20) << "going back";
-}
-
 }  // namespace
 }  // namespace veyla
