@@ -94,7 +94,8 @@ TEST_F(MeasureTest, WhatEndsEarlyIsToldWithItsReasonAndNotKept) {
   expectTold("--duration 8", {"\n--duration 8 ended it: ", "\nNothing saved"});
   expectTold("--start 100", {"needs 2 seconds of countdown", "\n--start 100 left"});
   expectTold("--no-save --start 30", {"\n--start 30 left"}, {"Nothing saved"});
-  expectTold("--no-save --start 5 --duration 30", {"\nFinished after"});
+  expectTold("--no-save --start 5 --duration 30 --log log", {"\nFinished after"});
+  EXPECT_THAT(contentsOf(file("log")), HasSubstr("Z 5.020 Tapped Begin\n"));
 
   makeFinger("--spo2 85");
   const Json report = json("measure finger.csv --only spo2", 1);

@@ -248,12 +248,6 @@ TEST_F(FfmpegSourceTest, FramesFromASecondOnAreThoseOfTheWholeToTheBit) {
        "twice.flv", false},
       {made + R"(-vf "setpts='PTS+if(gte(N,30),11/TB,0)'" -vsync vfr )" + reordered, "leap.mp4",
        true},
-      // Colours that are told when they change.
-      {made + R"(-filter_complex "drawbox=color=red:t=fill:enable='lt(t,1)',)"
-              R"(drawbox=color=blue:t=fill:enable='gte(t,1)',split[a][b];)"
-              R"([b]palettegen=stats_mode=single[p];[a][p]paletteuse=new=1" )"
-              "-c:v rawvideo -pix_fmt pal8",
-       "palette.avi", false},
   };
   std::vector<std::pair<std::string, bool>> clips;
   for (const auto& [arguments, name, skips] : cases) {
@@ -308,7 +302,6 @@ TEST_F(FfmpegSourceTest, RefusalsNameTheReason) {
        "no decoder for its video format QZQZ; convert it to H.264"},
       {cover, still},
       {folder_.ffmpeg(finger("64x48", "0.03") + "-frames:v 1", "still.jpg"), still},
-      {folder_.ffmpeg(finger("64x48", "0.03") + "-frames:v 1", "still.gif"), still},
       {folder_.write("undecodable.mkv", replaced(contentsOf(png), pngHead, noHead)),
        "no frame of it could be decoded; "}};
   for (const auto& [name, contents] :

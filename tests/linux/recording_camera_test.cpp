@@ -154,5 +154,23 @@ TEST_F(RecordingCameraTest, AtTheWallsPaceTheFramesOfLateTicksDoNotCome) {
   for (std::size_t i = 0; i < frames_.size(); ++i) EXPECT_EQ(frames_[i], i < 5 ? 0 : drop) << i;
 }
 
+TEST(TimedQueueTest, WorkRunsByDueTimeAndThenInTheOrderItCameUntilTheStop) {
+  TimedQueue queue;
+  std::string order;
+  const auto add = [&](double seconds, char name) {
+    queue.after(seconds, [&order, name] { order += name; });
+  };
+  add(2, 'c');
+  add(1, 'a');
+  queue.after(1, [&] { add(1, 'd'); });
+  add(1, 'b');
+  queue.after(3, [&] { queue.stop(); });
+  add(3, 'e');
+  queue.run();
+  EXPECT_EQ(order, "abcd");
+  queue.run();
+  EXPECT_EQ(order, "abcde");
+}
+
 }  // namespace
 }  // namespace veyla
