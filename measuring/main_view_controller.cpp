@@ -204,6 +204,12 @@ void MainViewController::beginMeasurement() {
   reportEnd();
 }
 
+double MainViewController::secondsUntilCurve() const {
+  const int rawDataSize = Utils::getHeartrateSettings("rawDataSize").intValue();
+  return Measurement::countdownSeconds +
+         (rawDataSize + static_cast<double>(framesBeforeChart)) / VideoDataOutput::framesPerSecond;
+}
+
 void MainViewController::countDownToMeasuring() {
   Alert starting;
   starting.kind = AlertKind::waiting;

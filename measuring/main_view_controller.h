@@ -50,6 +50,8 @@ class MainViewController : public VideoDelegate {
   // What the user does.
 
   void beginButtonPush();
+  /// From START until the pulse's curve shows, if the finger lies well.
+  double secondsUntilCurve() const;
   void stopButtonPush();
   void buttonCheckboxHeartrateTapped();
   void buttonCheckboxSpo2Tapped();

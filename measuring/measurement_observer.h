@@ -40,7 +40,7 @@ inline void EstimateCounts::add(EstimateVerdict verdict) {
 
 /// How a measurement ended; each does so once.
 enum class MeasurementEnd {
-  /// Every requested value is final, and stored.
+  /// Every requested value is final.
   finished,
   /// Too many saturations were too low.
   lowSignal,

@@ -77,8 +77,8 @@ EMSCRIPTEN_BINDINGS(screens) {
 
   class_<MainViewController>("MainViewController")
       VEYLA_METHODS(MainViewController, viewWillAppear, viewDidAppear, viewWillDisappear,
-                    beginButtonPush, stopButtonPush, buttonCheckboxHeartrateTapped,
-                    buttonCheckboxSpo2Tapped, swipeLeft, swipeRight);
+                    beginButtonPush, stopButtonPush, secondsUntilCurve,
+                    buttonCheckboxHeartrateTapped, buttonCheckboxSpo2Tapped, swipeLeft, swipeRight);
 
   class_<IntroViewController>("IntroViewController")
       VEYLA_METHODS(IntroViewController, viewDidLoad, swipeleft, swiperight, buttonSkipTapped,

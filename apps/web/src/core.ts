@@ -49,6 +49,7 @@ export interface MainViewController {
   viewDidAppear(): void;
   viewWillDisappear(): void;
   beginButtonPush(): void;
+  secondsUntilCurve(): number;
   stopButtonPush(): void;
   buttonCheckboxHeartrateTapped(): void;
   buttonCheckboxSpo2Tapped(): void;

@@ -51,7 +51,7 @@ export class ElementViews implements DisplayViews {
 
   setHidden(element: string, hidden: boolean): void {
     this.with(element, (view) => {
-      view.style.visibility = hidden ? "hidden" : "";
+      view.toggleAttribute("data-hidden", hidden);
     });
   }
 

@@ -13,7 +13,7 @@ const pictures: Readonly<Record<string, string>> = {
   "dummyimg1.png": `${phone}${light}${rays}
     <circle cx="120" cy="138" r="25" class="button"/><circle cx="120" cy="138" r="30" class="ring"/>
     <path d="M112 126l20 12-20 12z" class="play"/>`,
-  "dummyimg2.png": `${phone}${light}${glow}<g transform="rotate(8 118 200)">${finger}</g>`,
+  "dummyimg2.png": `${phone}${light}<g transform="translate(-6 -32) rotate(8 118 200)">${finger}</g>${glow}`,
   "dummyimg3.png": `<rect x="40" y="36" width="160" height="120" rx="18" class="body"/>
     <path d="M56 104h26l9-22 16 48 15-62 12 36h50" class="curve"/>
     <circle cx="172" cy="62" r="14" class="track"/><path d="M172 48a14 14 0 1 1-12.1 7" class="part"/>`,

@@ -13,6 +13,7 @@ import {
 import type { Captions, WebApp } from "./core";
 import { iconButton, make, makeCustom } from "./dom";
 import { ElementViews } from "./element_views";
+import { illustration } from "./illustrations";
 import type { DisplayViews } from "./page";
 import { followSwipes } from "./swipes";
 import { Widget } from "./widget";
@@ -26,6 +27,13 @@ const fingerIcons: Readonly<Record<string, string>> = {
   good: checkmarkCircle,
   noValue: helpCircle,
 };
+
+/** Said in turn while there is nothing to see yet. */
+const hints = [
+  "Rest your hand on a table",
+  "Press lightly: a firm press stops the pulse",
+  "Sit still and breathe calmly",
+];
 
 const markedCheckbox = "checkbox_marked.png";
 
@@ -260,7 +268,33 @@ export class MeasuringScreen {
         make("div.curve", {}, this.widget("chartFourierView", 2)),
       ),
     );
-    return this.named("viewCenter", make("section.center", {}, last, chart));
+    const center = make("section.center", {}, this.liveValues(), last, chart, this.wait());
+    return this.named("viewCenter", center);
+  }
+
+  /** The values as they come, to be read at arm's length; in the rings they are read out. */
+  private liveValues(): HTMLElement {
+    const live = make("div.live.last-values", { "aria-hidden": "true" });
+    for (const names of [heartrate, spo2]) {
+      const number = make("span.number");
+      live.append(make("p.live-value", {}, number, this.captioned(names.unit, make("span.unit"))));
+      const value = this.elements.get(names.value);
+      if (!value) continue;
+      new MutationObserver(() => {
+        number.textContent = value.textContent;
+        live.classList.toggle("has-values", /\d/.test(live.textContent));
+      }).observe(value, { subtree: true, childList: true });
+    }
+    return live;
+  }
+
+  /** Until the curve comes. */
+  private wait(): HTMLElement {
+    const picture = make("div.wait-picture");
+    picture.innerHTML = illustration("dummyimg2.png");
+    const bar = make("div.wait-bar", {}, make("i"));
+    const turns = make("div.wait-hints", {}, ...hints.map((hint) => make("p", {}, hint)));
+    return make("div.wait", { "aria-hidden": "true" }, picture, bar, turns);
   }
 
   private lines(): HTMLElement {
@@ -285,7 +319,9 @@ export class MeasuringScreen {
     begin.addEventListener("click", () => {
       // The camera takes its time to open.
       begin.ariaBusy = "true";
-      this.core().measuring().beginButtonPush();
+      const measuring = this.core().measuring();
+      this.page.style.setProperty("--wait", `${measuring.secondsUntilCurve()}s`);
+      measuring.beginButtonPush();
     });
     const stop = this.named(
       "stopButton",

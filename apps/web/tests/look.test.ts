@@ -36,7 +36,7 @@ it("shows what the core says", async () => {
 
   // The measuring screen, by day and by night, and the introduction.
   const texts = await page.locator(".measuring :is(h2, .unit, .round)").allTextContents();
-  expect(texts.join()).toBe("Heart rate,SpO₂,Last measurement,BPM,%,Pulse,START,STOP");
+  expect(texts.join()).toBe("Heart rate,SpO₂,BPM,%,Last measurement,BPM,%,Pulse,START,STOP");
   await expectShown(visit, { ".measuring ion-title color": white });
   const day = await inkOf(visit, "gaugeHR");
   expect(day).not.toEqual(await inkOf(visit, "gaugeSpo2"));

@@ -34,7 +34,14 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   await visit.inspect("measuring-initial");
   // No picture in between: taking one keeps frames from being taken.
   await visit.startMeasuring();
+  await page.locator(".wait-bar").waitFor();
+  const live = page.locator(".live-value .number");
+  await expect.poll(() => live.first().textContent(), finished).toMatch(/^\d\d$/);
+  expect(await live.first().evaluate((view) => getComputedStyle(view).fontSize)).toBe("44px");
+  await visit.element("chartFourierView").waitFor(finished);
+  expect(await page.locator(".wait-bar").isVisible()).toBe(false);
   await page.getByText("FINISHED").waitFor(finished);
+  expect(await live.first().isVisible()).toBe(false);
   await visit.inspect("measuring-finished");
 
   const entries = await visit.values();
@@ -78,7 +85,7 @@ it("a finger that comes late, leaves and is too bright is told of, and doubted",
     true,
   );
   /** What is told, in its order: the state and its words; and each state's icon. */
-  const told = await page.locator(".finger").evaluateHandle((chip: HTMLElement) => {
+  const told = await page.locator("p.finger").evaluateHandle((chip: HTMLElement) => {
     const all = { words: "", icons: {} as Record<string, string> };
     new MutationObserver(() => {
       const { icon = "" } = chip.querySelector("ion-icon") as { icon?: string };
