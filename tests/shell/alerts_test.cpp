@@ -2,55 +2,42 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/support/tables.h"
 #include "tests/support/test_platform.h"
 
 namespace veyla {
 namespace {
 
-using testing::ElementsAre;
-
-class AlertsTest : public testing::Test {
- protected:
-  /// Shows an alert that counts its dismissals.
-  int show(std::optional<std::string> closeButton, std::optional<double> duration,
-           bool closesOnOutsideTap = false) {
-    Alert alert;
-    alert.title = "Title";
-    alert.closeButton = std::move(closeButton);
-    alert.duration = duration;
-    alert.closesOnOutsideTap = closesOnOutsideTap;
-    alert.onDismiss = [this] { ++dismissals_; };
-    return alerts_.show(std::move(alert));
-  }
-
-  TestPlatform platform_;
-  Alerts& alerts_ = Alerts::instance();
-  int dismissals_ = 0;
-};
-
-TEST_F(AlertsTest, AnAlertGoesByItselfOrByWhatItOffersAndIsDismissedOnce) {
-  const int stays = show({}, {});
-  alerts_.tapClose(stays);
-  alerts_.tapOutside(stays);
-  alerts_.tapButton(stays, 0);
-  const int timed = show({}, 2);
-  platform_.time.runFor(1.99);
-  EXPECT_TRUE(alerts_.isShowing(stays) && alerts_.isShowing(timed));
-  platform_.time.runFor(0.02);
-  EXPECT_FALSE(alerts_.isShowing(timed));
-  const int closed = show("Done", 1, true);
-  alerts_.tapOutside(closed);
-  alerts_.tapClose(closed);
-  platform_.time.run();
-  EXPECT_EQ(dismissals_, 2);
-  EXPECT_TRUE(alerts_.isShowing(stays));
-  EXPECT_THAT(platform_.journal.of("alert"),
-              ElementsAre("show Title", "show Title", "hide 2", "show Title", "hide 3"));
+TEST(AlertsTest, AnAlertGoesByItselfOrByWhatItOffersAndIsDismissedOnce) {
+  TestPlatform platform;
+  Alerts& alerts = Alerts::instance();
+  int dismissals = 0;
+  Alert alert;
+  alert.onDismiss = [&] { ++dismissals; };
+  const int stays = alerts.show(alert);
+  alerts.tapClose(stays);
+  alerts.tapOutside(stays);
+  alerts.tapButton(stays, 0);
+  alert.duration = 2;
+  const int timed = alerts.show(alert);
+  platform.time.runFor(1.99);
+  EXPECT_TRUE(alerts.isShowing(stays) && alerts.isShowing(timed));
+  platform.time.runFor(0.02);
+  EXPECT_FALSE(alerts.isShowing(timed));
+  alert.closeButton = "Done";
+  alert.closesOnOutsideTap = true;
+  const int closed = alerts.show(alert);
+  alerts.tapOutside(closed);
+  alerts.tapClose(closed);
+  platform.time.run();
+  EXPECT_EQ(dismissals, 2);
+  EXPECT_TRUE(alerts.isShowing(stays));
+  EXPECT_EQ(joined(platform.journal.of("alert")), "show  | show  | hide 2 | show  | hide 3");
   // A view may answer at once.
-  platform_.alerts.answer = [&](int answered) { alerts_.tapClose(answered); };
-  EXPECT_FALSE(alerts_.isShowing(show("Done", 1)));
-  platform_.time.run();
-  EXPECT_EQ(dismissals_, 3);
+  platform.alerts.answer = [&](int answered) { alerts.tapClose(answered); };
+  EXPECT_FALSE(alerts.isShowing(alerts.show(alert)));
+  platform.time.run();
+  EXPECT_EQ(dismissals, 3);
 }
 
 }  // namespace

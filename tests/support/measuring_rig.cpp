@@ -8,15 +8,6 @@
 
 namespace veyla {
 
-namespace {
-
-void replace(Value::Dictionary& settings, const char* key, Value value) {
-  std::erase_if(settings, [&](const auto& setting) { return setting.first == key; });
-  settings.emplace_back(key, std::move(value));
-}
-
-}  // namespace
-
 MeasuringRig::MeasuringRig()
     : heartrateSettings_({{"rawDataSize", 2},
                           {"skipFramesBetweenMeasurements", 2},
@@ -36,12 +27,12 @@ MeasuringRig::MeasuringRig()
 }
 
 void MeasuringRig::heartrateSetting(const char* key, Value value) {
-  replace(heartrateSettings_, key, std::move(value));
+  heartrateSettings_.emplace(heartrateSettings_.begin(), key, std::move(value));
   withHeartrateSettings(heartrateSettings_);
 }
 
 void MeasuringRig::spo2Setting(const char* key, Value value) {
-  replace(spo2Settings_, key, std::move(value));
+  spo2Settings_.emplace(spo2Settings_.begin(), key, std::move(value));
   withSpo2Settings(spo2Settings_);
 }
 
