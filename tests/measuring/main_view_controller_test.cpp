@@ -5,7 +5,7 @@
 #include "history/history_store.h"
 #include "measuring/measuring_screen.h"
 #include "shell/alerts.h"
-#include "tests/support/measuring_rig.h"
+#include "tests/support/somebody.h"
 #include "tests/support/tables.h"
 
 namespace veyla {
@@ -31,54 +31,6 @@ class MainViewControllerTest : public testing::Test {
 };
 
 // From START to the first frame.
-
-TEST_F(MainViewControllerTest, EveryAlertSaysWhatToDo) {
-  ScriptedCamera& camera = platform_.camera;
-  const auto start = [&] {
-    screen_.beginButtonPush();
-    platform_.time.runFor(0.02);
-  };
-  const auto tapBoxes = [&] {
-    screen_.buttonCheckboxHeartrateTapped();
-    screen_.buttonCheckboxSpo2Tapped();
-  };
-  camera.authorization = CameraAuthorization::denied;
-  start();
-  camera.authorization = CameraAuthorization::authorized;
-  camera.device->torch = false;
-  start();
-  tapBoxes();
-  start();
-  EXPECT_FALSE(screen_.isRunning());
-  tapBoxes();
-  camera.device->torch = true;
-  start();
-  screen_.showLogSigAlert();
-  Alerts::instance().tapButton(platform_.alerts.lastId, 0);
-  EXPECT_EQ(platform_.journal.of("screens").back(), "faq");
-
-  std::vector<std::string> shown;
-  for (const Alert& alert : platform_.alerts.shown) {
-    EXPECT_EQ(alert.color, accentRed);
-    EXPECT_EQ(alert.iconTint, white);
-    shown.push_back(inWords(alert));
-  }
-  EXPECT_THAT(
-      shown,
-      ElementsAre(
-          "warning | No Camera Access | Without camera access this app won't work. It's essential "
-          "for Veyla to have access to the Camera. Please go to the iOS Settings App, scroll down "
-          "and find Veyla, and allow Veyla to access the Camera. [Done] [outside]",
-          "plain | Torch not found or not supported by this device. |  [OK]",
-          "error | Error | There seems to be a problem with the video camera. Check your camera "
-          "settings. [Done] [outside]",
-          "warning | Nothing to run | You have disabled both heartrate and spo2 measurements. "
-          "Enable at least one of them before tapping START. [Done] [outside]",
-          "waiting | Starting ... | Cover flash and camera lens with finger... 2 s",
-          "warning | Got problems? | If you keep getting '--' spo2 values, remove your finger, "
-          "then tap START, and replace your finger on the flash and camera lens after "
-          "\u00bd-1 second. [Read FAQ] [Done] [outside]"));
-}
 
 TEST_F(MainViewControllerTest, FramesOfTheCountdownCountButAreNotStored) {
   std::string seenAtOpening;
@@ -212,6 +164,38 @@ TEST_F(MainViewControllerTest, TheEndKeepsFirstTheFirstValueThenTheSecondThenThe
 }
 
 // The screen's life, each test on a screen of its own.
+
+TEST(MeasuringScreenLifeTest, EveryAlertSaysWhatToDo) {
+  Somebody somebody;
+  TestPlatform& platform = somebody.rig.platform;
+  somebody.live("dark START 1 lit heartrate spo2 START 1 heartrate spo2 START 1");
+  somebody.screen.showLogSigAlert();
+  Alerts::instance().tapButton(platform.alerts.lastId, 0);
+  EXPECT_EQ(platform.journal.of("screens").back(), "faq");
+  somebody.live("denied START 1");
+
+  std::vector<std::string> shown;
+  for (const Alert& alert : platform.alerts.shown) {
+    EXPECT_EQ(alert.color, accentRed);
+    EXPECT_EQ(alert.iconTint, white);
+    shown.push_back(inWords(alert));
+  }
+  EXPECT_THAT(
+      shown,
+      ElementsAre(
+          "plain | Torch not found or not supported by this device. |  [OK]",
+          "error | Error | There seems to be a problem with the video camera. Check your camera "
+          "settings. [Done] [outside]",
+          "warning | Nothing to run | You have disabled both heartrate and spo2 measurements. "
+          "Enable at least one of them before tapping START. [Done] [outside]",
+          "waiting | Starting ... | Cover flash and camera lens with finger... 2 s",
+          "warning | Got problems? | If you keep getting '--' spo2 values, remove your finger, "
+          "then tap START, and replace your finger on the flash and camera lens after "
+          "\u00bd-1 second. [Read FAQ] [Done] [outside]",
+          "warning | No Camera Access | Without camera access this app won't work. It's essential "
+          "for Veyla to have access to the Camera. Please go to the iOS Settings App, scroll down "
+          "and find Veyla, and allow Veyla to access the Camera. [Done] [outside]"));
+}
 
 TEST(MeasuringScreenLifeTest, EachWidgetIsDrawnAnewWhileItMovesAndOlderPhonesHaveSmallerValues) {
   for (const auto& [model, size] :
