@@ -279,23 +279,15 @@ TEST_F(ResultsViewControllerTest, TheShareSheetMailsTheSelectedRowsNewestFirstWh
   EXPECT_THAT(platform_.sharing.mails, ElementsAre(csv, text, csv));
 }
 
-TEST_F(ResultsViewControllerTest, HowMailsAndMessagesEndStandsInTheLog) {
+TEST_F(ResultsViewControllerTest, HowMailsEndStandsInTheLog) {
   load();
   using enum MailResult;
   for (const MailResult result : {cancelled, saved, sent, failed}) {
     screen_.emailCSVResults();
     platform_.sharing.mailFinished(result, "no network");
   }
-  for (const auto result : {MessageResult::cancelled, MessageResult::sent, MessageResult::failed}) {
-    screen_.sendSMS("hello");
-    platform_.sharing.messageFinished(result);
-  }
-  platform_.sharing.sendsText = false;
-  screen_.sendSMS("unsent");
   EXPECT_EQ(joined(platform_.log.lines),
-            "Mail cancelled | Mail saved | Mail sent | Mail sent failure: no network | "
-            "Message cancelled | Message sent | Message failed");
-  EXPECT_EQ(platform_.journal.of("sharing").back(), "dismiss message");
+            "Mail cancelled | Mail saved | Mail sent | Mail sent failure: no network");
 }
 
 TEST_F(ResultsViewControllerTest, AScreenThatHasGoneIsNotCalledByItsSheetOrMail) {

@@ -108,20 +108,5 @@ TEST_F(WidgetsTest, AnAnimatedRingGoesByHundredthsOfASecondAndEndsExactly) {
   EXPECT_EQ(redraws_, 0);
 }
 
-TEST_F(WidgetsTest, AWidgetThatIsGoneIsNotMoved) {
-  int redraws = 0;
-  {
-    CircleProgressBar ring;
-    WMGaugeView gauge;
-    ring.needsDisplay = gauge.needsDisplay = [&] { ++redraws; };
-    gauge.maxValue = 1;
-    ring.setProgress(1, true);
-    gauge.setValue(1, true);
-  }
-  const int redrawsBefore = redraws;
-  platform_.time.run();
-  EXPECT_EQ(redraws, redrawsBefore);
-}
-
 }  // namespace
 }  // namespace veyla

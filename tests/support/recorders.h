@@ -10,8 +10,8 @@
 #include "platform/alert_view.h"
 #include "platform/format.h"
 #include "platform/log.h"
+#include "platform/no_services.h"
 #include "platform/screens.h"
-#include "platform/sharing.h"
 
 namespace veyla {
 
@@ -131,17 +131,15 @@ class RecorderScreens : public Screens {
   Journal& journal_;
 };
 
-/// Keeps mails and completions, for the test to call; every call stands in the journal as
+/// Keeps mails and their completions, for the test to call; every call stands in the journal as
 /// "sharing …".
-class RecorderSharing : public Sharing {
+class RecorderSharing : public NoSharing {
  public:
   explicit RecorderSharing(Journal& journal) : journal_(journal) {}
 
   bool sendsMail = true;
-  bool sendsText = true;
   std::vector<Mail> mails;
   MailFinished mailFinished;
-  MessageFinished messageFinished;
 
   bool canSendMail() const override { return sendsMail; }
   void composeMail(const Mail& mail, MailFinished finished) override {
@@ -150,12 +148,6 @@ class RecorderSharing : public Sharing {
     journal_.add("sharing mail " + mail.subject);
   }
   void dismissMail() override { journal_.add("sharing dismiss mail"); }
-  bool canSendText() const override { return sendsText; }
-  void composeMessage(const std::string& body, MessageFinished finished) override {
-    messageFinished = std::move(finished);
-    journal_.add("sharing message " + body);
-  }
-  void dismissMessage() override { journal_.add("sharing dismiss message"); }
   void open(const std::string& address) override { journal_.add("sharing open " + address); }
 
  private:
