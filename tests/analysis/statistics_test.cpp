@@ -25,13 +25,6 @@ TEST(VectorUtilsTest, TheMedianIsTheUpperOneAndNeverAnAverageOfBytesToo) {
   }
 }
 
-TEST(VectorUtilsTest, TheDeviationIsThatOfASample) {
-  EXPECT_DOUBLE_EQ(*VectorUtils::standardDeviationOf(Series{2, 4, 4, 4, 5, 5, 7, 9}),
-                   std::sqrt(32.0 / 7));
-  EXPECT_FALSE(VectorUtils::standardDeviationOf(Series{}));
-  EXPECT_TRUE(std::isnan(*VectorUtils::standardDeviationOf(Series{7})));
-}
-
 TEST(VectorUtilsTest, TheTailKeepsItsOrderAndExtremesAreSinglePrecisionValues) {
   EXPECT_EQ(VectorUtils::maxOf(Series{-3, -1.1, -2}), -1.1F);
   EXPECT_EQ(VectorUtils::minOf(Series{0.1, 3}), 0.1F);
