@@ -20,6 +20,7 @@ using namespace ResultsScreen;
 constexpr std::size_t labelCount = labelNames.size();
 constexpr double fadeSeconds = 0.5;
 constexpr double slideSeconds = 0.5;
+constexpr double undoSeconds = 6;
 /// In points.
 constexpr std::int32_t toolbarHeight = 44;
 
@@ -83,6 +84,7 @@ void ResultsViewController::viewWillAppear() { logLine("ResultsView: viewWillApp
 void ResultsViewController::viewWillDisappear() {
   AppDelegate::instance().setIsResults(false);
   logLine("ResultsView: willDisappear");
+  withdrawUndo();
 }
 
 // What both lists show.
@@ -136,6 +138,7 @@ void ResultsViewController::didSelectRow(std::size_t row, std::int32_t tag) {
     showToolbarIfSelected();
     return;
   }
+  withdrawUndo();
   resultsCurrentSelectedRow_ = static_cast<std::int32_t>(row);
   resultsCurrentSelectedIndexPath_ = row;
   showLabels();
@@ -171,29 +174,31 @@ void ResultsViewController::tapDeleteRow() {
   if (!editedEntry()) return;
   const std::size_t row = *resultsCurrentSelectedIndexPath_;
   logLine("delete row %i, pathrow: %li", resultsCurrentSelectedRow_, static_cast<long>(row));
-  remove(row, RowAnimation::none);
+  remove({row}, RowAnimation::none);
   closeResultsLabelsView();
 }
 
 void ResultsViewController::tapSwipeAction(std::size_t row) {
   if (row >= data_.size()) return;
   logLine("delete from swipe");
-  remove(row, RowAnimation::fade);
+  remove({row}, RowAnimation::fade);
 }
 
 void ResultsViewController::clickTrash() {
   logLine("click trash");
   const std::vector<std::size_t> rows(selectedRows_.begin(), selectedRows_.end());
-  std::vector<HistoryEntry> kept;
-  for (std::size_t row = 0; row < data_.size(); ++row) {
-    if (!selectedRows_.contains(row)) kept.push_back(std::move(data_[row]));
-  }
-  data_ = std::move(kept);
   selectedRows_.clear();
-  resultsCurrentSelectedRow_ = -1;
-  resultsCurrentSelectedIndexPath_.reset();
-  if (saveValues()) view_.deleteRows(rows, RowAnimation::fade);
+  remove(rows, RowAnimation::fade);
   setEditing(false, true);
+}
+
+void ResultsViewController::tapUndo() {
+  if (deleted_.empty()) return;
+  for (auto& [row, entry] : deleted_) {
+    data_.insert(data_.begin() + static_cast<std::ptrdiff_t>(row), std::move(entry));
+  }
+  withdrawUndo();
+  if (saveValues()) view_.reloadRows();
 }
 
 void ResultsViewController::clickShare() {
@@ -232,6 +237,8 @@ void ResultsViewController::clickAllAndNone() {
 }
 
 void ResultsViewController::setEditing(bool editing, bool animated) {
+  // What is selected, as what is edited, goes by its row.
+  if (editing) withdrawUndo();
   editing_ = editing;
   // The list begins and ends editing with nothing selected.
   selectedRows_.clear();
@@ -362,11 +369,39 @@ void ResultsViewController::storeLabels(HistoryEntry& entry, const Labels& label
   if (!saveValues()) closeResultsLabelsView();
 }
 
-void ResultsViewController::remove(std::size_t row, RowAnimation animation) {
-  data_.erase(data_.begin() + static_cast<std::ptrdiff_t>(row));
+void ResultsViewController::remove(const std::vector<std::size_t>& rows, RowAnimation animation) {
+  withdrawUndo();
+  std::vector<HistoryEntry> kept;
+  kept.reserve(data_.size());
+  auto next = rows.begin();
+  for (std::size_t row = 0; row < data_.size(); ++row) {
+    if (next == rows.end() || *next != row) {
+      kept.push_back(std::move(data_[row]));
+    } else {
+      deleted_.emplace_back(row, std::move(data_[row]));
+      ++next;
+    }
+  }
+  data_ = std::move(kept);
   resultsCurrentSelectedRow_ = -1;
   resultsCurrentSelectedIndexPath_.reset();
-  if (saveValues()) view_.deleteRows({row}, animation);
+  if (!saveValues()) {
+    deleted_.clear();
+    return;
+  }
+  view_.deleteRows(rows, animation);
+  if (deleted_.empty()) return;
+  view_.offerUndo(
+      formatText("%zu measurement%s deleted", deleted_.size(), deleted_.size() == 1 ? "" : "s"));
+  services().mainQueue.after(undoSeconds, life_.bound([this, deletion = ++deletions_] {
+    if (deletion == deletions_) withdrawUndo();
+  }));
+}
+
+void ResultsViewController::withdrawUndo() {
+  if (deleted_.empty()) return;
+  deleted_.clear();
+  view_.withdrawUndo();
 }
 
 void ResultsViewController::showToolbarIfSelected() {

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "history/history_entry.h"
@@ -97,6 +98,8 @@ class ResultsViewController {
   void tapDeleteRow();
   void tapSwipeAction(std::size_t row);
   void clickTrash();
+  /// While the view offers it: puts what was deleted last back in its places.
+  void tapUndo();
   void clickShare();
   void clickAllAndNone();
   void setEditing(bool editing, bool animated);
@@ -143,13 +146,19 @@ class ResultsViewController {
   HistoryEntry* editedEntry();
   const HistoryEntry* editedEntry() const;
   void storeLabels(HistoryEntry& entry, const Labels& labels);
-  void remove(std::size_t row, RowAnimation animation);
+  /// `rows` ascend.
+  void remove(const std::vector<std::size_t>& rows, RowAnimation animation);
+  void withdrawUndo();
   void showToolbarIfSelected();
   std::vector<std::string> selectedLines() const;
 
   ResultsView& view_;
   std::function<void()> dismiss_;
   std::vector<HistoryEntry> data_;
+  /// What was deleted last, by the rows it had, while that can be undone.
+  std::vector<std::pair<std::size_t, HistoryEntry>> deleted_;
+  /// Which deletion it was.
+  int deletions_ = 0;
   std::set<std::size_t> selectedRows_;
   std::int32_t resultsCurrentSelectedRow_ = -1;
   std::optional<std::size_t> resultsCurrentSelectedIndexPath_;

@@ -37,6 +37,10 @@ class ResultsView {
   /// Takes rows, in ascending order, out of the list in one update.
   virtual void deleteRows(const std::vector<std::size_t>& /*rows*/, RowAnimation /*animation*/) {}
 
+  /// Of a deletion, which `text` tells, beside the list.
+  virtual void offerUndo(const std::string& /*text*/) {}
+  virtual void withdrawUndo() {}
+
   /// The list is another one than it was.
   virtual void reloadRows() {}
 

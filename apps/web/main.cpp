@@ -101,7 +101,7 @@ EMSCRIPTEN_BINDINGS(screens) {
           ResultsViewController, viewDidLoad, viewWillAppear, viewWillDisappear, numberOfRows,
           editingStyle, listCell, chooserCell, swipeAction, didSelectRow, didDeselectRow, showChart,
           tapLeftButton, tapEditButton, touchesBegan, clickCloseResultsLabelsView, tapDeleteRow,
-          tapNoLabels, tapSwipeAction, clickTrash, clickShare);
+          tapNoLabels, tapSwipeAction, clickTrash, tapUndo, clickShare);
   class_<PageResultsScreen, base<ResultsViewController>>("ResultsScreen");
 
   VEYLA_VALUE(OptionsRow, title, subTitle, page, isEmail);

@@ -45,6 +45,8 @@ class PageResults : public ResultsView {
   void selectRow(std::size_t row, bool animated) override;
   void deselectRow(std::size_t row, bool animated) override;
   void deleteRows(const std::vector<std::size_t>& rows, RowAnimation animation) override;
+  void offerUndo(const std::string& text) override { page_.call<void>("offerUndo", text); }
+  void withdrawUndo() override { page_.call<void>("withdrawUndo"); }
   void reloadRows() override { page_.call<void>("reloadRows"); }
   void reloadChooser() override { page_.call<void>("reloadChooser"); }
   void setCheckMark(std::size_t chooserRow, bool shown) override;

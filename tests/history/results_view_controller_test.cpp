@@ -21,6 +21,7 @@ constexpr std::int32_t chooser = ResultsViewController::chooserTag;
 struct RecorderResultsView : ResultsView {
   Journal& journal;
   std::optional<ActionSheet> sheet;
+  std::string offered;
 
   explicit RecorderResultsView(Journal& of) : journal(of) {}
   void record(const std::string& what) { journal.add("results " + what); }
@@ -46,6 +47,8 @@ struct RecorderResultsView : ResultsView {
     for (const std::size_t row : rows) line += formatText(" %zu", row);
     record(line + (animation == RowAnimation::fade ? " fading" : " at once"));
   }
+  void offerUndo(const std::string& text) override { offered = text; }
+  void withdrawUndo() override { offered.clear(); }
   void reloadRows() override { record("reload"); }
   void reloadChooser() override { record("reload chooser"); }
   void setCheckMark(std::size_t chooserRow, bool shown) override {
@@ -104,6 +107,7 @@ class ResultsViewControllerTest : public testing::Test {
         {"edit", [](Screen& screen, std::size_t) { screen.tapEditButton(); }},
         {"left", [](Screen& screen, std::size_t) { screen.tapLeftButton(); }},
         {"trash", [](Screen& screen, std::size_t) { screen.clickTrash(); }},
+        {"undo", [](Screen& screen, std::size_t) { screen.tapUndo(); }},
         {"chart", [](Screen& screen, std::size_t) { screen.showChart(); }}};
     std::istringstream stream(words);
     for (std::string word; stream >> word;) {
@@ -198,6 +202,34 @@ label7               ->)");
   expectRows("swipe1 swipe0 -> {saved} | delete 1 fading | {saved} | delete 0 fading");
   EXPECT_EQ(platform_.log.lines.back(), "delete from swipe");
   EXPECT_THAT(*Utils::getValues(), IsEmpty()) << "an empty history, not an absent one";
+}
+
+TEST_F(ResultsViewControllerTest, ADeletionCanBeUndoneForSixSecondsUnlessRowsAreTakenUpAgain) {
+  loadThree();
+  const auto all = *Utils::getValues();
+  for (const char* words : {"swipe1 undo undo", "row0 delete undo", "edit row0 row2 trash undo"}) {
+    tap(words);
+    EXPECT_EQ(*Utils::getValues(), all) << words;
+    EXPECT_EQ(platform_.journal.of("results").back(), "reload");
+  }
+  for (const char* words : {"swipe0 edit undo edit", "swipe0 row0 undo outside"}) {
+    Utils::setValues(all);
+    load();
+    tap(words);
+    EXPECT_THAT(*Utils::getValues(), SizeIs(2)) << words;
+  }
+  Utils::setValues(all);
+  load();
+  tap("edit row0 row2 trash");
+  EXPECT_EQ(view_.offered, "2 measurements deleted");
+  platform_.time.runFor(3);
+  tap("swipe0");
+  platform_.time.runFor(5.9);
+  EXPECT_EQ(view_.offered, "1 measurement deleted");
+  platform_.time.runFor(0.2);
+  EXPECT_EQ(view_.offered, "");
+  tap("undo");
+  EXPECT_THAT(*Utils::getValues(), IsEmpty());
 }
 
 TEST_F(ResultsViewControllerTest, BeforeAndAfterExcludeEachOtherFromTheTappedSide) {

@@ -115,6 +115,7 @@ export interface ResultsViewController extends Screen {
   tapNoLabels(): void;
   tapSwipeAction(row: number): void;
   clickTrash(): void;
+  tapUndo(): void;
   clickShare(): void;
 }
 

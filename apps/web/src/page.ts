@@ -191,6 +191,8 @@ export interface ResultsViews {
   setEditing(editing: boolean, animated: boolean): void;
   setSelected(row: number, selected: boolean, animated: boolean): void;
   deleteRows(rows: readonly number[], animation: "none" | "fade"): void;
+  offerUndo(text: string): void;
+  withdrawUndo(): void;
   reloadRows(): void;
   reloadChooser(): void;
   setCheckMark(chooserRow: number, shown: boolean): void;

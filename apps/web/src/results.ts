@@ -54,6 +54,16 @@ export class ResultsScreen implements ResultsViews {
     "aria-label": "Labels",
     "aria-modal": "true",
   });
+  /** Read out when it comes. */
+  private readonly undoText = make("span", { role: "status" });
+  private readonly undo = make(
+    "div.undo",
+    {},
+    this.undoText,
+    textButton("button.bar-button", "Undo", () => {
+      this.core.tapUndo();
+    }),
+  );
   private readonly header: HTMLElement;
   private readonly toolbar: HTMLElement;
   private readonly rows: HTMLElement[] = [];
@@ -103,9 +113,11 @@ export class ResultsScreen implements ResultsViews {
       this.header,
       this.content,
       this.toolbar,
+      this.undo,
       this.dim,
       this.chooser,
     );
+    this.withdrawUndo();
     this.setOpacity("dimView", 0, 0);
     this.setOpacity("resultsTableViewForLabels", 0, 0);
     new IntersectionObserver((entries) => {
@@ -170,6 +182,16 @@ export class ResultsScreen implements ResultsViews {
     }
     this.addRows();
     this.showWhetherEmpty();
+  }
+
+  offerUndo(text: string): void {
+    this.undo.inert = false;
+    this.undoText.textContent = text;
+  }
+
+  withdrawUndo(): void {
+    this.undo.inert = true;
+    this.undoText.textContent = "";
   }
 
   reloadRows(): void {
