@@ -113,12 +113,6 @@ TEST_F(HistoryAggregationTest, WhatWasNotMeasuredDoesNotPullAMeanDown) {
   EXPECT_EQ(series.minTimestamp, today);
   EXPECT_THAT(series.hr, ElementsAre(ChartDataEntry{today, 70}));
   EXPECT_THAT(series.spo2, ElementsAre(ChartDataEntry{today, 96}));
-
-  auto values = Utils::getAllForLabel(-1);
-  Utils::makeChartDataSets2(values, -1);
-  EXPECT_EQ(Utils::getAvgValueFromArray(values, "14/11"),
-            (DailyAverage{70, 96, "14/11", Date{midnight.secondsSince1970 + 20}}));
-  EXPECT_EQ(Utils::getAvgValueFromArray(values, "13/11").date, std::nullopt);
 }
 
 TEST_F(HistoryAggregationTest, OneDayOfTwoYearsIsOneDayThatOfTheLaterYear) {
