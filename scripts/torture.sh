@@ -308,7 +308,8 @@ if ((scale > 0)); then
   # What others' libraries do under locks that it does not see.
   printf 'race:tzset_internal\nrace:libicu\n' >known
   race apps/cli/veyla evaluate recordings --every 5 --jobs 4
-  race benchmarks/tune_settings recordings --sizes 120 120 --skips 5 --samples 1 --needed 10 10
+  race benchmarks/tune_settings recordings --sizes 120 120 --skips 5 --samples 1 --needed 10 10 \
+    --beats-apart 66
 fi
 
 echo "torture: $kills kills, $faults calls refused, $damages damaged files, $saved of $crowd at once saved: $wrong wrong"

@@ -45,7 +45,7 @@ Window windowOf(const Reference& reference, std::size_t recording, int start) {
 
 }  // namespace
 
-Material materialIn(const std::vector<std::string>& folders) {
+Material materialIn(const std::vector<std::string>& folders, int beatsApart) {
   Material material;
   std::vector<std::vector<std::string>> personsOfSet;
   for (const std::string& folder : folders) {
@@ -65,7 +65,7 @@ Material materialIn(const std::vector<std::string>& folders) {
   }
   for (std::uint64_t seed = 1; seed <= 2; ++seed) {
     for (const double rate : {15.0, 24.0, 25.0, 30.0, 60.0}) {
-      for (int bpm = 48; bpm <= 180; ++bpm) {
+      for (int bpm = 48; bpm <= 180; bpm += beatsApart) {
         material.fingers.push_back({bpm, rate, seed, {}});
       }
     }

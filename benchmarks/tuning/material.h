@@ -58,9 +58,9 @@ inline constexpr std::size_t foldCount = 3;
 /// the estimates in other phases.
 inline constexpr int fingerStarts = 5;
 
-/// Out of several folders, without estimates yet; windows as of `veyla evaluate --every 5`. Throws
-/// `InputError`.
-Material materialIn(const std::vector<std::string>& folders);
+/// Out of several folders, without estimates yet; windows as of `veyla evaluate --every 5`. The
+/// generated fingers' rates are `beatsApart` beats per minute from each other. Throws `InputError`.
+Material materialIn(const std::vector<std::string>& folders, int beatsApart);
 
 /// Fills in the estimates from `rawDataSize` frames each.
 void gather(Material& material, int rawDataSize);

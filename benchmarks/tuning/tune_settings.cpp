@@ -133,13 +133,14 @@ struct Options {
   SearchSpace space;
   std::array<int, 2> sizes{105, 120};
   std::array<int, 2> needed{5, 24};
+  int beatsApart = 1;
   std::size_t shown = 12;
   std::vector<int> around;
   std::string waitingPlot;
 };
 
 void tune(Options options) {
-  Material material = materialIn(options.folders);
+  Material material = materialIn(options.folders, options.beatsApart);
   for (int size = options.sizes[0]; size <= options.sizes[1]; ++size) {
     options.space.rawDataSizes.push_back(size);
   }
@@ -197,6 +198,10 @@ int main(int argc, char** argv) {
                      "frames from one estimate to the next (1 2 3 4 5)");
   program.add_option("--samples", options.space.samples, "thresholds tried with each size (120)");
   program.add_option("--seed", options.space.seed, "which thresholds those are (1)");
+  program
+      .add_option("--beats-apart", options.beatsApart,
+                  "generated fingers have rates so many beats apart (1)")
+      ->check(CLI::Range(1, 132));
   program.add_option("--shown", options.shown, "candidates printed (12)");
   program
       .add_option("--around", options.around,
