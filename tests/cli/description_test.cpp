@@ -31,7 +31,6 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
            {{"history", "label", "-"}, {"-h", "--help", "--data", "--off"}},
            {{"history", ""}, {"label", "delete", "export", "mail", "backup", "restore"}},
            {{"health", "--data", "x", "al"}, {"allow"}},
-           {{"health", "deny", ""}, {"heartrate", "spo2"}},
            {{"measure", "--only", "s"}, {"spo2"}},
            {{"measure", "--only", "=", "h"}, {"heartrate"}},
            {{"history", "label", ""}, {}},
@@ -43,12 +42,6 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
            {{"measure", "my"}, {"my film.mp4", "my data"}},
            {{"measure", "--json", "--data", "my"}, {"my data"}}}) {
     EXPECT_THAT(completed(words), UnorderedElementsAreArray(offered));
-  }
-}
-
-TEST_F(DescriptionTest, TheHelpFitsTheTerminal) {
-  for (const int columns : {70, 100}) {
-    EXPECT_LE(widestLine(onTerminal("measure --help", columns).out), columns);
   }
 }
 

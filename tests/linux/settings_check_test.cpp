@@ -9,7 +9,6 @@
 #include "platform/capture.h"
 #include "platform/linux/resource_files.h"
 #include "platform/portable/json.h"
-#include "tests/linux/scratch.h"
 #include "tests/support/scripted_services.h"
 #include "tests/support/tables.h"
 
@@ -101,18 +100,6 @@ TEST(SettingsCheckTest, WhatIsWrongIsNamedAndStopsWhoCouldNotMeasureWithIt) {
   }
   EXPECT_THAT(problemsOf(ScriptedResources()),
               testing::StartsWith("error: is missing or cannot be read | error: is missing"));
-}
-
-TEST(FolderResourcesTest, TakesTheSettingsFromTheFolderAndTheRestFromTheProgram) {
-  const ScratchFolder folder;
-  const FolderResources resources(folder.path());
-  const std::string text = std::string(10000, 'x') + '\0';
-  folder.write("HeartrateSettings.json", text);
-  folder.write("Faq.json", "mine");
-  std::filesystem::create_directory(folder.file("CameraSettings.json"));
-  EXPECT_EQ(resources.read("HeartrateSettings", "json"), text);
-  EXPECT_EQ(resources.read("CameraSettings", "json"), std::nullopt);
-  EXPECT_THAT(resources.read("Faq", "json").value_or(""), testing::HasSubstr("\"question\""));
 }
 
 }  // namespace

@@ -42,25 +42,6 @@ TEST(SyntheticFingerTest, GivesTheAskedSaturationOverAnyWindow) {
   EXPECT_NEAR(spo2Over(100, 72, 0), 99.5, 0.1) << "red must pulse all the same";
 }
 
-TEST(SyntheticFingerTest, MotionComesInBurstsThatTakeLight) {
-  FingerOptions options;
-  const SyntheticFinger still(options);
-  options.motion = 10;
-  const SyntheticFinger moving(options);
-  double most = 0;
-  int touched = 0;
-  constexpr int samples = 6000;
-  for (int i = 0; i < samples; ++i) {
-    const double lost = 1 - moving.at(i * 0.01).red / still.at(i * 0.01).red;
-    most = std::max(most, lost);
-    touched += lost > 0.001 ? 1 : 0;
-  }
-  EXPECT_GT(most, 0.03);
-  EXPECT_LE(most, 0.1);
-  EXPECT_GT(touched, samples / 50);
-  EXPECT_LT(touched, samples / 3);
-}
-
 TEST(FingerPainterTest, MeansKeepTheirFractionsUpToBothEnds) {
   for (const double noise : {0.0, 1.0, 4.0}) {
     const FingerPainter painter(192, 144, noise, 1);
