@@ -20,7 +20,7 @@ class PagesTest : public testing::Test {
   std::map<std::string, std::string, std::less<>>& files_ = platform_.resources.files;
 };
 
-TEST_F(PagesTest, APageHasItsWholeSectionsInTheirOrder) {
+TEST_F(PagesTest, WholeSectionsAndQuestionsAreReadInTheirOrder) {
   files_["Terms.json"] = R"({"title": "Terms", "sections": [
       {"heading": "B", "text": "b"}, {"heading": "no text"}, "nothing",
       {"heading": "A", "text": "a"}]})";
@@ -28,6 +28,15 @@ TEST_F(PagesTest, APageHasItsWholeSectionsInTheirOrder) {
   EXPECT_EQ(Utils::page("Terms"), (Page{"Terms", {{"B", "b"}, {"A", "a"}}}));
   EXPECT_EQ(Utils::page("About"), std::nullopt);
   EXPECT_EQ(Utils::page("Missing"), std::nullopt);
+
+  files_["Faq.json"] = R"({"results": [{"question": "B?", "answer": "b"},
+      {"question": "no answer"}, {"question": "A?", "answer": "a"}]})";
+  Utils::loadLocalFaqs();
+  Utils::loadLocalFaqs();
+  EXPECT_THAT(Utils::faqs(), ElementsAre(FaqEntry{"B?", "b"}, FaqEntry{"A?", "a"}));
+  files_["Faq.json"] = "no JSON";
+  Utils::loadLocalFaqs();
+  EXPECT_THAT(Utils::faqs(), IsEmpty());
 }
 
 TEST_F(PagesTest, WhatComesWithTheApplicationIsWhole) {
@@ -65,17 +74,6 @@ TEST_F(PagesTest, ThePopupTellsWhatThisVersionBrought) {
   EXPECT_EQ(shown("1.0.0"),
             "notice | What's new in 1.0.0 | \u2022 First.\n\u2022 Second. [Done] [outside]");
   EXPECT_EQ(shown("1.0.1"), "notice | What's new in 1.0.1 | Small improvements. [Done] [outside]");
-}
-
-TEST_F(PagesTest, WholeQuestionsAreLoadedInTheirOrderAndReplaceThoseBefore) {
-  files_["Faq.json"] = R"({"results": [{"question": "B?", "answer": "b"},
-      {"question": "no answer"}, {"question": "A?", "answer": "a"}]})";
-  Utils::loadLocalFaqs();
-  Utils::loadLocalFaqs();
-  EXPECT_THAT(Utils::faqs(), ElementsAre(FaqEntry{"B?", "b"}, FaqEntry{"A?", "a"}));
-  files_["Faq.json"] = "no JSON";
-  Utils::loadLocalFaqs();
-  EXPECT_THAT(Utils::faqs(), IsEmpty());
 }
 
 }  // namespace
