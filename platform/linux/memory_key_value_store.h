@@ -11,22 +11,21 @@ namespace veyla {
 /// A store that lasts as long as the program: for runs that save nothing.
 class MemoryKeyValueStore : public KeyValueStore {
  public:
+  std::map<std::string, Value, std::less<>> values;
+
   std::optional<Value> value(std::string_view key) override {
-    const auto found = values_.find(key);
-    return found == values_.end() ? std::nullopt : std::optional(found->second);
+    const auto found = values.find(key);
+    return found == values.end() ? std::nullopt : std::optional(found->second);
   }
   void setValue(std::string_view key, const Value& value) override {
-    values_.insert_or_assign(std::string(key), value);
+    values.insert_or_assign(std::string(key), value);
   }
-  void removeValue(std::string_view key) override { values_.erase(std::string(key)); }
+  void removeValue(std::string_view key) override { values.erase(std::string(key)); }
   void synchronize() override {}
   bool exclusively(const std::function<void()>& changes) override {
     changes();
     return true;
   }
-
- private:
-  std::map<std::string, Value, std::less<>> values_;
 };
 
 }  // namespace veyla

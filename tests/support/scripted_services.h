@@ -9,8 +9,8 @@
 #include "platform/device_info.h"
 #include "platform/format.h"
 #include "platform/health_store.h"
-#include "platform/key_value_store.h"
 #include "platform/linux/icu_text.h"
+#include "platform/linux/memory_key_value_store.h"
 #include "platform/main_queue.h"
 #include "platform/portable/kiss_real_fft.h"
 #include "platform/resources.h"
@@ -18,28 +18,22 @@
 
 namespace veyla {
 
-/// A store in memory, whose changes and flushes stand in the journal as "store …".
-class MemoryStore : public KeyValueStore {
+/// What a test may put into beforehand; changes and flushes stand in the journal as "store …".
+class MemoryStore : public MemoryKeyValueStore {
  public:
   explicit MemoryStore(Journal& journal) : journal_(journal) {}
 
-  /// What is stored; a test may put anything there beforehand.
-  std::map<std::string, Value, std::less<>> values;
   /// How often changes were made durable in one piece, nested ones with the outermost.
   int exclusivePieces = 0;
   /// Nothing that is changed stays.
   bool refuses = false;
 
-  std::optional<Value> value(std::string_view key) override {
-    const auto found = values.find(key);
-    return found == values.end() ? std::nullopt : std::optional(found->second);
-  }
   void setValue(std::string_view key, const Value& value) override {
-    values.insert_or_assign(std::string(key), value);
+    MemoryKeyValueStore::setValue(key, value);
     journal_.add("store set " + std::string(key));
   }
   void removeValue(std::string_view key) override {
-    values.erase(std::string(key));
+    MemoryKeyValueStore::removeValue(key);
     journal_.add("store remove " + std::string(key));
   }
   void synchronize() override { journal_.add("store flush"); }
