@@ -89,7 +89,7 @@ TEST(FingerCoachTest, TheBordersOfWhatAFingerMayLookLike) {
   const std::optional<FingerState> undecided;
   // With the steps by which green and red swing from frame to frame.
   const std::tuple<FrameColours, float, float, std::optional<FingerState>> cases[] = {
-      {{17, 8, 4, {}}, 0.4F, 0, undecided},  // dark
+      {{16, 8, 4, {}}, 0.4F, 0, undecided},  // dark
       {{15, 8, 4, {}}, 0.4F, 0, noFinger},
       {{200, 150, 129, {}}, 0.4F, 0, undecided},  // pale
       {{200, 150, 131, {}}, 0.4F, 0, noFinger},

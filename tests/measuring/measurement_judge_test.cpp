@@ -91,11 +91,15 @@ TEST(DoubtsTest, ASaturationIsDoubtedForWhatStandsBehindMoreThanAFifthOfItsEstim
               ElementsAre(Doubt::noFinger, Doubt::noBlue, Doubt::noRedPulse));
 }
 
-TEST(DoubtsTest, EachSaysWhatItIsAbout) {
+TEST(DoubtsTest, EachSaysWhatItIsAboutAndSoDoesEachStateOfTheFinger) {
   std::string told;
   for (int i = 0; i <= static_cast<int>(Doubt::noRedPulse); ++i) {
     const auto doubt = static_cast<Doubt>(i);
     told.append(nameOf(doubt)).append(" | ").append(textOf(doubt)).append("\n");
+  }
+  using enum FingerState;
+  for (const FingerState state : {noFinger, tooBright, moving, weak, good}) {
+    told.append(nameOf(state)).append(" | ").append(textOf(state)).append("\n");
   }
   EXPECT_EQ(
       told,
@@ -105,6 +109,11 @@ halfRate | Unsure: the pulse may be half as fast. Count it at the wrist for 15 s
 doubleRate | Unsure: the pulse may be twice as fast. Count it at the wrist for 15 seconds.
 noBlue | Unsure: this camera sees next to no pulse in blue light, without which the oxygen value says nothing about the blood.
 noRedPulse | Unsure: the red light shows no pulse. Press more lightly and measure again.
+noFinger | Move your finger over lens and light
+tooBright | Press more lightly
+moving | Hold still
+weak | Press more lightly
+good | Finger in place
 )");
 }
 
@@ -192,7 +201,6 @@ TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAs
   rig.startMeasuring();
   for (int i = 0; i < 30; ++i) rig.frame({255, i % 2 == 0 ? 80.0F : 82.0F, 40, 100});
   EXPECT_EQ(rig.platform.display.view(MeasuringScreen::labelFinger).image, "tooBright");
-  EXPECT_EQ(text(MeasuringScreen::labelFinger), "Press more lightly");
   measure();
   EXPECT_THAT(judge.spo2(), Optional(ElementsAre(Doubt::noRedPulse)));
 
