@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include "acquisition/raw_signal_upload.h"
 #include "tests/support/builders.h"
+#include "tests/support/tables.h"
 #include "tests/support/test_platform.h"
 
 namespace veyla {
@@ -33,6 +35,18 @@ TEST(DataTest, ResetStartsNewSequencesAndLeavesHandedOutOnesAlone) {
   EXPECT_THAT(*spectra, SizeIs(1));
   EXPECT_THAT(held(), Each(Pointee(IsEmpty())));
   EXPECT_THAT(*data.fourierValues(), IsEmpty());
+}
+
+TEST(RawSignalUploadTest, TheRequestCarriesTheSeriesAndTheVersions) {
+  const TestPlatform platform;
+  const HttpRequest request = Utils::rawSignalRequest({180.1F}, {}, {30});
+  EXPECT_THAT(request.url, MatchesRegex("http://.*:8888/OrvaneServer/Slim/index.php/processdata"));
+  EXPECT_EQ(request.method, "POST");
+  EXPECT_THAT(request.headers, ElementsAre(Pair("Content-Type", "application/json")));
+  EXPECT_EQ(request.timeout, 60);
+  EXPECT_EQ(replaced(replaced(request.body, "\n", ""), "  ", ""),
+            R"({"R": [180.1],"G": [],"B": [30.0],)"
+            R"("iosver": "10.3.1","appver": "1.0.0","name": "veyla tester"})");
 }
 
 }  // namespace

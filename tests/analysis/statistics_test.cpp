@@ -28,6 +28,8 @@ TEST(VectorUtilsTest, TheMedianIsTheUpperOneAndNeverAnAverageOfBytesToo) {
 TEST(VectorUtilsTest, TheTailKeepsItsOrderAndExtremesAreSinglePrecisionValues) {
   EXPECT_EQ(VectorUtils::maxOf(Series{-3, -1.1, -2}), -1.1F);
   EXPECT_EQ(VectorUtils::minOf(Series{0.1, 3}), 0.1F);
+  EXPECT_DOUBLE_EQ(*VectorUtils::standardDeviationOf(Series{2, 4, 4, 4, 5, 5, 7, 9}),
+                   std::sqrt(32.0 / 7));
   const Series series{1, 2, 3};
   EXPECT_THAT(VectorUtils::lastObjectsOf(series, 2), ElementsAre(2, 3));
   EXPECT_THAT(VectorUtils::lastObjectsOf(series, 10), ElementsAre(1, 2, 3));
