@@ -51,5 +51,9 @@ export class ChartsScreen {
       ),
     );
     followPage(this.page, core);
+    this.page.addEventListener("ionViewWillUnload", () => {
+      heartrate.close();
+      spo2.close();
+    });
   }
 }

@@ -146,11 +146,14 @@ export class LineChartView implements ChartViews {
     new ResizeObserver(() => {
       this.resize();
     }).observe(this.plotHolder);
-    dark.addEventListener("change", () => {
-      // The screen of one that has gone answers no more.
-      if (this.element.isConnected) this.rebuild();
-    });
+    dark.addEventListener("change", this.rebuild);
     this.followFingers();
+  }
+
+  /** To be called when its page has gone, which what it listens to would hold. */
+  close(): void {
+    dark.removeEventListener("change", this.rebuild);
+    this.plot?.destroy();
   }
 
   /** Infinity without points. */
@@ -182,7 +185,7 @@ export class LineChartView implements ChartViews {
     this.rebuild();
   }
 
-  private rebuild(): void {
+  private readonly rebuild = (): void => {
     this.plot?.destroy();
     this.plot = undefined;
     this.closeUp = undefined;
@@ -205,7 +208,7 @@ export class LineChartView implements ChartViews {
     }
     // The other charts' time is this one's, too.
     this.time.showWhole();
-  }
+  };
 
   showView(): void {
     const { plot } = this;

@@ -5,7 +5,7 @@ import { gzipSync } from "node:zlib";
 
 import { expect, it } from "vitest";
 
-import { visitPage } from "./browser";
+import { storedHistory, visitPage } from "./browser";
 
 const build = fileURLToPath(new URL("../../../build/", import.meta.url));
 
@@ -103,4 +103,29 @@ it("installs, and works without a network after the first visit", async () => {
   await visit.open("results");
   await visit.tap("Chart");
   await page.getByText("Not enough SpO2 data").waitFor();
+});
+
+it("lets pages go that were closed", async () => {
+  const visit = await visitPage({ stored: storedHistory([{ hr: 60, spo2: 97, date: 1.7e9 }]) });
+  const session = await visit.context.newCDPSession(visit.page);
+  /** The page's nodes, in it and beside it, after so many times through its screens. */
+  const nodesAfter = async (times: number): Promise<number> => {
+    for (; times > 0; --times) {
+      await visit.open("results");
+      await visit.tap("Chart");
+      await visit.page.locator(".charts").waitFor();
+      await visit.settled();
+      await visit.tap("Back");
+      await visit.settled();
+      await visit.tap("Close");
+      await visit.settled();
+      await visit.open("options");
+      await visit.tap("Close");
+      await visit.settled();
+    }
+    await session.send("HeapProfiler.collectGarbage");
+    return (await session.send("Memory.getDOMCounters")).nodes;
+  };
+  const before = await nodesAfter(1);
+  expect(await nodesAfter(2)).toBeLessThan(before * 1.1);
 });
