@@ -18,12 +18,14 @@ root=$PWD
 scale=${1:-1}
 program=$root/build/veyla
 work=$(mktemp -d)
-trap 'umount -q "$work/veyla" 2>/dev/null; rm -rf "$work"' EXIT
+trap 'umount -q "$work/veyla" 2>/dev/null; rm -rf "$work"; tell' EXIT
+trap 'echo "torture: interrupted"; exit 1' INT TERM
 cd "$work" || exit 1
 export XDG_DATA_HOME=$work LC_ALL=C.UTF-8
 data=$work/veyla
 RANDOM=${SEED:-20}
 declare -i kills=0 faults=0 damages=0 wrong=0 attempted=0 saved=0
+tell() { echo "torture: $kills kills, $faults calls refused, $damages damaged files: $wrong wrong"; }
 
 veyla() { "$program" "$@"; }
 wrong() {
@@ -157,7 +159,7 @@ settle() { # status, what was done: the promised status in one line, what is tol
   lines=$(grep -c . error)
   line="$2, status $status: $(cat error)"
   faults+=1
-  ((status == 0 || status == 4)) || wrong "not the promised status: $line"
+  ((status == 0 || status == 4)) || { ((status == 3)) && grep -q ' finger.csv: ' error; } || wrong "not the promised status: $line"
   ((lines == (status == 0 ? 0 : 1))) || wrong "$lines lines: $line"
   [ "$(state)" = "$before" ] || changed=1
   if [ "$kind" = change ] && { ((status == 0)) || grep -q 'is saved\|done, but' error; }; then told=1; fi
@@ -312,5 +314,5 @@ if ((scale > 0)); then
     --beats-apart 66
 fi
 
-echo "torture: $kills kills, $faults calls refused, $damages damaged files, $saved of $crowd at once saved: $wrong wrong"
+echo "torture: $saved of $crowd at once saved"
 ((wrong == 0))
