@@ -31,7 +31,6 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
            {{"history", "label", "-"}, {"-h", "--help", "--data", "--off"}},
            {{"history", ""}, {"label", "delete", "export", "mail", "backup", "restore"}},
            {{"health", "--data", "x", "al"}, {"allow"}},
-           {{"measure", "--only", "s"}, {"spo2"}},
            {{"measure", "--only", "=", "h"}, {"heartrate"}},
            {{"history", "label", ""}, {}},
            {{"history", "label", "1", "Training"},

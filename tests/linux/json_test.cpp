@@ -100,34 +100,6 @@ TEST(RealTextTest, BothWaysAreShortAndTakeTheSameTexts) {
   }
 }
 
-TEST(StoredJsonTest, RefusesWhatItCouldNotReadBack) {
-  EXPECT_EQ(writeJson(Array{"\xff"}), std::nullopt);
-  EXPECT_EQ(writeJson(Dictionary{{"\xc3", 1}}), std::nullopt);
-  // How deep each nests, its tag included.
-  for (auto [nested, depth] : {std::pair(Value(1.5F), 1U), {Dictionary{{"$a", 1}}, 2U}}) {
-    for (; depth < deepestJson; ++depth) nested = Array{nested};
-    expectRoundTrip(nested);
-    EXPECT_EQ(writeJson(Array{nested}), std::nullopt);
-  }
-}
-
-TEST(StoredJsonTest, ADictionaryThatLooksLikeATagStaysADictionary) {
-  const Dictionary entries[] = {
-      {{"$date", 5.0}},
-      {{"$dictionary", Dictionary{{"$float", 1.5F}}}},
-      {{"$float", Dictionary{{"$float", 1.5F}}}, {"b", Date{1}}},
-  };
-  for (const Dictionary& entry : entries) expectRoundTrip(entry);
-  // Nor are tags what it never writes.
-  const Dictionary foreign[] = {{{"$other", 1}},      {{"$date", "today"}},
-                                {{"$float", true}},   {{"$date", 1}, {"b", 2}},
-                                {{"$dictionary", 1}}, {{"$double", Value()}}};
-  for (const Dictionary& entry : foreign) {
-    EXPECT_EQ(readJson(*NlohmannJsonWriter().prettyPrinted(entry)), Value(entry));
-    expectRoundTrip(entry);
-  }
-}
-
 TEST(StoredJsonTest, ALineThatIsNoJsonSpoilsNoOther) {
   const auto read = readJson("[{\"a\":1},\n{\"a\":1e999},\n{\"a\":,\n{\"a\":2}]");
   EXPECT_EQ(read,

@@ -137,19 +137,6 @@ TEST_F(SqliteKeyValueStoreTest, AFlushOrWhatBelongsTogetherIsOneTransaction) {
   EXPECT_EQ(entryCount(elsewhere), 3U);
 }
 
-TEST_F(SqliteKeyValueStoreTest, WhatCannotBeKeptIsRefusedAndTheRestStands) {
-  SqliteKeyValueStore store(folder());
-  append(store, entry(1));
-  store.exclusively([&] {
-    store.setValue("values", history(5));
-    store.setValue("email", "\xff");
-    store.synchronize();
-  });
-  EXPECT_EQ(entryCount(store), 1U);
-  EXPECT_EQ(store.value("email"), std::nullopt);
-  EXPECT_THAT(store.failure().value_or(""), HasSubstr("\"email\""));
-}
-
 TEST_F(SqliteKeyValueStoreTest, AKilledProgramLeavesEverySavedEntryAndNoHalfOne) {
   EXPECT_EQ(inChild([&] {
               SqliteKeyValueStore store(folder());
