@@ -7,6 +7,7 @@ cd "$(dirname "$0")/.." || exit 1
 programs=$PWD/build/fuzz/tests/fuzz
 corpus=$PWD/tests/fuzz/corpus
 found=build/fuzz/found
+# shellcheck disable=SC2046
 [ $# -gt 0 ] || set -- $(ls "$corpus")
 declare -i total=0 broken=0
 

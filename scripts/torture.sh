@@ -116,7 +116,7 @@ some() { ((scale > 0 || RANDOM % 10 == 0)); }
 calls_of() { # command; a line for each call that writes: its name and its number among those of the name
   again
   trace "$1" -o calls -e trace=$writing "$program" "$@" >/dev/null 2>&1
-  for output in out*; do cp $output new-$output; done
+  for output in out*; do cp "$output" "new-$output"; done
   entries >after
   sed 's/^[0-9][0-9]* *//' calls | awk -F'(' '
     { ++seen[$1] }
@@ -194,7 +194,7 @@ few_files() { # command; from hardly one on
 }
 at_every_call() {
   local command kind=change
-  rm -f *.part*
+  rm -f ./*.part*
   begin
   veyla measure finger.csv >/dev/null && veyla measure finger.csv >/dev/null
   veyla demo-history --data demo >/dev/null && veyla history backup --data demo -o backup.json
@@ -223,7 +223,7 @@ fill_disk() {
     saved+=1
   done
   ! grep -q 'is saved' error || saved+=1
-  [ "$(grep -c . error)" = 1 ] && grep -q 'full' error || wrong "on a full disk: $(cat error)"
+  [ "$(grep -c full error)/$(grep -c . error)" = 1/1 ] || wrong "on a full disk: $(cat error)"
   for command in history "history label 1 Working" "history export -o $data/list.csv" chart; do
     faults+=1
     # shellcheck disable=SC2086
