@@ -188,6 +188,24 @@ dark START 3 lit OK START 3 STOP     -> failed stopped
   }
 }
 
+TEST(MeasuringSequencesTest, OneFrameCannotBothFinishAMeasurementAndBeTheLastLowOne) {
+  Somebody low;
+  low.rig.spo2Setting("neededValidSpo2", 1000);
+  low.live("START 3 good*3 low*59");
+  low.rig.spo2Setting("neededValidSpo2", 3);  // The values there are suffice from now on.
+  low.live("low 1");
+  EXPECT_EQ(low.ends, std::vector{MeasurementEnd::lowSignal});
+  EXPECT_EQ(low.entries(), 0U);
+  EXPECT_FALSE(Utils::hasLastSpo2());
+  EXPECT_THAT(low.rig.platform.journal.of("health"), testing::SizeIs(1));
+
+  Somebody curve;
+  curve.rig.heartrateSetting("neededValidHeartrate", 1000);
+  curve.rig.heartrateSetting("rawDataSize", 90);  // It would come with the same frame.
+  curve.live("START 3 low*60 3");
+  EXPECT_TRUE(curve.rig.platform.display.isSeen(MeasuringScreen::viewLastMeasurements));
+}
+
 TEST(MeasuringSequencesTest, EstimatesAreJudgedCountedAndShown) {
   Somebody somebody;
   somebody.rig.heartrateSetting("neededValidHeartrate", 1000);
