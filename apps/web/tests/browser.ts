@@ -169,10 +169,11 @@ export class Visit {
     await this.still();
   }
 
-  /** When nothing moves but what moves for as long as it is shown. */
+  /** When nothing moves but what moves for as long as it is shown, or shows a wait. */
   async still(): Promise<void> {
     await this.page.evaluate(async () => {
-      const ends = ({ effect }: Animation): boolean => effect?.getTiming().iterations !== Infinity;
+      const ends = ({ effect }: Animation): boolean =>
+        Number(effect?.getComputedTiming().endTime) < 5000;
       const moves = (): boolean =>
         document.getAnimations().some((each) => each.playState === "running" && ends(each));
       // An animation may begin with one of the next frames of the screen.
