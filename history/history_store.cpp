@@ -195,11 +195,11 @@ OldHistoryEntry makeAndSaveRandomValueOLD(std::int32_t daysAgo, bool isHeartrate
 
 bool hasLastHeartrate() { return doesValueExist(lastHeartrateKey); }
 float getLastHeartrate() { return store().value(lastHeartrateKey).value_or(Value()).floatValue(); }
-bool setLastHeartrate(float heartrate) { return storeAndFlush(lastHeartrateKey, heartrate); }
+void setLastHeartrate(float heartrate) { storeAndFlush(lastHeartrateKey, heartrate); }
 
 bool hasLastSpo2() { return doesValueExist(lastSpo2Key); }
 float getLastSpo2() { return store().value(lastSpo2Key).value_or(Value()).floatValue(); }
-bool setLastSpo2(float spo2) { return storeAndFlush(lastSpo2Key, spo2); }
+void setLastSpo2(float spo2) { storeAndFlush(lastSpo2Key, spo2); }
 
 bool hasShownIntro() { return doesValueExist(finishedIntroKey); }
 void setShownIntro() { storeAndFlush(finishedIntroKey, true); }

@@ -56,11 +56,10 @@ OldHistoryEntry makeAndSaveRandomValueOLD(std::int32_t daysAgo, bool isHeartrate
 
 bool hasLastHeartrate();
 float getLastHeartrate();
-/// Whether the store has taken it.
-bool setLastHeartrate(float heartrate);
+void setLastHeartrate(float heartrate);
 bool hasLastSpo2();
 float getLastSpo2();
-bool setLastSpo2(float spo2);
+void setLastSpo2(float spo2);
 
 // What the user has been shown. Any stored value counts, be it false.
 

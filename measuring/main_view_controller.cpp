@@ -205,6 +205,7 @@ void MainViewController::beginMeasurement() {
 }
 
 double MainViewController::secondsUntilCurve() const {
+  if (!runHeartrate_) return 0;
   const int rawDataSize = Utils::getHeartrateSettings("rawDataSize").intValue();
   return Measurement::countdownSeconds +
          (rawDataSize + static_cast<double>(framesBeforeChart)) / VideoDataOutput::framesPerSecond;
@@ -383,7 +384,7 @@ void MainViewController::doneHeartrate() {
   logLine("Done HR");
   measurement_->finishHeartrate(*data_->heartrateValues());
   const float heartrate = measurement_->finalHeartrate;
-  const bool isStored = Utils::setLastHeartrate(heartrate);
+  Utils::setLastHeartrate(heartrate);
   showHeartrate(heartrate);
   gaugeHR_.setValue(heartrate, true);
 
@@ -392,8 +393,7 @@ void MainViewController::doneHeartrate() {
   enter(labelLastHeartrate, "zoomIn");
   enter(labelHeartrate, "zoomIn");
   display().setShimmering(labelMeasuringHeartrate, false);
-  // On a full disk no record stands for what is stored nowhere else.
-  if (isStored) HKUtils().writeHeartrateWithValue(static_cast<double>(heartrate));
+  HKUtils().writeHeartrateWithValue(static_cast<double>(heartrate));
   for (MeasurementObserver* observer : observers_) observer->heartrateFinal(heartrate);
   if (measurement_->isSpo2Done || !runSpo2_) done();
 }
@@ -406,7 +406,7 @@ void MainViewController::doneSpo2() {
   logLine("spo2 values: %s", listed(values).c_str());
   measurement_->finishSpo2(values);
   const float spo2 = measurement_->finalSpo2;
-  const bool isStored = Utils::setLastSpo2(spo2);
+  Utils::setLastSpo2(spo2);
   showSpo2(spo2);
 
   display().setFont(labelSpo2, {finalFont, labelValuesFontSize_});
@@ -415,7 +415,7 @@ void MainViewController::doneSpo2() {
   display().setText(labelLastSpo2, wholeNumber(spo2));
   enter(labelLastSpo2, "zoomIn");
   display().setShimmering(labelMeasuringSpo2, false);
-  if (isStored) HKUtils().writeSpo2WithValue(static_cast<double>(spo2));
+  HKUtils().writeSpo2WithValue(static_cast<double>(spo2));
   for (MeasurementObserver* observer : observers_) observer->spo2Final(spo2);
   if (measurement_->isHeartrateDone || !runHeartrate_) done();
 }

@@ -50,7 +50,7 @@ class MainViewController : public VideoDelegate {
   // What the user does.
 
   void beginButtonPush();
-  /// From START until the pulse's curve shows, if the finger lies well.
+  /// From START until the pulse's curve shows; 0 where it does not, since no heart rate is wanted.
   double secondsUntilCurve() const;
   void stopButtonPush();
   void buttonCheckboxHeartrateTapped();

@@ -79,7 +79,7 @@ class MeasurementObserver {
                                   EstimateVerdict /*verdict*/) {}
   virtual void spo2Estimated(std::int32_t /*counter*/, float /*spo2*/,
                              const Spo2Figures& /*figures*/, EstimateVerdict /*verdict*/) {}
-  /// A value is final, stored as the last one and shown.
+  /// A value is final, to be the last one and shown.
   virtual void heartrateFinal(float /*heartrate*/) {}
   virtual void spo2Final(float /*spo2*/) {}
   /// After everything that the end shows and keeps. `counter` is the former measurement's where

@@ -24,8 +24,8 @@ struct HealthSample {
 };
 
 /// The user's health records, written only. A sample is kept at once; where the key-value store
-/// still gathers the changes before it, with these or not at all. Completions may come on any
-/// thread, or never.
+/// gathers changes, it waits for their transaction and is given up with it. Completions may come on
+/// any thread, or never.
 class HealthStore {
  public:
   virtual ~HealthStore() = default;

@@ -20,8 +20,8 @@ namespace veyla {
 
 namespace {
 
-void requireNoFailure(const SqliteKeyValueStore& store) {
-  if (store.failure()) throw StoreError(*store.failure());
+void requireNoFailure(const SqliteKeyValueStore& store, const char* before = "") {
+  if (store.failure()) throw StoreError(before + *store.failure());
 }
 
 ExitStatus backUp(const HistoryOptions& options) {
@@ -66,7 +66,10 @@ ExitStatus bringBack(const HistoryOptions& options) {
   const auto count = restore(backup);
   if (!count) requireNoFailure(store);
   const auto written = [&] { printOut(told(count.value()) + "\n"); };
-  return writes(written, "done, but ") ? ExitStatus::done : ExitStatus::unwritableData;
+  const bool isTold = writes(written, "done, but ");
+  // The last step of what stands may fail as well.
+  requireNoFailure(store, "done, but ");
+  return isTold ? ExitStatus::done : ExitStatus::unwritableData;
 }
 
 }  // namespace

@@ -74,12 +74,15 @@ class History {
 
   /// Loads the history and changes it while no other program can.
   void change(const std::function<void()>& changes) {
-    store().exclusively([&] {
+    const bool stands = store().exclusively([&] {
       load();
       changes();
     });
-    throwFailure();
+    if (!stands) throwFailure();
   }
+
+  /// After a change that stands: whoever reads of a failure in its last step must not repeat it.
+  void throwFailureOfWhatIsDone() const { throwFailure("done, but "); }
 
   /// The row of an entry's number. Throws `UsageError` for a number outside the history.
   std::size_t rowOf(std::size_t number) const {
@@ -150,8 +153,8 @@ class History {
 
   KeyValueStore& store() { return stored_ ? static_cast<KeyValueStore&>(*stored_) : empty_; }
 
-  void throwFailure() const {
-    if (stored_ && stored_->failure()) throw StoreError(*stored_->failure());
+  void throwFailure(const char* before = "") const {
+    if (stored_ && stored_->failure()) throw StoreError(before + *stored_->failure());
   }
 
   std::filesystem::path folder_;
@@ -280,6 +283,7 @@ ExitStatus label(const HistoryOptions& options) {
     screen.clickCloseResultsLabelsView();
   });
   if (status == ExitStatus::done) printDone(table(screen, {row}));
+  history.throwFailureOfWhatIsDone();
   return status;
 }
 
@@ -292,6 +296,7 @@ ExitStatus remove(const HistoryOptions& options) {
     history.screen().clickTrash();
   });
   printDone(deleted);
+  history.throwFailureOfWhatIsDone();
   return ExitStatus::done;
 }
 

@@ -136,8 +136,8 @@ TEST_F(HistoryTest, WhatHoldsSomebodysMeasurementsIsForItsOwnerAlone) {
   done("health allow heartrate --data data");
   done("measure --data data");
   printed("mail");
-  for (const std::string output :
-       {"history export -o a", "history mail -o b", "health export -o c", "chart -o d.png"}) {
+  for (const std::string output : {"history export -o a", "history mail -o b", "health export -o c",
+                                   "chart -o d.png", "history backup -o e"}) {
     done(output + " --data data");
   }
   for (const std::string name : {"out.csv", "out.mp4"}) {

@@ -18,6 +18,7 @@ struct Phoenix {
 
   Phoenix() { ++risen; }
   ~Phoenix() {
+    logLine("gone");
     if (risen == 1) Platform::current().shared<Phoenix>();
   }
 };
@@ -37,6 +38,7 @@ TEST(PlatformTest, SharedInstancesAreOnePerPlatformAndTheNewestIsInForce) {
     Platform::current().shared<Phoenix>();
   }
   EXPECT_EQ(Phoenix::risen, 2);
+  EXPECT_TRUE(platform.log.lines.empty()) << "who goes still has the inner one's log";
 }
 
 TEST(PlatformTest, AQueueThatGoesOnRunsNothingOfAPlatformThatHasGone) {

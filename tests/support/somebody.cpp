@@ -50,7 +50,6 @@ void Somebody::happen(const std::string& word) {
   if (word == "leave") return screen.viewWillDisappear();
   if (word == "appear") return screen.viewWillAppear();
   if (word == "denied") return void(camera.authorization = CameraAuthorization::denied);
-  if (word == "full") return void(rig.platform.store.refuses = true);
   if (word == "dark") return void(camera.device->torch = false);
   if (word == "lit") return void(camera.device->torch = true);
   if (word == "lost") return screen.cameraLost();

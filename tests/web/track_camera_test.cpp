@@ -18,6 +18,8 @@ struct ScriptedTrack : VideoTrack {
   bool opened = false;
   bool playing = false;
   bool lit = false;
+  /// Whether the torch does as it is told.
+  bool obeys = true;
   std::vector<int> waiting;
   std::map<std::string, std::string> modes;
 
@@ -28,7 +30,7 @@ struct ScriptedTrack : VideoTrack {
   bool isOpen() const override { return opened; }
   bool hasTorch() const override { return opened; }
   bool isTorchLit() const override { return lit; }
-  void setTorch(bool on) override { lit = on; }
+  void setTorch(bool on) override { lit = on && obeys; }
   bool supports(const std::string& name, const std::string& mode) const override {
     return name == "focusMode" && mode == "single-shot";
   }
@@ -160,7 +162,7 @@ TEST_F(TrackCameraTest, TheTrackIsOpenForThoseWhoWaitForItOrHaveIt) {
   EXPECT_EQ(calls, 0);
 }
 
-TEST_F(TrackCameraTest, ModesBearTheConstraintsNames) {
+TEST_F(TrackCameraTest, ModesBearTheConstraintsNamesAndTheTorchTellsOfItself) {
   const auto running = openedSession();
   CaptureDevice& device = *camera_.defaultVideoDevice();
   device.setExposureMode(CaptureMode::continuous);
@@ -175,6 +177,13 @@ TEST_F(TrackCameraTest, ModesBearTheConstraintsNames) {
   EXPECT_EQ(device.focusMode(), CaptureMode::automatic);
   for (const int mode : {0, 1, 2, 3}) {
     EXPECT_EQ(device.isFocusModeSupported(static_cast<CaptureMode>(mode)), mode == 1) << mode;
+  }
+  for (const bool obeys : {false, true}) {
+    track_.obeys = obeys;
+    device.setTorchMode(LightMode::off);
+    device.setTorchMode(LightMode::on);
+    device.unlockForConfiguration();
+    EXPECT_EQ(device.torchMode(), obeys ? LightMode::on : LightMode::off);
   }
 }
 

@@ -320,7 +320,9 @@ export class MeasuringScreen {
       // The camera takes its time to open.
       begin.ariaBusy = "true";
       const measuring = this.core().measuring();
-      this.page.style.setProperty("--wait", `${measuring.secondsUntilCurve()}s`);
+      const seconds = measuring.secondsUntilCurve();
+      this.page.style.setProperty("--wait", `${seconds}s`);
+      this.page.classList.toggle("without-curve", seconds === 0);
       measuring.beginButtonPush();
     });
     const stop = this.named(
