@@ -29,7 +29,7 @@ const char* nameOf(HealthSharing sharing) {
   return "not decided yet";
 }
 
-ExitStatus tellStatus(const HealthOptions& options) {
+std::string statusText(const HealthOptions& options) {
   HealthSharing heartrate = HealthSharing::notDetermined;
   HealthSharing spo2 = HealthSharing::notDetermined;
   if (const auto store = openKeptStore(options.dataFolder, SqliteKeyValueStore::Use::read)) {
@@ -38,7 +38,11 @@ ExitStatus tellStatus(const HealthOptions& options) {
     spo2 = permissions.status(HealthSampleType::oxygenSaturation);
     if (store->failure()) throw StoreError(*store->failure());
   }
-  printOut(formatText("heartrate  %s\nspo2       %s\n", nameOf(heartrate), nameOf(spo2)));
+  return formatText("heartrate  %s\nspo2       %s\n", nameOf(heartrate), nameOf(spo2));
+}
+
+ExitStatus tellStatus(const HealthOptions& options) {
+  printOut(statusText(options));
   return ExitStatus::done;
 }
 
@@ -47,11 +51,14 @@ ExitStatus allow(const HealthOptions& options, bool allowed) {
   SqliteKeyValueStore store(folder);
   LibUuid uuids;
   FhirHealthStore health(folder, store, uuids, {});
-  health.allow(options.type == "heartrate" ? HealthSampleType::heartRate
-                                           : HealthSampleType::oxygenSaturation,
-               allowed);
-  if (store.failure()) throw StoreError(*store.failure());
-  return tellStatus(options);
+  const bool stands = health.allow(options.type == "heartrate" ? HealthSampleType::heartRate
+                                                               : HealthSampleType::oxygenSaturation,
+                                   allowed);
+  if (!stands) throw StoreError(store.failure().value_or(folder.string() + ": not stored"));
+  const bool isTold = writes([&] { printOut(statusText(options)); }, "done, but ");
+  // The last step of what stands may fail as well.
+  if (store.failure()) throw StoreError("done, but " + *store.failure());
+  return isTold ? ExitStatus::done : ExitStatus::unwritableData;
 }
 
 ExitStatus exportRecords(const HealthOptions& options) {

@@ -132,8 +132,8 @@ HealthSharing HealthPermissions::status(HealthSampleType type) const {
   return allowed.boolValue() ? HealthSharing::authorized : HealthSharing::denied;
 }
 
-void HealthPermissions::allow(HealthSampleType type, bool allowed) {
-  store_.exclusively([&] {
+bool HealthPermissions::allow(HealthSampleType type, bool allowed) {
+  return store_.exclusively([&] {
     Dictionary kept;
     const auto stored = store_.value(permissionsKey);
     if (stored && stored->dictionary()) kept = *stored->dictionary();

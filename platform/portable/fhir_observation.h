@@ -22,7 +22,8 @@ class HealthPermissions {
   explicit HealthPermissions(KeyValueStore& store) : store_(store) {}
 
   HealthSharing status(HealthSampleType type) const;
-  void allow(HealthSampleType type, bool allowed);
+  /// Whether it is stored.
+  bool allow(HealthSampleType type, bool allowed);
 
   static const char* nameOf(HealthSampleType type);
 

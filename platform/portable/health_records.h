@@ -29,8 +29,8 @@ class HealthRecords : public HealthStore {
   /// Keeps what waits, or gives it up, which the completions learn as a failure.
   void settle(bool keeps);
 
-  /// Sets a type's permission without asking.
-  void allow(HealthSampleType type, bool allowed) { permissions_.allow(type, allowed); }
+  /// Sets a type's permission without asking. Whether it is stored.
+  bool allow(HealthSampleType type, bool allowed) { return permissions_.allow(type, allowed); }
 
  protected:
   using Completion = std::function<void(bool success)>;

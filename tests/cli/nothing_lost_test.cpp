@@ -55,12 +55,13 @@ TEST_F(NothingLostTest, DamageBesideTheHistoryCostsNoEntryAndDamageOfItIsNotWrit
 
 TEST_F(NothingLostTest, WhatIsDoneIsSaidSoWhenOnlyThePrintingFailed) {
   done("measure");
-  const Result labelled = run("history label 1 Resting", onFullDisk);
-  EXPECT_EQ(labelled.status, 4);
-  EXPECT_THAT(labelled.error, HasSubstr("veyla: done, but standard output: the disk is full"));
-  const Result deleted = run("history delete 1", onFullDisk);
-  EXPECT_THAT(deleted.error, HasSubstr("veyla: done, but standard output: the disk is full"));
+  for (const char* command : {"history label 1 Resting", "history delete 1", "health deny spo2"}) {
+    const Result result = run(command, onFullDisk);
+    EXPECT_EQ(result.status, 4) << command;
+    EXPECT_THAT(result.error, HasSubstr("veyla: done, but standard output: the disk is full"));
+  }
   EXPECT_EQ(json("history"), Json::array());
+  EXPECT_THAT(done("health"), HasSubstr("denied"));
 }
 
 TEST_F(NothingLostTest, AStoreThatWasMadeAndNeverWrittenIsAnEmptyHistory) {
