@@ -159,7 +159,7 @@ settle() { # status, what was done: the promised status in one line, what is tol
   lines=$(grep -c . error)
   line="$2, status $status: $(cat error)"
   faults+=1
-  ((status == 0 || status == 4)) || { ((status == 3)) && grep -q ' finger.csv: ' error; } || wrong "not the promised status: $line"
+  ((status == 0 || status == 4)) || { ((status == 3)) && grep -qE ' (finger.csv|recordings[^:]*): ' error; } || wrong "not the promised status: $line"
   ((lines == (status == 0 ? 0 : 1))) || wrong "$lines lines: $line"
   [ "$(state)" = "$before" ] || changed=1
   if [ "$kind" = change ] && { ((status == 0)) || grep -q 'is saved\|done, but' error; }; then told=1; fi
