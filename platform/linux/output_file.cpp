@@ -170,9 +170,11 @@ void requireNoKeptData(const std::string& path) {
   // The store and its journals by their names, since a damaged one has no head to go by.
   const bool isStore = std::string_view(head.data(), head.size()) == storeHead ||
                        (name.starts_with(store) && fs::exists(file, error));
-  const bool isRecords =
-      name.starts_with("Observations.ndjson") && fs::exists(file.parent_path() / store, error);
-  if (isStore || isRecords) {
+  // What takes a journal's name beside the store is taken for one, and deleted, when that is
+  // opened.
+  const bool isBeside = name.starts_with("Observations.ndjson") || name == "veyla.db-journal" ||
+                        name == "veyla.db-wal" || name == "veyla.db-shm";
+  if (isStore || (isBeside && fs::exists(file.parent_path() / store, error))) {
     throw OutputError(path + ": holds what Veyla keeps, which would be lost; name another file");
   }
 }

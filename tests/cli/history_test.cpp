@@ -89,7 +89,10 @@ TEST_F(HistoryTest, ABackupBringsTheHistoryToAnotherFolder) {
   EXPECT_EQ(done("history restore backup.json --data other"),
             "Restored 3 measurements; 0 were there already.\n");
   EXPECT_EQ(done("history backup -o - --data other"), contentsOf(file("backup.json")));
-  expectRefused(history("backup -o data/veyla.db"), 4, "holds what Veyla keeps");
+  for (const char* kept : {"", "-journal", "-wal", "-shm"}) {
+    expectRefused(history(std::string("backup -o data/veyla.db") + kept), 4, "what Veyla keeps");
+    EXPECT_EQ(std::filesystem::exists(file(std::string("data/veyla.db") + kept)), *kept == 0);
+  }
 }
 
 TEST_F(HistoryTest, TheCsvIsWrittenWholeOrNotAtAll) {
