@@ -28,7 +28,7 @@ std::vector<double> movingMean(std::span<const double> series, std::size_t width
   for (std::size_t i = 0; i < series.size(); ++i) sums[i + 1] = sums[i] + series[i];
   std::vector<double> means(series.size());
   for (std::size_t i = 0; i < series.size(); ++i) {
-    const std::size_t from = i < half ? 0 : i - half;
+    const std::size_t from = i - std::min(i, half);
     const std::size_t to = std::min(i + half + 1, series.size());
     means[i] = (sums[to] - sums[from]) / static_cast<double>(to - from);
   }
@@ -111,7 +111,7 @@ float pulseIn(std::span<const float> series) {
   for (std::size_t i = 0; i < n; ++i) sums[i + 1] = sums[i] + (series[i] - series[0]);
   constexpr std::size_t half = longestLag / 2;
   for (std::size_t i = 0; i < n; ++i) {
-    const std::size_t from = i < half ? 0 : i - half;
+    const std::size_t from = i - std::min(i, half);
     const std::size_t to = std::min(i + half + 1, n);
     pulse[i] = series[i] - series[0] - (sums[to] - sums[from]) / static_cast<float>(to - from);
   }

@@ -48,16 +48,12 @@ std::vector<double> sortArray(std::span<const double> values) {
 
 std::optional<float> maxOf(std::span<const double> values) {
   if (values.empty()) return std::nullopt;
-  float largest = static_cast<float>(values.front());
-  for (const double value : values) largest = std::max(largest, static_cast<float>(value));
-  return largest;
+  return static_cast<float>(*std::max_element(values.begin(), values.end()));
 }
 
 std::optional<float> minOf(std::span<const double> values) {
   if (values.empty()) return std::nullopt;
-  float smallest = static_cast<float>(values.front());
-  for (const double value : values) smallest = std::min(smallest, static_cast<float>(value));
-  return smallest;
+  return static_cast<float>(*std::min_element(values.begin(), values.end()));
 }
 
 std::vector<double> lastObjectsOf(std::span<const float> values, std::size_t withSize) {

@@ -186,9 +186,7 @@ void ResultsViewController::tapSwipeAction(std::size_t row) {
 
 void ResultsViewController::clickTrash() {
   logLine("click trash");
-  const std::vector<std::size_t> rows(selectedRows_.begin(), selectedRows_.end());
-  selectedRows_.clear();
-  remove(rows, RowAnimation::fade);
+  remove({selectedRows_.begin(), selectedRows_.end()}, RowAnimation::fade);
   setEditing(false, true);
 }
 

@@ -153,7 +153,7 @@ void WMGaugeView::drawTick(Canvas& canvas, double side, int tick, double lower) 
   const double angle =
       radians(scaleRotation() + static_cast<double>(static_cast<float>(tick) * subdivisionAngle()));
   const double length = scaled(isMajor ? scaleDivisionsLength : scaleSubdivisionsLength, side);
-  const bool isAtMiddle = !isMajor && scalesubdivisionsAligment == 1;
+  const bool isAtMiddle = scalesubdivisionsAligment == 1;
   const double outer =
       scaleRadius * side - (isAtMiddle ? (scaled(scaleDivisionsLength, side) - length) / 2 : 0);
 

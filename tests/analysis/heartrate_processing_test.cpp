@@ -113,12 +113,16 @@ TEST_F(HeartrateProcessingTest, OnlyTheLastSamplesCountAndAShortWindowIsPadded) 
   EXPECT_EQ(after.values, alone.values);
 }
 
-TEST_F(HeartrateProcessingTest, IsDoneAtExactlyTheNeededCount) {
+TEST_F(HeartrateProcessingTest, TheNeededCountEndsItAtExactlyThatAndIsHowManyMaySpread) {
   auto& processing = HeartrateProcessing::instance();
   for (const bool done : {false, false, false, true, false}) {
     EXPECT_EQ(processing.isDone(), done);
     Data::instance().addFourierValues({});
   }
+  for (const float heartrate : {90.0F, 61.0F, 62.0F, 63.0F}) {
+    Data::instance().addHeartrateValue(heartrate);
+  }
+  EXPECT_EQ(processing.diffHeartrates(), 1) << "of the last ones";
 }
 
 }  // namespace

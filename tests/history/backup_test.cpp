@@ -23,7 +23,8 @@ std::string backedUp(std::vector<HistoryEntry> entries) {
   entries.push_back(historyEntryOf("damaged"));
   Utils::setValues(entries);
   Utils::setEmail("a@b.org");
-  UsageUtils::setTotal_lowsig(3);
+  UsageUtils::setTotal_finished(2);
+  UsageUtils::setTotal_lowsig_percent(3);
   const Backup backup = currentBackup();
   EXPECT_EQ(backup.damaged, 1U);
   return textOf(backup).value_or("");
@@ -44,23 +45,24 @@ TEST(BackupTest, AnEmptyMachineGetsAllOfIt) {
   EXPECT_EQ(restored(text), "Restored 3 measurements; 0 were there already.");
   EXPECT_THAT(*Utils::getValues(), ElementsAre(first, second, third));
   EXPECT_EQ(Utils::getEmail(), "a@b.org");
-  EXPECT_EQ(UsageUtils::total_lowsig(), 3);
+  EXPECT_EQ(UsageUtils::total_finished(), 2);
+  EXPECT_EQ(UsageUtils::total_lowsig_percent(), 3);
 }
 
 TEST(BackupTest, WhatIsThereStaysAndIsNotDoubled) {
-  const std::string text = backedUp({first, second, second, third});
+  const std::string text = backedUp({third, first, second, second});
   TestPlatform platform;
   HistoryEntry labelled = second;
   labelled.labels = resting;
   const HistoryEntry damaged = historyEntryOf(5), own{80, 98, Date{2500}, {}, {}};
   Utils::setValues({damaged, labelled, own});
   Utils::setEmail("own@b.org");
-  UsageUtils::setTotal_lowsig(7);
+  UsageUtils::setTotal_finished(7);
   EXPECT_EQ(restored(text), "Restored 3 measurements; 1 was there already.");
   EXPECT_EQ(restored(text), "Restored 0 measurements; 4 were there already.");
   EXPECT_THAT(*Utils::getValues(), ElementsAre(damaged, first, labelled, second, own, third));
   EXPECT_EQ(Utils::getEmail(), "own@b.org");
-  EXPECT_EQ(UsageUtils::total_lowsig(), 7);
+  EXPECT_EQ(UsageUtils::total_finished(), 7);
   EXPECT_EQ(platform.store.exclusivePieces, 5) << "more than one piece a restoring";
 
   Utils::clearValues();

@@ -139,15 +139,15 @@ TEST_F(HistoryAggregationTest, WithoutEntriesAPeriodHasItsDaysAndEverythingHasNo
 TEST_F(HistoryAggregationTest, EverythingWalksFromTheOldestEntrysOwnTime) {
   const double oldest = now().secondsSince1970 - 3 * day - 7200;
   save(60, 0, Date{oldest});
-  save(0, 0, Date{oldest + day});
-  save(0, 98, Date{now().secondsSince1970 - 60});
+  save(0, 98, Date{oldest + 2 * day});
+  save(0, 0, Date{now().secondsSince1970 - 60});
   platform_.log.lines.clear();
   const ChartSeries series = all();
   EXPECT_THAT(series.x, ElementsAre("11/11", "12/11", "13/11", "14/11"));
   EXPECT_THAT(series.hr, ElementsAre(ChartDataEntry{oldest, 60}));
-  EXPECT_THAT(series.spo2, ElementsAre(ChartDataEntry{oldest + 3 * day, 98}));
+  EXPECT_THAT(series.spo2, ElementsAre(ChartDataEntry{oldest + 2 * day, 98}));
   EXPECT_EQ(series.minTimestamp, oldest);
-  EXPECT_EQ(series.maxTimestamp, oldest + 3 * day);
+  EXPECT_EQ(series.maxTimestamp, oldest + 2 * day);
   EXPECT_THAT(
       platform_.log.lines,
       ElementsAre(
