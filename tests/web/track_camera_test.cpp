@@ -4,12 +4,6 @@
 
 #include <algorithm>
 
-#include "measuring/app_delegate.h"
-#include "platform/linux/resource_files.h"
-#include "platform/linux/synthetic_finger.h"
-#include "platform/portable/kiss_real_fft.h"
-#include "tests/support/test_platform.h"
-
 namespace veyla {
 namespace {
 
@@ -184,50 +178,6 @@ TEST_F(TrackCameraTest, ModesBearTheConstraintsNamesAndTheTorchTellsOfItself) {
     device.setTorchMode(LightMode::on);
     device.unlockForConfiguration();
     EXPECT_EQ(device.torchMode(), obeys ? LightMode::on : LightMode::off);
-  }
-}
-
-TEST(TrackCameraStallTest, AStallIsFilledOrTakesAsMuchLongerAndLeavesTheValues) {
-  double whole = 0;
-  for (const auto& [stall, drops] : {std::pair{0.0, 0}, {0.2, 0}, {1.0, 10}, {3.0, 40}}) {
-    SCOPED_TRACE(stall);
-    TestPlatform scripted;
-    ScriptedTrack track;
-    track.opened = true;
-    Pending pending;
-    TrackCamera camera(track, pending);
-    KissRealFft fft;
-    const EmbeddedResources resources;
-    const Platform platform(servicesOf(scripted.time, scripted.date, camera, fft, scripted.store,
-                                       resources, scripted.json, scripted.jsonWriter,
-                                       scripted.device, *scripted.text, scripted.display,
-                                       scripted.alerts, scripted.screens, scripted.sharing));
-    MainViewController& screen = AppDelegate::instance().launch();
-    screen.viewWillAppear();
-    screen.beginButtonPush();
-    scripted.time.runFor(0.1);
-    for (const int waiting : track.waiting) pending.settle(waiting, 0);
-
-    const SyntheticFinger finger({});
-    const FingerPainter painter(lowPresetWidth, lowPresetHeight, 1, 1);
-    BgraFrame picture(lowPresetWidth, lowPresetHeight);
-    for (int frame = 0; frame < 900 && screen.isRunning(); ++frame) {
-      const double time = frame / 30.0;
-      scripted.time.runFor(1 / 30.0);
-      if (time > 10 && time < 10 + stall) continue;
-      painter.paint(finger.at(time), frame, picture);
-      const std::span<std::uint8_t> pixels = camera.frameBuffer(lowPresetWidth, lowPresetHeight);
-      for (std::size_t i = 0; i < pixels.size(); ++i) {
-        pixels[i] = picture.baseAddress()[i % 4 == 0 || i % 4 == 2 ? i ^ 2 : i];
-      }
-      camera.takeFrame(time);
-    }
-    EXPECT_NEAR(screen.finalHeartrate(), 72, 2);
-    EXPECT_NEAR(screen.finalSpo2(), 97, 0.5);
-    EXPECT_EQ(screen.videoProcessing()->framedrops(), drops);
-    const double seconds = scripted.time.elapsed();
-    if (stall == 0) whole = seconds;
-    EXPECT_NEAR(seconds, whole + drops / 15.0, 0.1);
   }
 }
 
