@@ -1,9 +1,7 @@
 #include "platform/linux/fhir_health_store.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/file.h>
 #include <time.h>
 
 #include <regex>
@@ -30,9 +28,7 @@ class FhirHealthStoreTest : public testing::Test {
 
   std::string file() const { return scratch_.file(std::string(FhirHealthStore::fileName)); }
   std::string contents() const { return contentsOf(file()); }
-  FhirHealthStore open(FhirHealthStore::Ask ask = {}) {
-    return FhirHealthStore(scratch_.path(), permissions_, uuids_, std::move(ask));
-  }
+  FhirHealthStore open() { return FhirHealthStore(scratch_.path(), permissions_, uuids_, {}); }
   FhirHealthStore openAllowed() {
     auto store = open();
     store.allow(heartRate, true);
@@ -75,46 +71,6 @@ TEST_F(FhirHealthStoreTest, ASampleIsAVitalSignInTheUnitsOfTheRecord) {
                                         R"("http://loinc.org","code":"59408-5",.*)"
                                         R"("end":"2024-03-05T08:37:17.000-03:30"\},)"
                                         R"("valueQuantity":\{"value":57,.*"code":"%"\})"));
-}
-
-TEST_F(FhirHealthStoreTest, PermissionIsAskedOnceAndKeptPerType) {
-  std::vector<HealthSampleType> asked;
-  std::optional<bool> answer;
-  auto store = open([&](HealthSampleType type) {
-    asked.push_back(type);
-    return type == heartRate ? std::optional(true) : answer;
-  });
-  const auto request = [&] {
-    std::optional<bool> success;
-    store.requestAuthorization({heartRate, oxygenSaturation}, [&](bool done) { success = done; });
-    return success;
-  };
-  EXPECT_EQ(request(), false) << "one could not be asked";
-  answer = false;
-  EXPECT_EQ(request(), true);
-  EXPECT_EQ(request(), true);
-  EXPECT_EQ(asked, (std::vector{heartRate, oxygenSaturation, oxygenSaturation}));
-}
-
-TEST_F(FhirHealthStoreTest, ASaveWaitsForTheProgramThatIsSaving) {
-  auto store = openAllowed();
-  EXPECT_TRUE(save(store, pulse(60)));
-  const int other = ::open(file().c_str(), O_RDONLY | O_CLOEXEC);
-  ASSERT_EQ(flock(other, LOCK_EX), 0);
-  const pid_t child = fork();
-  if (child == 0) {
-    close(other);
-    _exit(save(store, pulse(61)) ? 0 : 1);
-  }
-  // Until it waits, or has ended without.
-  const std::string state = "/proc/" + std::to_string(child) + "/stat";
-  while (waitpid(child, nullptr, WNOHANG) == 0 && contentsOf(state).find(") S ") == state.npos) {
-    usleep(1000);
-  }
-  EXPECT_EQ(records(), ".");
-  close(other);
-  waitpid(child, nullptr, 0);
-  EXPECT_EQ(records(), "..");
 }
 
 TEST_F(FhirHealthStoreTest, ALastLineWithoutItsEndGetsItAndWhatIsNoRecordIsSetAside) {

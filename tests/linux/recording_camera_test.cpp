@@ -129,19 +129,6 @@ TEST_F(RecordingCameraTest, TicksTakeTheNewestFrameFromTheFirstOneOnWithinTheirS
   }
 }
 
-TEST_F(RecordingCameraTest, AFrameMayStopAndDropTheSessionThatDeliversIt) {
-  open(evenTimes(60, 15));
-  onFrame_ = [this] {
-    if (frames_.size() != 5) return;
-    session_->stopRunning();
-    session_->removeOutput(session_->outputs().front());
-    session_ = nullptr;
-  };
-  playAll();
-  EXPECT_EQ(frames_.size(), 5U);
-  EXPECT_TRUE(ends_.empty());
-}
-
 TEST_F(RecordingCameraTest, AtTheWallsPaceTheFramesOfLateTicksDoNotCome) {
   open(evenTimes(9, 15), {}, TimedQueue::Pace::wall);
   // A frame that takes until every tick after it is late.

@@ -16,7 +16,8 @@ using testing::StartsWith;
 
 class SeriesSourceTest : public testing::Test {
  protected:
-  PlayedRecording read(const std::string& text) { return playedOf(folder_.write("a.csv", text)); }
+  /// Under a name of another kind, which decides nothing.
+  PlayedRecording read(const std::string& text) { return playedOf(folder_.write("a.mp4", text)); }
 
   ScratchFolder folder_;
 };
@@ -38,11 +39,11 @@ TEST_F(SeriesSourceTest, WhatSeemsWrongIsRemarkedOn) {
   for (const char* rest : {"33,4", "33,4,5,", "3"}) {
     const auto played = read(std::string("time,R,G,B\n0,1,2,3\n") + rest);
     EXPECT_EQ(played.frames.size(), 1U) << rest;
-    EXPECT_THAT(played.remark, HasSubstr("a.csv: cut off"));
+    EXPECT_THAT(played.remark, HasSubstr("a.mp4: cut off"));
   }
   std::string text = "time,R,G,B\n";
   for (int i = 0; i <= 30; ++i) text += std::to_string(i / 31.0) + ",1,2,3\n";
-  EXPECT_THAT(read(text).remark, HasSubstr("a.csv: all its rows lie within 0.000968 s, times are"));
+  EXPECT_THAT(read(text).remark, HasSubstr("a.mp4: all its rows lie within 0.000968 s, times are"));
   EXPECT_EQ(read(text + "1000,1,2,3\n").remark, "");
 }
 
