@@ -160,14 +160,5 @@ TEST(Spo2ProcessingTest, LabelAndLogTellTheFiguresBehindTheValue) {
             "newspo2: 180.0, spo2: 80.0, ACred: 10.0, DCred: 100.0, ACblue: 20.0, DCblue: 40.0");
 }
 
-TEST(Spo2ProcessingTest, IsDoneAtExactlyTheNeededCount) {
-  TestPlatform platform;
-  withSpo2Settings({{"neededValidSpo2", 2}});
-  for (const bool done : {false, false, true, false}) {
-    EXPECT_EQ(Spo2Processing::instance().isDone(), done);
-    Data::instance().addSpo2Value(97);
-  }
-}
-
 }  // namespace
 }  // namespace veyla

@@ -92,15 +92,6 @@ TEST_F(MainViewControllerTest, EstimatesBeginWithFullWindowsOnTheFramesTheSettin
   EXPECT_THAT(log_, Contains("skipping hr frame 18"));
 }
 
-TEST_F(MainViewControllerTest, TheChartAppearsThirtyFramesAfterTheFirstFullWindow) {
-  need(1000, 3);
-  rig_.startMeasuring();
-  rig_.frames(31);
-  EXPECT_EQ(platform_.display.playing(viewCenter), "");
-  rig_.frame();
-  EXPECT_EQ(platform_.display.playing(viewCenter), "zoomOut");
-}
-
 TEST_F(MainViewControllerTest, TheMedianOfElevenIsShownAndFinalForTheHeartRateTheSpo2sIsOfAll) {
   need(17, 17);
   rig_.startMeasuring();

@@ -52,6 +52,7 @@ START 0.01   -> {initial}
 0.3          -> {measuring}
 good         -> STOP | {analyzing} | {cover} | last -- -- | now 70 97 | dials 70 97, rings 0 0 | {on}
 0.3 good 0.3 -> STOP | {analyzing} | {cover} | last -- -- | now 70 97 | dials 70 97, rings 50 67 | {on}
+nearly       -> STOP | {analyzing} | {cover} | last -- -- | now 70 97 | dials 70 97, rings 50 67 | {on}
 curve        -> STOP | {analyzing} | {cover} | last -- --(zoomOut) | now 70 97 | dials 70 97, rings 50 67 | {on}
 0.26         -> STOP | {analyzing} | {cover} | pulse(zoomIn) | now 70 97 | dials 70 97, rings 50 67 | {on}
 good 0.05    -> STOP | {analyzing} | {cover} | pulse(zoomIn) | now 70 =97(zoomIn) | dials 70 97, rings 56 75 | heart rate shimmers | torch | measuring

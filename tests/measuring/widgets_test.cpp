@@ -4,6 +4,7 @@
 #include <numbers>
 
 #include "measuring/display_settings.h"
+#include "measuring/measuring_layout.h"
 #include "tests/support/test_platform.h"
 
 namespace veyla {
@@ -106,6 +107,12 @@ TEST_F(WidgetsTest, AnAnimatedRingGoesByHundredthsOfASecondAndEndsExactly) {
   redraws_ = 0;
   platform_.time.runFor(1);
   EXPECT_EQ(redraws_, 0);
+}
+
+TEST(MeasuringLayoutTest, TheSmallestPhoneHasReadableDialsAndAllOfTheButton) {
+  const MeasuringLayout layout({320, 460}, {});
+  EXPECT_GT(layout.spo2.gauge.width, 90);
+  EXPECT_LE(layout.button.y + layout.button.height, 460);
 }
 
 }  // namespace

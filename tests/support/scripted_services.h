@@ -137,22 +137,4 @@ class ScriptedDeviceInfo : public DeviceInfo {
   std::string bundleShortVersion() const override { return shortVersion; }
 };
 
-/// The queue's time. With a tick, as a real clock, it goes on from each look at it to the next.
-class TickingClock : public Clock {
- public:
-  explicit TickingClock(const Clock& time) : time_(time) {}
-
-  /// Seconds.
-  double tick = 0;
-
-  Date now() const override {
-    passed_ += tick;
-    return {time_.now().secondsSince1970 + passed_};
-  }
-
- private:
-  const Clock& time_;
-  mutable double passed_ = 0;
-};
-
 }  // namespace veyla

@@ -32,7 +32,6 @@ class TestPlatform {
   RecorderLog log;
   TimedQueue time;
   QueueClock date{start, time};
-  TickingClock clock{date};
   ScriptedCamera camera{journal};
   ScriptedFft fft;
   MemoryStore store{journal};
@@ -49,7 +48,7 @@ class TestPlatform {
   RecorderSharing sharing{journal};
 
  private:
-  Platform platform_{servicesOf(log, time, clock, camera, fft, store, health, resources, json,
+  Platform platform_{servicesOf(log, time, date, camera, fft, store, health, resources, json,
                                 jsonWriter, device, *text, display, alerts, screens, sharing)};
 };
 
