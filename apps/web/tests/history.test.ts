@@ -78,14 +78,14 @@ it("shows entries and their labels, and stores every tap", async () => {
 
 it("takes rows away from the chooser, by a swipe and by the selection", async () => {
   const visit = await openResults(
-    Array.from({ length: 7 }, (_, index) => ({ hr: 60 + index, spo2: 0, date: march + index })),
+    Array.from({ length: 4 }, (_, index) => ({ hr: 60 + index, spo2: 0, date: march + index })),
   );
   const { page } = visit;
   const rates = async (): Promise<string> =>
     (await page.locator(".heartrate").allTextContents()).map((text) => text.slice(0, 2)).join(" ");
   await page.locator(".result").nth(1).click();
   await chooser(visit).getByText("Delete").click();
-  await expect.poll(rates).toBe("66 64 63 62 61 60");
+  await expect.poll(rates).toBe("63 61 60");
   await visit.still();
 
   const { y = 0 } = (await page.locator("ion-item-sliding").nth(1).boundingBox()) ?? {};
@@ -97,18 +97,13 @@ it("takes rows away from the chooser, by a swipe and by the selection", async ()
   await option.waitFor({ state: "visible" });
   await visit.inspect("results-swiped");
   await option.click();
-  await expect.poll(rates).toBe("66 63 62 61 60");
+  await expect.poll(rates).toBe("63 60");
   await visit.still();
   await page.getByText("1 measurement deleted").waitFor();
   await visit.inspect("results-undo");
   await visit.tap("Undo");
-  await expect.poll(rates).toBe("66 64 63 62 61 60");
+  await expect.poll(rates).toBe("63 61 60");
 
-  await visit.tap("Edit");
-  for (const row of [0, 2, 4]) await page.locator(".result").nth(row).click();
-  await inToolbar(visit, "Delete").click();
-  await expect.poll(rates).toBe("64 62 60");
-  // Out of editing again.
   await visit.tap("Edit");
   await visit.tap("All");
   await inToolbar(visit, "Delete").click();

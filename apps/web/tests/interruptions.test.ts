@@ -129,15 +129,35 @@ it("STOP has its say while the curve comes, and none once the result is there", 
   expect(await visit.stored("values")).not.toBeNull();
 });
 
-it("STOP ends it, the next START begins anew, and leaving the screen ends it, too", async () => {
+it("STOP, the background and leaving the screen end it, and the next START begins anew", async () => {
   const visit = await visitPage();
-  for (let round = 0; round < 2; ++round) {
-    await visit.startMeasuring();
-    expect(await holdsCamera(visit)).toBe(true);
-    await visit.tap("STOP");
-    await expectIdle(visit);
-  }
+  const locks = await visit.page.evaluateHandle(() => {
+    const asked: string[] = [];
+    navigator.wakeLock.request = (type = "screen"): Promise<WakeLockSentinel> => {
+      asked.push(type);
+      return Promise.reject(new Error("low battery"));
+    };
+    return asked;
+  });
+  const setInFront = (inFront: boolean): Promise<void> =>
+    visit.page.evaluate((is) => {
+      window.setInFront(is);
+    }, inFront);
+  await visit.startMeasuring();
+  expect(await holdsCamera(visit)).toBe(true);
+  await visit.tap("STOP");
+  await expectIdle(visit);
+  await visit.startMeasuring();
+  await setInFront(false);
+  expect(await holdsCamera(visit)).toBe(false);
+  // What was shown stays until the page is back.
+  expect(await visit.element("labelRed").textContent()).toBe("Analyzing - hold steady ...");
+  await setInFront(true);
+  await expectIdle(visit);
   expect(await visit.torch()).toEqual([true, false, true, false]);
+  // The browser lets the screen dim behind the page's back.
+  expect(await locks.jsonValue()).toEqual(["screen"]);
+
   await visit.tap("START");
   await visit.alert("Starting ...").waitFor();
   await visit.button("Results").evaluate((button: HTMLElement) => {
@@ -148,34 +168,6 @@ it("STOP ends it, the next START begins anew, and leaving the screen ends it, to
   expect(await visit.alert("Starting ...").count()).toBe(0);
   await visit.tap("Close");
   await expectIdle(visit);
-});
-
-it("a page that goes to the background stops, and comes back as it began", async () => {
-  const visit = await visitPage();
-  const locks = await visit.page.evaluateHandle(() => {
-    const asked: string[] = [];
-    navigator.wakeLock.request = (type = "screen"): Promise<WakeLockSentinel> => {
-      asked.push(type);
-      return Promise.reject(new Error("low battery"));
-    };
-    return asked;
-  });
-  await visit.startMeasuring();
-  await visit.page.evaluate(() => {
-    window.setInFront(false);
-  });
-  expect(await holdsCamera(visit)).toBe(false);
-  expect(visit.log.slice(-4)).toContain("AppDelegate didEnterBackground");
-  // What was shown stays until the page is back.
-  expect(await visit.element("labelRed").textContent()).toBe("Analyzing - hold steady ...");
-  await visit.page.evaluate(() => {
-    window.setInFront(true);
-  });
-  await expectIdle(visit);
-  const back = ["AppDelegate willEnterForeground", "AppDelegate didBecomeActive"];
-  expect(visit.log.slice(-2)).toEqual(back);
-  // The browser lets the screen dim behind the page's back.
-  expect(await locks.jsonValue()).toEqual(["screen"]);
 });
 
 it("a camera that is taken away ends it, and is told", async () => {

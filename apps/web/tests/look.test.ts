@@ -56,11 +56,6 @@ it("shows what the core says", async () => {
   await visit.tap("Skip");
 
   // The options.
-  await expectShown(visit, {
-    ".accessory color": white,
-    ".accessory font-weight": "400",
-    ".accessory font-size": "14px",
-  });
   await visit.tap("EDIT");
   const dialog = ".alert.edit.show-upward.hide-downward.blur";
   await expectShown(visit, {

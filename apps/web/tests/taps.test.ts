@@ -98,24 +98,3 @@ it("a page opens once and closes once, whatever is tapped or swiped in between",
     await visit.settled();
   }
 });
-
-it("a swipe that ends on a page which came meanwhile leads nowhere", async () => {
-  const visit = await visitPage();
-  await visit.settled();
-  const touch = (type: string, clientX: number): Promise<void> =>
-    visit.page.locator(".measuring ion-content").evaluate(
-      (target, [name, x]) => {
-        const finger = new Touch({ identifier: 0, target, clientX: x, clientY: 400 });
-        const touches = name === "touchstart" ? [finger] : [];
-        target.dispatchEvent(new TouchEvent(name, { touches, changedTouches: [finger] }));
-      },
-      [type, clientX] as const,
-    );
-  await touch("touchstart", 300);
-  await visit.tap("Results");
-  await visit.button("Edit").waitFor();
-  await visit.settled();
-  await touch("touchend", 100);
-  await visit.settled();
-  await visit.tap("Edit");
-});
