@@ -19,7 +19,7 @@ double secondsOf(std::int64_t nanoseconds) {
 }  // namespace
 
 void TimedQueue::after(double seconds, std::function<void()> work) {
-  work_.emplace(std::pair(elapsed_ + nanosecondsOf(seconds), ~handedOver_++), std::move(work));
+  work_.emplace(std::pair(elapsed_ + nanosecondsOf(seconds), handedOver_++), std::move(work));
 }
 
 double TimedQueue::elapsed() const { return secondsOf(elapsed_); }
