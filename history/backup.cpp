@@ -143,10 +143,19 @@ std::optional<Backup> readBackup(std::string_view text, std::string& fault) {
     }
     backup.entries.push_back(historyEntryOf(stored));
   }
+  const Value& counters = file["counters"];
+  bool areCounters = counters.isNull() || counters.dictionary();
   for (std::size_t i = 0; i < backup.counters.size(); ++i) {
-    backup.counters[i] = file["counters"][UsageUtils::counterKeys[i]].int64Value();
+    const Value& counter = counters[UsageUtils::counterKeys[i]];
+    areCounters = areCounters && (counter.isNull() || counter.isNumber());
+    backup.counters[i] = counter.int64Value();
   }
-  if (const std::string* email = file["email"].text()) backup.email = *email;
+  if (!areCounters) return refuse(std::string("its \"counters\" are no numbers") + wayOut);
+  const Value& email = file["email"];
+  if (!email.isNull() && !email.text()) {
+    return refuse(std::string("its \"email\" is no text") + wayOut);
+  }
+  if (email.text()) backup.email = *email.text();
   return backup;
 }
 
@@ -178,6 +187,12 @@ std::optional<RestoreCount> restore(const Backup& backup) {
     if (backup.email && !Utils::hasEmail()) Utils::setEmail(*backup.email);
   });
   return isKept ? std::optional(count) : std::nullopt;
+}
+
+std::string leftOut(const Backup& backup) {
+  if (backup.damaged == 0) return "";
+  return formatText("%zu damaged %s left out of the backup", backup.damaged,
+                    backup.damaged == 1 ? "entry is" : "entries are");
 }
 
 std::string told(const RestoreCount& count) {

@@ -34,6 +34,9 @@ struct Backup {
 /// What is stored now.
 Backup currentBackup();
 
+/// Such as "2 damaged entries are left out of the backup"; empty where none is.
+std::string leftOut(const Backup& backup);
+
 /// The file's contents; nothing when something else has left in the store what JSON has no form
 /// for.
 std::optional<std::string> textOf(const Backup& backup);

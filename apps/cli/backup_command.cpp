@@ -8,7 +8,6 @@
 #include "apps/cli/kept_store.h"
 #include "history/backup.h"
 #include "history/history_store.h"
-#include "platform/format.h"
 #include "platform/linux/input_file.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/output_file.h"
@@ -26,6 +25,8 @@ void requireNoFailure(const SqliteKeyValueStore& store, const char* before = "")
 
 ExitStatus backUp(const HistoryOptions& options) {
   const auto stored = openKeptStore(options.dataFolder, SqliteKeyValueStore::Use::read);
+  // A history that is no list is no empty one.
+  if (stored) stored->understands = Utils::mayStand;
   MemoryKeyValueStore empty;
   const HistoryPlatform platform(stored ? static_cast<KeyValueStore&>(*stored) : empty);
   const Backup backup = currentBackup();
@@ -38,11 +39,12 @@ ExitStatus backUp(const HistoryOptions& options) {
   OutputFile output(options.output, Readers::ownerAlone);
   output.write(*text + "\n");
   output.commit();
+  if (backup.damaged > 0) {
+    complain(leftOut(backup) + "; veyla history tells which");
+    return ExitStatus::unreadableInput;
+  }
   if (backup.entries.empty()) complain("no measurements yet: the backup holds none");
-  if (backup.damaged == 0) return ExitStatus::done;
-  complain(formatText("%zu damaged %s left out of the backup; veyla history tells which",
-                      backup.damaged, backup.damaged == 1 ? "entry is" : "entries are"));
-  return ExitStatus::unreadableInput;
+  return ExitStatus::done;
 }
 
 /// Throws `InputError` for what is no backup.

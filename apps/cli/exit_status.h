@@ -33,8 +33,8 @@ inline constexpr std::array<ExitStatusMeaning, 5> exitStatusMeanings{
      {ExitStatus::incomplete, "the measurement ended without every requested value"},
      {ExitStatus::wrongUsage, "wrong usage, or an entry that the history does not have"},
      {ExitStatus::unreadableInput,
-      "an input cannot be read: a recording, a reference, a settings file, or, while the rest was "
-      "used, one of several recordings, a damaged entry or health record"},
+      "an input cannot be read: a recording, a reference, a settings file, a backup, or, while the "
+      "rest was used, one of several recordings, a damaged entry or health record"},
      {ExitStatus::unwritableData,
       "the data cannot be stored: history, health records, an output file; or the store is "
       "damaged"}}};

@@ -54,6 +54,7 @@ EMSCRIPTEN_BINDINGS(texts) {
 }
 
 EMSCRIPTEN_BINDINGS(application) {
+  VEYLA_VALUE(PageBackup, text, note);
   class_<WebApp>("WebApp")
       .constructor<emscripten::val>()
       .function("alerts", optional_override([](WebApp&) { return &Alerts::instance(); }),

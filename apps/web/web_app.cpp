@@ -131,6 +131,17 @@ void WebApp::rateMyApp() {
   TableViewController(noViews, {}).rateMyApp();
 }
 
+PageBackup WebApp::backUp() {
+  const Backup backup = currentBackup();
+  // What is there and cannot be read is no empty history.
+  const bool isReadable =
+      Utils::getValues().has_value() || !store_.rawText(std::string(Utils::valuesKey));
+  const auto text = isReadable ? textOf(backup) : std::nullopt;
+  if (!text) return {"", "Nothing backed up: what is stored here cannot be read."};
+  const std::string missing = leftOut(backup);
+  return {*text, missing.empty() ? "" : missing + "."};
+}
+
 std::string WebApp::restore(const std::string& text) {
   std::string fault;
   const auto backup = readBackup(text, fault);

@@ -30,6 +30,12 @@
 
 namespace veyla {
 
+/// The text is empty where no backup can be made; the note where there is nothing to say.
+struct PageBackup {
+  std::string text;
+  std::string note;
+};
+
 /// The application in a page: joins the core, the bindings and the page's views, and is told by the
 /// page what the user and the browser do.
 class WebApp {
@@ -88,8 +94,8 @@ class WebApp {
   std::optional<std::string> rawStoredText(const std::string& key) const {
     return store_.rawText(key);
   }
-  /// Text of a file with it, for another machine; nothing where none can be made.
-  std::optional<std::string> backUp() const { return textOf(currentBackup()); }
+  /// A file with it for another machine, and what that does not hold.
+  PageBackup backUp();
   /// Adds what is missing of such a text, and says in a line what came of it.
   std::string restore(const std::string& text);
   void setStoredTextAside(const std::string& key) { store_.setAside(key, loop_.now()); }

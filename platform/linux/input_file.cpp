@@ -15,13 +15,13 @@ void requireInputFile(const std::string& path) {
   const auto refuse = [&](const std::string& reason) { throw InputError(path + ": " + reason); };
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) {
-    if (path == "-") refuse("standard input is not read; save the recording to a file first");
+    if (path == "-") refuse("standard input is not read; save it to a file first");
     if (errno == ENOENT || errno == ENOTDIR) refuse("no such file; check the name");
     if (errno == EACCES) refuse("no permission to look into its folder; change its permissions");
     refuse(std::string(std::strerror(errno)) + "; check the name");
   }
   if (S_ISDIR(status.st_mode)) refuse("a folder; name a file in it");
-  if (!S_ISREG(status.st_mode)) refuse("not a regular file; save the recording to one first");
+  if (!S_ISREG(status.st_mode)) refuse("not a regular file; save it to one first");
   if (status.st_size == 0) refuse("an empty file; record or copy it again");
 
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);

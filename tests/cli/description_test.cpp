@@ -44,8 +44,18 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
   }
 }
 
-TEST_F(DescriptionTest, TheManualIsWellFormedAndNamesCommandsAndOptions) {
+TEST_F(DescriptionTest, TheManualIsWellFormedAndTheReadmeListsItsExitStatuses) {
   const std::string manual = done("--describe man");
+  const std::string readme = contentsOf(VEYLA_SETTINGS_FOLDER "/../README.md");
+  std::string listed;
+  for (const std::string& row : linesOf(readme.substr(readme.find("\n## Exit status\n")))) {
+    if (row.starts_with("What goes wrong")) break;
+    if (row.size() < 7 || row[2] < '0' || row[2] > '9') continue;
+    const std::string meaning = row.substr(6, row.size() - 8);
+    listed += std::string(".TP\n\\fB") + row[2] + "\\fR\n" +
+              static_cast<char>(std::toupper(meaning[0])) + meaning.substr(1) + ".\n";
+  }
+  EXPECT_THAT(manual, HasSubstr(".SH EXIT STATUS\n" + listed + ".SH"));
   for (const char* named :
        {"\\fB\\-\\-no\\-save\\fR", "\\fB\\-\\-off\\fR", "label 1 \"Training (After)\""}) {
     EXPECT_THAT(manual, HasSubstr(named));

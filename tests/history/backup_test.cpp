@@ -26,7 +26,7 @@ std::string backedUp(std::vector<HistoryEntry> entries) {
   UsageUtils::setTotal_finished(2);
   UsageUtils::setTotal_lowsig_percent(3);
   const Backup backup = currentBackup();
-  EXPECT_EQ(backup.damaged, 1U);
+  EXPECT_EQ(leftOut(backup), "1 damaged entry is left out of the backup");
   return textOf(backup).value_or("");
 }
 
@@ -87,6 +87,10 @@ TEST(BackupTest, WhatIsNoBackupOrNotWholeChangesNothing) {
         {with("2000.0", "\"today\""), "entry 2: its \"date\" is no date"},
         {with("2000.0", "1e300"), "entry 2: its \"date\" is no date"},
         {with("70.3125", "null"), "entry 1: its \"hr\" is no number"},
+        {with("\"counters\": {", "\"counters\": 5, \"more\": {"),
+         "its \"counters\" are no numbers"},
+        {with("_lowsig\": 3", "_lowsig\": \"3\""), "its \"counters\" are no numbers"},
+        {with("\"a@b.org\"", "[]"), "its \"email\" is no text"},
         {with("95.0", "950"), "entry 2: its \"spo2\" is nothing that is measured"}}) {
     EXPECT_THAT(restored(text), HasSubstr(fault));
   }

@@ -29,10 +29,10 @@ export function backupRows(core: WebApp): HTMLElement[] {
     );
   });
   const backUp = row("Back up", "All measurements with their labels, as a file", () => {
-    const text = core.backUp();
-    note.textContent = text === null ? "What is stored here does not fit a backup." : "";
+    const backup = core.backUp();
+    note.textContent = backup.note;
     const day = new Date().toISOString().slice(0, 10);
-    if (text !== null) saveAsFile(`veyla-backup-${day}.json`, "application/json", text);
+    if (backup.text !== "") saveAsFile(`veyla-backup-${day}.json`, "application/json", backup.text);
   });
   const restore = row("Restore", "Adds what is missing here from such a file", () => {
     chosen.click();

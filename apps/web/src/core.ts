@@ -188,7 +188,7 @@ export interface WebApp {
   allowHealthRecord(name: string, allowed: boolean): void;
 
   rawStoredText(key: string): string | null;
-  backUp(): string | null;
+  backUp(): { readonly text: string; readonly note: string };
   restore(text: string): string;
   setStoredTextAside(key: string): void;
 }

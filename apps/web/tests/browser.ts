@@ -211,9 +211,19 @@ export class Visit {
   /** Keeps a picture of the screen to be looked at, and asks axe-core whether everybody can use it. */
   async inspect(screen: string): Promise<void> {
     await this.still();
+    // What goes on for as long as it is shown stands still for the picture, between two fades.
+    await this.page.evaluate(() => {
+      for (const each of document.getAnimations()) {
+        each.pause();
+        each.currentTime = 1000;
+      }
+    });
     await this.page.screenshot({ path: `${build}web-pictures/${screen}.png` });
     await this.page.evaluate(axe);
     const { passes, violations } = await this.page.evaluate(() => window.axe.run());
+    await this.page.evaluate(() => {
+      for (const each of document.getAnimations()) each.play();
+    });
     expect(passes.length, screen).toBeGreaterThan(0);
     const serious = violations
       .filter(({ impact }) => impact === "serious" || impact === "critical")

@@ -36,8 +36,10 @@ it("a damaged history is told, kept as it is, and can be saved and set aside", a
   const damaged = '[{"hr":61.5,"spo2":97.25},{"hr":7';
   const visit = await visitPage({ stored: { ...acquainted, "veyla/values": damaged } });
   const { page } = visit;
-  await visit.swipe("right");
+  await visit.open("options");
+  await page.getByText("Back up", { exact: true }).click();
   await visit.heading("Damaged data").waitFor();
+  await page.getByText("Nothing backed up").waitFor();
   await visit.settled();
   await visit.inspect("storage-damaged");
   const [download] = await Promise.all([page.waitForEvent("download"), visit.tap("Save a copy")]);
