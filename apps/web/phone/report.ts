@@ -19,8 +19,8 @@ const { info } = console;
 console.info = (...what: unknown[]): void => {
   info(...what);
   const line = what.join(" ");
-  // The core's lines for each frame would drown the others.
-  if (!/^(red \d|(not )?skipping )/.test(line)) lines.push(line);
+  // The core's lines for each frame and estimate would drown the others.
+  if (/^(finger: |the camera|Tapped |Done )/.test(line)) lines.push(line);
 };
 
 const devices = MediaDevices.prototype;
@@ -67,7 +67,12 @@ function cameraNow(open: MediaStreamTrack): string {
 }
 
 setInterval(() => {
-  if (track?.readyState === "live") lines.push(cameraNow(track));
+  if (track?.readyState === "live") {
+    lines.push(cameraNow(track));
+  } else if (track) {
+    lines.push("the camera is closed, its light off");
+    track = undefined;
+  }
   came = [];
   work = [];
   if (lines.length === 0) return;

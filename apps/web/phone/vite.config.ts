@@ -57,6 +57,10 @@ heeding the warning anywhere else.
 ${address}?log   tells this terminal what the phone's camera does: its light, exposure and frames, and
 what is seen of the finger. Only this server takes that, and only with ?log; nothing of it is kept.
 
+Does it not open: both must be in one network, port 8443 open in this machine's firewall, and the address the
+one of that network; ADDRESS=… before make phone names another. Without a known certificate the browser does not
+keep the page: it is there while this runs, and the results stay under this address (move them by Back up).
+
 Ctrl-C ends it.
 `;
 }

@@ -12,7 +12,9 @@ it("a phone gets the page encrypted, and tells of its camera where it is asked t
   for (const told of [/light on, exposure .*, \d\d frames, /, / {2}finger: \w+$/m]) {
     await expect.poll(lines, { timeout: 20_000 }).toMatch(told);
   }
-  expect(lines()).not.toContain("skipping");
+  await visit.tap("STOP");
+  await expect.poll(lines).toMatch(/light off$/m);
+  expect(lines()).not.toMatch(/skipping|Using/);
 
   const silent = await visitPage({ byPhone: true, query: "?quiet" });
   await silent.startMeasuring();
