@@ -259,7 +259,7 @@ void MainViewController::swipeRight() { services().screens.performTransition("re
 void MainViewController::updateMeasurementsWithRed(float red, float green, float blue, float hr) {
   const std::int32_t counter = videoProcessing_->counter() + 1;
   videoProcessing_->setCounter(counter);
-  if (measurement_->isDone || !measurement_->canBegin) return;
+  if (!measurement_->takesFrames()) return;
 
   logLine("red %i, green %i, blue: %i", Value(red).intValue(), Value(green).intValue(),
           Value(blue).intValue());
@@ -312,12 +312,12 @@ void MainViewController::estimateSpo2IfDue(std::int32_t counter) {
 }
 
 void MainViewController::frameColours(const FrameColours& colours) {
-  if (measurement_->isDone || !measurement_->canBegin) return;
+  if (!measurement_->takesFrames()) return;
   for (MeasurementObserver* observer : observers_) observer->frameSeen(colours);
 }
 
 void MainViewController::frameDropped() {
-  if (measurement_->isDone || !measurement_->canBegin) return;
+  if (!measurement_->takesFrames()) return;
   for (MeasurementObserver* observer : observers_) observer->frameDropped();
 }
 
@@ -380,7 +380,6 @@ void MainViewController::acceptSpo2(float spo2) {
 }
 
 void MainViewController::doneHeartrate() {
-  if (measurement_->hasEnded()) return;
   logLine("Done HR");
   measurement_->finishHeartrate(*data_->heartrateValues());
   const float heartrate = measurement_->finalHeartrate;
@@ -421,7 +420,6 @@ void MainViewController::doneSpo2() {
 }
 
 void MainViewController::done() {
-  if (measurement_->hasEnded()) return;
   logLine("Done Both");
   endMeasurement(MeasurementEnd::finished, [this] {
     showStateDone();
@@ -455,7 +453,6 @@ void MainViewController::reportEnd() {
 }
 
 void MainViewController::showLogSigAlert() {
-  if (measurement_->hasEnded()) return;
   endMeasurement(MeasurementEnd::lowSignal, [this] {
     showStateAfterLowSig();
     Alert alert = modalAlert(
@@ -592,7 +589,6 @@ void MainViewController::showStateAfterLowSig() {
   display().setOpacity(labelGrey, 1);
   display().setOpacity(labelRed, 0);
   showCheckboxes(true);
-  stopShimmering();
 }
 
 void MainViewController::showStateTappedStop() {
@@ -601,7 +597,6 @@ void MainViewController::showStateTappedStop() {
   exchangeStopForStart();
   showInstruction();
   enter(labelRed, "fadeIn");
-  stopShimmering();
   showCheckboxes(true);
   zeroGaugesAndRings(true);
   showValueDefaults();

@@ -44,6 +44,7 @@ class Measurement : public std::enable_shared_from_this<Measurement> {
   /// It runs and has not ended. A camera that did not start is an end, too.
   bool isUnderWay() const { return isRunning && !hasEnded(); }
   bool hasEnded() const { return end_.has_value(); }
+  bool takesFrames() const { return canBegin && !isDone; }
   /// Nothing before its end.
   std::optional<MeasurementEnd> howEnded() const { return end_; }
 

@@ -195,6 +195,8 @@ TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAs
   rig.screen.buttonCheckboxHeartrateTapped();
   rig.startMeasuring();
   EXPECT_EQ(judge.coach().frames(), 0U);
+  rig.screen.videoProcessing()->captureOutput(DroppedSample{});
+  EXPECT_EQ(judge.coach().frames(), 1U);
   EXPECT_FALSE(judge.heartrate());
   measure();
   EXPECT_THAT(judge.spo2(), Optional(ElementsAre(Doubt::unclearPulse))) << "nothing was seen yet";

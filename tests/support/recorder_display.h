@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <map>
 #include <string>
@@ -44,6 +46,7 @@ class RecorderDisplay : public ScreenState {
 
   void setOpacity(Element element, double opacity) override {
     playing_.erase(element.name);
+    EXPECT_TRUE(opacity >= 0 && opacity <= 1) << element.name;
     ScreenState::setOpacity(element, opacity);
   }
   void animate(Element element, std::string_view animation, bool endsVisible,
