@@ -89,7 +89,7 @@ TEST(BackupTest, WhatIsNoBackupOrNotWholeChangesNothing) {
         {with("70.3125", "null"), "entry 1: its \"hr\" is no number"},
         {with("\"counters\": {", "\"counters\": 5, \"more\": {"),
          "its \"counters\" are no numbers"},
-        {with("_lowsig\": 3", "_lowsig\": \"3\""), "its \"counters\" are no numbers"},
+        {with("_percent\": 3", "_percent\": \"3\""), "its \"counters\" are no numbers"},
         {with("\"a@b.org\"", "[]"), "its \"email\" is no text"},
         {with("95.0", "950"), "entry 2: its \"spo2\" is nothing that is measured"}}) {
     EXPECT_THAT(restored(text), HasSubstr(fault));
