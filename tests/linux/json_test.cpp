@@ -88,18 +88,6 @@ TEST(StoredJsonTest, EveryBitOfANumberIsKept) {
   }
 }
 
-TEST(RealTextTest, BothWaysAreShortAndTakeTheSameTexts) {
-  EXPECT_EQ(RealText::shortest(97.1F) + RealTextByC::shortest(97.1F), "97.197.1");
-  double value = 0;
-  for (const char* real : {"-inf", "-.5", "1E5", "5e-324", "0e999", "1."}) {
-    EXPECT_TRUE(RealText::read(real, value) && RealTextByC::read(real, value)) << real;
-  }
-  for (const char* other : {"", "-", ".", "nan", "infinity", "INF", "+1", " 1", "1 ", "1,5",
-                            "0x1p3", "1e", "--1", "1e999", "1e-999"}) {
-    EXPECT_FALSE(RealText::read(other, value) || RealTextByC::read(other, value)) << other;
-  }
-}
-
 TEST(StoredJsonTest, ALineThatIsNoJsonSpoilsNoOther) {
   const auto read = readJson("[{\"a\":1},\n{\"a\":1e999},\n{\"a\":,\n{\"a\":2}]");
   EXPECT_EQ(read,
