@@ -60,15 +60,6 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
   EXPECT_THAT(names(), ElementsAre("file"));
 }
 
-TEST_F(BadInputTest, WhatBreaksOffIsUsedAsFarAsItGoes) {
-  done("synth whole.csv --seconds 10");
-  write("cut.csv", contentsOf(file("whole.csv")) + "10000,1");
-  const Result cut = run("measure cut.csv");
-  EXPECT_EQ(cut.status, 1);
-  EXPECT_THAT(cut.error, HasSubstr("cut.csv: cut off "));
-  EXPECT_THAT(cut.out, HasSubstr("The recording ended after "));
-}
-
 TEST_F(BadInputTest, WhatIsKeptIsNeverOverwritten) {
   done("health allow heartrate --data data");
   done("measure --only heartrate --data data");

@@ -53,16 +53,6 @@ TEST_F(ChartTest, WithoutAFileTheChartsAreDrawnInTheTerminal) {
   EXPECT_THAT(onTerminal(chart(), 60).out, Not(HasSubstr("\x1b")));
 }
 
-TEST_F(ChartTest, WithoutDataEachChartSaysSo) {
-  EXPECT_EQ(done("chart --period all"),
-            "All\n\nNot enough heartrate data\n\nNot enough SpO2 data\n");
-  EXPECT_FALSE(std::filesystem::exists(file("home"))) << "a store was made for nothing";
-  done("measure --only spo2 --data data");
-  EXPECT_THAT(done(chart()), HasSubstr("Not enough heartrate data\n\n*●* spo2"));
-  done(chart("--label Active -o none.svg"));
-  EXPECT_THAT(contentsOf(file("none.svg")), HasSubstr("Not enough SpO2 data"));
-}
-
 TEST_F(ChartTest, APictureIsWholeOrTheOldOneStays) {
   demoHistory();
   write("picture.png", "old");

@@ -44,6 +44,8 @@ TEST_F(HistoryTest, AHistoryThatIsNotThereIsEmptyAndIsNotMade) {
   EXPECT_EQ(done("history"),
             "No measurements in " + file("home/veyla") + " yet: veyla measure saves them there.\n");
   EXPECT_EQ(json("history"), Json::array());
+  EXPECT_EQ(done("chart --period all"),
+            "All\n\nNot enough heartrate data\n\nNot enough SpO2 data\n");
   for (const auto& [command, empty] :
        {std::pair{"history", "Date,Heart Rate,Saturation\n"}, {"health", ""}}) {
     const Result exported = run(command + std::string(" export -o -"));

@@ -174,6 +174,8 @@ TEST_F(MeasureTest, AStallIsFilledOrTakesAsMuchLongerAndLeavesTheValues) {
 
 TEST_F(MeasureTest, WhatIsWrongWithAFingerIsToldWithItsSecondsAndWhatIsUnsureWithItsReason) {
   makeFinger();
+  write("cut.csv", contentsOf(file("finger.csv")) + "40000,1");
+  EXPECT_THAT(run("measure --no-save cut.csv").error, HasSubstr("cut.csv: cut off "));
   const std::string blueless = changed("blueless.csv", "$1,$2,$3,2");
   EXPECT_EQ(reportOf(blueless)["doubts"], Json{"noBlue"});
   expectTold(blueless, {"SpO2         unsure: the camera saw next to no pulse in blue light"});
