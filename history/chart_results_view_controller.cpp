@@ -172,7 +172,6 @@ std::optional<ChartSeries> ChartResultsViewController::filterData() {
 void ChartResultsViewController::initCharts(LineChart& chart, double min, double max) {
   LineChartSettings settings;
   settings.delegate = this;
-  settings.descriptionText = "";
   settings.descriptionColor = black;
   settings.noDataText =
       &chart == &chartHeartrate_ ? "Not enough heartrate data" : "Not enough SpO2 data";

@@ -118,7 +118,7 @@ constexpr std::array<std::string_view, 32> modelNames{"Simulator",
 
 std::string modelName() {
   const auto number = static_cast<std::size_t>(SDiOSVersion::deviceVersion());
-  return std::string(modelNames[number < modelNames.size() ? number : 0]);
+  return std::string(modelNames[number]);
 }
 
 /// Of Unicode, in UTF-8.

@@ -24,7 +24,7 @@ void fillBand(Canvas& canvas, Point center, double outer, double inner, double f
 
 void CircleProgressBar::setProgress(float progress, bool animated) {
   // Not std::clamp: a not-a-number must end at 0.
-  target_ = progress > 1.0F ? 1.0F : progress >= 0.0F ? progress : 0.0F;
+  target_ = std::max(0.0F, std::min(progress, 1.0F));
   animated_ = animated;
   timer_.stop();
   if (!animated || target_ == progress_) {

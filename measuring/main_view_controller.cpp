@@ -505,23 +505,18 @@ bool MainViewController::isFingerOnCameraRed(std::int32_t red, std::int32_t gree
 // The live values.
 
 void MainViewController::showHeartrate(float value) {
-  display().setFont(labelHeartrate, {runningFont, labelValuesFontSize_});
-  display().setText(labelHeartrate, wholeNumber(value));
+  showRunning(labelHeartrate, wholeNumber(value));
 }
 
-void MainViewController::showSpo2(float value) {
-  display().setFont(labelSpo2, {runningFont, labelValuesFontSize_});
-  display().setText(labelSpo2, wholeNumber(value));
-}
+void MainViewController::showSpo2(float value) { showRunning(labelSpo2, wholeNumber(value)); }
 
-void MainViewController::showHeartrateDefault() {
-  display().setFont(labelHeartrate, {runningFont, labelValuesFontSize_});
-  display().setText(labelHeartrate, noValue);
-}
+void MainViewController::showHeartrateDefault() { showRunning(labelHeartrate, noValue); }
 
-void MainViewController::showSpo2Default() {
-  display().setFont(labelSpo2, {runningFont, labelValuesFontSize_});
-  display().setText(labelSpo2, noValue);
+void MainViewController::showSpo2Default() { showRunning(labelSpo2, noValue); }
+
+void MainViewController::showRunning(Element label, const std::string& text) {
+  display().setFont(label, {runningFont, labelValuesFontSize_});
+  display().setText(label, text);
 }
 
 // Presentations of the screen's states.

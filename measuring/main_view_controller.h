@@ -83,6 +83,7 @@ class MainViewController : public VideoDelegate {
   void showSpo2(float value);
   void showHeartrateDefault();
   void showSpo2Default();
+  void showRunning(Element label, const std::string& text);
 
   // Presentations of the screen's states.
 

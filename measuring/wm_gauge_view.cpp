@@ -61,7 +61,7 @@ void drawCentered(Canvas& canvas, const std::string& text, Point at, const Font&
 void WMGaugeView::setValue(float value, bool animated) {
   angleBefore_ = needleAngle();
   // Not std::clamp: a not-a-number must end at the minimum, and the range may be empty.
-  value_ = value > maxValue ? maxValue : value >= minValue ? value : minValue;
+  value_ = std::max(minValue, std::min(value, maxValue));
   animated_ = animated;
   timer_.stop();
   if (animated && std::isfinite(angleBefore_) && angleBefore_ != needleAngleFor(value_)) {

@@ -36,11 +36,11 @@ struct RecorderResultsView : ResultsView {
   void setEditing(bool editing, bool animated) override {
     record(formatText("editing %i%s", editing ? 1 : 0, animated ? " animated" : ""));
   }
-  void selectRow(std::size_t row, bool /*animated*/) override {
-    record(formatText("select %zu", row));
+  void selectRow(std::size_t row, bool animated) override {
+    record(formatText("select %zu%s", row, animated ? "" : " at once"));
   }
-  void deselectRow(std::size_t row, bool /*animated*/) override {
-    record(formatText("deselect %zu", row));
+  void deselectRow(std::size_t row, bool animated) override {
+    record(formatText("deselect %zu%s", row, animated ? "" : " at once"));
   }
   void deleteRows(const std::vector<std::size_t>& rows, RowAnimation animation) override {
     std::string line = "delete";

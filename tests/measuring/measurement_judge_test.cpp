@@ -79,9 +79,9 @@ TEST(DoubtsTest, AFingerThatCameLateIsJudgedFromThenOnWhereEnoughFollows) {
     std::fill_n(red.begin(), dark, 3.0F);
     return judgeHeartrate(72, red, red, coachThatSaw(red, dark, 0));
   };
-  EXPECT_THAT(late(75).doubts, IsEmpty());
-  EXPECT_GT(late(75).clarity, 0.9);
-  EXPECT_THAT(late(100).doubts, ElementsAre(Doubt::noFinger, Doubt::unclearPulse));
+  EXPECT_THAT(late(90).doubts, IsEmpty());
+  EXPECT_GT(late(90).clarity, 0.9);
+  EXPECT_THAT(late(91).doubts, ElementsAre(Doubt::noFinger, Doubt::unclearPulse));
 }
 
 TEST(DoubtsTest, ASaturationIsDoubtedForWhatStandsBehindMoreThanAFifthOfItsEstimates) {

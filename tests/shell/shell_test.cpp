@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "history/table_view_controller.h"
+#include "measuring/app_delegate.h"
 #include "platform/linux/resource_files.h"
 #include "shell/alerts.h"
 #include "shell/faq.h"
@@ -56,7 +57,7 @@ TEST(RatingPromptTest, AsksOnceWhenADayThreeUsesAndThreeMeasurementsHaveAllBeenR
                                                     {9, 2, 86400, false}}) {
     TestPlatform platform;
     RatingPrompt& prompt = RatingPrompt::instance();
-    prompt.configure(1, 3, 3);
+    AppDelegate::instance();  // Configures it.
     for (int i = 1; i < uses; ++i) prompt.logUse();
     for (int i = 1; i < events; ++i) prompt.logSignificantEvent();
     platform.time.runFor(seconds);
