@@ -39,15 +39,14 @@ void saveEntry(benchmark::State& state) {
 }
 BENCHMARK(saveEntry)->Apply(sizes);
 
-/// Merely writes as many bytes as the history has to a file and brings them to the disk.
+/// Merely writes a page to a file and brings it to the disk.
 void saveEntry_yardstick(benchmark::State& state) {
   const TemporaryFolder folder;
-  constexpr std::size_t bytesPerEntry = 130;
-  const std::string bytes(bytesPerEntry * static_cast<std::size_t>(state.range(0)), 'x');
-  const std::string file = folder.path() / "bytes";
+  const std::string page(4096, 'x');
+  const std::string file = folder.path() / "page";
   for (auto _ : state) {
     const int descriptor = ::open(file.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
-    benchmark::DoNotOptimize(::write(descriptor, bytes.data(), bytes.size()));
+    benchmark::DoNotOptimize(::write(descriptor, page.data(), page.size()));
     ::fsync(descriptor);
     ::close(descriptor);
   }

@@ -101,9 +101,7 @@ HistoryEntry saveHeartrate(double heartrate, double spo2, Date date,
                            const std::optional<Labels>& labels) {
   HistoryEntry entry{heartrate, spo2, date, labels.value_or(Labels{}), std::nullopt};
   store().exclusively([&] {
-    auto elements = arrayUnder(valuesKey).value_or(Value::Array{});
-    elements.push_back(valueOf(entry));
-    store().setValue(valuesKey, std::move(elements));
+    store().append(valuesKey, valueOf(entry));
     store().synchronize();
   });
   return entry;

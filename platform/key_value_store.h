@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "platform/value.h"
 
@@ -18,6 +19,14 @@ class KeyValueStore {
   virtual std::optional<Value> value(std::string_view key) = 0;
   virtual void setValue(std::string_view key, const Value& value) = 0;
   virtual void removeValue(std::string_view key) = 0;
+  /// Puts an element at the end of the array under `key`, which is made where there is none. To be
+  /// called within `exclusively`.
+  virtual void append(std::string_view key, const Value& element) {
+    const auto stored = value(key);
+    auto elements = stored && stored->array() ? *stored->array() : Value::Array{};
+    elements.push_back(element);
+    setValue(key, std::move(elements));
+  }
 
   /// Makes every change so far durable, all of them or none.
   virtual void synchronize() = 0;

@@ -25,8 +25,6 @@ constexpr std::string_view doubleTag = "$double";
 constexpr std::string_view dateTag = "$date";
 constexpr std::string_view dictionaryTag = "$dictionary";
 
-/// Between the elements of an outermost array.
-constexpr std::string_view elementSeparator = ",\n";
 constexpr std::string_view nanPrefix = "nan:";
 
 bool looksLikeTag(std::string_view key) { return key.starts_with('$'); }
@@ -224,11 +222,11 @@ std::optional<Value> elementsByLines(std::string_view text) {
   Value::Array elements;
   bool anyRead = false;
   while (!text.empty()) {
-    const std::size_t end = std::min(text.find(elementSeparator), text.size());
+    const std::size_t end = std::min(text.find(jsonElementSeparator), text.size());
     auto element = valueFromText(text.substr(0, end), ValueBuilder::Tags::read);
     anyRead |= element.has_value();
     elements.push_back(element ? std::move(*element) : Value(std::string(text.substr(0, end))));
-    text.remove_prefix(std::min(end + elementSeparator.size(), text.size()));
+    text.remove_prefix(std::min(end + jsonElementSeparator.size(), text.size()));
   }
   if (!anyRead) return std::nullopt;
   return elements;
@@ -267,7 +265,7 @@ class Writer {
 
   bool write(const Value::Array& elements) {
     if (depth_ == deepestJson) return false;
-    const std::string_view separator = depth_ == 0 ? elementSeparator : ",";
+    const std::string_view separator = depth_ == 0 ? jsonElementSeparator : ",";
     ++depth_;
     append("[");
     for (std::size_t i = 0; i < elements.size(); ++i) {

@@ -13,6 +13,9 @@ namespace veyla {
 /// hostile text cannot exhaust the stack.
 inline constexpr std::size_t deepestJson = 128;
 
+/// What `writeJson` puts between the elements of an outermost array, and nowhere else.
+inline constexpr std::string_view jsonElementSeparator = ",\n";
+
 /// Reads any JSON text in UTF-8. Of equal keys the last one wins; an integer beyond 64 bits becomes
 /// a double. A number beyond the range of a double is no JSON.
 class NlohmannJsonParser : public JsonParser {

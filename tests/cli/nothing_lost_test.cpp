@@ -45,7 +45,7 @@ TEST_F(NothingLostTest, DamageBesideTheHistoryCostsNoEntryAndDamageOfItIsNotWrit
   EXPECT_EQ(counted.status, 4);
   EXPECT_THAT(counted.error, HasSubstr("veyla: the measurement is saved, but "));
   EXPECT_EQ(json("history").size(), 2U);
-  damage("type = 'integer', value = '5' WHERE key = 'values'");
+  damage("type = 'integer', value = '5' WHERE key = 'values'; DELETE FROM parts");
   const Result refused = run("measure");
   EXPECT_THAT(refused.out, HasSubstr("\nNot saved.\n"));
   EXPECT_THAT(refused.error, HasSubstr("the value of \"values\" cannot be understood"));

@@ -5,12 +5,15 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <fstream>
 #include <limits>
+#include <random>
 #include <utility>
 
 #include "platform/linux/data_folder.h"
 #include "platform/linux/store_error.h"
+#include "tests/linux/first_store.h"
 #include "tests/linux/scratch.h"
 
 namespace veyla {
@@ -34,10 +37,7 @@ Value history(int count) {
 
 void append(KeyValueStore& store, const Value& added) {
   store.exclusively([&] {
-    const auto stored = store.value("values");
-    Array entries = stored ? *stored->array() : Array{};
-    entries.push_back(added);
-    store.setValue("values", std::move(entries));
+    store.append("values", added);
     store.synchronize();
   });
 }
@@ -107,6 +107,125 @@ TEST_F(SqliteKeyValueStoreTest, EveryTypeComesBackFromTheFile) {
   EXPECT_EQ(store->failure(), std::nullopt);
   EXPECT_EQ(other("SELECT key, type, value FROM entries WHERE key IN ('a', 'c', 'd', 'f')"),
             "c;float;97.1;d;double;72.0;f;date;1709640427.0625;");
+}
+
+TEST_F(SqliteKeyValueStoreTest, AListIsWhatAnyChangesHaveMadeOfIt) {
+  std::mt19937 random(20);
+  const auto below = [&](std::size_t end) { return static_cast<std::ptrdiff_t>(random() % end); };
+  const auto element = [&] {
+    const std::size_t size = random() % 30 == 0 ? random() % 9000 : random() % 200;
+    return Value(std::string(size, ',') + (size % 2 == 0 ? "\n" : ""));
+  };
+  Array list;
+  auto store = std::make_unique<SqliteKeyValueStore>(folder());
+  const auto becomes = [&](const Array& next) {
+    store->setValue("values", list = next);
+    store->synchronize();
+    return store->value("values") == Value(next);
+  };
+  // The end of one is the other.
+  for (const int number : {2, 12, 21, 1}) EXPECT_TRUE(becomes({number})) << number;
+  // At one place until there is no number left between the rows.
+  for (int i = 0; i < 16; ++i) {
+    list.insert(list.begin() + (i > 0), std::string(3000, static_cast<char>('a' + i)));
+    EXPECT_TRUE(becomes(list)) << i;
+  }
+
+  const auto change = [&] {
+    const auto at = list.begin() + below(list.size() + 1);
+    const auto run = std::min(below(60), list.end() - at);
+    const auto kind = random() % 6;
+    if (kind > 2) return append(*store, list.emplace_back(element()));
+    if (kind == 0) list.insert(at, static_cast<std::size_t>(below(60)), element());
+    if (kind == 1) list.erase(at, at + run);
+    if (kind == 2) std::generate(at, at + run, element);
+    becomes(list);
+  };
+  for (int round = 0; round < 40; ++round) {
+    store->exclusively([&] {
+      for (int i = 0; i < 5; ++i) change();
+    });
+    if (round % 5 == 0) store = std::make_unique<SqliteKeyValueStore>(folder());
+    ASSERT_TRUE(store->value("values").value_or(0) == Value(list)) << "after " << round;
+  }
+  ASSERT_EQ(store->failure(), std::nullopt);
+  store->setValue("values", 5);
+  store->synchronize();
+  EXPECT_EQ(store->value("values"), 5);
+  EXPECT_EQ(other("SELECT count(*) FROM parts"), "0;");
+}
+
+TEST_F(SqliteKeyValueStoreTest, ALocalChangeOfALongListChangesFewPages) {
+  SqliteKeyValueStore store(folder());
+  Array list = *history(20000).array();
+  const auto pagesChangedBy = [&](const std::function<void()>& change) {
+    const std::string before = contentsOf(file());
+    change();
+    store.setValue("values", list);
+    store.synchronize();
+    const std::string after = contentsOf(file());
+    std::size_t changed = 0;
+    for (std::size_t at = 0; at < after.size(); at += 4096) {
+      changed += before.compare(std::min(at, before.size()), 4096, after, at, 4096) != 0;
+    }
+    return changed;
+  };
+  EXPECT_GT(pagesChangedBy([] {}), 300U);
+  const auto middle = list.begin() + 10000;
+  EXPECT_LT(pagesChangedBy([&] { *middle = entry(7); }), 3U) << "and the head of the file";
+  EXPECT_LT(pagesChangedBy([&] { *middle = std::string(3000, 'x'); }), 8U) << "a row becomes two";
+  EXPECT_LT(pagesChangedBy([&] { list.erase(middle, middle + 2); }), 8U);
+  EXPECT_LT(pagesChangedBy([&] { append(store, list.emplace_back(entry(8))); }), 5U);
+}
+
+TEST_F(SqliteKeyValueStoreTest, AStoreOfTheFirstVersionIsReadAsItIsAndBecomesOneOfToday) {
+  other(firstVersionOf(*history(20000).array()));
+  const std::string before = contentsOf(file());
+  SqliteKeyValueStore reading(folder(), SqliteKeyValueStore::Use::read);
+  EXPECT_TRUE(reading.value("values") == history(20000));
+  SqliteKeyValueStore store(folder());
+  EXPECT_EQ(entryCount(store), 20000U);
+  store.setValue("email", "a@b.c");
+  store.synchronize();
+  EXPECT_EQ(other("PRAGMA user_version"), "1;") << "as long as no list is written";
+
+  append(store, entry(20000));
+  EXPECT_EQ(other("PRAGMA user_version"), "2;");
+  for (SqliteKeyValueStore* opened : {&store, &reading}) {
+    EXPECT_TRUE(opened->value("values") == history(20001));
+    EXPECT_EQ(opened->failure(), std::nullopt);
+  }
+  EXPECT_LT(contentsOf(file()).size(), before.size() * 11 / 10) << "takes no more room";
+}
+
+TEST_F(SqliteKeyValueStoreTest, WhatOthersHaveDoneToAListIsReadOrToldAndNotWrittenOver) {
+  const std::pair<const char*, const char*> cases[] = {
+      // A row that is missing, or another's, is what there is.
+      {"DELETE FROM parts WHERE number = 2048", "60 entries, then 61"},
+      {"UPDATE parts SET value = CAST(value AS BLOB) WHERE number = 2048", "100 entries, then 101"},
+      // A damaged row has damaged elements.
+      {"UPDATE parts SET value = '}' || value WHERE number = 2048", "100 entries, then 101"},
+      {"UPDATE parts SET number = -number", "are not numbered in order"},
+      {"UPDATE parts SET number = number || 'x' WHERE number = 2048", "are not numbered in order"},
+      {"UPDATE parts SET number = number << 32", "are not numbered in order"},
+      {"DELETE FROM entries", "cannot be understood"},
+      {"UPDATE entries SET type = 'integer', value = 5", "cannot be understood"},
+      {"UPDATE parts SET value = ''", "cannot be understood"},
+  };
+  for (const auto& [sql, expected] : cases) {
+    SCOPED_TRACE(sql);
+    std::make_unique<SqliteKeyValueStore>(folder())->setValue("values", history(100));
+    other(sql);
+    const std::string before = other("SELECT * FROM parts");
+    SqliteKeyValueStore store(folder());
+    const auto first = std::to_string(entryCount(store));
+    append(store, entry(1));
+    append(store, entry(1));
+    const auto then = std::to_string(entryCount(store) - 1);
+    EXPECT_THAT(store.failure().value_or(first + " entries, then " + then), HasSubstr(expected));
+    EXPECT_EQ(other("SELECT * FROM parts") == before, store.failure().has_value());
+    std::filesystem::remove(file());
+  }
 }
 
 TEST_F(SqliteKeyValueStoreTest, AFlushOrWhatBelongsTogetherIsOneTransaction) {
@@ -182,9 +301,11 @@ TEST_F(SqliteKeyValueStoreTest, EveryKindOfWrongFileIsNamed) {
       {"not a Veyla store", [&] { writeFile(file(), std::string(5000, 'x')); }},
       {"not a Veyla store",
        [&] { other("CREATE TABLE entries (key TEXT); PRAGMA application_id = 7"); }},
-      {"newer Veyla", [&] { make(), other("PRAGMA user_version = 2"); }},
+      {"newer Veyla", [&] { make(), other("PRAGMA user_version = 3"); }},
       {"another shape", [&] { make(), other("ALTER TABLE entries ADD COLUMN extra TEXT"); }},
-      {"more than its table",
+      {"another shape", [&] { make(), other("ALTER TABLE parts DROP COLUMN value"); }},
+      {"more than its tables", [&] { make(), other("PRAGMA user_version = 1"); }},
+      {"more than its tables",
        [&] {
          make();
          other("CREATE TRIGGER t AFTER UPDATE ON entries BEGIN DELETE FROM entries; END");
