@@ -22,8 +22,8 @@ testing=(
   ffmpeg sqlite3 strace nodejs ca-certificates
   # what shows the manual page
   groff-base
-  # the browser that the phone app is tested in
-  chromium
+  # the browsers that the phone app is tested in, and the screen that the last one wants
+  chromium firefox-esr webkit2gtk-driver xvfb
 )
 linting=(clang-format-14 clang-tidy-14)
 # the sanitizers and the search of the second compiler

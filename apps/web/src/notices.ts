@@ -106,8 +106,7 @@ export function showTakenOver(takeOverAgain: () => void): void {
 export function showOldBrowser(): void {
   showNotice(
     "This browser cannot measure",
-    "It does not hand the camera's pictures to pages. Use a newer one: Chrome or Edge from version 111, " +
-      "Safari from 16.4, Firefox from 132.",
+    "It does not hand the camera's pictures to pages. Bring it up to date, or open this page in another one.",
   );
 }
 

@@ -1,0 +1,86 @@
+// The page in three browser engines.
+import { expect, it } from "vitest";
+
+import { acquainted } from "./browser";
+import { engines, visitBy } from "./engines";
+
+it.concurrent.for(engines)(
+  "a finger is measured, kept and found again: %s",
+  async (engine, test) => {
+    const visit = await visitBy({ engine, stored: {} }, test);
+    await visit.sees("Step 1: Calibrate");
+    await visit.picture("intro");
+    await visit.tap("Skip");
+    await visit.sees("INTENDED USE");
+    await visit.tap("Done");
+    await visit.tap("Allow");
+    await visit.tap("START");
+    await visit.sees("Analyzing - hold steady ...");
+    await visit.sees("FINISHED");
+    await visit.picture("finished");
+    const [entry] = await visit.values();
+    expect(entry?.hr).toBeGreaterThan(70);
+    expect(entry?.hr).toBeLessThan(74);
+    expect(await visit.lights()).toEqual([true, false]);
+
+    await visit.tap("Results");
+    await visit.sees(`${entry?.hr.toFixed(0)} bpm`);
+    await visit.tap(".result");
+    await visit.tap("Resting");
+    await visit.tap(".chooser .close");
+    expect((await visit.values())[0]?.labels[0]).toBe(true);
+    await visit.tap("Chart");
+    await visit.sees("heartrate (data points are averaged for each day)");
+    await visit.picture("charts");
+    await visit.tap("Back");
+    await visit.tap("Close");
+    await visit.tap("Options");
+    await visit.sees("Send feedback");
+    await visit.picture("options");
+
+    await visit.loseNetwork();
+    await visit.reload();
+    await visit.sees(entry?.hr.toFixed(0) ?? "");
+    await visit.tap("Results");
+    await visit.sees(`${entry?.hr.toFixed(0)} bpm`);
+  },
+);
+
+it.concurrent.for(engines)(
+  "small, large, at night and without a camera or light: %s",
+  async (engine, test) => {
+    const visit = await visitBy({ engine, night: true, stored: acquainted }, test);
+    await visit.sees("Tap START");
+    expect(await visit.beyond(320, 568)).toEqual([]);
+    await visit.picture("small-night");
+    expect(await visit.ask(() => getComputedStyle(document.body).backgroundColor)).toBe(
+      "rgb(13, 13, 15)",
+    );
+    expect(await visit.beyond(430, 932)).toEqual([]);
+    await visit.ask(() => {
+      document.documentElement.style.setProperty("font-size", "26px", "important");
+    });
+    expect(await visit.beyond(390, 844)).toEqual([]);
+    await visit.picture("large-letters");
+    for (const [camera, told] of [
+      ["refused", "No Camera Access"],
+      ["dark", "Torch"],
+      ["none", "Camera not found"],
+    ] as const) {
+      await visit.bring(camera);
+      await visit.tap("START");
+      await visit.sees(told);
+      await visit.picture(`camera-${camera}`);
+    }
+  },
+);
+
+it("the engine's own camera gets to its frames, with its torch lit and put out", async (test) => {
+  const visit = await visitBy({ engine: "webkit", camera: "own", stored: acquainted }, test);
+  await visit.tap("START");
+  await visit.sees("Analyzing - hold steady ...");
+  expect(await visit.lights()).toEqual([true]);
+  await visit.tap("STOP");
+  await visit.sees("Tap START");
+  expect(await visit.lights()).toEqual([true, false]);
+});
