@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,8 +16,7 @@ class NotificationCenter {
   /// `observer` names the registration for `remove`.
   void add(const void* observer, std::string_view name, std::function<void()> handler);
   void remove(const void* observer);
-  /// A handler may register and remove anybody, itself included: who is removed before its turn is
-  /// not told any more, and who comes in is told from the next time on.
+  /// No handler may register or remove anybody meanwhile.
   void post(std::string_view name);
 
  private:
@@ -27,8 +25,7 @@ class NotificationCenter {
     std::string name;
     std::function<void()> handler;
   };
-  /// Shared with a post under way, which outlives a removal.
-  std::vector<std::shared_ptr<const Registration>> registrations_;
+  std::vector<Registration> registrations_;
 };
 
 }  // namespace veyla

@@ -78,23 +78,6 @@ TEST_F(AppDelegateTest, EveryActivationIsPostedAfterTheFirstReturnFromTheBackgro
   EXPECT_THAT(posted, ElementsAre("didEnterBackground", "didBecomeActive", "didBecomeActive"));
 }
 
-TEST(NotificationCenterTest, AHandlerMayRegisterAndRemoveAnybodyItselfIncluded) {
-  NotificationCenter center;
-  std::string told;
-  const int leaving = 0, removed = 0, staying = 0;
-  center.add(&leaving, "news", [&] {
-    center.remove(&leaving);
-    center.remove(&removed);
-    center.add(&staying, "news", [&] { told += "late "; });
-    told += "leaving ";
-  });
-  center.add(&removed, "news", [&] { told += "removed "; });
-  center.add(&staying, "news", [&] { told += "staying "; });
-  center.post("news");
-  center.post("news");
-  EXPECT_EQ(told, "leaving staying staying late ");
-}
-
 class HKUtilsTest : public testing::Test {
  protected:
   /// Answers the last question as a health store does: from a thread of its own.

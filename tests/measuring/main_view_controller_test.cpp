@@ -5,7 +5,7 @@
 #include "history/history_store.h"
 #include "measuring/measuring_screen.h"
 #include "shell/alerts.h"
-#include "tests/support/somebody.h"
+#include "tests/support/measuring_rig.h"
 #include "tests/support/tables.h"
 
 namespace veyla {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "measuring/main_view_controller.h"
+#include "measuring/measurement_observer.h"
 #include "tests/support/builders.h"
 #include "tests/support/test_platform.h"
 
@@ -53,6 +54,32 @@ class MeasuringRig {
  private:
   Value::Dictionary heartrateSettings_;
   Value::Dictionary spo2Settings_;
+};
+
+/// Somebody with a phone. What happens is written as words and seconds that pass, such as
+/// "START 0.5 STOP 0.5 START 2.5 good*3".
+class Somebody : private MeasurementObserver {
+ public:
+  Somebody();
+
+  /// What is seen after it.
+  std::string after(const std::string& happenings) {
+    live(happenings);
+    return rig.seen();
+  }
+
+  void live(const std::string& happenings);
+
+  std::size_t entries() const;
+
+  MeasuringRig rig;
+  MainViewController& screen = rig.screen;
+  ScriptedCamera& camera = rig.platform.camera;
+  std::vector<MeasurementEnd> ends;
+
+ private:
+  void happen(const std::string& word);
+  void measurementEnded(std::int32_t, MeasurementEnd end) override { ends.push_back(end); }
 };
 
 }  // namespace veyla

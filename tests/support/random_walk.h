@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/somebody.h"
+#include "tests/support/measuring_rig.h"
 
 namespace veyla {
 
