@@ -64,16 +64,12 @@ TEST_F(WidgetsTest, AnAnimatedNeedleTakesEightTenthsOfASecondFromWhereItIs) {
   EXPECT_EQ(redraws_, 0) << "the animations that were replaced go on";
 }
 
-TEST_F(WidgetsTest, TheRingShowsAtLeastNothingAndAtMostItAll) {
+TEST_F(WidgetsTest, ARingShowsAtMostItAllGoesByHundredthsOfASecondAndEndsExactly) {
   for (const auto& [progress, shown] :
-       {std::pair{0.25F, 0.25F}, {1.4F, 1.0F}, {-0.2F, 0.0F}, {std::nanf(""), 0.0F}}) {
+       {std::pair{1.4F, 1.0F}, {-0.2F, 0.0F}, {std::nanf(""), 0.0F}, {0.5F, 0.5F}}) {
     ring_.setProgress(progress, false);
     EXPECT_EQ(ring_.progress(), shown);
   }
-}
-
-TEST_F(WidgetsTest, AnAnimatedRingGoesByHundredthsOfASecondAndEndsExactly) {
-  ring_.setProgress(0.5F, false);
   redraws_ = 0;
   for (const float target : {1.0F, 0.3F}) {
     const float from = ring_.progress();
@@ -89,10 +85,6 @@ TEST_F(WidgetsTest, AnAnimatedRingGoesByHundredthsOfASecondAndEndsExactly) {
   EXPECT_THAT(redraws_, testing::AllOf(testing::Ge(40), testing::Le(42)));
 
   ring_.setProgress(1, true);
-  platform_.time.runFor(0.05);
-  const float underWay = ring_.progress();
-  ring_.setProgress(0, true);
-  EXPECT_EQ(ring_.progress(), underWay);
   ring_.setProgress(0.75F, false);
   redraws_ = 0;
   platform_.time.run();
