@@ -125,23 +125,5 @@ TEST_F(RecordingCameraTest, TicksTakeTheNewestFrameFromTheFirstOneOnWithinTheirS
   }
 }
 
-TEST(TimedQueueTest, WorkRunsByDueTimeAndThenInTheOrderItCameUntilTheStop) {
-  TimedQueue queue;
-  std::string order;
-  const auto add = [&](double seconds, char name) {
-    queue.after(seconds, [&order, name] { order += name; });
-  };
-  add(2, 'c');
-  add(1, 'a');
-  queue.after(1, [&] { add(1, 'd'); });
-  add(1, 'b');
-  queue.after(3, [&] { queue.stop(); });
-  add(3, 'e');
-  queue.run();
-  EXPECT_EQ(order, "abcd");
-  queue.run();
-  EXPECT_EQ(order, "abcde");
-}
-
 }  // namespace
 }  // namespace veyla
