@@ -29,6 +29,9 @@ const doubleTap = 350;
 
 export class AlertDialogs {
   private readonly open = new Map<number, HTMLDialogElement>();
+  /** Those that come when the one in front has been read; what a field's text is told comes over it. */
+  private readonly next = new Map<number, () => void>();
+  private front: number | undefined;
 
   /** Stands below the text of alerts that are shown while it is set: what the page knows of its browser. */
   note: string | undefined;
@@ -38,10 +41,40 @@ export class AlertDialogs {
   constructor(private readonly core: () => WebApp) {}
 
   show(id: number, alert: AlertShown): void {
+    const { note } = this;
+    if (alert.kind === "waiting") {
+      this.build(id, alert, note).show();
+    } else {
+      this.next.set(id, () => {
+        if (!alert.textField) this.front = id;
+        this.ask(this.build(id, alert, note));
+      });
+      this.showNext();
+    }
+    this.shown();
+  }
+
+  private showNext(): void {
+    const [first] = this.next;
+    if (this.front !== undefined || !first) return;
+    const [id, show] = first;
+    this.next.delete(id);
+    show();
+  }
+
+  private ask(dialog: HTMLDialogElement): void {
+    showModal(dialog);
+    dialog.classList.add("unseen");
+    setTimeout(() => {
+      dialog.classList.remove("unseen");
+    }, doubleTap);
+  }
+
+  private build(id: number, alert: AlertShown, noteText: string | undefined): HTMLDialogElement {
     const title = make("h2", { id: `alert-title-${id}` }, alert.title);
     const subtitle = make("p", { id: `alert-text-${id}` }, alert.subtitle);
     const note =
-      this.note === undefined ? [] : [make("p.note", { id: `alert-note-${id}` }, this.note)];
+      noteText === undefined ? [] : [make("p.note", { id: `alert-note-${id}` }, noteText)];
     const { show, hide, background } = alert.style;
     const look = `show-${show}.hide-${hide}.${background}` as const;
     const dialog = make(`dialog.alert.${alert.kind}.${look}`, {
@@ -79,19 +112,11 @@ export class AlertDialogs {
     });
     document.body.append(dialog);
     this.open.set(id, dialog);
-    if (alert.kind === "waiting") {
-      dialog.show();
-    } else {
-      showModal(dialog);
-      dialog.classList.add("unseen");
-      setTimeout(() => {
-        dialog.classList.remove("unseen");
-      }, doubleTap);
-    }
-    this.shown();
+    return dialog;
   }
 
   hide(id: number): void {
+    this.next.delete(id);
     const dialog = this.open.get(id);
     if (!dialog) return;
     this.open.delete(id);
@@ -102,6 +127,9 @@ export class AlertDialogs {
     setTimeout(() => {
       dialog.remove();
     }, 300);
+    if (this.front !== id) return;
+    this.front = undefined;
+    this.showNext();
   }
 
   setFieldText(id: number, text: string): void {
