@@ -13,6 +13,8 @@ export interface CameraListener {
   torchRefused(): void;
   /** The camera that is in use gives no more pictures. */
   lost(): void;
+  /** The camera is on, and no frame of it has come for a while; or one has come after all. */
+  starved(isStarved: boolean): void;
   log(line: string): void;
   /** Milliseconds that one frame has taken. */
   frameTaken(milliseconds: number): void;
@@ -26,7 +28,8 @@ interface CameraCapabilities
   /** Some browsers list what it can be. */
   torch?: boolean | readonly boolean[];
 }
-interface CameraSettings extends MediaTrackSettings, Partial<Record<ModeName, string>> {
+interface CameraSettings
+  extends MediaTrackSettings, Partial<Record<ModeName, string>> {
   torch?: boolean;
   zoom?: number;
 }
@@ -47,14 +50,20 @@ const mostCameras = 4;
 /** Browsers silence a camera for a moment, too, in milliseconds; longer, and somebody else has it. */
 const longestSilence = 1000;
 
+/** Without a frame for so long, in milliseconds, something holds them back, such as battery saving. */
+const longestWait = 2000;
+
 /** Whether the browser hands a video's frames to pages. */
-export const givesFrames = "requestVideoFrameCallback" in HTMLVideoElement.prototype;
+export const givesFrames =
+  "requestVideoFrameCallback" in HTMLVideoElement.prototype;
 
 function nameOf(error: unknown): string {
   return error instanceof Error ? error.name : String(error);
 }
 
-function capabilitiesOf(track: MediaStreamTrack | undefined): CameraCapabilities {
+function capabilitiesOf(
+  track: MediaStreamTrack | undefined,
+): CameraCapabilities {
   // Not every browser has it.
   return track && "getCapabilities" in track ? track.getCapabilities() : {};
 }
@@ -66,6 +75,13 @@ function settingsOf(track: MediaStreamTrack | undefined): CameraSettings {
 function hasTorch(track: MediaStreamTrack | undefined): boolean {
   const { torch } = capabilitiesOf(track);
   return torch === true || (Array.isArray(torch) && torch.includes(true));
+}
+
+/** Whether it looks at the user, where the browser tells: it knows cameras by where they look, in any language. */
+function isFront(device: MediaDeviceInfo): boolean {
+  if (!("getCapabilities" in device)) return false;
+  const { facingMode } = (device as InputDeviceInfo).getCapabilities();
+  return facingMode?.includes("user") === true;
 }
 
 function isLit(track: MediaStreamTrack | undefined): boolean {
@@ -95,7 +111,10 @@ export class TrackCamera {
   private tellsState = false;
   private playing = false;
   private awaited: number | undefined;
-  private last: { readonly mediaTime: number; readonly taken: number } | undefined;
+  private waiting: ReturnType<typeof setTimeout> | undefined;
+  private isStarved = false;
+  private last:
+    { readonly mediaTime: number; readonly taken: number } | undefined;
   /** Of the recording so far. */
   private seconds = 0;
   private torchWanted = false;
@@ -212,7 +231,8 @@ export class TrackCamera {
     this.video.srcObject = this.stream ?? null;
     void this.video.play().catch((error: unknown) => {
       // The session may have stopped before the first frame.
-      if (this.playing) this.listener.log(`the camera's video does not play: ${nameOf(error)}`);
+      if (this.playing)
+        this.listener.log(`the camera's video does not play: ${nameOf(error)}`);
     });
     this.awaitFrame();
   }
@@ -221,8 +241,11 @@ export class TrackCamera {
     this.playing = false;
     this.video.pause();
     // A callback left behind would fire with the next run's first frame.
-    if (this.awaited !== undefined) this.video.cancelVideoFrameCallback(this.awaited);
+    if (this.awaited !== undefined)
+      this.video.cancelVideoFrameCallback(this.awaited);
     this.awaited = undefined;
+    clearTimeout(this.waiting);
+    this.tellStarved(false);
   }
 
   private track(): MediaStreamTrack | undefined {
@@ -230,7 +253,9 @@ export class TrackCamera {
   }
 
   /** Asks the track that is open now, after all that was asked before. */
-  private ask(question: (track: MediaStreamTrack) => Promise<void>): Promise<void> {
+  private ask(
+    question: (track: MediaStreamTrack) => Promise<void>,
+  ): Promise<void> {
     const track = this.track();
     if (track) this.asked = this.asked.then(() => question(track));
     return this.asked;
@@ -244,7 +269,8 @@ export class TrackCamera {
     const lit = this.torchWanted;
     if (isLit(track) !== lit) await this.constrain(track, { torch: lit });
     // A track that was closed meanwhile needs no light.
-    if (lit && !isLit(track) && track === this.track()) this.listener.torchRefused();
+    if (lit && !isLit(track) && track === this.track())
+      this.listener.torchRefused();
   }
 
   private async constrain(
@@ -256,11 +282,16 @@ export class TrackCamera {
       await track.applyConstraints({ advanced: [set] });
       const { width, height, frameRate } = track.getSettings();
       const kept =
-        width === before.width && height === before.height && frameRate === before.frameRate;
+        width === before.width &&
+        height === before.height &&
+        frameRate === before.frameRate;
       // Not beside it from the start: some browsers refuse to mix the two kinds.
-      if (!kept) await track.applyConstraints({ ...lowPreset, advanced: [set] });
+      if (!kept)
+        await track.applyConstraints({ ...lowPreset, advanced: [set] });
     } catch (error) {
-      this.listener.log(`the camera refuses ${JSON.stringify(set)}: ${nameOf(error)}`);
+      this.listener.log(
+        `the camera refuses ${JSON.stringify(set)}: ${nameOf(error)}`,
+      );
     }
   }
 
@@ -280,7 +311,9 @@ export class TrackCamera {
     });
   }
 
-  private async openStream(video: MediaTrackConstraints): Promise<MediaStream | undefined> {
+  private async openStream(
+    video: MediaTrackConstraints,
+  ): Promise<MediaStream | undefined> {
     if (!("mediaDevices" in navigator) || !givesFrames) return undefined;
     try {
       const stream = await navigator.mediaDevices.getUserMedia({
@@ -321,20 +354,22 @@ export class TrackCamera {
     });
   }
 
-  /** Of several rear cameras the first with a torch; without any, the browser's choice. */
+  /** Of several cameras that may be rear ones the first with a torch; without any, the browser's choice. */
   private async streamWithTorch(): Promise<MediaStream | undefined> {
     const first = await this.firstStream();
     const track = first?.getVideoTracks().at(0);
     if (!first || !track || hasTorch(track)) return first;
-    const devices = await navigator.mediaDevices.enumerateDevices().catch((error: unknown) => {
-      this.listener.log(`the cameras are not told: ${nameOf(error)}`);
-      return [];
-    });
+    const devices = await navigator.mediaDevices
+      .enumerateDevices()
+      .catch((error: unknown) => {
+        this.listener.log(`the cameras are not told: ${nameOf(error)}`);
+        return [];
+      });
     const others = devices.filter(
       (device) =>
         device.kind === "videoinput" &&
         device.deviceId !== track.getSettings().deviceId &&
-        /back|rear|environment/i.test(device.label),
+        !isFront(device),
     );
     for (const { deviceId } of others.slice(0, mostCameras - 1)) {
       track.stop();
@@ -348,9 +383,20 @@ export class TrackCamera {
     return track.readyState === "live" ? first : this.firstStream();
   }
 
+  private tellStarved(isStarved: boolean): void {
+    if (this.isStarved === isStarved) return;
+    this.isStarved = isStarved;
+    this.listener.starved(isStarved);
+  }
+
   private awaitFrame(): void {
+    clearTimeout(this.waiting);
+    this.waiting = setTimeout(() => {
+      this.tellStarved(this.track()?.readyState === "live");
+    }, longestWait);
     this.awaited = this.video.requestVideoFrameCallback((now, frame) => {
       this.awaitFrame();
+      this.tellStarved(false);
       this.takeFrame(now, frame);
     });
   }
@@ -362,7 +408,9 @@ export class TrackCamera {
     if (this.last) {
       // Where a live video's own time stands still, the moments of the exposures or showings tell.
       const step =
-        mediaTime > this.last.mediaTime ? mediaTime - this.last.mediaTime : taken - this.last.taken;
+        mediaTime > this.last.mediaTime
+          ? mediaTime - this.last.mediaTime
+          : taken - this.last.taken;
       this.seconds += Math.max(0, step);
     }
     this.last = { mediaTime, taken };

@@ -74,6 +74,9 @@ async function start(): Promise<void> {
     lost() {
       core().cameraLost();
     },
+    starved(isStarved) {
+      measuring.showStarved(isStarved);
+    },
     log(line) {
       if (log.enabled) log.line(line);
     },

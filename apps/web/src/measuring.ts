@@ -94,6 +94,7 @@ export class MeasuringScreen {
     this.fingerIcon,
     this.named("labelFinger", make("span", { "aria-live": "polite" })),
   );
+  private readonly starved = make("p.starved", { "aria-live": "polite", "data-state": "" });
   /** Says what comes to stand in the centre while that is hidden, and would not be read out there. */
   private readonly readOut = make("p.read-out", { role: "status" });
   private readonly begin = make("button.round.begin", { type: "button" });
@@ -302,6 +303,7 @@ export class MeasuringScreen {
       "div.lines",
       {},
       this.fingerChip,
+      this.starved,
       this.readOut,
       this.named("labelRed", make("p.status", { role: "status" })),
       this.named("labelGrey", make("p.instruction", { "aria-live": "polite" })),
@@ -312,6 +314,14 @@ export class MeasuringScreen {
   private showFinger(state: string): void {
     this.fingerChip.dataset["state"] = state;
     Object.assign(this.fingerIcon, { icon: fingerIcons[state] });
+  }
+
+  /** In place of what was seen of the finger while frames came. */
+  showStarved(isStarved: boolean): void {
+    this.starved.dataset["state"] = isStarved ? "starved" : "";
+    this.starved.textContent = isStarved
+      ? "No pictures come from the camera. Is the phone saving its battery?"
+      : "";
   }
 
   private buttons(): HTMLElement {

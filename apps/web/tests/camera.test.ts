@@ -47,6 +47,7 @@ const listener = {
   takeFrame: vi.fn<(time: number) => void>(),
   torchRefused: vi.fn(),
   lost: vi.fn(),
+  starved: vi.fn(),
   log: vi.fn(),
   frameTaken: vi.fn(),
 };
@@ -143,8 +144,9 @@ it("is the first rear camera with a torch", async () => {
   const [wide, tele] = [new LiteralTrack(), new LiteralTrack()];
   track.torch = wide.torch = false;
   devices.enumerateDevices.mockResolvedValue(
-    ["front", "back wide", "back tele", "back other"].map((label) => {
-      return { kind: "videoinput", deviceId: label, label };
+    [["user"], [], ["environment"], ["environment"]].map((facingMode, number) => {
+      const deviceId = `camera ${number}`;
+      return { kind: "videoinput", deviceId, getCapabilities: (): object => ({ facingMode }) };
     }),
   );
   for (const each of [track, wide, tele])
@@ -153,7 +155,7 @@ it("is the first rear camera with a torch", async () => {
   expect(camera.hasTorch()).toBe(true);
   const states = [track, wide, tele].map(({ readyState }) => readyState);
   expect(states).toEqual(["ended", "ended", "live"]);
-  const video = expect.objectContaining({ deviceId: { exact: "back tele" } }) as object;
+  const video = expect.objectContaining({ deviceId: { exact: "camera 2" } }) as object;
   expect(devices.getUserMedia).toHaveBeenLastCalledWith({ audio: false, video });
 });
 
@@ -180,6 +182,31 @@ it.each([
     show(4000, 9, 4000);
     expect(listener.takeFrame).not.toHaveBeenCalled();
   }
+});
+
+it("tells when it is on and no frame comes, until one does or none is wanted", async () => {
+  await open();
+  vi.useFakeTimers();
+  const told = (): unknown[] => listener.starved.mock.calls.flat();
+  const show = (): void => {
+    const [[, take] = []] = awaited;
+    awaited.clear();
+    take?.(0, { mediaTime: 0, width: 4, height: 4 });
+  };
+  camera.play();
+  for (let frame = 0; frame < 3; ++frame) {
+    vi.advanceTimersByTime(1900);
+    show();
+  }
+  expect(told()).toEqual([]);
+  vi.advanceTimersByTime(60_000);
+  show();
+  expect(told()).toEqual([true, false]);
+  vi.advanceTimersByTime(2000);
+  camera.pause();
+  vi.advanceTimersByTime(60_000);
+  expect(told()).toEqual([true, false, true, false]);
+  vi.useRealTimers();
 });
 
 it("is lost when its track ends, or is silent for more than a moment", async () => {
