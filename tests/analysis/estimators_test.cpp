@@ -27,7 +27,7 @@ class HeartrateProcessingTest : public testing::Test {
 
   HeartrateResult estimate(const std::vector<float>& pulse) {
     Data::instance().reset();
-    addPulse(pulse);
+    for (const float sample : pulse) Data::instance().addHRValue(sample);
     return HeartrateProcessing::instance().calculateHeartrate();
   }
 

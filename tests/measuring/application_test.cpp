@@ -152,17 +152,10 @@ TEST(UsageUtilsTest, AddressesAreJudgedAsTheTableOfBothBindingsSays) {
   ASSERT_TRUE(table);
   const auto& addresses = *(*table)["addresses"].array();
   ASSERT_GT(addresses.size(), 40U);
-  const std::string& isEmail = *(*table)["isEmail"].text();
-  const std::string& validates = *(*table)["validateEmail"].text();
   for (const Value& address : addresses) {
     const std::string& text = *address["text"].text();
-    const bool isOne = address["isEmail"].boolValue();
-    const bool isValid = address["validateEmail"].boolValue();
-    EXPECT_EQ(UsageUtils().isEmailWithEmail(text), isOne) << text;
-    EXPECT_EQ(Utils::validateEmail(text), isValid) << text;
-    // The table's own patterns are those.
-    EXPECT_EQ(platform.text->findsIgnoringCase(isEmail, text, platform.text->count(text)), isOne);
-    EXPECT_EQ(platform.text->matchesWholeIgnoringCase(validates, text), isValid);
+    EXPECT_EQ(UsageUtils().isEmailWithEmail(text), address["isEmail"].boolValue()) << text;
+    EXPECT_EQ(Utils::validateEmail(text), address["validateEmail"].boolValue()) << text;
   }
 }
 

@@ -18,12 +18,6 @@ class MainViewControllerTest : public testing::Test {
  protected:
   MainViewControllerTest() { rig_.appear(); }
 
-  /// Has values final after so many.
-  void need(int heartrates, int saturations) {
-    rig_.heartrateSetting("neededValidHeartrate", heartrates);
-    rig_.spo2Setting("neededValidSpo2", saturations);
-  }
-
   MeasuringRig rig_;
   TestPlatform& platform_ = rig_.platform;
   MainViewController& screen_ = rig_.screen;
@@ -93,7 +87,8 @@ TEST_F(MainViewControllerTest, EstimatesBeginWithFullWindowsOnTheFramesTheSettin
 }
 
 TEST_F(MainViewControllerTest, TheMedianOfElevenIsShownAndFinalForTheHeartRateTheSpo2sIsOfAll) {
-  need(17, 17);
+  rig_.heartrateSetting("neededValidHeartrate", 17);
+  rig_.spo2Setting("neededValidSpo2", 17);
   rig_.startMeasuring();
   const auto expectSeen = [&](const std::string& values) {
     screen_.finishAnimations();

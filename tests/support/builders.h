@@ -45,10 +45,6 @@ inline std::vector<float> photoplethysmogram(double bpm, double seconds = 14, do
   return series;
 }
 
-inline void addPulse(const std::vector<float>& samples) {
-  for (const float sample : samples) Data::instance().addHRValue(sample);
-}
-
 /// All pixels alike to begin with; rows are padded, on request, by so many pixels of 255.
 class TestFrame : public BgraFrame {
  public:
