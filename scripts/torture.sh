@@ -3,7 +3,8 @@
 # few files and a full disk, damages what is kept, and looks after each blow whether anything was lost,
 # half-written, left lying about or told wrongly. Prints what it did; fails where anything was wrong.
 # usage: scripts/torture.sh [SCALE]; 1 takes minutes on two cores, 0 a few seconds. The random numbers
-# begin with SEED (20).
+# begin with SEED (20). The work is shared by WORKERS (as many as there are processors), in memory where
+# the system gives that as files.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 # With mounts of its own, where the system gives them.
@@ -17,15 +18,38 @@ fi
 root=$PWD
 scale=${1:-1}
 program=$root/build/veyla
-work=$(mktemp -d)
+workers=${WORKERS:-$(nproc)}
+memory=/dev/shm
+[ -w $memory ] || memory=${TMPDIR:-/tmp}
+if [ -z "${TORTURE_WORKER:-}" ]; then
+  tallies=$(mktemp -d)
+  sum() {
+    cat "$tallies"/* | awk -v workers="$workers" '
+      { kills += $1; faults += $2; damages += $3; wrong += $4 }
+      END {
+        printf "torture: %d kills, %d calls refused, %d damaged files: %d wrong\n", kills, faults, damages, wrong
+        exit NR < workers || wrong > 0
+      }'
+  }
+  trap 'rm -rf "$tallies"' EXIT
+  trap 'kill $(jobs -p) 2>/dev/null; wait; echo "torture: interrupted"; sum; exit 1' INT TERM
+  for ((worker = 0; worker < workers; ++worker)); do
+    TORTURE_WORKER=$worker WORKERS=$workers TORTURE_TALLY=$tallies/$worker scripts/torture.sh "$scale" &
+  done
+  wait
+  sum
+  exit
+fi
+work=$(mktemp -d -p "$memory")
 trap 'umount -q "$work/veyla" 2>/dev/null; rm -rf "$work"; tell' EXIT
-trap 'echo "torture: interrupted"; exit 1' INT TERM
+trap 'exit 1' INT TERM
 cd "$work" || exit 1
 export XDG_DATA_HOME=$work LC_ALL=C.UTF-8
 data=$work/veyla
-RANDOM=${SEED:-20}
-declare -i kills=0 faults=0 damages=0 wrong=0 attempted=0 saved=0
-tell() { echo "torture: $kills kills, $faults calls refused, $damages damaged files: $wrong wrong"; }
+RANDOM=$((${SEED:-20} + TORTURE_WORKER))
+declare -i kills=0 faults=0 damages=0 wrong=0 attempted=0 saved=0 turn=0
+tell() { echo "$kills $faults $damages $wrong" >"$TORTURE_TALLY"; }
+share() { echo $((($1 + workers - 1) / workers)); }
 
 veyla() { "$program" "$@"; }
 wrong() {
@@ -59,11 +83,22 @@ measure_for() { # file for its output, seconds until it is killed
 }
 others=("history mail 1 -o mail.eml" "health export -o records.ndjson" "health allow spo2"
   "chart -o chart.svg" "evaluate recordings --windows windows.csv" "history label 1 Working")
-moment() { printf '0.%03d' $((RANDOM % 120 + 1)); }
+moment() { # within the time that so many at once take
+  local -i milliseconds=RANDOM%longest+1
+  printf '%d.%03d' $((milliseconds / 1000)) $((milliseconds % 1000))
+}
+time_crowd() { # programs at once
+  local -i each begun
+  begun=$(date +%s%3N)
+  for ((each = 0; each < $1; ++each)); do veyla measure finger.csv --no-save >/dev/null & done
+  wait
+  longest=$(($(date +%s%3N) - begun + 20))
+}
 kill_at_random() { # rounds, programs at once
   local -i round each
   local command
   for ((round = 0; round < $1; ++round)); do
+    ((round % 25 > 0)) || { begin && time_crowd "$2"; }
     for ((each = 0; each < $2; ++each)); do
       rm -f "out$each"
       measure_for "out$each" "$(moment)" 2>/dev/null &
@@ -92,15 +127,17 @@ kill_at_random() { # rounds, programs at once
 # of earlier runs are the same before, and the command does what it did when it ran undisturbed.
 writing=write,pwrite64,fsync,fdatasync,ftruncate,unlink,rename,renameat2,linkat,mkdir,mkdirat,chmod,fchown,openat
 errors=(ENOSPC EIO EDQUOT EROFS EMFILE EINTR)
+reading=read,pread64
 changes=("measure finger.csv" "history label 1 Working" "history delete 2" "health deny spo2"
   "history restore backup.json")
-outputs=("history export -o out" "history mail 1 -o out.eml" "health export -o out" "chart -o out.svg"
+outputs=("history" "history export -o out" "history mail 1 -o out.eml" "health export -o out" "chart -o out.svg"
   "history backup -o out" "synth out.csv --seconds 5" "series finger.csv -o out"
   "measure finger.csv --no-save --trace out" "evaluate recordings --windows out")
 
 state() { # what is kept, as the program tells it
   { veyla history --json && veyla health && veyla health export -o -; } 2>&1
 }
+isUntouched() { cmp -s "$data/veyla.db" whole/veyla.db && cmp -s "$data/Observations.ndjson" whole/Observations.ndjson && [ ! -e "$data/veyla.db-journal" ]; }
 again() {
   rm -rf "$data" out*
   cp -rp whole "$data"
@@ -112,14 +149,17 @@ trace() {
   [ "$1" != chart ] || follow=
   strace $follow -qq "${@:2}"
 }
-some() { ((scale > 0 || RANDOM % 10 == 0)); }
-calls_of() { # command; a line for each call that writes: its name and its number among those of the name
+some() { ((turn++ % workers == TORTURE_WORKER)) && ((scale > 0 || RANDOM % 10 == 0)); }
+calls_of() { # calls, command; a line for each that writes or reads what is ours: its name and its number among those of the name
+  local calls=$1
+  shift
   again
-  trace "$1" -o calls -e trace=$writing "$program" "$@" >/dev/null 2>&1
+  trace "$1" -y -o calls -e trace="$calls" "$program" "$@" >/dev/null 2>&1
   for output in out*; do cp "$output" "new-$output"; done
   entries >after
-  sed 's/^[0-9][0-9]* *//' calls | awk -F'(' '
+  sed 's/^[0-9][0-9]* *//' calls | awk -F'(' -v work="<$work/" '
     { ++seen[$1] }
+    $1 ~ /^p?read/ && !index($2, work) { next }
     $1 ~ /^[a-z0-9]+$/ && ($1 != "openat" || (/O_WRONLY|O_RDWR/ && !/"\/dev\//)) { print $1, seen[$1] }'
 }
 with() { # what is injected, call, its number, command
@@ -145,13 +185,14 @@ kill_at_every_call() { # command
     with signal=KILL "$call" "$number" "$@"
     kills+=1
     line="$* killed at $call $number"
-    there=$(entries) kept=$(records)
+    there=2 kept=4
+    isUntouched || there=$(entries) kept=$(records)
     ((there == 2 || there == $(cat after))) || wrong "$line: $there entries"
     ! grep -q '^Saved' told || ((there == 3 && kept == 6)) || wrong "$line: $there entries, $kept records"
     ((kept >= 4 && kept <= 6)) || wrong "$line: $kept records"
-    [ "$(sqlite3 "$data/veyla.db" 'PRAGMA integrity_check' 2>&1)" = ok ] || wrong "$line: damaged store"
+    isUntouched || [ "$(sqlite3 "$data/veyla.db" 'PRAGMA integrity_check' 2>&1)" = ok ] || wrong "$line: damaged store"
     look_at_outputs "$line"
-  done < <(calls_of "$@")
+  done < <(calls_of $writing "$@")
 }
 settle() { # status, what was done: the promised status in one line, what is told is so, nothing lies about
   local -i status=$1 lines told=0 changed=0
@@ -159,9 +200,9 @@ settle() { # status, what was done: the promised status in one line, what is tol
   lines=$(grep -c . error)
   line="$2, status $status: $(cat error)"
   faults+=1
-  ((status == 0 || status == 4)) || { ((status == 3)) && grep -qE ' (finger.csv|recordings[^:]*): ' error; } || wrong "not the promised status: $line"
+  ((status == 0 || status == 4)) || { ((status == 3)) && grep -qE ' (finger.csv|backup.json|recordings[^:]*): ' error; } || wrong "not the promised status: $line"
   ((lines == (status == 0 ? 0 : 1))) || wrong "$lines lines: $line"
-  [ "$(state)" = "$before" ] || changed=1
+  isUntouched || [ "$(state)" = "$before" ] || changed=1
   if [ "$kind" = change ] && { ((status == 0)) || grep -q 'is saved\|done, but' error; }; then told=1; fi
   ((changed == told)) || wrong "$((changed)) changed, $((told)) told: $line"
   [ "$kind" = change ] || ((status > 0)) || [ "$(sort -u out out.svg out.csv out.eml)" != old ] || wrong "not written: $line"
@@ -170,18 +211,29 @@ settle() { # status, what was done: the promised status in one line, what is tol
   stray+=$(compgen -G '*.part*')
   [ -z "$stray" ] || wrong "$stray lies about: $line"
 }
+refuse() { # error, call, its number, command: this one, and, but where it prints, all from then on
+  local error=$1 call=$2 number=$3 from
+  shift 3
+  for from in "" +; do
+    # What is interrupted is tried again, for ever.
+    [[ $from == "" || ($call != write && $error != EINTR) ]] || continue
+    with "error=$error" "$call" "$number$from" "$@"
+    settle $? "$* with $error at $call $number$from"
+  done
+}
 refuse_every_call() { # command
   local call number
   local -i first i most=$((scale < 1 ? 1 : scale > ${#errors[@]} ? ${#errors[@]} : scale))
   while read -r call number; do
     some || continue
     first=RANDOM
-    for ((i = first; i < first + most; ++i)); do
-      error=${errors[i % ${#errors[@]}]}
-      with "error=$error" "$call" "$number" "$@"
-      settle $? "$* with $error at $call $number"
-    done
-  done < <(calls_of "$@")
+    for ((i = first; i < first + most; ++i)); do refuse "${errors[i % ${#errors[@]}]}" "$call" "$number" "$@"; done
+  done < <(calls_of $writing "$@")
+  # Recordings that cannot be read are left out there, and the rest is written.
+  [ "$1" != evaluate ] || return 0
+  while read -r call number; do
+    some && refuse EIO "$call" "$number" "$@"
+  done < <(calls_of $reading "$@")
 }
 few_files() { # command; from hardly one on
   local files
@@ -191,6 +243,10 @@ few_files() { # command; from hardly one on
     (ulimit -n $files && exec "$program" "$@") >told 2>error
     settle $? "$* with $files files"
   done
+}
+first_version() { # of the store: its history in one row
+  sqlite3 whole/veyla.db "UPDATE entries SET type = 'array', value = (SELECT '[' || group_concat(value, ',' ||
+    char(10)) || ']' FROM parts) WHERE key = 'values'; DROP TABLE parts; PRAGMA user_version = 1; VACUUM"
 }
 at_every_call() {
   local command kind=change
@@ -202,10 +258,18 @@ at_every_call() {
   mv "$data" whole
   again
   before=$(state)
-  for command in "${changes[@]}" -- "${outputs[@]}"; do
-    [ "$command" != -- ] || kind=output
-    # shellcheck disable=SC2086
-    [ "$command" = -- ] || { kill_at_every_call $command && refuse_every_call $command && few_files $command; }
+  for command in "${changes[@]}" -- "${outputs[@]}" "" "${changes[@]}"; do
+    if [ "$command" = -- ]; then
+      kind=output
+    elif [ -z "$command" ]; then
+      kind=change
+      first_version
+      again
+      [ "$(state)" = "$before" ] || wrong "the first version reads otherwise"
+    else
+      # shellcheck disable=SC2086
+      kill_at_every_call $command && refuse_every_call $command && few_files $command
+    fi
   done
 }
 
@@ -216,7 +280,7 @@ fill_disk() {
   rm -rf "$data"
   mkdir "$data"
   mount -t tmpfs -o size=64k none "$data" || return
-  ((scale > 0)) || head -c 36K /dev/zero >"$data/ballast"
+  ((scale > 0)) || head -c 20K /dev/zero >"$data/ballast"
   saved=0
   for ((round = 0; round < 200; ++round)); do
     veyla measure finger.csv >told 2>error || break
@@ -270,16 +334,15 @@ race() { # program, its arguments
   TSAN_OPTIONS=suppressions=known setarch -R "$threaded" "$@" >/dev/null 2>races || wrong "$threaded: $(head -3 races)"
 }
 
-veyla synth finger.csv --seconds 45 || exit 1
+veyla synth finger.csv --seconds 22 || exit 1
 mkdir recordings
 for bpm in 60 75 100 120; do
   veyla synth recordings/$bpm.csv --bpm $bpm --seconds 60
   printf 'time,heartrate,spo2\n1,%i,97\n59,%i,97\n' $bpm $bpm >recordings/$bpm.reference.csv
 done
-begin
-kill_at_random $((1 + 100 * scale)) 1
-kill_at_random $((1 + 100 * scale)) 4
-kill_at_random $((50 * scale)) 16
+kill_at_random "$(share $((1 + 100 * scale)))" 1
+kill_at_random "$(share $((1 + 100 * scale)))" 4
+kill_at_random "$(share $((50 * scale)))" 16
 
 if strace -o /dev/null true 2>/dev/null; then
   at_every_call
@@ -287,7 +350,9 @@ else
   echo "torture: no call is made to fail: this system lets strace trace nothing"
 fi
 
-if [ -n "$TORTURE_MOUNTS" ]; then
+if ((TORTURE_WORKER > 0)); then
+  : # Of what follows the first one does what is done once.
+elif [ -n "$TORTURE_MOUNTS" ]; then
   fill_disk
 else
   echo "torture: no disk is filled: this system lets nobody mount one"
@@ -295,8 +360,9 @@ fi
 
 begin
 veyla measure finger.csv >/dev/null
-damage $((3 + 120 * scale))
+damage "$(share $((3 + 120 * scale)))"
 
+((TORTURE_WORKER == 0)) || exit $((wrong > 0))
 begin
 crowd=$((10 + (scale > 0 ? 90 : 0)))
 for ((i = 0; i < crowd; ++i)); do veyla measure finger.csv >"out$i" 2>"error$i" & done

@@ -1,8 +1,5 @@
 #include "apps/cli/backup_command.h"
 
-#include <fstream>
-#include <iterator>
-
 #include "apps/cli/complain.h"
 #include "apps/cli/history_platform.h"
 #include "apps/cli/kept_store.h"
@@ -50,8 +47,7 @@ ExitStatus backUp(const HistoryOptions& options) {
 /// Throws `InputError` for what is no backup.
 Backup readFrom(const std::string& path) {
   requireInputFile(path);
-  std::ifstream file(path, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  const std::string text = readInputFile(path);
   MemoryKeyValueStore empty;
   const HistoryPlatform platform(empty);
   std::string fault;

@@ -29,20 +29,23 @@ const char* nameOf(HealthSharing sharing) {
   return "not decided yet";
 }
 
-std::string statusText(const HealthOptions& options) {
-  HealthSharing heartrate = HealthSharing::notDetermined;
-  HealthSharing spo2 = HealthSharing::notDetermined;
-  if (const auto store = openKeptStore(options.dataFolder, SqliteKeyValueStore::Use::read)) {
-    const HealthPermissions permissions(*store);
-    heartrate = permissions.status(HealthSampleType::heartRate);
-    spo2 = permissions.status(HealthSampleType::oxygenSaturation);
-    if (store->failure()) throw StoreError(*store->failure());
-  }
+std::string statusText(HealthSharing heartrate, HealthSharing spo2) {
   return formatText("heartrate  %s\nspo2       %s\n", nameOf(heartrate), nameOf(spo2));
 }
 
+std::string statusText(SqliteKeyValueStore& store) {
+  const HealthPermissions permissions(store);
+  return statusText(permissions.status(HealthSampleType::heartRate),
+                    permissions.status(HealthSampleType::oxygenSaturation));
+}
+
 ExitStatus tellStatus(const HealthOptions& options) {
-  printOut(statusText(options));
+  std::string text = statusText(HealthSharing::notDetermined, HealthSharing::notDetermined);
+  if (const auto store = openKeptStore(options.dataFolder, SqliteKeyValueStore::Use::read)) {
+    text = statusText(*store);
+    if (store->failure()) throw StoreError(*store->failure());
+  }
+  printOut(text);
   return ExitStatus::done;
 }
 
@@ -55,9 +58,10 @@ ExitStatus allow(const HealthOptions& options, bool allowed) {
                                                                : HealthSampleType::oxygenSaturation,
                                    allowed);
   if (!stands) throw StoreError(store.failure().value_or(folder.string() + ": not stored"));
-  const bool isTold = writes([&] { printOut(statusText(options)); }, "done, but ");
-  // The last step of what stands may fail as well.
+  const std::string text = statusText(store);
+  // The last step of what stands may fail as well, and looking at it.
   if (store.failure()) throw StoreError("done, but " + *store.failure());
+  const bool isTold = writes([&] { printOut(text); }, "done, but ");
   return isTold ? ExitStatus::done : ExitStatus::unwritableData;
 }
 

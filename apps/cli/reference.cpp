@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <fstream>
+#include <sstream>
 #include <string_view>
 
 #include "platform/format.h"
+#include "platform/linux/input_file.h"
 #include "platform/linux/recording_source.h"
 
 namespace veyla {
@@ -39,7 +40,7 @@ std::string_view nextField(std::string_view& line) {
 }  // namespace
 
 Reference::Reference(const std::string& path) {
-  std::ifstream file(path);
+  std::istringstream file(readInputFile(path));
   std::string text;
   std::getline(file, text);
   constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";

@@ -105,6 +105,7 @@ void Track::openFile() {
   av_dict_set(&options, "format_whitelist", formatsOfOneFile().c_str(), 0);
   int error = avformat_open_input(&input, fileUrl(path_).c_str(), nullptr, &options);
   av_dict_free(&options);
+  if (error == AVERROR(EMFILE) || error == AVERROR(ENFILE)) refuse(readProblem(AVUNERROR(error)));
   if (error < 0) {
     const std::string start = startOf(path_);
     if (startsLikePhotograph(start)) refuseAsPicture();

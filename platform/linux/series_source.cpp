@@ -23,7 +23,7 @@ constexpr std::size_t mostRowsPerSecond = 30;
 std::FILE* openForReading(const std::string& path) {
   requireInputFile(path);
   std::FILE* file = std::fopen(path.c_str(), "rbe");
-  if (!file) throw InputError(path + ": " + std::strerror(errno) + "; check the file");
+  if (!file) throw InputError(path + ": " + readProblem(errno));
   return file;
 }
 

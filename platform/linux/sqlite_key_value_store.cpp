@@ -332,8 +332,9 @@ bool SqliteKeyValueStore::exclusively(const std::function<void()>& changes) {
   if (spoilt_) file_.rollBack();
   // The last step of a commit, after which it stands, may fail as well.
   const bool areStored = !spoilt_ || (isCommitting && isStoredAsWritten());
-  if (!areStored) pending_ = gathers_ && hasBegun_ ? Pending() : before;
-  if (gathers_ && hasBegun_ && gathered) gathered(areStored);
+  if (!areStored) pending_ = gathers_ ? Pending() : before;
+  // Also of one that could not begin.
+  if (gathers_ && (hasBegun_ || spoilt_) && gathered) gathered(areStored);
   return areStored;
 }
 

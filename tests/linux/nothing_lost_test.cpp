@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 
 #include "platform/linux/fhir_health_store.h"
+#include "platform/linux/input_file.h"
 #include "platform/linux/output_file.h"
+#include "platform/linux/recording_source.h"
 #include "platform/linux/sqlite_key_value_store.h"
 #include "platform/linux/store_error.h"
 #include "tests/linux/scratch.h"
@@ -94,6 +96,21 @@ TEST(NothingLostTest, APipeInAFilesPlaceAndALockThatStaysAreToldInsteadOfWaitedF
   EXPECT_THAT(refusal(readRecords), HasSubstr("locked by another program; end that program"));
   close(holder);
   EXPECT_EQ(refusal(readRecords), "done");
+}
+
+TEST(NothingLostTest, ARecordingIsNotBlamedForTooManyOpenFiles) {
+  const std::string file = scratch().write("finger.csv", "time,R,G,B\n");
+  const std::string reason = inChild([&]() -> std::string {
+    const rlimit none{0, 0};
+    setrlimit(RLIMIT_NOFILE, &none);
+    try {
+      requireInputFile(file);
+    } catch (const InputError& error) {
+      return error.what();
+    }
+    return "read";
+  });
+  EXPECT_THAT(reason, HasSubstr("Too many open files; close other programs or raise the limit"));
 }
 
 TEST(NothingLostTest, AnOutputTakesNoOthersFileByALinkAndRemovesWhatTheKilledLeft) {

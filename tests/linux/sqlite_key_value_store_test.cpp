@@ -10,6 +10,7 @@
 #include <limits>
 #include <random>
 #include <utility>
+#include <vector>
 
 #include "platform/linux/data_folder.h"
 #include "platform/linux/store_error.h"
@@ -293,6 +294,30 @@ TEST_F(SqliteKeyValueStoreTest, AStoreThatIsLockedIsNamedAndLeftAlone) {
   EXPECT_EQ(entryCount(store), 1U);
   append(store, entry(3));
   EXPECT_EQ(entryCount(store), 2U) << "and can be written once it has been read";
+}
+
+TEST_F(SqliteKeyValueStoreTest, WhatWasGatheredIsGivenUpWithItsTransaction) {
+  make();
+  SqliteKeyValueStore store(folder(), readAndWrite, 50ms);
+  std::vector<bool> told;
+  store.gatherChanges();
+  store.gathered = [&](bool areStored) { told.push_back(areStored); };
+  const auto put = [&](const char* key) {
+    store.setValue(key, 72);
+    store.synchronize();
+  };
+  store.exclusively([&] { put("last"); });
+  sqlite3* holder = nullptr;
+  sqlite3_open(file().c_str(), &holder);
+  EXPECT_EQ(sqlite3_exec(holder, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  append(store, entry(2));
+  sqlite3_close(holder);
+  store.exclusively([&] { store.value("uses"), put("uses"); });
+  EXPECT_EQ(store.value("last"), std::nullopt);
+  store.exclusively([&] { put("last"); });
+  append(store, entry(3));
+  EXPECT_EQ(store.value("last"), 72);
+  EXPECT_EQ(told, (std::vector<bool>{false, true, true}));
 }
 
 TEST_F(SqliteKeyValueStoreTest, EveryKindOfWrongFileIsNamed) {
