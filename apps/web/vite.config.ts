@@ -34,6 +34,22 @@ function fileListForServiceWorker(): Plugin {
   };
 }
 
+/** The core comes at once, and not only when the script that wants it is there. */
+function corePreload(): Plugin {
+  return {
+    name: "core-preload",
+    apply: "build",
+    transformIndexHtml: (_html, { bundle = {} }) =>
+      Object.keys(bundle)
+        .filter((name) => name.endsWith(".wasm"))
+        .map((name) => ({
+          tag: "link",
+          injectTo: "head",
+          attrs: { rel: "preload", as: "fetch", crossorigin: "anonymous", href: `./${name}` },
+        })),
+  };
+}
+
 export default defineConfig({
   root,
   // The folder may be served from anywhere below a host.
@@ -52,5 +68,5 @@ export default defineConfig({
     assetsInlineLimit: 0,
     chunkSizeWarningLimit: 1000,
   },
-  plugins: [fileListForServiceWorker()],
+  plugins: [corePreload(), fileListForServiceWorker()],
 });
