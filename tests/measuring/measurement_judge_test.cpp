@@ -63,13 +63,13 @@ TEST(DoubtsTest, AHeartRateIsDoubtedWhereTheColoursDoNotRepeatAtItsPeriodOrAnoth
 
 TEST(DoubtsTest, AFingerThatWasAwayForAFifthOfTheTimeIsADoubtBeforeAllOthers) {
   const auto red = photoplethysmogram(72);
-  EXPECT_THAT(judgeHeartrate(72, red, red, coachThatSaw(red, 40)).doubts, IsEmpty());
-  EXPECT_THAT(judgeHeartrate(72, red, red, coachThatSaw(red, 60)).doubts,
+  EXPECT_THAT(judgeHeartrate(72, red, red, coachThatSaw(red, 42)).doubts, IsEmpty());
+  EXPECT_THAT(judgeHeartrate(72, red, red, coachThatSaw(red, 43)).doubts,
               ElementsAre(Doubt::noFinger));
   // It takes less to explain why a pulse is not clear.
-  EXPECT_THAT(judgeHeartrate(100, red, red, coachThatSaw(red, 12)).doubts,
+  EXPECT_THAT(judgeHeartrate(100, red, red, coachThatSaw(red, 14)).doubts,
               ElementsAre(Doubt::unclearPulse));
-  EXPECT_THAT(judgeHeartrate(100, red, red, coachThatSaw(red, 20)).doubts,
+  EXPECT_THAT(judgeHeartrate(100, red, red, coachThatSaw(red, 15)).doubts,
               ElementsAre(Doubt::noFinger, Doubt::unclearPulse));
 }
 
@@ -205,6 +205,7 @@ TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAs
   rig.startMeasuring();
   for (int i = 0; i < 30; ++i) rig.frame({255, i % 2 == 0 ? 80.0F : 82.0F, 40, 100});
   EXPECT_EQ(rig.platform.display.view(MeasuringScreen::labelFinger).image, "tooBright");
+  EXPECT_THAT(rig.platform.log.lines, Contains("finger: tooBright"));
   measure();
   EXPECT_THAT(judge.spo2(), Optional(ElementsAre(Doubt::noRedPulse)));
 

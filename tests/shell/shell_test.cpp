@@ -63,9 +63,9 @@ TEST(RatingPromptTest, AsksOnceWhenADayThreeUsesAndThreeMeasurementsHaveAllBeenR
     platform.time.runFor(seconds);
     prompt.logUse();
     prompt.logSignificantEvent();
+    EXPECT_EQ(platform.store.values.contains("rating_asked"), asks);
     if (asks) prompt.logUse();
     EXPECT_EQ(platform.journal.of("screens").size(), asks ? 1U : 0U) << uses << ' ' << events;
-    EXPECT_EQ(platform.store.values.contains("rating_asked"), asks);
   }
 }
 
