@@ -22,6 +22,7 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
            {2, "measure --start", "--start: its value is missing"},
            {2, "measure --only spo2 --only spo2", "--only: given more than once"},
            {2, "measure --start nan", "--start: \"nan\" is no number from 0 to 1000000"},
+           {2, "measure --only foo", "\"foo\" is none of heartrate, spo2"},
            {2, "measure --data X --no-save", "--data excludes --no-save"},
            {2, "measure --json --trace -", "both would go to standard output"},
            {2, "measure --scale 3", "--scale: nothing is drawn"},
