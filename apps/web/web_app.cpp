@@ -48,7 +48,8 @@ WebApp::WebApp(val page)
       sharing_(page_["sharing"], pending_),
       canvas_([canvas = page_["canvas"]](const std::string& text, const Font& font) {
         return canvas.call<TextExtents>("measureText", text, font.size, font.weight());
-      }) {
+      }),
+      ending_(page_["ending"]) {
   store_.understands = Utils::mayStand;
   store_.failed = [storage = page_["storage"]](const std::string& damagedKey,
                                                const std::string& line) {
@@ -65,7 +66,12 @@ WebApp::WebApp(val page)
 
 WebApp::~WebApp() = default;
 
-void WebApp::launch() { AppDelegate::instance().launch().addObserver(judge_); }
+void WebApp::launch() {
+  MainViewController& screen = AppDelegate::instance().launch();
+  screen.addObserver(judge_);
+  // After the doubts: both are read out in one.
+  screen.addObserver(ending_);
+}
 
 void WebApp::enterBackground() {
   AppDelegate::instance().applicationWillResignActive();

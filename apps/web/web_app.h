@@ -9,6 +9,7 @@
 
 #include "apps/web/page_chart.h"
 #include "apps/web/page_display.h"
+#include "apps/web/page_ending.h"
 #include "apps/web/page_lists.h"
 #include "apps/web/page_shell.h"
 #include "history/backup.h"
@@ -41,8 +42,8 @@ struct PageBackup {
 class WebApp {
  public:
   /// `page` has an object for each service, as the bindings describe them: `log`, `device`,
-  /// `storage`, `text`, `health`, `camera`, `canvas`, `screens`, `alerts`, `measuring`, `intro`,
-  /// `actionSheet`, `sharing`.
+  /// `storage`, `text`, `health`, `camera`, `canvas`, `screens`, `alerts`, `measuring`, `ending`,
+  /// `intro`, `actionSheet`, `sharing`.
   explicit WebApp(emscripten::val page);
   ~WebApp();
   WebApp(const WebApp&) = delete;
@@ -125,6 +126,7 @@ class WebApp {
   CommandCanvas canvas_;
   std::unique_ptr<Platform> platform_;
   MeasurementJudge judge_;
+  PageEnding ending_;
   std::unique_ptr<IntroViewController> intro_;
 };
 

@@ -215,6 +215,7 @@ async function start(): Promise<void> {
     screens,
     alerts,
     measuring: measuring.views,
+    ending: measuring.ending,
     intro: intro.views,
     actionSheet: actionSheets,
     sharing: {

@@ -11,10 +11,10 @@ import {
 } from "ionicons/icons";
 
 import type { Captions, WebApp } from "./core";
-import { iconButton, make, makeCustom } from "./dom";
+import { calmer, iconButton, make, makeCustom } from "./dom";
 import { ElementViews } from "./element_views";
 import { illustration } from "./illustrations";
-import type { DisplayViews } from "./page";
+import type { DisplayViews, EndingViews } from "./page";
 import { followSwipes } from "./swipes";
 import { Widget } from "./widget";
 
@@ -97,7 +97,31 @@ export class MeasuringScreen {
   private readonly starved = make("p.starved", { "aria-live": "polite", "data-state": "" });
   /** Says what comes to stand in the centre while that is hidden, and would not be read out there. */
   private readonly readOut = make("p.read-out", { role: "status" });
+  private result = "";
+  private doubted = "";
   private readonly begin = make("button.round.begin", { type: "button" });
+  /** How a measurement ends is seen, said and felt. */
+  readonly ending: EndingViews = {
+    measurementBegan: () => {
+      this.page.classList.remove("has-finished");
+      this.result = "";
+      this.sayResult();
+    },
+    measurementEnded: (end) => {
+      if (end === "finished") {
+        this.page.classList.add("has-finished");
+        const values = [heartrate, spo2].map((names) => {
+          const value = this.elements.get(names.value)?.textContent ?? "";
+          const unit = names === spo2 ? "per cent" : "beats per minute";
+          return /\d/.test(value) ? `${names.spoken} ${value} ${unit}.` : "";
+        });
+        this.result = values.join(" ");
+        this.sayResult();
+      }
+      if (end === "" || calmer.matches || !("vibrate" in navigator)) return;
+      navigator.vibrate(end === "finished" ? 60 : [40, 80, 40]);
+    },
+  };
 
   /** `core` is asked for when something is tapped or drawn. */
   constructor(private readonly core: () => WebApp) {
@@ -248,7 +272,8 @@ export class MeasuringScreen {
       this.named("labelDoubtSpo2", make("p.doubt")),
     );
     new MutationObserver(() => {
-      this.readOut.textContent = [...doubts.children].map((each) => each.textContent).join(" ");
+      this.doubted = [...doubts.children].map((each) => each.textContent).join(" ");
+      this.sayResult();
     }).observe(doubts, { subtree: true, childList: true });
     const last = this.named(
       "viewLastMeasurements",
@@ -296,6 +321,10 @@ export class MeasuringScreen {
     const bar = make("div.wait-bar", {}, make("i"));
     const turns = make("div.wait-hints", {}, ...hints.map((hint) => make("p", {}, hint)));
     return make("div.wait", { "aria-hidden": "true" }, picture, bar, turns);
+  }
+
+  private sayResult(): void {
+    this.readOut.textContent = `${this.result} ${this.doubted}`.trim();
   }
 
   private lines(): HTMLElement {

@@ -29,6 +29,12 @@ export interface DisplayViews {
   setNeedsDisplay(element: string): void;
 }
 
+export interface EndingViews {
+  measurementBegan(): void;
+  /** Failed: in a way that the user did not want; empty where it was the user's own. */
+  measurementEnded(end: "finished" | "failed" | ""): void;
+}
+
 export interface AlertField {
   readonly placeholder: string;
   readonly text: string;
@@ -247,6 +253,7 @@ export interface Page {
   readonly screens: ScreenViews;
   readonly alerts: AlertViews;
   readonly measuring: DisplayViews;
+  readonly ending: EndingViews;
   readonly intro: DisplayViews;
   readonly actionSheet: { present(sheet: SheetShown): void; dismiss(): void };
   readonly sharing: SharingViews;
