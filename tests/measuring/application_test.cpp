@@ -89,14 +89,16 @@ class HKUtilsTest : public testing::Test {
 };
 
 TEST_F(HKUtilsTest, ValuesAreRoundedHalfAwayFromZeroBeforeTheyBecomeSamples) {
+  platform_.date.tick = 1;
   HKUtils().writeHeartrateWithValue(72.5);
   complete(true);
   HKUtils().writeSpo2WithValue(96.5);
   complete(false);
-  const Date now = TestPlatform::start;
-  EXPECT_THAT(platform_.health.samples,
-              ElementsAre(HealthSample{HealthSampleType::heartRate, 73, "count/min", now, now},
-                          HealthSample{HealthSampleType::oxygenSaturation, 0.97, "%", now, now}));
+  const auto now = [](double later) { return Date{TestPlatform::start.secondsSince1970 + later}; };
+  EXPECT_THAT(
+      platform_.health.samples,
+      ElementsAre(HealthSample{HealthSampleType::heartRate, 73, "count/min", now(1), now(2)},
+                  HealthSample{HealthSampleType::oxygenSaturation, 0.97, "%", now(3), now(4)}));
   EXPECT_THAT(platform_.log.lines, ElementsAre("success....", "error...."));
 }
 

@@ -11,6 +11,7 @@
 #include "platform/health_store.h"
 #include "platform/linux/icu_text.h"
 #include "platform/linux/memory_key_value_store.h"
+#include "platform/linux/queue_clock.h"
 #include "platform/main_queue.h"
 #include "platform/portable/kiss_real_fft.h"
 #include "platform/resources.h"
@@ -135,6 +136,20 @@ class ScriptedDeviceInfo : public DeviceInfo {
   std::string systemVersion() const override { return "10.3.1"; }
   std::string bundleVersion() const override { return version; }
   std::string bundleShortVersion() const override { return shortVersion; }
+};
+
+/// The queue's time. With a tick, as a real clock, it goes on from each look at it to the next.
+class TickingClock : public QueueClock {
+ public:
+  using QueueClock::QueueClock;
+
+  /// Seconds.
+  double tick = 0;
+
+  Date now() const override { return {QueueClock::now().secondsSince1970 + (passed_ += tick)}; }
+
+ private:
+  mutable double passed_ = 0;
 };
 
 }  // namespace veyla

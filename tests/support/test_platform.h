@@ -3,7 +3,6 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/queue_clock.h"
 #include "platform/linux/timed_queue.h"
 #include "platform/portable/json.h"
 #include "platform/services_of.h"
@@ -31,7 +30,7 @@ class TestPlatform {
   Journal journal;
   RecorderLog log;
   TimedQueue time;
-  QueueClock date{start, time};
+  TickingClock date{start, time};
   ScriptedCamera camera{journal};
   ScriptedFft fft;
   MemoryStore store{journal};
