@@ -44,15 +44,16 @@ ExitStatus backUp(const HistoryOptions& options) {
   return ExitStatus::done;
 }
 
-/// Throws `InputError` for what is no backup.
+/// From a file, or from standard input as "-". Throws `InputError` for what is no backup.
 Backup readFrom(const std::string& path) {
-  requireInputFile(path);
-  const std::string text = readInputFile(path);
+  const bool isPiped = path == "-";
+  if (!isPiped) requireInputFile(path);
+  const std::string text = readInputFile(isPiped ? "/dev/stdin" : path);
   MemoryKeyValueStore empty;
   const HistoryPlatform platform(empty);
   std::string fault;
   auto backup = readBackup(text, fault);
-  if (!backup) throw InputError(path + ": " + fault);
+  if (!backup) throw InputError((isPiped ? "standard input" : path) + ": " + fault);
   return *std::move(backup);
 }
 

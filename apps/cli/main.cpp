@@ -306,7 +306,7 @@ void describeHistory(CLI::App& history, veyla::HistoryOptions& options,
       ->required();
   CLI::App& restore = add("restore", "add what is missing of a backup, this or a phone's",
                           veyla::runHistoryRestore);
-  addText(restore, "FILE", options.input, "", "the backup")->required();
+  addText(restore, "FILE", options.input, "", "the backup; - is standard input")->required();
 }
 
 void describeHealth(CLI::App& health, veyla::HealthOptions& options, ExitStatus& status) {

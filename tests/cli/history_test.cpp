@@ -89,6 +89,9 @@ TEST_F(HistoryTest, ABackupBringsTheHistoryToAnotherFolder) {
   EXPECT_EQ(done("history restore backup.json --data other"),
             "Restored 3 measurements; 0 were there already.\n");
   EXPECT_EQ(done("history backup -o - --data other"), contentsOf(file("backup.json")));
+  const auto piped = run("history restore - --data third",
+                         [&] { redirect(STDIN_FILENO, file("backup.json").c_str(), O_RDONLY); });
+  EXPECT_EQ(piped.out, "Restored 3 measurements; 0 were there already.\n");
   for (const char* kept : {"", "-journal", "-wal", "-shm"}) {
     expectRefused(history(std::string("backup -o data/veyla.db") + kept), 4, "what Veyla keeps");
     EXPECT_EQ(std::filesystem::exists(file(std::string("data/veyla.db") + kept)), *kept == 0);
