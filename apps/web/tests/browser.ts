@@ -26,10 +26,10 @@ export interface Visitor extends Pick<
   "colorScheme" | "reducedMotion" | "userAgent" | "viewport"
 > {
   /**
-   * The recording of a generated finger before the camera, that of 72 beats per minute unless it is told;
-   * no camera at all, or one that the user refuses.
+   * The recording of a generated finger before the camera, that of 72 beats per minute unless it is told; or
+   * a camera that the user refuses.
    */
-  readonly camera?: "72" | "absent" | "none" | "refused";
+  readonly camera?: "72" | "absent" | "refused";
   /** Broken: the camera tells of one that stays dark. */
   readonly torch?: boolean | "broken";
   /** Somebody who has been here before, unless it is told. */
@@ -305,10 +305,11 @@ function launch(camera: NonNullable<Visitor["camera"]>): Promise<Browser> {
     "--ignore-certificate-errors",
     "--host-resolver-rules=MAP veyla.test 127.0.0.1",
   ];
-  if (camera !== "refused") args.push("--use-fake-ui-for-media-stream");
-  if (camera !== "none") args.push("--use-fake-device-for-media-stream");
-  if (!["none", "refused"].includes(camera))
+  args.push("--use-fake-device-for-media-stream");
+  if (camera !== "refused") {
+    args.push("--use-fake-ui-for-media-stream");
     args.push(`--use-file-for-fake-video-capture=${build}web-recordings/${camera}.y4m`);
+  }
   const executablePath = process.env["CHROMIUM"] ?? "/usr/bin/chromium";
   return chromium.launch({ executablePath, args });
 }
