@@ -102,8 +102,16 @@ async function openWebKit(look: Visitor, atEnd: End): Promise<Window> {
       child.kill();
       await once(child, "exit");
     }
-    // Its processes may still write for a moment.
-    rmSync(home, { recursive: true, force: true, maxRetries: 20, retryDelay: 100 });
+    // Its processes may still write for a moment, into folders that are being removed.
+    for (let tries = 1; ; ++tries) {
+      try {
+        rmSync(home, { recursive: true, force: true });
+        return;
+      } catch (error) {
+        if (tries === 100) throw error;
+        await new Promise((resolve) => setTimeout(resolve, 100));
+      }
+    }
   });
   const server = run(
     "Xvfb",
@@ -119,6 +127,7 @@ async function openWebKit(look: Visitor, atEnd: End): Promise<Window> {
     XDG_CONFIG_HOME: home,
     XDG_DATA_HOME: home,
     XDG_CACHE_HOME: home,
+    MESA_SHADER_CACHE_DISABLE: "true",
     GTK_THEME: look.night ? "Adwaita:dark" : "Adwaita",
   });
   const send = async (method: string, path: string, body?: object): Promise<unknown> => {
