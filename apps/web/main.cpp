@@ -66,11 +66,11 @@ EMSCRIPTEN_BINDINGS(application) {
       .function("page", optional_override(
                             [](WebApp&, const std::string& name) { return Utils::page(name); }))
       .function("captions", optional_override([](WebApp&) { return MeasuringScreen::captions; }))
-      .function("faqs", optional_override([](WebApp&) { return Utils::faqs(); }))
-          VEYLA_METHODS(WebApp, launch, enterBackground, enterForeground, terminate, settle,
-                        frameBuffer, takeFrame, torchRefused, cameraLost, draw, charts, results,
-                        options, chooseSheetAction, rateMyApp, isHealthRecordAllowed,
-                        allowHealthRecord, rawStoredText, setStoredTextAside, backUp, restore);
+      .function("faqs", optional_override([](WebApp&) { return Utils::faqs(); })) VEYLA_METHODS(
+          WebApp, launch, enterBackground, enterForeground, terminate, settle, frameBuffer,
+          takeFrame, torchRefused, cameraLost, draw, charts, results, options, chooseSheetAction,
+          rateMyApp, isHealthRecordAllowed, allowHealthRecord, rawStoredText, setStoredTextAside,
+          backUp, restore, offersHomeScreen, answerHomeScreen);
 }
 
 EMSCRIPTEN_BINDINGS(screens) {

@@ -24,6 +24,8 @@ const EmbeddedResources resources;
 constexpr std::array<HealthSampleType, 2> healthSampleTypes{HealthSampleType::heartRate,
                                                             HealthSampleType::oxygenSaturation};
 
+constexpr const char* homeScreenAnswered = "homeScreenAnswered";
+
 MainViewController& screen() { return MainViewController::instance(); }
 
 }  // namespace
@@ -135,6 +137,16 @@ std::unique_ptr<PageOptionsScreen> WebApp::options(val views) {
 void WebApp::rateMyApp() {
   OptionsView noViews;
   TableViewController(noViews, {}).rateMyApp();
+}
+
+bool WebApp::offersHomeScreen() {
+  const auto values = Utils::getValues();
+  return values && values->size() >= 2 && !store_.value(homeScreenAnswered);
+}
+
+void WebApp::answerHomeScreen() {
+  store_.setValue(homeScreenAnswered, true);
+  store_.synchronize();
 }
 
 PageBackup WebApp::backUp() {

@@ -100,6 +100,10 @@ class WebApp {
   /// Adds what is missing of such a text, and says in a line what came of it.
   std::string restore(const std::string& text);
   void setStoredTextAside(const std::string& key) { store_.setAside(key, loop_.now()); }
+  /// Whether the page offers its place on the home screen: from the second measurement on, until
+  /// the user has answered.
+  bool offersHomeScreen();
+  void answerHomeScreen();
 
  private:
   emscripten::val page_;

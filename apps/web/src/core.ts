@@ -191,6 +191,8 @@ export interface WebApp {
   backUp(): { readonly text: string; readonly note: string };
   restore(text: string): string;
   setStoredTextAside(key: string): void;
+  offersHomeScreen(): boolean;
+  answerHomeScreen(): void;
 }
 
 interface CoreModule {

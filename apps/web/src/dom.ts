@@ -82,6 +82,14 @@ export function textButton(
   return button;
 }
 
+/** Of iPhones and iPads; these say that they are Macintoshes, which have no touch screen. */
+export function isIos(): boolean {
+  const { userAgent, maxTouchPoints } = window.navigator;
+  return (
+    /iPhone|iPad|iPod/.test(userAgent) || (userAgent.includes("Macintosh") && maxTouchPoints > 1)
+  );
+}
+
 /** Whether motion is to be avoided, because it makes the user ill. */
 export const calmer = window.matchMedia("(prefers-reduced-motion: reduce)");
 

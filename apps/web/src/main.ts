@@ -19,6 +19,7 @@ import { setAppearance, setNavigationBarTint } from "./appearance";
 import { defineComponents } from "./components";
 import { loadCore, type WebApp } from "./core";
 import { askForHealthRecords } from "./health_sheet";
+import { awaitInstallQuestion } from "./home_card";
 import { IntroScreen } from "./intro";
 import { MailComposer } from "./mail_composer";
 import { MeasuringScreen } from "./measuring";
@@ -43,6 +44,7 @@ import { FrameTimes } from "./timing";
 const query = new URLSearchParams(window.location.search);
 
 async function start(): Promise<void> {
+  awaitInstallQuestion();
   defineComponents();
   const holder: { app?: WebApp } = {};
   const core = (): WebApp => {

@@ -1,6 +1,6 @@
 // Tells what the browser keeps from working, and what to do about it.
 import type { WebApp } from "./core";
-import { make, sheetCard, showModal } from "./dom";
+import { isIos, make, sheetCard, showModal } from "./dom";
 import { saveAsFile } from "./files";
 
 interface Action {
@@ -120,10 +120,7 @@ export function showInsecureAddress(): void {
 
 /** Where to allow the camera after all; undefined on iOS, whose Settings App the core's alert names. */
 export function cameraPermissionPlace(): string | undefined {
-  const { userAgent, maxTouchPoints } = window.navigator;
-  // An iPad says that it is a Macintosh, which has no touch screen.
-  const isTouchedMac = userAgent.includes("Macintosh") && maxTouchPoints > 1;
-  if (/iPhone|iPad|iPod/.test(userAgent) || isTouchedMac) return undefined;
+  if (isIos()) return undefined;
   const isInstalled = window.matchMedia("(display-mode: standalone)").matches;
   return (
     (isInstalled ? "For this app: open its page in the browser, tap " : "In this browser: tap ") +

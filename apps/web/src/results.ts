@@ -20,6 +20,7 @@ import {
   type WebApp,
 } from "./core";
 import { calmer, iconButton, make, makeCustom, textButton } from "./dom";
+import { homeCard } from "./home_card";
 import type { ResultsViews } from "./page";
 
 /** Rows that are made at a time: a long history is made as far as somebody scrolls. */
@@ -95,7 +96,8 @@ export class ResultsScreen implements ResultsViews {
     );
     this.toolbar.inert = true;
 
-    this.content.append(make("div", {}, this.empty, this.list, this.more));
+    const card = homeCard(app);
+    this.content.append(make("div", {}, ...(card ? [card] : []), this.empty, this.list, this.more));
     this.header = makeCustom(
       "ion-header",
       {},

@@ -4,7 +4,7 @@ import { readFileSync } from "node:fs";
 import { expect, it } from "vitest";
 
 import { LocalStorage } from "../../../platform/web/storage";
-import { acquainted, visitPage } from "./browser";
+import { acquainted, storedHistory, type Visit, visitPage } from "./browser";
 
 it("a full store tells what was not saved and loses nothing", async () => {
   const stored = { ...acquainted, "veyla/email": '"a@b.de"' };
@@ -131,4 +131,36 @@ it("a second window takes over when it is told to, and the first one rests until
   await first.button("START").waitFor();
   await second.reload();
   await second.getByText("Open in another window").waitFor();
+});
+
+it("offers the home screen from the second measurement on, until that is answered", async () => {
+  const entries = [1, 2].map((hour) => ({
+    hr: 60 + hour,
+    spo2: 97,
+    date: 1_700_000_000 + 3600 * hour,
+  }));
+  const opened = async (count: number, userAgent: string): Promise<Visit> => {
+    const visit = await visitPage({ stored: storedHistory(entries.slice(0, count)), userAgent });
+    await visit.open("results");
+    return visit;
+  };
+  const offer = "Veyla on your home screen";
+  const android = "Mozilla/5.0 (Linux; Android 14)";
+  expect(await (await opened(1, android)).heading(offer).count()).toBe(0);
+  for (const [userAgent, way] of [
+    [android, "Open the browser's menu"],
+    ["Mozilla/5.0 (iPhone; CPU iPhone OS 17_5 like Mac OS X)", "Tap the browser's Share symbol"],
+  ] as const) {
+    const visit = await opened(2, userAgent);
+    await visit.heading(offer).waitFor();
+    await visit.page.getByText("This browser may erase what you measure").waitFor();
+    await visit.page.getByText(way).waitFor();
+    await visit.inspect("home-card");
+    await visit.tap("Not now");
+    expect(await visit.heading(offer).count()).toBe(0);
+    await visit.page.reload();
+    await visit.button("START").waitFor();
+    await visit.open("results");
+    expect(await visit.heading(offer).count()).toBe(0);
+  }
 });
