@@ -8,8 +8,8 @@ export default defineConfig({
     // A measurement takes its time: half a minute, and a browser's start.
     testTimeout: 120_000,
     hookTimeout: 60_000,
-    // Most of a test is waiting: two browsers find the time beside each other.
-    maxWorkers: 2,
+    // Most of a test is waiting: three browsers find the time beside each other.
+    maxWorkers: 3,
     minWorkers: 1,
     reporters: ["default", "junit"],
     outputFile: { junit: "../../build/web-tests.xml" },
