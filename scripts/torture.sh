@@ -126,7 +126,7 @@ kill_at_random() { # rounds, programs at once
 # At every call that writes: killed there, or refused by the system. Each time the history and the outputs
 # of earlier runs are the same before, and the command does what it did when it ran undisturbed.
 writing=write,pwrite64,fsync,fdatasync,ftruncate,unlink,rename,renameat2,linkat,mkdir,mkdirat,chmod,fchown,openat
-errors=(ENOSPC EIO EDQUOT EROFS EMFILE EINTR)
+errors=(ENOSPC EIO EDQUOT EROFS EACCES EMFILE EINTR)
 reading=read,pread64
 changes=("measure finger.csv" "history label 1 Working" "history delete 2" "health deny spo2"
   "history restore backup.json")
@@ -282,7 +282,7 @@ fill_disk() {
   rm -rf "$data"
   mkdir "$data"
   mount -t tmpfs -o size=64k none "$data" || return
-  ((scale > 0)) || head -c 20K /dev/zero >"$data/ballast"
+  head -c 20K /dev/zero >"$data/ballast"
   saved=0
   for ((round = 0; round < 200; ++round)); do
     veyla measure finger.csv >told 2>error || break

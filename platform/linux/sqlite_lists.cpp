@@ -1,6 +1,7 @@
 #include "platform/linux/sqlite_lists.h"
 
 #include <algorithm>
+#include <array>
 
 #include "platform/portable/json.h"
 
@@ -20,10 +21,11 @@ constexpr std::string_view separator = jsonElementSeparator;
 bool isNumber(std::int64_t number) { return number > 0 && number < largestNumber; }
 
 template <class Parts>
-bool areInOrder(const Parts& parts) {
+bool areRows(const Parts& parts) {
   std::int64_t last = 0;
   return std::all_of(parts.begin(), parts.end(), [&](const auto& part) {
-    return isNumber(part.number) && part.number > std::exchange(last, part.number);
+    return isNumber(part.number) && part.number > std::exchange(last, part.number) &&
+           !part.value.empty();
   });
 }
 
@@ -50,14 +52,14 @@ std::vector<std::string_view> cut(std::string_view lines) {
 
 /// Takes the row away from the lines' start, or their end, where it stands there.
 bool takesFirst(std::string_view& lines, std::string_view part) {
-  if (part.empty() || !lines.starts_with(part)) return false;
+  if (!lines.starts_with(part)) return false;
   const std::string_view rest = lines.substr(part.size());
   if (!rest.empty() && !rest.starts_with(separator)) return false;
   lines = rest.substr(std::min(separator.size(), rest.size()));
   return true;
 }
 bool takesLast(std::string_view& lines, std::string_view part) {
-  if (part.empty() || !lines.ends_with(part)) return false;
+  if (!lines.ends_with(part)) return false;
   const std::string_view rest = lines.substr(0, lines.size() - part.size());
   if (!rest.empty() && !rest.ends_with(separator)) return false;
   lines = rest.substr(0, rest.size() - std::min(separator.size(), rest.size()));
@@ -73,7 +75,7 @@ bool SqliteLists::has(std::string_view key) const {
 
 std::string SqliteLists::read(std::string_view key) const {
   const std::vector<Part> parts = partsOf(key);
-  if (!areInOrder(parts)) throw wronglyNumbered(key);
+  if (!areRows(parts)) throw foreignRows(key);
   std::string json;
   for (const Part& part : parts) json.append(json.empty() ? "[" : separator).append(part.value);
   return json.empty() ? "[]" : json + "]";
@@ -81,7 +83,7 @@ std::string SqliteLists::read(std::string_view key) const {
 
 void SqliteLists::write(std::string_view key, std::string_view json) {
   std::vector<Part> old = partsOf(key);
-  if (!areInOrder(old)) {
+  if (!areRows(old)) {
     remove(key);
     old.clear();
   }
@@ -124,7 +126,7 @@ void SqliteLists::append(std::string_view key, std::string_view json) {
       file_, "SELECT number, value FROM parts WHERE key = ?1 ORDER BY number DESC LIMIT 1");
   if (look.bind(1, key).step()) {
     const std::int64_t last = look.number(0);
-    if (!isNumber(last)) throw wronglyNumbered(key);
+    if (!areRows(std::array{Part{last, std::string(look.text(1))}})) throw foreignRows(key);
     const std::string lines = std::string(look.text(1)).append(separator).append(part.value);
     const bool fits = lines.size() <= fullPart;
     part = fits ? Part{last, lines} : Part{last + numberStep, part.value};
@@ -154,8 +156,9 @@ std::vector<SqliteLists::Part> SqliteLists::partsOf(std::string_view key) const 
   return parts;
 }
 
-StoreError SqliteLists::wronglyNumbered(std::string_view key) const {
-  return file_.damaged("the rows of \"" + std::string(key) + "\" are not numbered in order");
+StoreError SqliteLists::foreignRows(std::string_view key) const {
+  return file_.damaged("the rows of \"" + std::string(key) +
+                       "\" are empty or not numbered in order");
 }
 
 void SqliteLists::writePart(std::string_view key, const Part& part) {

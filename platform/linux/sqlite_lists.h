@@ -16,8 +16,8 @@ namespace veyla {
 /// page, in the order of `number`. Appending writes one row, and changing an element few, however
 /// long the list is; a row an element would cost more of the disk, and more time at each reading.
 ///
-/// Every operation throws a `StoreError` for what SQLite refuses, and for rows that are not
-/// numbered as rows are.
+/// Every operation throws a `StoreError` for what SQLite refuses, and for rows that are
+/// empty or not numbered as rows are.
 class SqliteLists {
  public:
   static constexpr std::string_view createTable =
@@ -35,7 +35,7 @@ class SqliteLists {
   // What is written belongs to the transaction under way.
 
   /// `json` is an array as `writeJson` writes it. Rows that stay the same are not written; rows
-  /// that are numbered wrongly are replaced.
+  /// that it would not write are replaced.
   void write(std::string_view key, std::string_view json);
   /// The same of an array with what is new.
   void append(std::string_view key, std::string_view json);
@@ -52,7 +52,7 @@ class SqliteLists {
   };
 
   std::vector<Part> partsOf(std::string_view key) const;
-  StoreError wronglyNumbered(std::string_view key) const;
+  StoreError foreignRows(std::string_view key) const;
   void writePart(std::string_view key, const Part& part);
   void removePart(std::string_view key, std::int64_t number);
 

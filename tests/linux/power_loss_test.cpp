@@ -2,12 +2,16 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <random>
 #include <vector>
 
+#include "apps/cli/backup_command.h"
+#include "apps/cli/demo_history_command.h"
+#include "apps/cli/history_command.h"
+#include "apps/cli/measure_command.h"
 #include "platform/linux/sqlite_key_value_store.h"
-#include "tests/linux/first_store.h"
 #include "tests/linux/scratch.h"
 
 namespace veyla {
@@ -175,86 +179,132 @@ sqlite3_io_methods Disk::makeMethods() {
 }
 const sqlite3_io_methods Disk::methods = makeMethods();
 
-using Histories = std::vector<Value::Array>;
-
-/// Makes one history of another, with how long it is, by a program of its own, as by a command.
-void keep(const std::filesystem::path& folder, const Value::Array& before,
-          const Value::Array& history) {
-  SqliteKeyValueStore store(folder);
-  ASSERT_TRUE(store.exclusively([&] {
-    if (history.size() == before.size() + 1) {
-      store.append("values", history.back());
-    } else {
-      store.setValue("values", history);
+/// What was measured, as SQLite itself reads it. How often the program was used is counted by
+/// itself, so that no measurement hangs on it.
+std::string contents(SqliteFile& file) {
+  std::string contents;
+  SqliteStatement tables(file, "SELECT name FROM sqlite_schema WHERE type = 'table' ORDER BY 1");
+  while (tables.step()) {
+    const std::string all =
+        "SELECT * FROM " + std::string(tables.text(0)) +
+        " WHERE key NOT LIKE 'rating%' AND key NOT LIKE '%version' ORDER BY 1, 2";
+    SqliteStatement rows(file, all.c_str());
+    while (rows.step()) {
+      for (int column : {0, 1, 2}) contents.append(rows.text(column)).append("|");
     }
-    store.setValue("count", static_cast<std::int64_t>(history.size()));
-    store.synchronize();
-  }));
-}
-
-/// A store of the first version.
-void makeFirst(const std::filesystem::path& folder, const Value::Array& history) {
-  sqlite3* database = nullptr;
-  sqlite3_open((folder / SqliteKeyValueStore::fileName).c_str(), &database);
-  const std::string sql = firstVersionOf(history) +
-                          "; INSERT INTO entries VALUES ('count', 'integer', '" +
-                          std::to_string(history.size()) + "')";
-  ASSERT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
-  sqlite3_close(database);
-}
-
-/// Lets the power go at every moment on the way from each history to the next. How often it went.
-std::size_t losePower(Disk& disk, const std::filesystem::path& folder, const Histories& states) {
-  struct Moment {
-    Files files;
-    std::size_t told;
-  };
-  std::vector<Moment> moments;
-  std::size_t told = 0;
-  disk.happens = [&] { moments.push_back({disk.files, told}); };
-  while (told + 1 < states.size()) {
-    keep(folder, states[told], states[told + 1]);
-    ++told;
   }
-  disk.happens();
-  disk.happens = [] {};
-
-  constexpr std::size_t variants = 12;
-  std::mt19937 random(20);
-  for (std::size_t i = 0; i < moments.size() * variants; ++i) {
-    const Moment& moment = moments[i / variants];
-    disk.files = afterPowerLoss(moment.files, random);
-    SqliteKeyValueStore store(folder);
-    const Value kept = store.value("values").value_or(Value::Array{});
-    const auto count = static_cast<std::size_t>(store.value("count").value_or(0).int64Value());
-    const auto next = std::min(moment.told + 1, states.size() - 1);
-    EXPECT_TRUE(kept == Value(states[moment.told]) || kept == Value(states[next]))
-        << kept.array()->size() << " entries at moment " << i / variants << " of " << moments.size()
-        << " after " << moment.told << " changes";
-    EXPECT_EQ(count, kept.array()->size()) << "half a change";
-    if (testing::Test::HasFailure()) break;
-  }
-  return moments.size() * variants;
+  return contents;
 }
 
-TEST(PowerLossTest, LosesNothingThatWasToldToBeSavedAndLeavesNothingHalf) {
-  const ScratchFolder folder;
-  Disk disk;
-  const std::string entry(150, 'm');
-  const auto measured = losePower(disk, folder.path(), {{}, {entry}, {entry, entry}});
+class PowerLossTest : public testing::Test {
+ protected:
+  using Command = std::function<ExitStatus()>;
 
-  // A first version's is measured with, which makes it one of today's; restored, labelled, deleted
-  // from, measured with.
-  Histories states{Value::Array(60, entry), Value::Array(61, entry), Value::Array(200, entry)};
-  states.push_back(states.back());
-  states.back()[100] = "labelled";
-  states.push_back(Value::Array(50, entry));
-  states.push_back(Value::Array(51, entry));
-  disk.files.clear();
-  makeFirst(folder.path(), states.front());
-  const auto changed = losePower(disk, folder.path(), states);
-  EXPECT_GT(measured, 500U);
-  EXPECT_GT(changed, 1500U);
+  PowerLossTest() {
+    // An empty file would pass for a store that nobody has written yet.
+    writeFile(store_, "what it holds is on the disk in memory");
+  }
+
+  static void run(const Command& command) {
+    testing::internal::CaptureStdout();
+    const ExitStatus status = command();
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(status, ExitStatus::done);
+  }
+
+  std::string contentsOnDisk() const {
+    SqliteFile file(store_, SqliteFile::Use::readAndWrite, std::chrono::seconds{1});
+    return contents(file);
+  }
+
+  HistoryOptions history() const {
+    HistoryOptions options;
+    options.dataFolder = folder_.path().string();
+    return options;
+  }
+  ExitStatus measure() const {
+    MeasureOptions options;
+    options.dataFolder = folder_.path().string();
+    return runMeasure(options);
+  }
+  /// The history in one row, as the first version had it.
+  void turnIntoFirstVersion() const {
+    SqliteFile file(store_, SqliteFile::Use::readAndWrite, std::chrono::seconds{1});
+    for (const char* sql :
+         {"PRAGMA synchronous = EXTRA", "BEGIN",
+          "UPDATE entries SET type = 'array', value = (SELECT '[' || group_concat(value, ',' || "
+          "char(10)) || ']' FROM parts) WHERE key = 'values'",
+          "DROP TABLE parts", "PRAGMA user_version = 1", "COMMIT"}) {
+      file.run(sql);
+    }
+  }
+
+  /// Lets the power go at every moment of each command, and once more at every moment at which
+  /// what it left is mended. How often it went.
+  std::size_t losePower(const std::vector<Command>& commands) {
+    struct Moment {
+      Files files;
+      std::size_t done;
+    };
+    std::vector<Moment> moments;
+    std::vector<std::string> states{contentsOnDisk()};
+    for (const Command& command : commands) {
+      disk_.happens = [&] { moments.push_back({disk_.files, states.size() - 1}); };
+      run(command);
+      disk_.happens = [] {};
+      states.push_back(contentsOnDisk());
+      EXPECT_NE(states.back(), states[states.size() - 2]);
+    }
+    moments.push_back({disk_.files, commands.size()});
+
+    constexpr std::size_t variants = 6;
+    std::mt19937 random(20);
+    std::size_t losses = 0;
+    const auto look = [&](const Moment& moment, const char* when) {
+      ++losses;
+      disk_.files = afterPowerLoss(moment.files, random);
+      const std::string kept = contentsOnDisk();
+      const std::string& next = states[std::min(moment.done + 1, commands.size())];
+      EXPECT_TRUE(kept == states[moment.done] || kept == next)
+          << when << ", after " << moment.done << " commands: " << kept;
+    };
+    for (std::size_t i = 0; i < moments.size() * variants && !HasFailure(); ++i) {
+      std::vector<Moment> mending;
+      disk_.happens = [&] { mending.push_back({disk_.files, moments[i / variants].done}); };
+      look(moments[i / variants], "lost within");
+      disk_.happens = [] {};
+      for (const Moment& moment : mending) look(moment, "lost once more while it was mended");
+    }
+    return losses;
+  }
+
+  const ScratchFolder folder_;
+  const std::string store_ = folder_.file(std::string(SqliteKeyValueStore::fileName));
+  Disk disk_;
+};
+
+TEST_F(PowerLossTest, EachCommandIsDoneOrNotAndStaysDoneOnceItHasTold) {
+  const auto measured = losePower({[&] { return measure(); }, [&] { return measure(); }});
+
+  disk_.files.clear();
+  DemoHistoryOptions demo;
+  demo.dataFolder = folder_.path().string();
+  run([&] { return runDemoHistory(demo); });
+  HistoryOptions backup = history();
+  backup.output = backup.input = folder_.file("backup.json");
+  run([&] { return runHistoryBackup(backup); });
+  turnIntoFirstVersion();
+  HistoryOptions label = history();
+  label.number = 1;
+  label.label = "Working";
+  HistoryOptions some = history();
+  some.numbers = {1, 50, 51, 52, 90};
+  const auto changed =
+      losePower({[&] { return measure(); }, [&] { return runHistoryLabel(label); },
+                 [&] { return runHistoryDelete(some); }, [&] { return runHistoryRestore(backup); },
+                 [&] { return measure(); }});
+  EXPECT_GT(measured, 700U);
+  EXPECT_GT(changed, 2000U);
   RecordProperty("losses", static_cast<int>(measured + changed));
 }
 
