@@ -10,10 +10,12 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -148,6 +150,23 @@ bool synchronized(const std::string& path, int flags) {
   return done;
 }
 
+/// How long a pipe may have nobody who reads it.
+constexpr std::chrono::milliseconds patience{5000};
+
+/// Opens what is written as the text comes; less than 0 where that fails. To open a pipe without a
+/// reader takes for ever.
+int openInPlace(const std::string& path) {
+  const auto end = std::chrono::steady_clock::now() + patience;
+  int file = -1;
+  do {
+    file = open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NONBLOCK);
+    if (file >= 0 || errno != ENXIO) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  } while (std::chrono::steady_clock::now() < end);
+  if (file >= 0) fcntl(file, F_SETFL, fcntl(file, F_GETFL) & ~O_NONBLOCK);
+  return file;
+}
+
 [[noreturn]] void refuseOutput(const std::string& path, int systemError) {
   throw OutputError(path == "-" ? fileProblem("standard output", systemError, FilePlace::stream)
                                 : fileProblem(path, systemError, FilePlace::outputFile));
@@ -244,12 +263,16 @@ void PendingFile::refuse(int systemError) const { refuseOutput(target_, systemEr
 
 OutputFile::OutputFile(const std::string& path, Readers readers) : path_(path), file_(stdout) {
   if (path == "-") return;
-  std::string opened = path;
   if (isFolder(path) || isRegularOrAbsent(path)) {
     pending_ = std::make_unique<PendingFile>(path, readers);
-    opened = pending_->path();
+    file_ = std::fopen(pending_->path().c_str(), "wbe");
+  } else {
+    const int opened = openInPlace(path);
+    if (opened < 0 && errno == ENXIO) {
+      throw OutputError(path + ": nobody reads this pipe; start what does first");
+    }
+    file_ = opened < 0 ? nullptr : fdopen(opened, "wb");
   }
-  file_ = std::fopen(opened.c_str(), "wbe");
   requireWritten(file_ != nullptr);
 }
 

@@ -59,7 +59,7 @@ class PendingFile {
 void removePendingFilesWhenInterrupted();
 
 /// A text file that appears when it is whole. "-" is standard output; that, devices and pipes are
-/// written as the text comes.
+/// written as the text comes. A pipe that nobody reads is refused after 5 seconds.
 class OutputFile {
  public:
   /// Throws `OutputError`, as the others do.

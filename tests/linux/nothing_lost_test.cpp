@@ -3,6 +3,8 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <future>
+
 #include "platform/linux/fhir_health_store.h"
 #include "platform/linux/input_file.h"
 #include "platform/linux/output_file.h"
@@ -89,6 +91,17 @@ TEST(NothingLostTest, APipeInAFilesPlaceAndALockThatStaysAreToldInsteadOfWaitedF
   EXPECT_THAT(refusal([&] { SqliteKeyValueStore store(folder); }),
               HasSubstr("veyla.db: not a regular file; move"));
 
+  const std::string pipe = (folder / "pipe").string();
+  mkfifo(pipe.c_str(), 0600);
+  auto written = std::async(std::launch::async, [&]() -> std::string {
+    try {
+      OutputFile output(pipe);
+    } catch (const OutputError& error) {
+      return error.what();
+    }
+    return "done";
+  });
+
   fs::remove(records);
   writeFile(records, "{}\n");
   const int holder = open(records.c_str(), O_RDONLY);
@@ -96,6 +109,7 @@ TEST(NothingLostTest, APipeInAFilesPlaceAndALockThatStaysAreToldInsteadOfWaitedF
   EXPECT_THAT(refusal(readRecords), HasSubstr("locked by another program; end that program"));
   close(holder);
   EXPECT_EQ(refusal(readRecords), "done");
+  EXPECT_EQ(written.get(), pipe + ": nobody reads this pipe; start what does first");
 }
 
 TEST(NothingLostTest, ARecordingIsNotBlamedForTooManyOpenFiles) {
