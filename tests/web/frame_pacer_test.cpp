@@ -31,23 +31,5 @@ TEST(FramePacer, MakesFifteenFramesASecondOfEveryRateAndTakesEachSecondOneOfAWav
   for (std::size_t i = 0; i < counts.size(); ++i) EXPECT_EQ(counts[i], i % 2 == 0 ? 1 : 0) << i;
 }
 
-TEST(FramePacer, FillsTicksWithoutAFrameForAWhileThenDropsThemAndBeginsAnewWhenTold) {
-  FramePacer pacer;
-  const auto expectDue = [&](double time, int delivered, int dropped) {
-    EXPECT_EQ(pacer.frameAt(time), (Due{.delivered = delivered, .dropped = dropped})) << time;
-  };
-  expectDue(10, 0, 0);
-  expectDue(10.2, 3, 0);
-  expectDue(10.8, 5, 4);
-  expectDue(10.85, 1, 0);
-  // A time that goes back.
-  expectDue(9, 0, 0);
-  expectDue(10.85, 0, 0);
-  expectDue(11.8, 5, 9);
-  pacer.restart();
-  expectDue(500, 0, 0);
-  expectDue(500.2, 3, 0);
-}
-
 }  // namespace
 }  // namespace veyla
