@@ -5,8 +5,8 @@ export default defineConfig({
   server: { fs: { allow: ["../.."] } },
   test: {
     include: ["tests/**/*.test.ts"],
-    // A measurement takes its time: half a minute, and a browser's start.
-    testTimeout: 120_000,
+    // A measurement takes its time, and longer beside others: where nothing goes on, a wait within it says so first.
+    testTimeout: 300_000,
     hookTimeout: 60_000,
     // Most of a test is waiting: three browsers find the time beside each other.
     maxWorkers: 3,

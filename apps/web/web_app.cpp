@@ -140,8 +140,9 @@ void WebApp::rateMyApp() {
 }
 
 bool WebApp::offersHomeScreen() {
+  if (store_.value(homeScreenAnswered)) return false;
   const auto values = Utils::getValues();
-  return values && values->size() >= 2 && !store_.value(homeScreenAnswered);
+  return values && values->size() >= 2;
 }
 
 void WebApp::answerHomeScreen() {

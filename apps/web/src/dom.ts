@@ -1,4 +1,5 @@
 // Small helpers for making elements.
+import { illustration } from "./illustrations";
 
 type Content = Node | string;
 
@@ -80,6 +81,14 @@ export function textButton(
   const button = make(description, { type: "button" }, text);
   button.addEventListener("click", tapped);
   return button;
+}
+
+/** In place of what is not there yet, with the way to it. */
+export function emptyState(text: string, measureNow: () => void): HTMLElement {
+  const picture = make("div.illustration");
+  picture.innerHTML = illustration("dummyimg2.png");
+  const button = textButton("button.measure-now", "Measure now", measureNow);
+  return make("div.empty", {}, picture, make("p", {}, text), button);
 }
 
 /** Of iPhones and iPads; these say that they are Macintoshes, which have no touch screen. */

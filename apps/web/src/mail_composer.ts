@@ -41,14 +41,18 @@ export class MailComposer {
     );
     const title = make("h2", { id: "composer-title" }, "New mail");
     title.style.color = mail.titleColor === null ? "" : adapted(mail.titleColor);
+    const ways = make("div.sheet-buttons");
     const card = sheetCard(
       title,
       fields,
       make("pre.mail-body", { tabindex: "0", "aria-label": "Text" }, bodyText(mail)),
       ...files,
+      ways,
     );
-    if (canShare(mail)) {
-      card.append(
+    // The phone's own way is the main one, where there is one.
+    const shares = canShare(mail);
+    if (shares) {
+      ways.append(
         textButton("button.primary", "Share …", () => {
           void share(mail).then(([result, reason]) => {
             // Whoever turns back may want another way.
@@ -57,8 +61,8 @@ export class MailComposer {
         }),
       );
     }
-    card.append(
-      textButton("button.primary", "Open mail app", () => {
+    ways.append(
+      textButton(shares ? "button" : "button.primary", "Open mail app", () => {
         // A mail program's address takes no files: they are saved, to be attached there.
         for (const file of mail.attachments) saveAsFile(file.fileName, file.mimeType, file.data);
         openAddress(mailAddress(mail));

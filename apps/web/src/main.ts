@@ -135,7 +135,7 @@ async function start(): Promise<void> {
   const transitions: Readonly<Record<string, () => Promise<HTMLElement>>> = {
     async results() {
       const { ResultsScreen } = await import("./results");
-      return new ResultsScreen(core()).page;
+      return new ResultsScreen(core(), measuring.takeLabelWish()).page;
     },
     async chart() {
       const { ChartsScreen } = await import("./charts");

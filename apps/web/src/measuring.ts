@@ -6,12 +6,13 @@ import {
   helpCircle,
   list,
   optionsOutline,
+  pricetagOutline,
   pulse,
   sunny,
 } from "ionicons/icons";
 
 import type { Captions, WebApp } from "./core";
-import { calmer, iconButton, make, makeCustom } from "./dom";
+import { calmer, iconButton, make, makeCustom, textButton } from "./dom";
 import { ElementViews } from "./element_views";
 import { illustration } from "./illustrations";
 import type { DisplayViews, EndingViews } from "./page";
@@ -99,6 +100,8 @@ export class MeasuringScreen {
   private readonly readOut = make("p.read-out", { role: "status" });
   private result = "";
   private doubted = "";
+  /** The user has asked to label what was just measured. */
+  private wantsLabel = false;
   private readonly begin = make("button.round.begin", { type: "button" });
   /** How a measurement ends is seen, said and felt. */
   readonly ending: EndingViews = {
@@ -229,10 +232,6 @@ export class MeasuringScreen {
         "aria-label": `Measure ${names.spoken.toLowerCase()}`,
       }),
     );
-    checkbox.addEventListener("click", () => {
-      if (names === heartrate) this.core().measuring().buttonCheckboxHeartrateTapped();
-      else this.core().measuring().buttonCheckboxSpo2Tapped();
-    });
     const value = this.named(names.value, make("span.value"));
     const dial = this.named(
       names.panel,
@@ -243,17 +242,19 @@ export class MeasuringScreen {
         make("div.ring", {}, this.named(names.ring, this.widget(names.ring)), value),
       ),
     );
-    return make(
-      "section.value-half",
-      { "aria-label": names.spoken },
-      make(
-        "div.caption-row",
-        {},
-        checkbox,
-        this.named(names.measuring, this.captioned(names.caption, make("h2.caption"))),
-      ),
-      dial,
+    // One control for fingers; others have the box itself.
+    const row = make(
+      "div.caption-row",
+      {},
+      checkbox,
+      this.named(names.measuring, this.captioned(names.caption, make("h2.caption"))),
     );
+    row.addEventListener("click", () => {
+      if (checkbox.inert) return;
+      if (names === heartrate) this.core().measuring().buttonCheckboxHeartrateTapped();
+      else this.core().measuring().buttonCheckboxSpo2Tapped();
+    });
+    return make("section.value-half", { "aria-label": names.spoken }, row, dial);
   }
 
   private center(): HTMLElement {
@@ -336,7 +337,28 @@ export class MeasuringScreen {
       this.readOut,
       this.named("labelRed", make("p.status", { role: "status" })),
       this.named("labelGrey", make("p.instruction", { "aria-live": "polite" })),
+      this.labelButton(),
     );
+  }
+
+  /** From the end of a measurement to its labels in one tap. */
+  private labelButton(): HTMLElement {
+    const icon = makeCustom("ion-icon", { "aria-hidden": "true" });
+    Object.assign(icon, { icon: pricetagOutline });
+    const button = textButton("button.label-result", "Label", () => {
+      this.wantsLabel = true;
+      this.core().measuring().swipeRight();
+    });
+    button.ariaLabel = "Label this measurement";
+    button.prepend(icon);
+    return button;
+  }
+
+  /** Whether the results that open now are to open with the labels of the newest one. */
+  takeLabelWish(): boolean {
+    const wanted = this.wantsLabel;
+    this.wantsLabel = false;
+    return wanted;
   }
 
   /** `state` is the core's name of it; empty for nothing to say. */

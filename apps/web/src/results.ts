@@ -19,7 +19,7 @@ import {
   type TableCell,
   type WebApp,
 } from "./core";
-import { calmer, iconButton, make, makeCustom, textButton } from "./dom";
+import { calmer, emptyState, iconButton, make, makeCustom, textButton } from "./dom";
 import { homeCard } from "./home_card";
 import type { ResultsViews } from "./page";
 
@@ -36,7 +36,7 @@ export class ResultsScreen implements ResultsViews {
   private readonly core: ResultsViewController;
   private readonly list = makeCustom("ion-list", { class: "results-list" });
   private readonly content = makeCustom("ion-content");
-  private readonly empty = make("p.empty", {}, "No measurements yet");
+  private readonly empty: HTMLElement;
   private readonly more = make("div.more", { "aria-hidden": "true" });
   private readonly left = textButton("button.bar-button", "", () => {
     this.core.tapLeftButton();
@@ -71,10 +71,14 @@ export class ResultsScreen implements ResultsViews {
   private editing = false;
   private chosen: number | undefined;
 
-  constructor(app: WebApp) {
+  /** `labelsNewest` opens the labels of the newest entry over it. */
+  constructor(app: WebApp, labelsNewest = false) {
     for (const define of [itemSliding, itemOptions, itemOption]) define();
     const core = app.results(this);
     this.core = core;
+    this.empty = emptyState("No measurements yet", () => {
+      core.tapLeftButton();
+    });
     this.dim.addEventListener("click", () => {
       core.touchesBegan();
     });
@@ -137,6 +141,9 @@ export class ResultsScreen implements ResultsViews {
       this.addRows();
       this.showWhetherEmpty();
     });
+    if (labelsNewest) {
+      this.page.addEventListener("ionViewDidEnter", this.chooseNewest, { once: true });
+    }
     this.page.addEventListener("ionViewWillUnload", () => {
       window.removeEventListener("resize", this.freeList);
     });
@@ -247,6 +254,12 @@ export class ResultsScreen implements ResultsViews {
     this.toolbar.inert = !shown;
   }
 
+  private readonly chooseNewest = (): void => {
+    if (this.rows.length === 0) return;
+    this.chosen = 0;
+    this.core.didSelectRow(0, listTag);
+  };
+
   private readonly freeList = (): void => {
     this.content.style.maxHeight = "";
   };
@@ -317,7 +330,11 @@ export class ResultsScreen implements ResultsViews {
     set("date", cell.dateLabel);
     set("heartrate", cell.heartrateLabel);
     set("spo2", cell.spo2Label);
-    set("labels", cell.labelNames);
+    row
+      .querySelector(".labels")
+      ?.replaceChildren(
+        ...cell.labelNames.split(", ").flatMap((name) => (name ? [make("span", {}, name)] : [])),
+      );
   }
 
   private tap(row: HTMLElement): void {
