@@ -92,6 +92,32 @@ TEST(DoubtsTest, ASaturationIsDoubtedForWhatStandsBehindMoreThanAFifthOfItsEstim
               ElementsAre(Doubt::noFinger, Doubt::noBlue, Doubt::noRedPulse));
 }
 
+TEST(DoubtsTest, EachSaysWhatItIsAboutAndSoDoesEachStateOfTheFinger) {
+  std::string told;
+  for (int i = 0; i <= static_cast<int>(Doubt::noRedPulse); ++i) {
+    const auto doubt = static_cast<Doubt>(i);
+    told.append(nameOf(doubt)).append(" | ").append(textOf(doubt)).append("\n");
+  }
+  using enum FingerState;
+  for (const FingerState state : {noFinger, tooBright, moving, weak, good}) {
+    told.append(nameOf(state)).append(" | ").append(textOf(state)).append("\n");
+  }
+  EXPECT_EQ(
+      told,
+      R"(noFinger | Unsure: no finger was seen for part of the time. Cover lens and light and measure again.
+unclearPulse | Unsure: the pulse was unclear. Hold still, press lightly and measure again.
+halfRate | Unsure: the pulse may be half as fast. Count it at the wrist for 15 seconds.
+doubleRate | Unsure: the pulse may be twice as fast. Count it at the wrist for 15 seconds.
+noBlue | Unsure: this camera sees next to no pulse in blue light, without which the oxygen value says nothing about the blood.
+noRedPulse | Unsure: the red light shows no pulse. Press more lightly and measure again.
+noFinger | Move your finger over lens and light
+tooBright | Press more lightly
+moving | Hold still
+weak | Press more lightly
+good | Finger in place
+)");
+}
+
 TEST(ShortfallTest, AMissingValueIsExplainedByTheFingerFirstThenByTheEstimates) {
   using enum FingerState;
   const std::vector<FingerSpan> well = {{good, 2, 30}};
@@ -112,12 +138,21 @@ TEST(ShortfallTest, AMissingValueIsExplainedByTheFingerFirstThenByTheEstimates) 
        "finger."},
       {{well, false, 28, some, low}, hardlyAny},
       {{restless, false, 28, some, {.low = 3}, true}, replaced(hardlyAny, "hardly any", "none")},
+      {{restless, false, 28, some, some, true}, ""},
       {{restless, false, 28, some, some, true, false, true},
        "The pulse was unclear from 4 to 14 s: hold still."},
+      {{restless, false, 28, unclear, low}, "The pulse was unclear from 4 to 14 s: hold still."},
       {{{{weak, 2, 9}, {weak, 13, 21.6}, {weak, 25, 27}, {weak, 31, 32}}, false, 28, unclear},
        "The pulse was unclear from 2 to 9 s, from 13 to 27 s, from 31 to 32 s: press more "
        "lightly."},
+      {{{{weak, 2, 9}, {moving, 9, 9.8}}, false, 28, unclear},
+       "The pulse was unclear from 2 to 10 s: hold still and press more lightly."},
+      {{{{moving, 2, 2.9}, {good, 8, 20}}, false, 28, {.accepted = 1, .none = 2}},
+       "The pulse was unclear in 2 of 3 heart-rate estimates: hold still, press lightly, warm the "
+       "finger."},
       // Nothing else helps before there is a finger.
+      {{{{noFinger, 2, 17}, {moving, 17, 32}}, false, 28, some, low, true},
+       "No finger from 2 to 17 s: cover lens and light."},
       {{{{noFinger, 2, 17}}, true, 28}, "No finger from 2 to 17 s: the picture is black."},
       {{{{tooBright, 3, 30}}, false, 28, some, low},
        "Too bright from 3 to 30 s: press more lightly."},
@@ -166,6 +201,13 @@ TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAs
   measure();
   EXPECT_THAT(judge.spo2(), Optional(ElementsAre(Doubt::unclearPulse))) << "nothing was seen yet";
   EXPECT_EQ(text(MeasuringScreen::labelDoubtHeartrate), mark) << "of the last heart rate";
+
+  rig.startMeasuring();
+  for (int i = 0; i < 30; ++i) rig.frame({255, i % 2 == 0 ? 80.0F : 82.0F, 40, 100});
+  EXPECT_EQ(rig.platform.display.view(MeasuringScreen::labelFinger).image, "tooBright");
+  EXPECT_THAT(rig.platform.log.lines, Contains("finger: tooBright"));
+  measure();
+  EXPECT_THAT(judge.spo2(), Optional(ElementsAre(Doubt::noRedPulse)));
 
   rig.startMeasuring();
   rig.frames(30, {1, 1, 1, 1});
