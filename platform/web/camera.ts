@@ -28,8 +28,7 @@ interface CameraCapabilities
   /** Some browsers list what it can be. */
   torch?: boolean | readonly boolean[];
 }
-interface CameraSettings
-  extends MediaTrackSettings, Partial<Record<ModeName, string>> {
+interface CameraSettings extends MediaTrackSettings, Partial<Record<ModeName, string>> {
   torch?: boolean;
   zoom?: number;
 }
@@ -53,17 +52,17 @@ const longestSilence = 1000;
 /** Without a frame for so long, in milliseconds, something holds them back, such as battery saving. */
 const longestWait = 2000;
 
+/** What the user has granted stays open for a measurement so long, in milliseconds; the phone shows that it is. */
+const longestKept = 60_000;
+
 /** Whether the browser hands a video's frames to pages. */
-export const givesFrames =
-  "requestVideoFrameCallback" in HTMLVideoElement.prototype;
+export const givesFrames = "requestVideoFrameCallback" in HTMLVideoElement.prototype;
 
 function nameOf(error: unknown): string {
   return error instanceof Error ? error.name : String(error);
 }
 
-function capabilitiesOf(
-  track: MediaStreamTrack | undefined,
-): CameraCapabilities {
+function capabilitiesOf(track: MediaStreamTrack | undefined): CameraCapabilities {
   // Not every browser has it.
   return track && "getCapabilities" in track ? track.getCapabilities() : {};
 }
@@ -102,19 +101,23 @@ export class TrackCamera {
   });
   private state: PermissionState | "unknown" = "prompt";
   private stream: MediaStream | undefined;
-  /** A stream that was opened to ask the user goes before another one is opened. */
+  /** Whoever opens the camera waits for the answer of a user who is being asked for it. */
   private asking: Promise<void> = Promise.resolve();
+  /**
+   * What was opened to ask the user, for the first measurement, unless the browser tells that it remembers
+   * the answer: others would ask again. Neither for ever nor behind the user's back.
+   */
+  private kept: MediaStream | undefined;
   /** Whoever wants the camera while it is being opened waits for the same stream. */
   private opening: Promise<void> | undefined;
   private wanted = false;
-  /** Whether the browser tells the state without being asked for the camera. */
-  private tellsState = false;
+  /** Where the browser tells the state without being asked for the camera. */
+  private status: PermissionStatus | undefined;
   private playing = false;
   private awaited: number | undefined;
   private waiting: ReturnType<typeof setTimeout> | undefined;
   private isStarved = false;
-  private last:
-    { readonly mediaTime: number; readonly taken: number } | undefined;
+  private last: { readonly mediaTime: number; readonly taken: number } | undefined;
   /** Of the recording so far. */
   private seconds = 0;
   private torchWanted = false;
@@ -127,6 +130,9 @@ export class TrackCamera {
     this.video.playsInline = true;
     this.video.setAttribute("aria-hidden", "true");
     document.body.append(this.video);
+    document.addEventListener("visibilitychange", () => {
+      if (document.visibilityState === "hidden") this.dropKept();
+    });
   }
 
   /** Finds out whether the camera may be used; to be awaited before anything else. */
@@ -140,13 +146,13 @@ export class TrackCamera {
       const status = await navigator.permissions.query({
         name: "camera",
       });
-      this.tellsState = true;
+      this.status = status;
       this.state = status.state;
       status.onchange = (): void => {
         this.state = status.state;
       };
     } catch {
-      this.tellsState = false;
+      this.status = undefined;
       this.state = "prompt";
     }
   }
@@ -156,9 +162,14 @@ export class TrackCamera {
   }
 
   request(pending: number): void {
-    const asking = this.firstStream();
-    this.asking = asking.then(stop);
-    void asking.then((stream) => {
+    this.asking = this.firstStream().then((stream) => {
+      this.kept = stream;
+      setTimeout(
+        () => {
+          if (stream === this.kept) this.dropKept();
+        },
+        this.status?.state === "granted" ? 0 : longestKept,
+      );
       this.listener.settle(pending, stream ? 1 : 0);
     });
   }
@@ -231,8 +242,7 @@ export class TrackCamera {
     this.video.srcObject = this.stream ?? null;
     void this.video.play().catch((error: unknown) => {
       // The session may have stopped before the first frame.
-      if (this.playing)
-        this.listener.log(`the camera's video does not play: ${nameOf(error)}`);
+      if (this.playing) this.listener.log(`the camera's video does not play: ${nameOf(error)}`);
     });
     this.awaitFrame();
   }
@@ -241,8 +251,7 @@ export class TrackCamera {
     this.playing = false;
     this.video.pause();
     // A callback left behind would fire with the next run's first frame.
-    if (this.awaited !== undefined)
-      this.video.cancelVideoFrameCallback(this.awaited);
+    if (this.awaited !== undefined) this.video.cancelVideoFrameCallback(this.awaited);
     this.awaited = undefined;
     clearTimeout(this.waiting);
     this.tellStarved(false);
@@ -253,9 +262,7 @@ export class TrackCamera {
   }
 
   /** Asks the track that is open now, after all that was asked before. */
-  private ask(
-    question: (track: MediaStreamTrack) => Promise<void>,
-  ): Promise<void> {
+  private ask(question: (track: MediaStreamTrack) => Promise<void>): Promise<void> {
     const track = this.track();
     if (track) this.asked = this.asked.then(() => question(track));
     return this.asked;
@@ -269,8 +276,7 @@ export class TrackCamera {
     const lit = this.torchWanted;
     if (isLit(track) !== lit) await this.constrain(track, { torch: lit });
     // A track that was closed meanwhile needs no light.
-    if (lit && !isLit(track) && track === this.track())
-      this.listener.torchRefused();
+    if (lit && !isLit(track) && track === this.track()) this.listener.torchRefused();
   }
 
   private async constrain(
@@ -282,16 +288,11 @@ export class TrackCamera {
       await track.applyConstraints({ advanced: [set] });
       const { width, height, frameRate } = track.getSettings();
       const kept =
-        width === before.width &&
-        height === before.height &&
-        frameRate === before.frameRate;
+        width === before.width && height === before.height && frameRate === before.frameRate;
       // Not beside it from the start: some browsers refuse to mix the two kinds.
-      if (!kept)
-        await track.applyConstraints({ ...lowPreset, advanced: [set] });
+      if (!kept) await track.applyConstraints({ ...lowPreset, advanced: [set] });
     } catch (error) {
-      this.listener.log(
-        `the camera refuses ${JSON.stringify(set)}: ${nameOf(error)}`,
-      );
+      this.listener.log(`the camera refuses ${JSON.stringify(set)}: ${nameOf(error)}`);
     }
   }
 
@@ -311,9 +312,7 @@ export class TrackCamera {
     });
   }
 
-  private async openStream(
-    video: MediaTrackConstraints,
-  ): Promise<MediaStream | undefined> {
+  private async openStream(video: MediaTrackConstraints): Promise<MediaStream | undefined> {
     if (!("mediaDevices" in navigator) || !givesFrames) return undefined;
     try {
       const stream = await navigator.mediaDevices.getUserMedia({
@@ -327,7 +326,7 @@ export class TrackCamera {
       if (nameOf(error) === "NotAllowedError") {
         await this.prepare();
         // A browser that does not tell has answered now.
-        if (!this.tellsState) this.state = "denied";
+        if (!this.status) this.state = "denied";
       } else if (nameOf(error) !== "SecurityError") {
         // It may be used, but there is none, or another program has it.
         this.state = "granted";
@@ -347,7 +346,10 @@ export class TrackCamera {
     }
   }
 
-  private firstStream(): Promise<MediaStream | undefined> {
+  private async firstStream(): Promise<MediaStream | undefined> {
+    const { kept } = this;
+    this.kept = undefined;
+    if (kept?.active) return kept;
     return this.openStream({
       ...lowPreset,
       facingMode: { ideal: "environment" },
@@ -359,12 +361,10 @@ export class TrackCamera {
     const first = await this.firstStream();
     const track = first?.getVideoTracks().at(0);
     if (!first || !track || hasTorch(track)) return first;
-    const devices = await navigator.mediaDevices
-      .enumerateDevices()
-      .catch((error: unknown) => {
-        this.listener.log(`the cameras are not told: ${nameOf(error)}`);
-        return [];
-      });
+    const devices = await navigator.mediaDevices.enumerateDevices().catch((error: unknown) => {
+      this.listener.log(`the cameras are not told: ${nameOf(error)}`);
+      return [];
+    });
     const others = devices.filter(
       (device) =>
         device.kind === "videoinput" &&
@@ -381,6 +381,11 @@ export class TrackCamera {
       stop(other);
     }
     return track.readyState === "live" ? first : this.firstStream();
+  }
+
+  private dropKept(): void {
+    stop(this.kept);
+    this.kept = undefined;
   }
 
   private tellStarved(isStarved: boolean): void {
@@ -408,9 +413,7 @@ export class TrackCamera {
     if (this.last) {
       // Where a live video's own time stands still, the moments of the exposures or showings tell.
       const step =
-        mediaTime > this.last.mediaTime
-          ? mediaTime - this.last.mediaTime
-          : taken - this.last.taken;
+        mediaTime > this.last.mediaTime ? mediaTime - this.last.mediaTime : taken - this.last.taken;
       this.seconds += Math.max(0, step);
     }
     this.last = { mediaTime, taken };

@@ -46,9 +46,16 @@ export class ScreenWaker {
     if (!this.wanted || document.visibilityState !== "visible" || !("wakeLock" in navigator))
       return;
     try {
-      this.lock = await navigator.wakeLock.request("screen");
+      this.keep(await navigator.wakeLock.request("screen"));
     } catch {
       // Refused where the battery is low; the screen then dims as it does.
     }
+  }
+
+  /** Answered after it was given up, or beside another answer: each one that is kept has to be let go. */
+  private keep(lock: WakeLockSentinel): void {
+    const unneeded = this.wanted ? this.lock : lock;
+    if (this.wanted) this.lock = lock;
+    void unneeded?.release();
   }
 }

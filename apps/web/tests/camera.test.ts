@@ -70,14 +70,24 @@ beforeEach(async () => {
   };
   devices.getUserMedia.mockResolvedValue(streamOf(track));
   devices.enumerateDevices.mockRejectedValue(new TypeError("not told"));
-  vi.stubGlobal("document", { createElement: vi.fn(() => video), body: { append: vi.fn() } });
+  vi.stubGlobal("document", {
+    createElement: vi.fn(() => video),
+    body: { append: vi.fn() },
+    addEventListener: vi.fn(),
+  });
   vi.stubGlobal("HTMLVideoElement", { prototype: video });
   vi.stubGlobal("navigator", { mediaDevices: devices });
   camera = new (await import("../../../platform/web/camera")).TrackCamera(listener);
 });
 
 function streamOf(only: LiteralTrack): object {
-  return { getVideoTracks: vi.fn(() => [only]), getTracks: vi.fn(() => [only]) };
+  return {
+    getVideoTracks: vi.fn(() => [only]),
+    getTracks: vi.fn(() => [only]),
+    get active(): boolean {
+      return only.readyState === "live";
+    },
+  };
 }
 
 function open(): Promise<void> {
@@ -101,6 +111,35 @@ it("is opened once for all who want it, and closed with the last", async () => {
   camera.close();
   await opened;
   expect([camera.isOpen(), track.readyState]).toEqual([false, "ended"]);
+});
+
+it.each([
+  { remembers: false, asks: 1 },
+  { remembers: true, asks: 2 },
+])("serves with what the user has granted, asking once: %o", async ({ remembers, asks }) => {
+  const status = { state: "prompt" };
+  const permissions = { query: vi.fn(() => status) };
+  vi.stubGlobal("navigator", { mediaDevices: devices, permissions });
+  await camera.prepare();
+  vi.useFakeTimers();
+  const ask = async (): Promise<void> => {
+    camera.request(0);
+    if (remembers) status.state = "granted";
+    await vi.advanceTimersByTimeAsync(50_000);
+  };
+  await ask();
+  expect(track.readyState).toBe(remembers ? "ended" : "live");
+  await open();
+  expect(devices.getUserMedia).toHaveBeenCalledTimes(asks);
+  await vi.advanceTimersByTimeAsync(50_000);
+  // In use it stays; for nobody it does not.
+  expect(track.readyState).toBe("live");
+  camera.close();
+  track.readyState = "live";
+  await ask();
+  await vi.advanceTimersByTimeAsync(50_000);
+  expect(track.readyState).toBe("ended");
+  vi.useRealTimers();
 });
 
 it("keeps its light and its size through modes that are set later", async () => {
