@@ -56,7 +56,7 @@ web: setup-web ## install what is missing, build the phone app into build/site, 
 
 phone: setup-web ## build the phone app, and serve it by HTTPS to a phone in the same network
 	@scripts/build_web.sh
-	@cd apps/web && npx --no-install vite preview --config phone/vite.config.ts --logLevel warn
+	@cd apps/web && exec node_modules/.bin/vite preview --config phone/vite.config.ts --logLevel warn
 
 bench: build ## measure the speed, as ratios to a yardstick of the same run
 	@build/release/benchmarks/veyla_benchmarks --benchmark_repetitions=5 \

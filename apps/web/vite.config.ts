@@ -54,6 +54,8 @@ export default defineConfig({
   root,
   // The folder may be served from anywhere below a host.
   base: "./",
+  // A path that does not exist is told so, and is not the page once more.
+  appType: "mpa",
   resolve: {
     alias: {
       "veyla-core": fileURLToPath(

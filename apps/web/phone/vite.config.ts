@@ -1,8 +1,9 @@
 // Serves the built page to phones in the same network: by HTTPS, since browsers give the camera to
 // encrypted pages alone, under a certificate that is made on the spot and thrown away.
 import { execFileSync } from "node:child_process";
+import { createSocket } from "node:dgram";
 import { mkdtempSync, readFileSync, rmSync } from "node:fs";
-import { networkInterfaces, tmpdir } from "node:os";
+import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { fileURLToPath } from "node:url";
 
@@ -14,14 +15,22 @@ import { reportsFromPhones } from "./reports";
 
 const here = fileURLToPath(new URL(".", import.meta.url));
 
-/** The machine's own address in the network: the first that leads out of it. */
-function networkAddress(): string {
-  const all = Object.values(networkInterfaces()).flatMap((addresses) => addresses ?? []);
-  const address = all.find(({ family, internal }) => family === "IPv4" && !internal)?.address;
-  if (address === undefined) {
-    throw new Error("this machine is in no network; connect it to the phone's and try again");
-  }
-  return address;
+/** The machine's own address on the way out of it: bridges and containers have addresses, too, but lead nowhere. */
+function networkAddress(): Promise<string> {
+  return new Promise((resolve, reject) => {
+    const socket = createSocket("udp4");
+    const tell = (error?: Error | null): void => {
+      const { address } = error ? { address: "" } : socket.address();
+      socket.close();
+      if (address !== "") resolve(address);
+      else
+        reject(new Error("this machine is in no network; connect it to the phone's and try again"));
+    };
+    socket.on("error", tell);
+    // Nothing is sent: the system only picks the address that it would send from. The other end is one that
+    // is kept for documents.
+    socket.connect(9, "198.51.100.1", tell);
+  });
 }
 
 /** A key and a certificate for the address, signed by nobody but itself. */
@@ -65,7 +74,7 @@ Ctrl-C ends it.
 `;
 }
 
-const address = process.env["ADDRESS"] ?? networkAddress();
+const address = process.env["ADDRESS"] ?? (await networkAddress());
 
 const tellWhatToDo: Plugin = {
   name: "tell-what-to-do",
@@ -73,6 +82,9 @@ const tellWhatToDo: Plugin = {
     server.httpServer.once("listening", () => {
       const bound = server.httpServer.address();
       const port = typeof bound === "object" ? bound?.port : undefined;
+      process.once("SIGINT", () => {
+        process.exit(0);
+      });
       console.info(whatToDo(`https://${address}:${port ?? ""}/`));
     });
   },
