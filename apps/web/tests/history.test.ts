@@ -179,81 +179,54 @@ it("lists a long history as far as it is scrolled", async () => {
   await expect.poll(() => rows.count()).toBeGreaterThan(first);
 });
 
-type Dates = Readonly<Record<string, number>>;
-
-/** Follows what charts write; tells a chart's dates, and how far from the left they stand. */
-async function followDates(visit: Visit): Promise<(chart: number) => Promise<Dates>> {
-  await visit.page.evaluate(() => {
-    const context = CanvasRenderingContext2D.prototype as unknown as Record<
-      "clearRect" | "fillText",
-      (this: { readonly canvas: object }, ...all: unknown[]) => void
-    >;
-    const { clearRect, fillText } = context;
-    context.clearRect = function (...all): void {
-      Object.assign(this.canvas, { dates: {} });
-      clearRect.apply(this, all);
-    };
-    context.fillText = function (text, x, ...all): void {
-      const { dates } = this.canvas as { dates?: Record<string, number> };
-      if (dates && /[A-Z]/.test(String(text))) dates[String(text)] = Number(x) / devicePixelRatio;
-      fillText.call(this, text, x, ...all);
-    };
-  });
-  return async (chart) => {
-    await visit.still();
-    const canvas = visit.page.locator(".line-chart canvas").nth(chart);
-    return canvas.evaluate((each) => (each as unknown as { dates?: Dates }).dates ?? {});
-  };
-}
-
 it("charts daily means by period and label, both at one time, to be dragged and zoomed", async () => {
   const now = Math.floor(Date.now() / 1000);
   // The oldest day has an SpO2 alone, the last one two of both.
-  const month = Array.from({ length: 30 }, (_, index) => ({
+  const days = Array.from({ length: 30 }, (_, index) => ({
     hr: index === 0 ? 0 : 60 + index,
     spo2: 97,
     date: now - (29 - index) * day,
     labels: [index % 2],
   }));
-  const history = [...month, { hr: 92, spo2: 97, date: now, labels: [1] }];
+  const history = [...days, { hr: 92, spo2: 97, date: now, labels: [1] }];
   const visit = await openResults(history, { viewport: { width: 320, height: 568 } });
   const { page } = visit;
   const first = page.locator(".line-chart .plot").first();
   const told = (): Promise<string | null> => first.getAttribute("aria-label");
-  const days = (...agos: number[]): string[] =>
-    agos.map((ago) => {
-      const date = new Date((now - ago * day) * 1000).toUTCString();
-      return date.slice(5, 11);
-    });
   await visit.tap("Chart");
-  const [before = "", today = ""] = days(1, 0);
-  const week = new RegExp(`^heartrate.*, ${before}: 88, ${today}: 90\\.5$`);
-  await expect.poll(told).toMatch(week);
+  const lastDays = /^heartrate.*: 88, .*: 90\.5$/;
+  await expect.poll(told).toMatch(lastDays);
   await visit.settled();
-  const datesOf = await followDates(visit);
-  const shown = async (): Promise<string[]> => Object.keys(await datesOf(1));
+  const plots = page.locator(".line-chart .u-over");
+  const pictures = async (): Promise<string[]> => {
+    await visit.still();
+    return page
+      .locator(".line-chart canvas")
+      .evaluateAll((all) => (all as HTMLCanvasElement[]).map((each) => each.toDataURL()));
+  };
+  /** Both, for they show one time. */
+  const expectOthersThan = (before: string[]): Promise<void> =>
+    expect
+      .poll(async () => (await pictures()).filter((each, chart) => each === before[chart]))
+      .toEqual([]);
 
-  const choose = (period: string): Promise<void> =>
-    page.locator("ion-segment-button").getByText(period, { exact: true }).click({ force: true });
-  await choose("Month");
-  await expect.poll(told).toMatch(week);
-  await expect.poll(shown).toEqual(days(29, 24, 19, 14, 9, 4));
-  const whole = await datesOf(1);
-  expect(await datesOf(0)).toEqual(whole);
-  const plot = await page.locator(".line-chart .u-over").first().boundingBox();
+  const week = await pictures();
+  await page
+    .locator("ion-segment-button")
+    .getByText("Month", { exact: true })
+    .click({ force: true });
+  await expectOthersThan(week);
+  await expect.poll(told).toMatch(lastDays);
+  const month = await pictures();
+  const plot = await plots.first().boundingBox();
   if (!plot) throw new Error("no chart");
-
   const at = (x: number): { x: number; y: number } => ({ x: plot.x + x, y: plot.y + 50 });
-  // A closer look at one of them is one at both.
   await visit.moveFingers([at(80), at(50)], [at(140), at(170)]);
-  await expect.poll(shown).not.toEqual(Object.keys(whole));
-  const close = await datesOf(0);
-  expect(await datesOf(1)).toEqual(close);
+  await expectOthersThan(month);
   await visit.inspect("charts-zoomed");
-  // What lies to the right comes.
-  const [date = "", place = NaN] = Object.entries(close).at(-1) ?? [];
+  const close = await pictures();
   await visit.moveFingers([at(180), at(150)]);
-  await expect.poll(async () => (await datesOf(1))[date]).toBeLessThan(place - 10);
+  await expectOthersThan(close);
 
   // By a key: a tap that follows a drag too soon belongs to it.
   await visit.button("Choose Label").press("Enter");
