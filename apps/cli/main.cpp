@@ -66,7 +66,13 @@ CLI::Validator number() {
 CLI::Validator oneOf(const std::vector<std::string>& names) {
   return CLI::Validator(
       [names](std::string& text) -> std::string {
-        if (std::find(names.begin(), names.end(), text) != names.end()) return {};
+        // As it is called on most screens.
+        const std::string wanted = veyla::lowerCase(text) == "hr" ? "heartrate" : text;
+        for (const std::string& name : names) {
+          if (veyla::lowerCase(name) != veyla::lowerCase(wanted)) continue;
+          text = name;
+          return {};
+        }
         return "\"" + text + "\" is none of " + CLI::detail::join(names, ", ");
       },
       "");
@@ -131,7 +137,8 @@ void describeSettings(CLI::App& command, std::string& device, std::string& folde
 
 void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::string& only) {
   addText(command, "INPUT", options.input, "",
-          "a video, or a colour series time,R,G,B; without it, the built-in fingertip");
+          "a video, or a colour series time,R,G,B (-: standard input); without it, the built-in "
+          "fingertip");
   addNumber(command, "--start", options.request.start, "S",
             "tap START S seconds into the recording", {0, longestSeconds}, "0");
   addNumber(command, "--duration", options.request.duration, "S",
@@ -160,7 +167,8 @@ void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::str
 }
 
 void describeSeries(CLI::App& command, veyla::SeriesOptions& options) {
-  addText(command, "INPUT", options.input, "", "a video or a colour series")->required();
+  addText(command, "INPUT", options.input, "", "a video or a colour series (-: standard input)")
+      ->required();
   addText(command, "-o", options.output, "OUT.csv", "file of the series (-: standard output)")
       ->required();
   describeSettings(command, options.device, options.settingsFolder);
@@ -389,9 +397,19 @@ std::string explained(const CLI::ParseError& error, const CLI::App& program) {
   return error.what() + help;
 }
 
-/// Breaks the lines of descriptions where the terminal ends.
+/// Breaks the lines of descriptions where the terminal ends, and names in a usage what it takes.
 class HelpFormatter : public CLI::Formatter {
  public:
+  std::string make_usage(const CLI::App* command, std::string name) const override {
+    std::string usage = CLI::Formatter::make_usage(command, std::move(name));
+    std::string required;
+    for (const CLI::Option* option : command->get_options()) {
+      if (option->get_positional() || !option->get_required()) continue;
+      required += option->get_name() + " " + option->get_type_name() + " ";
+    }
+    const std::size_t at = usage.find("[OPTIONS]");
+    return at == usage.npos ? usage : usage.insert(at, required);
+  }
   std::string make_option_desc(const CLI::Option* option) const override {
     return besideNames(CLI::Formatter::make_option_desc(option));
   }

@@ -17,7 +17,6 @@ void requireInputFile(const std::string& path) {
   const auto refuse = [&](const std::string& reason) { throw InputError(path + ": " + reason); };
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) {
-    if (path == "-") refuse("standard input is not read; save it to a file first");
     if (errno == ENOENT || errno == ENOTDIR) refuse("no such file; check the name");
     if (errno == EACCES) refuse("no permission to look into its folder; change its permissions");
     refuse(std::string(std::strerror(errno)) + "; check the name");

@@ -88,8 +88,16 @@ bool isPlainAddress(const std::string& text) {
 }  // namespace
 
 std::string mailSender() {
-  const char* address = std::getenv("EMAIL");
-  if (address && isPlainAddress(address)) return address;
+  if (const char* text = std::getenv("EMAIL")) {
+    initializeOnce();
+    const Owned<InternetAddressList> list(internet_address_list_parse(nullptr, text));
+    InternetAddress* first = list ? internet_address_list_get_address(list.get(), 0) : nullptr;
+    if (INTERNET_ADDRESS_IS_MAILBOX(first)) {
+      const std::string address =
+          internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(first));
+      if (isPlainAddress(address)) return address;
+    }
+  }
   const passwd* user = getpwuid(getuid());
   std::array<char, HOST_NAME_MAX + 1> host{};
   const bool isNamed = gethostname(host.data(), host.size() - 1) == 0 && host.front() != 0;

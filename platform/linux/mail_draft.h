@@ -12,7 +12,8 @@ namespace veyla {
 /// `sender` is an address, which the form asks for; a mail program puts its own account in place.
 std::string mailDraft(const Mail& mail, const std::string& sender, Date date);
 
-/// The user's address: $EMAIL where that is a plain one, or else the user's name at this machine.
+/// The user's address: the first of $EMAIL, which may bear a name, where it is a plain one, or else
+/// the user's name at this machine.
 std::string mailSender();
 
 }  // namespace veyla

@@ -46,9 +46,9 @@ class RecordingSource {
   virtual std::string remark() const { return {}; }
 };
 
-/// Opens a video or a colour series, whichever the file holds, for somebody who needs no frames but
-/// the newest at or before `from` seconds and those after it: older ones may be left out, the
-/// others are the same, at the same times. Throws `InputError`.
+/// Opens a video or a colour series, whichever the file holds, or standard input for "-", for
+/// somebody who needs no frames but the newest at or before `from` seconds and those after it:
+/// older ones may be left out, the others are the same, at the same times. Throws `InputError`.
 std::unique_ptr<RecordingSource> openRecording(const std::string& path, double from = 0);
 
 }  // namespace veyla

@@ -45,7 +45,7 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
            {2, "history --json delete 1", "--json: only the list is printed so"},
            {2, "chart --period year", "\"year\" is none of week, month, 3months, all"},
            {2, "chart -o a.txt", "-o: a.txt does not end in .png or .svg"},
-           {3, "measure -", "standard input is not read"},
+           {3, "measure -", "standard input: an empty file"},
            {3, "measure no.mp4 --frames new", "no.mp4: no such file; check the name"},
            {3, "measure '\n\x1b\xC2\x9B\x7F\u00e9.mp4'", "veyla: ????\u00e9.mp4: no such file"},
            {3, "evaluate no", "no: no such folder; check the name"},

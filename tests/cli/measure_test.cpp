@@ -147,6 +147,9 @@ TEST_F(MeasureTest, SyntheticFingertipsGiveTheirValuesAsVideoAndAsSeries) {
       done("series " + video + " -o series.csv " + device);
       EXPECT_EQ(reportOf("series.csv", device), reportOf(video, device));
     }
+    const auto piped = run("measure --no-save --json -",
+                           [&] { redirect(STDIN_FILENO, file(video).c_str(), O_RDONLY); });
+    EXPECT_EQ(Json::parse(piped.out), reportOf(video)) << piped.error;
   }
   std::set<std::string> different;
   for (const char* option : {"", " --seed 2", " --motion 9"}) {

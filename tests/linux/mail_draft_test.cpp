@@ -60,5 +60,14 @@ RGF0ZQoNCj0zRCAuCi4KRnJvbSBoZXJl
 )");
 }
 
+TEST(MailDraftTest, TheSenderIsTheUsersAddressWithoutItsName) {
+  for (const char* text : {"zoe@example.org", "Zo\u00eb <zoe@example.org>, other@example.org"}) {
+    setenv("EMAIL", text, 1);
+    EXPECT_EQ(mailSender(), "zoe@example.org") << text;
+  }
+  setenv("EMAIL", "<", 1);
+  EXPECT_NE(mailSender().find('@'), std::string::npos) << "the user at this machine";
+}
+
 }  // namespace
 }  // namespace veyla
