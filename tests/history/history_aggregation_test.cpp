@@ -75,7 +75,7 @@ TEST_F(HistoryAggregationTest, ALabelKeepsTheEntriesThatCarryIt) {
   auto stored = *platform_.store.values["values"].array();
   stored.insert(stored.begin(), Value("no entry"));
   platform_.store.values["values"] = stored;
-  for (const auto& [label, count] : {std::pair{3, 1U}, {2, 0U}, {7, 0U}, {-1, 2U}}) {
+  for (const auto& [label, count] : {std::pair{3, 1U}, {2, 0U}, {0, 0U}, {7, 0U}, {-1, 2U}}) {
     EXPECT_THAT(Utils::getAllForLabel(label), SizeIs(count)) << label;
     EXPECT_THAT(Utils::getLastMonthForLabel(label), SizeIs(count)) << label;
   }
