@@ -1,19 +1,12 @@
-// The components of the library that the first screens use.
-import { defineCustomElement as accordion } from "@ionic/core/components/ion-accordion.js";
-import { defineCustomElement as accordionGroup } from "@ionic/core/components/ion-accordion-group.js";
+// The components of the library that the first screen uses.
 import { defineCustomElement as app } from "@ionic/core/components/ion-app.js";
-import { defineCustomElement as backButton } from "@ionic/core/components/ion-back-button.js";
 import { defineCustomElement as button } from "@ionic/core/components/ion-button.js";
 import { defineCustomElement as buttons } from "@ionic/core/components/ion-buttons.js";
 import { defineCustomElement as content } from "@ionic/core/components/ion-content.js";
 import { defineCustomElement as header } from "@ionic/core/components/ion-header.js";
 import { defineCustomElement as icon } from "ionicons/components/ion-icon.js";
-import { defineCustomElement as item } from "@ionic/core/components/ion-item.js";
-import { defineCustomElement as label } from "@ionic/core/components/ion-label.js";
-import { defineCustomElement as itemList } from "@ionic/core/components/ion-list.js";
 import { defineCustomElement as nav } from "@ionic/core/components/ion-nav.js";
 import { defineCustomElement as title } from "@ionic/core/components/ion-title.js";
-import { defineCustomElement as toggle } from "@ionic/core/components/ion-toggle.js";
 import { defineCustomElement as toolbar } from "@ionic/core/components/ion-toolbar.js";
 import { initialize } from "@ionic/core/components";
 
@@ -25,23 +18,6 @@ export function defineComponents(): void {
     mode: "ios",
     animated: !calmer.matches,
   });
-  const definitions = [
-    app,
-    nav,
-    header,
-    toolbar,
-    title,
-    buttons,
-    button,
-    backButton,
-    icon,
-    content,
-    itemList,
-    item,
-    label,
-    toggle,
-    accordion,
-    accordionGroup,
-  ];
+  const definitions = [app, nav, header, toolbar, title, buttons, button, icon, content];
   for (const define of definitions) define();
 }

@@ -1,4 +1,6 @@
 // Asks which health records may be kept, as a system's own sheet would.
+import "./list_components";
+
 import { make, makeCustom, sheetCard, showModal } from "./dom";
 
 /** The kinds of records, under the names that the core knows them by. */

@@ -18,7 +18,6 @@ import { AlertDialogs } from "./alerts";
 import { setAppearance, setNavigationBarTint } from "./appearance";
 import { defineComponents } from "./components";
 import { loadCore, type WebApp } from "./core";
-import { askForHealthRecords } from "./health_sheet";
 import { awaitInstallQuestion } from "./home_card";
 import { IntroScreen } from "./intro";
 import { MailComposer } from "./mail_composer";
@@ -37,7 +36,6 @@ import { becomeTheOnlyWindow, takeOverAgain } from "./one_window";
 import type { Page, ScreenViews } from "./page";
 import { startServiceWorker } from "./service_worker";
 import { showRatingPrompt } from "./rating_prompt";
-import { faqPage } from "./text_pages";
 import { FrameTimes } from "./timing";
 
 /** `?log` shows the core's diagnostic lines in the browser's console, `?timing` keeps times. */
@@ -171,7 +169,10 @@ async function start(): Promise<void> {
       });
     },
     showFaq() {
-      navigator.push(faqPage(core()));
+      navigator.pushLoaded(async () => {
+        const { faqPage } = await import("./text_pages");
+        return faqPage(core());
+      });
     },
     showRatingPrompt() {
       showRatingPrompt(() => {
@@ -201,10 +202,16 @@ async function start(): Promise<void> {
     health: {
       ask(names, pending) {
         ++covers;
-        void askForHealthRecords(names).then((answer) => {
-          core().settle(pending, answer);
-          uncover();
-        });
+        const answered = import("./health_sheet").then(({ askForHealthRecords }) =>
+          askForHealthRecords(names),
+        );
+        // What cannot be loaded is not answered, and is asked again.
+        void answered
+          .catch(() => -1)
+          .then((answer) => {
+            core().settle(pending, answer);
+            uncover();
+          });
       },
       append(line, pending) {
         void healthFile.append(line).then((kept) => {

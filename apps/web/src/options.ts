@@ -1,4 +1,6 @@
 // The options screen, and the pages that its rows lead to.
+import "./list_components";
+
 import { backupRows } from "./backup_rows";
 import { followPage, type OptionsRow, type TableViewController, type WebApp } from "./core";
 import { make, makeCustom, textButton } from "./dom";

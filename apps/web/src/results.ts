@@ -1,4 +1,6 @@
 // The results screen: the history, its labels, deletion and sharing.
+import "./list_components";
+
 import { defineCustomElement as itemOption } from "@ionic/core/components/ion-item-option.js";
 import { defineCustomElement as itemOptions } from "@ionic/core/components/ion-item-options.js";
 import { defineCustomElement as itemSliding } from "@ionic/core/components/ion-item-sliding.js";

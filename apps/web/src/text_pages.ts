@@ -1,4 +1,6 @@
 // Screens that are texts: a page with a bar that leads back, and what stands on it.
+import "./list_components";
+
 import type { TextPage, WebApp } from "./core";
 import { make, makeCustom } from "./dom";
 

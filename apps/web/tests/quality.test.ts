@@ -72,7 +72,7 @@ it("the first screen is a small download, and charts come when they are opened",
   console.log(`compressed KB: the first screen ${first.toFixed()}, charts ${charts.toFixed()}`);
   // Not less: the core is part of it.
   expect(first).toBeGreaterThan(200);
-  expect(first).toBeLessThan(600);
+  expect(first).toBeLessThan(320);
   expect(charts).toBeGreaterThan(20);
 });
 
