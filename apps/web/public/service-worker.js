@@ -7,8 +7,11 @@ const cachePrefix = `veyla ${new URL(self.registration.scope).pathname} `;
 const cacheName = cachePrefix + version;
 
 self.addEventListener("install", (event) => {
-  // Past the browser's own cache: an old file there must not become part of a new version.
-  const requests = files.map((file) => new Request(file, { cache: "reload" }));
+  // An old file must not become part of a new version: the browser's own cache is asked for those alone that
+  // bear what they contain in their names, and the host whether the others have changed.
+  const requests = files.map(
+    (file) => new Request(file, { cache: file.startsWith("assets/") ? "default" : "no-cache" }),
+  );
   event.waitUntil(caches.open(cacheName).then((cache) => cache.addAll(requests)));
 });
 
