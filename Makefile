@@ -1,9 +1,9 @@
 # Thin: CMake presets do the building. `make help` lists the commands.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-core test-web torture fuzz build bench web phone format lint clean setup setup-test setup-lint setup-fuzz setup-web FORCE
+.PHONY: help demo test test-core test-web torture fuzz build bench web lighthouse phone format lint clean setup setup-test setup-lint setup-fuzz setup-web FORCE
 
 help: ## this list
-	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-9s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-10s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
 
 setup:
 	@scripts/setup.sh build
@@ -53,6 +53,10 @@ fuzz: setup-fuzz ## install what is missing, and search for input that breaks so
 web: setup-web ## install what is missing, build the phone app into build/site, and serve it on localhost
 	@scripts/build_web.sh
 	@cd apps/web && npx --no-install vite preview --host 127.0.0.1
+
+lighthouse: setup-test ## build the phone app, and have Lighthouse judge it as on a phone
+	@scripts/build_web.sh
+	@cd apps/web && npm run --silent audit
 
 phone: setup-web ## build the phone app, and serve it by HTTPS to a phone in the same network
 	@scripts/build_web.sh
