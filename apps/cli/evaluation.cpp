@@ -19,8 +19,6 @@ namespace veyla {
 
 namespace {
 
-constexpr std::string_view referenceEnding = ".reference.csv";
-
 KeptRecording read(const std::filesystem::path& path, FrameAverager& averager) {
   const auto source = openRecording(path);
   KeptRecording recording(*source, averager);

@@ -136,9 +136,12 @@ void describeSettings(CLI::App& command, std::string& device, std::string& folde
 }
 
 void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::string& only) {
-  addText(command, "INPUT", options.input, "",
-          "a video, or a colour series time,R,G,B (-: standard input); without it, the built-in "
-          "fingertip");
+  command
+      .add_option("INPUT", options.inputs,
+                  "videos, colour series time,R,G,B, or folders of these (-: standard input); "
+                  "without one, the built-in fingertip")
+      ->type_name("")
+      ->check(something());
   addNumber(command, "--start", options.request.start, "S",
             "tap START S seconds into the recording", {0, longestSeconds}, "0");
   addNumber(command, "--duration", options.request.duration, "S",
@@ -153,7 +156,13 @@ void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::str
       .add_flag_callback(
           "--no-save", [&] { options.save = false; }, "keep nothing")
       ->excludes(data);
-  command.add_flag("--json", options.json, "print one JSON object");
+  command
+      .add_flag("--save", options.asksToSave,
+                "keep the results of several recordings, too, as that of one is")
+      ->excludes("--no-save");
+  addNumber(command, "--jobs", options.jobs, "N", "of several, measurements at a time", {1, 1024},
+            "one per core");
+  command.add_flag("--json", options.json, "print one JSON object, or one a line for each input");
   addText(command, "--trace", options.traceFile, "FILE", "write one row per estimate, as CSV");
   addText(command, "--log", options.logFile, "FILE",
           "append the diagnostic log to this file (-: standard error)");
@@ -461,10 +470,12 @@ int main(int argc, char** argv) {
     measureOptions.request.heartrate = measured != "spo2";
     measureOptions.request.spo2 = measured != "heartrate";
     status = veyla::exitStatusOf([&] {
-      veyla::requireApart("--trace", measureOptions.traceFile, measureOptions.input);
-      veyla::requireApart("--log", measureOptions.logFile, measureOptions.input);
+      for (const std::string& input : measureOptions.inputs) {
+        veyla::requireApart("--trace", measureOptions.traceFile, input);
+        veyla::requireApart("--log", measureOptions.logFile, input);
+        veyla::requireApart("--snapshot", measureOptions.pictures.snapshotFile, input);
+      }
       veyla::requireNoKeptData(measureOptions.logFile);
-      veyla::requireApart("--snapshot", measureOptions.pictures.snapshotFile, measureOptions.input);
       return veyla::runMeasure(measureOptions);
     });
   });

@@ -2,27 +2,30 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <iostream>
+#include <map>
 #include <memory>
+#include <mutex>
+#include <set>
 #include <vector>
 
 #include "apps/cli/complain.h"
+#include "apps/cli/keeping.h"
 #include "apps/cli/live_view.h"
+#include "apps/cli/parallel.h"
+#include "apps/cli/progress_bar.h"
+#include "apps/cli/reference.h"
 #include "apps/cli/report.h"
 #include "apps/cli/settings_source.h"
 #include "apps/cli/trace_file.h"
-#include "history/history_store.h"
 #include "platform/format.h"
-#include "platform/linux/data_folder.h"
-#include "platform/linux/fhir_health_store.h"
 #include "platform/linux/log_file.h"
-#include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
-#include "platform/linux/sqlite_key_value_store.h"
-#include "platform/linux/store_error.h"
 #include "platform/linux/synthetic_finger.h"
-#include "platform/linux/uuid.h"
+#include "platform/linux/text_columns.h"
 #include "platform/linux/wall_clock.h"
 #include "platform/no_services.h"
 
@@ -49,64 +52,6 @@ std::optional<bool> askForHealthRecords(HealthSampleType type) {
   if (!std::getline(std::cin, answer)) return std::nullopt;
   return !answer.empty() && (answer.front() == 'y' || answer.front() == 'Y');
 }
-
-constexpr const char* isSaved = "the measurement is saved, but ";
-
-/// Where a measurement is kept: the user's data folder, or nowhere.
-class Keeping {
- public:
-  /// Throws `StoreError`.
-  explicit Keeping(const MeasureOptions& options) {
-    if (!options.save) {
-      store_ = std::make_unique<MemoryKeyValueStore>();
-      return;
-    }
-    folder_ = options.dataFolder.empty() ? defaultDataFolder()
-                                         : std::filesystem::path(options.dataFolder);
-    auto store = std::make_unique<SqliteKeyValueStore>(folder_);
-    auto healthStore =
-        std::make_unique<FhirHealthStore>(folder_, *store, uuids_, askForHealthRecords);
-    if (healthStore->repair()) complain(*healthStore->repair());
-    store->understands = Utils::mayStand;
-    store->gatherChanges();
-    healthStore->hold();
-    store->gathered = [records = healthStore.get()](bool areStored) { records->settle(areStored); };
-    stored_ = store.get();
-    store_ = std::move(store);
-    healthStore_ = std::move(healthStore);
-  }
-
-  KeyValueStore& store() { return *store_; }
-  HealthStore& healthStore() {
-    return healthStore_ ? static_cast<HealthStore&>(*healthStore_) : noHealthStore;
-  }
-  const std::filesystem::path& folder() const { return folder_; }
-
-  /// Whether a health record was kept.
-  bool keptRecord() const { return healthStore_ && healthStore_->hasSaved(); }
-
-  /// Keeps what waits for the end, and tells on standard error what could not be kept; true when
-  /// everything was.
-  bool finish(const MeasurementReport& report) {
-    if (!stored_) return true;
-    stored_->synchronize();
-    bool kept = true;
-    for (const auto& failure : {stored_->failure(), healthStore_->failure()}) {
-      if (!failure) continue;
-      complain(report.isKept ? isSaved + *failure : *failure);
-      kept = false;
-    }
-    return kept;
-  }
-
- private:
-  std::filesystem::path folder_;
-  LibUuid uuids_;
-  std::unique_ptr<KeyValueStore> store_;
-  /// The same where it is a file.
-  SqliteKeyValueStore* stored_ = nullptr;
-  std::unique_ptr<FhirHealthStore> healthStore_;
-};
 
 /// The diagnostic log: a file, or none.
 class Logging {
@@ -203,14 +148,14 @@ void requireSense(const MeasureOptions& options) {
   }
 }
 
-ExitStatus measure(const MeasureOptions& options) {
+ExitStatus measure(const MeasureOptions& options, const std::string& input) {
   requireSense(options);
   std::unique_ptr<RecordingSource> source =
-      options.input.empty()
+      input.empty()
           ? std::make_unique<SyntheticSource>(FingerOptions{}, builtInSeconds, builtInRate)
-          : openRecording(options.input, options.request.start);
+          : openRecording(input, options.request.start);
   const SettingsSource settings(options.settingsFolder, options.request.device);
-  Keeping keeping(options);
+  Keeping keeping(options.save, options.dataFolder, askForHealthRecords);
   TimedQueue queue(options.realtime ? TimedQueue::Pace::wall : TimedQueue::Pace::recording);
   WallClock clock;
   Logging logging(options, clock, queue);
@@ -247,7 +192,8 @@ ExitStatus measure(const MeasureOptions& options) {
       text += report.isKept ? "Saved in " + keeping.folder().string() + ".\n" : "Not saved.\n";
     }
   }
-  bool written = writes([&] { printOut(text); }, options.save && report.isKept ? isSaved : "");
+  bool written =
+      writes([&] { printOut(text); }, options.save && report.isKept ? Keeping::isSaved : "");
   written &= writes([&] {
     if (!trace) return;
     trace->write(rows);
@@ -259,10 +205,131 @@ ExitStatus measure(const MeasureOptions& options) {
   return report.outcome == Outcome::finished ? ExitStatus::done : ExitStatus::incomplete;
 }
 
+bool isFolder(const std::string& path) {
+  std::error_code unknown;
+  return std::filesystem::is_directory(path, unknown);
+}
+
+/// What is named, with the recordings that lie in a folder in its place, by their names.
+std::vector<std::string> recordingsAmong(const std::vector<std::string>& named) {
+  static const std::set<std::string> endings{".3gp",   ".avi", ".csv",  ".h264", ".hevc", ".m4v",
+                                             ".mjpeg", ".mkv", ".mov",  ".mp4",  ".mpeg", ".mpg",
+                                             ".mts",   ".ts",  ".webm", ".y4m"};
+  std::vector<std::string> inputs;
+  for (const std::string& path : named) {
+    if (!isFolder(path)) {
+      inputs.push_back(path);
+      continue;
+    }
+    std::set<std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(path)) {
+      const std::string name = entry.path().filename();
+      if (name.starts_with('.') || name.ends_with(referenceEnding)) continue;
+      if (endings.contains(endingOf(name))) found.insert(entry.path());
+    }
+    if (found.empty()) {
+      throw InputError(path + ": holds no video and no colour series; name a folder that does");
+    }
+    inputs.insert(inputs.end(), found.begin(), found.end());
+  }
+  return inputs;
+}
+
+void requireOneInput(const MeasureOptions& options) {
+  const auto refuse = [](const char* option) {
+    throw UsageError(std::string(option) + ": of one recording alone; name one");
+  };
+  if (!options.traceFile.empty()) refuse("--trace");
+  if (!options.logFile.empty()) refuse("--log");
+  if (!options.pictures.snapshotFile.empty()) refuse("--snapshot");
+  if (!options.pictures.framesFolder.empty()) refuse("--frames");
+  if (options.realtime) refuse("--realtime");
+}
+
+/// One of several recordings; nothing where it cannot be read, which is told.
+struct MeasuredInput {
+  std::optional<MeasurementReport> report;
+  std::string fault;
+  bool isStored = true;
+};
+
+MeasuredInput measureInput(const MeasureOptions& options, const std::string& input,
+                           const Resources& resources) {
+  MeasuredInput measured;
+  try {
+    auto source = openRecording(input, options.request.start);
+    Keeping keeping(options.save, options.dataFolder, {});
+    TimedQueue queue;
+    WallClock clock;
+    MeasurementRun run(options.request, std::move(source),
+                       {.queue = queue,
+                        .clock = clock,
+                        .store = keeping.store(),
+                        .resources = resources,
+                        .healthStore = keeping.healthStore()});
+    measured.report = run.run();
+    measured.isStored = keeping.finish(*measured.report);
+  } catch (const InputError& error) {
+    measured.fault = error.what();
+  }
+  return measured;
+}
+
+ExitStatus measureMany(const MeasureOptions& options, const std::vector<std::string>& named) {
+  requireOneInput(options);
+  const std::vector<std::string> inputs = recordingsAmong(named);
+  const SettingsSource settings(options.settingsFolder, options.request.device);
+  std::size_t widest = 0;
+  for (const std::string& input : inputs) widest = std::max(widest, columnsOf(printable(input)));
+
+  ProgressBar bar("Measuring");
+  std::mutex mutex;
+  std::map<std::size_t, MeasuredInput> waiting;
+  std::size_t told = 0;
+  ExitStatus worst = ExitStatus::done;
+  // In the order of the inputs, each as soon as it is its turn.
+  const auto tell = [&](const std::string& input, const MeasuredInput& measured) {
+    ExitStatus status = ExitStatus::unreadableInput;
+    if (measured.report) {
+      const bool finished = measured.report->outcome == Outcome::finished;
+      status = !measured.isStored ? ExitStatus::unwritableData
+               : finished         ? ExitStatus::done
+                                  : ExitStatus::incomplete;
+      printOut(options.json ? reportAsJson(*measured.report, input)
+                            : reportAsLine(*measured.report, input, widest));
+      if (const std::string& remark = measured.report->remark; !remark.empty()) complain(remark);
+    } else {
+      complain(measured.fault);
+    }
+    worst = std::max(worst, status);
+  };
+  inParallel(inputs.size(), options.jobs, [&](std::size_t number) {
+    MeasuredInput measured = measureInput(options, inputs[number], settings.resources());
+    const std::lock_guard lock(mutex);
+    waiting.emplace(number, std::move(measured));
+    bar.clear();
+    for (auto next = waiting.begin(); next != waiting.end() && next->first == told; ++told) {
+      tell(inputs[told], next->second);
+      next = waiting.erase(next);
+    }
+    bar.show(told + waiting.size(), inputs.size());
+  });
+  return worst;
+}
+
 }  // namespace
 
 ExitStatus runMeasure(const MeasureOptions& options) {
-  return exitStatusOf([&] { return measure(options); });
+  return exitStatusOf([&] {
+    const std::vector<std::string>& inputs = options.inputs;
+    const bool isOne = inputs.size() < 2 && (inputs.empty() || !isFolder(inputs.front()));
+    if (!isOne) {
+      MeasureOptions many = options;
+      many.save = options.save && options.asksToSave;
+      return measureMany(many, inputs);
+    }
+    return measure(options, inputs.empty() ? "" : inputs.front());
+  });
 }
 
 }  // namespace veyla

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "apps/cli/exit_status.h"
 #include "apps/cli/measurement_run.h"
@@ -11,13 +12,17 @@ namespace veyla {
 
 struct MeasureOptions {
   MeasurementRequest request;
-  /// A video or a colour series; empty for the built-in synthetic fingertip.
-  std::string input;
+  /// Videos, colour series and folders of these; none for the built-in synthetic fingertip.
+  std::vector<std::string> inputs;
   /// Folder of the three settings resources; empty for the built-in ones.
   std::string settingsFolder;
   /// Folder of the history and the health records; empty for the user's own.
   std::string dataFolder;
   bool save = true;
+  /// Whether that was asked for: of more than one recording nothing is kept unasked.
+  bool asksToSave = false;
+  /// How many of several recordings are measured at once; 0 for one per processor.
+  int jobs = 0;
   bool json = false;
   /// Files; empty for none.
   std::string traceFile;
@@ -26,7 +31,8 @@ struct MeasureOptions {
   bool realtime = false;
 };
 
-/// `veyla measure`: one measurement from START to the saved result.
+/// `veyla measure`: one measurement from START to the saved result; of several recordings or a
+/// folder one each, a line each in the order of the inputs, with the worst status of all.
 ExitStatus runMeasure(const MeasureOptions& options);
 
 }  // namespace veyla

@@ -2,9 +2,13 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace veyla {
+
+/// Behind a recording's name, without its own ending.
+constexpr std::string_view referenceEnding = ".reference.csv";
 
 /// What a reference instrument measured during a recording, `NAME.reference.csv`: rows of
 /// `time,heartrate,spo2` in seconds since the recording began, beats per minute and per cent; an

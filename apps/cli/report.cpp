@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "apps/cli/complain.h"
 #include "apps/cli/json_number.h"
 #include "measuring/measurement.h"
 #include "platform/format.h"
+#include "platform/linux/text_columns.h"
 
 namespace veyla {
 
@@ -146,8 +149,10 @@ std::string explanation(const MeasurementReport& report, const MeasurementReques
 
 }  // namespace
 
-std::string reportAsJson(const MeasurementReport& report) {
-  const Json object{
+std::string reportAsJson(const MeasurementReport& report, const std::string& input) {
+  Json object = Json::object();
+  if (!input.empty()) object["input"] = input;
+  object.update(Json{
       {"outcome", nameOf(report.outcome)},
       {"heartrate", numberOf(report.heartrate)},
       {"spo2", numberOf(report.spo2)},
@@ -162,8 +167,29 @@ std::string reportAsJson(const MeasurementReport& report) {
       {"estimates",
        {{"heartrate", countsOf(report.heartrateEstimates)},
         {"spo2", countsOf(report.spo2Estimates)}}},
-      {"device", report.device}};
+      {"device", report.device}});
   return jsonText(object);
+}
+
+std::string reportAsLine(const MeasurementReport& report, const std::string& input,
+                         std::size_t columns) {
+  const auto cell = [](std::optional<float> value, const char* unit) {
+    return value ? formatText("%4.0f %s", static_cast<double>(*value), unit)
+                 : std::string(4 - 2, ' ') + "--" + std::string(std::strlen(unit) + 1, ' ');
+  };
+  std::string line = printable(input);
+  line.append(columns - std::min(columns, columnsOf(line)), ' ');
+  line += cell(report.heartrate, "bpm") + cell(report.spo2, "%");
+  if (report.outcome == Outcome::finished) {
+    line += formatText("  %5.1f s", report.seconds);
+  } else {
+    const bool isLow = report.outcome == Outcome::lowSignal;
+    const bool isShort = report.outcome == Outcome::endOfInput;
+    line += "  " + (isLow ? "low signal" : isShort ? "too short" : report.alertTitle);
+  }
+  const char* separator = "  unsure: ";
+  for (const std::string name : doubtsOf(report)) line += std::exchange(separator, ", ") + name;
+  return line + "\n";
 }
 
 std::string reportAsText(const MeasurementReport& report, const MeasurementRequest& request) {

@@ -17,7 +17,7 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
            {2, "foo", "foo: no such command; see veyla --help"},
            {2, "--data x history", "--data: no such option before the command; see"},
            {2, "measure --foo", "--foo: no such option; see veyla measure --help"},
-           {2, "measure a b", "b: not expected here"},
+           {2, "series a b -o c", "b: not expected here"},
            {2, "measure ''", "INPUT: its text is empty"},
            {2, "measure --start", "--start: its value is missing"},
            {2, "measure --only spo2 --only spo2", "--only: given more than once"},

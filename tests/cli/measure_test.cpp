@@ -159,6 +159,37 @@ TEST_F(MeasureTest, SyntheticFingertipsGiveTheirValuesAsVideoAndAsSeries) {
   EXPECT_EQ(different.size(), 3U);
 }
 
+TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatIsAskedFor) {
+  makeFinger();
+  std::filesystem::create_directory(file("folder"));
+  for (const char* name : {"folder/b.csv", "folder/a.csv", "folder/a.reference.csv"}) {
+    write(name, contentsOf(file("finger.csv")));
+  }
+  write("folder/notes.txt", "no recording");
+  write("folder/c.csv", "time,R,G,B\n0,180,90,25\n");
+  const Result all = run("measure folder no.csv finger.csv --jobs 2");
+  EXPECT_EQ(all.status, 3) << "the worst";
+  EXPECT_EQ(all.out,
+            "folder/a.csv  71 bpm  97 %   16.3 s\n"
+            "folder/b.csv  71 bpm  97 %   16.3 s\n"
+            "folder/c.csv  --      --    too short\n"
+            "finger.csv    71 bpm  97 %   16.3 s\n");
+  EXPECT_THAT(all.error, StartsWith("veyla: no.csv: no such file"));
+  EXPECT_EQ(json("history"), Json::array());
+
+  const auto lines = linesOf(done("measure folder/a.csv finger.csv --save --json"));
+  ASSERT_EQ(lines.size(), 2U);
+  Json second = Json::parse(lines[1]);
+  EXPECT_THAT(lines[1], StartsWith("{\"input\":\"finger.csv\",\"outcome\""));
+  second.erase("input");
+  EXPECT_EQ(second, reportOf("finger.csv"));
+  EXPECT_EQ(json("history").size(), 2U);
+  const std::string only = "of one recording alone";
+  for (const char* option : {"--trace t", "--log l", "--snapshot s.png", "--realtime"}) {
+    expectRefused(run(std::string("measure folder ") + option), 2, only);
+  }
+}
+
 TEST_F(MeasureTest, AStallIsFilledOrTakesAsMuchLongerAndLeavesTheValues) {
   makeFinger();
   const Json whole = reportOf("finger.csv");
