@@ -18,6 +18,12 @@ constexpr double rimRadius = 0.475;
 constexpr double rimWidth = 0.022;
 constexpr double scaleRadius = 0.445;
 constexpr double labelRadius = 0.335;
+/// Between a number and the needle.
+constexpr double labelMargin = 0.012;
+/// Of what points on where the value lies beyond the scale: half its height, and how far after the
+/// rim's end, in degrees.
+constexpr double markSize = 0.022;
+constexpr double markDistance = 4;
 constexpr double unitDistance = 0.2;
 constexpr double scaleShadowDistance = 0.006;
 /// Of the needle's height, behind the screw.
@@ -62,6 +68,7 @@ void WMGaugeView::setValue(float value, bool animated) {
   angleBefore_ = needleAngle();
   // Not std::clamp: a not-a-number must end at the minimum, and the range may be empty.
   value_ = std::max(minValue, std::min(value, maxValue));
+  beyond_ = value == 0 ? 0 : (value > maxValue) - (value < minValue);
   animated_ = animated;
   timer_.stop();
   if (animated && std::isfinite(angleBefore_) && angleBefore_ != needleAngleFor(value_)) {
@@ -111,6 +118,7 @@ void WMGaugeView::drawRect(Canvas& canvas, Size bounds) const {
   if (showScale) drawScale(canvas, side);
   if (showUnitOfMeasurement) drawUnitOfMeasurement(canvas, side);
   drawNeedle(canvas, side);
+  drawMarkBeyond(canvas, side);
   canvas.restore();
 }
 
@@ -139,20 +147,59 @@ void WMGaugeView::drawRim(Canvas& canvas, double side) const {
 }
 
 void WMGaugeView::drawScale(Canvas& canvas, double side) const {
-  const double ticks = static_cast<double>(scaleDivisions * scaleSubdivisions);
-  if (!(ticks >= 1 && ticks <= mostTicks)) return;
-  for (int tick = 0; tick <= static_cast<int>(ticks); ++tick) {
+  for (int tick = 0; tick <= lastTick(); ++tick) {
     if (showScaleShadow) drawTick(canvas, side, tick, scaleShadowDistance * side);
     drawTick(canvas, side, tick, 0);
   }
 }
 
+int WMGaugeView::lastTick() const {
+  const double ticks = static_cast<double>(scaleDivisions * scaleSubdivisions);
+  return ticks >= 1 && ticks <= mostTicks ? static_cast<int>(ticks) : -1;
+}
+
+bool WMGaugeView::isMajor(int tick) const {
+  return tick % std::max(1, static_cast<int>(scaleSubdivisions)) == 0;
+}
+
+Point WMGaugeView::labelPlace(int tick, double side) const {
+  const double angle = tickAngle(tick);
+  return {labelRadius * side * std::sin(angle), -labelRadius * side * std::cos(angle)};
+}
+
+Font WMGaugeView::labelFont(double side) const {
+  return {scaleFont.name, scaleFont.size * static_cast<float>(side)};
+}
+
+std::string WMGaugeView::labelText(int tick) const {
+  return formatText("%g", static_cast<double>(valueAtTick(tick)));
+}
+
+double WMGaugeView::tickAngle(int tick) const {
+  return radians(scaleRotation() +
+                 static_cast<double>(static_cast<float>(tick) * subdivisionAngle()));
+}
+
+void WMGaugeView::drawMarkBeyond(Canvas& canvas, double side) const {
+  const double end = needleAngleFor(beyond_ > 0 ? maxValue : minValue);
+  if (beyond_ == 0 || !std::isfinite(end)) return;
+  canvas.save();
+  canvas.rotate(end + beyond_ * radians(markDistance));
+  canvas.translate(0, -rimRadius * side);
+  canvas.beginPath();
+  canvas.moveTo(0, -markSize * side);
+  canvas.lineTo(beyond_ * 1.6 * markSize * side, 0);
+  canvas.lineTo(0, markSize * side);
+  canvas.closePath();
+  canvas.fill(accentRed);
+  canvas.restore();
+}
+
 void WMGaugeView::drawTick(Canvas& canvas, double side, int tick, double lower) const {
   const bool isShadow = lower > 0;
-  const bool isMajor = tick % std::max(1, static_cast<int>(scaleSubdivisions)) == 0;
-  const double angle =
-      radians(scaleRotation() + static_cast<double>(static_cast<float>(tick) * subdivisionAngle()));
-  const double length = scaled(isMajor ? scaleDivisionsLength : scaleSubdivisionsLength, side);
+  const bool major = isMajor(tick);
+  const double angle = tickAngle(tick);
+  const double length = scaled(major ? scaleDivisionsLength : scaleSubdivisionsLength, side);
   const bool isAtMiddle = scalesubdivisionsAligment == 1;
   const double outer =
       scaleRadius * side - (isAtMiddle ? (scaled(scaleDivisionsLength, side) - length) / 2 : 0);
@@ -165,13 +212,11 @@ void WMGaugeView::drawTick(Canvas& canvas, double side, int tick, double lower) 
   canvas.moveTo(0, -outer);
   canvas.lineTo(0, -outer + length);
   canvas.stroke({.color = isShadow ? shadowColor : tickColor,
-                 .width = scaled(isMajor ? scaleDivisionsWidth : scaleSubdivisionsWidth, side)});
+                 .width = scaled(major ? scaleDivisionsWidth : scaleSubdivisionsWidth, side)});
   canvas.restore();
-  if (isMajor) {
-    // Upright, wherever on the dial.
-    const Point at{labelRadius * side * std::sin(angle), -labelRadius * side * std::cos(angle)};
-    drawCentered(canvas, formatText("%g", static_cast<double>(valueAtTick(tick))), at,
-                 {scaleFont.name, scaleFont.size * static_cast<float>(side)},
+  // Upright, wherever on the dial.
+  if (major) {
+    drawCentered(canvas, labelText(tick), labelPlace(tick, side), labelFont(side),
                  isShadow ? shadowColor : labelColor);
   }
   canvas.restore();
@@ -183,17 +228,49 @@ void WMGaugeView::drawUnitOfMeasurement(Canvas& canvas, double side) const {
                unitOfMeasurementColor);
 }
 
+WMGaugeView::Gap WMGaugeView::gapInNeedle(Canvas& canvas, double side, double angle) const {
+  if (!showScale) return {};
+  const double right = std::abs(std::sin(angle));
+  const double up = std::abs(std::cos(angle));
+  const double margin = labelMargin * side;
+  for (int tick = 0; tick <= lastTick(); ++tick) {
+    if (!isMajor(tick)) continue;
+    const TextExtents text = canvas.measureText(labelText(tick), labelFont(side));
+    const double away = tickAngle(tick) - angle;
+    const double across = std::abs(labelRadius * side * std::sin(away));
+    if (std::cos(away) <= 0) continue;
+    if (across > text.width / 2 * up + text.ascent / 2 * right + margin) continue;
+    const double along = labelRadius * side * std::cos(away);
+    const double reach = text.width / 2 * right + text.ascent / 2 * up + margin;
+    return {along - reach, along + reach};
+  }
+  return {};
+}
+
 void WMGaugeView::drawNeedle(Canvas& canvas, double side) const {
-  const double angle = needleAngle();
+  const double pointed = needleAngle();
+  const double angle = std::isfinite(pointed) ? pointed : radians(scaleRotation());
   const double halfWidth = scaled(needleWidth, side) / 2;
   const Point tail{0, scaled(needleHeight, side) * tailShare};
   const Point tip{0, tail.y - scaled(needleHeight, side)};
   canvas.save();
-  canvas.rotate(std::isfinite(angle) ? angle : radians(scaleRotation()));
-  // Widest at the screw, pointed at both ends.
+  canvas.rotate(angle);
+  const Gap gap = gapInNeedle(canvas, side, angle);
+  const auto narrowed = [&](double reached) { return std::max(0.0, 1 + reached / tip.y); };
+  // Widest at the screw, pointed at both ends; interrupted where a number stands.
   const auto fillFrom = [&](double left, const Color& color) {
+    if (gap.to > gap.from) {
+      canvas.beginPath();
+      canvas.moveTo(tip.x, std::min(tip.y, -gap.to));
+      canvas.lineTo(halfWidth * narrowed(gap.to), -gap.to);
+      canvas.lineTo(left * narrowed(gap.to), -gap.to);
+      canvas.closePath();
+      canvas.fill(color);
+    }
+    const double end = gap.to > gap.from ? -gap.from : tip.y;
     canvas.beginPath();
-    canvas.moveTo(tip.x, tip.y);
+    canvas.moveTo(left * narrowed(-end), end);
+    canvas.lineTo(halfWidth * narrowed(-end), end);
     canvas.lineTo(halfWidth, 0);
     canvas.lineTo(tail.x, tail.y);
     canvas.lineTo(left, 0);

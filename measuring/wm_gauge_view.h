@@ -54,7 +54,8 @@ class WMGaugeView {
 
   /// The value that the needle points to or moves to, within [minValue, maxValue].
   float value() const { return value_; }
-  /// Pins the value to the nearer end of the range where it lies outside.
+  /// Pins the value to the nearer end of the range where it lies outside. A mark tells so, except
+  /// for 0, which is no value.
   void setValue(float value, bool animated);
   /// Whether the last change moves the needle rather than putting it there.
   bool animated() const { return animated_; }
@@ -94,10 +95,26 @@ class WMGaugeView {
   void drawRim(Canvas& canvas, double side) const;
   void drawScale(Canvas& canvas, double side) const;
   void drawTick(Canvas& canvas, double side, int tick, double lower) const;
+  void drawMarkBeyond(Canvas& canvas, double side) const;
+  /// In radians, clockwise from pointing up.
+  double tickAngle(int tick) const;
+  Point labelPlace(int tick, double side) const;
+  Font labelFont(double side) const;
+  std::string labelText(int tick) const;
+  bool isMajor(int tick) const;
+  int lastTick() const;
   void drawUnitOfMeasurement(Canvas& canvas, double side) const;
   void drawNeedle(Canvas& canvas, double side) const;
+  /// The part of the needle's length, from the screw, that a number takes; empty without one.
+  struct Gap {
+    double from = 0;
+    double to = 0;
+  };
+  Gap gapInNeedle(Canvas& canvas, double side, double angle) const;
 
   float value_ = 0;
+  /// -1 below the range, 1 above it.
+  int beyond_ = 0;
   bool animated_ = false;
   std::string unitOfMeasurement_;
   RepeatingTimer timer_;

@@ -39,8 +39,8 @@ EMSCRIPTEN_BINDINGS(page_shell) {
               segmentedControlTint);
   VEYLA_VALUE(AlertTextField, placeholder, text, keyboard, autocapitalizes, autocorrects);
   VEYLA_VALUE(AlertStyle, show, hide, background);
-  VEYLA_VALUE(Alert, kind, title, subtitle, textField, buttons, closeButton, color, iconTint,
-              style);
+  VEYLA_VALUE(Alert, kind, title, subtitle, textField, buttons, closeButton, duration, color,
+              iconTint, style);
 }
 
 void PageScreens::performTransition(std::string_view name) {

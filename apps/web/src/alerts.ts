@@ -9,7 +9,8 @@ import {
 } from "ionicons/icons";
 
 import type { WebApp } from "./core";
-import { giveFocus, make, makeCustom, showModal } from "./dom";
+import { giveFocus, icon, make, showModal } from "./dom";
+import { fingerPicture } from "./illustrations";
 import type { AlertField, AlertShown } from "./page";
 
 const icons: Readonly<Record<AlertShown["kind"], string>> = {
@@ -84,6 +85,7 @@ export class AlertDialogs {
     });
     dialog.style.setProperty("--alert-color", alert.color);
     dialog.style.setProperty("--alert-icon", alert.iconTint);
+    dialog.style.setProperty("--duration", `${alert.duration ?? 0}s`);
     const buttons = alert.buttons.map((text, index) =>
       this.button(text, () => {
         this.core().alerts().tapButton(id, index);
@@ -96,7 +98,9 @@ export class AlertDialogs {
         }),
       );
     }
+    for (const other of buttons.slice(1)) other.classList.add("quiet");
     const card = make("div.alert-card", { tabindex: "-1" }, this.badge(alert), title);
+    if (alert.kind === "waiting") card.append(fingerPicture());
     if (alert.subtitle) card.append(subtitle);
     card.append(...note);
     if (alert.textField) card.append(this.field(id, alert.textField));
@@ -161,10 +165,11 @@ export class AlertDialogs {
   }
 
   private badge(alert: AlertShown): HTMLElement {
-    if (alert.kind === "waiting") return make("div.badge.waiting", { "aria-hidden": "true" });
-    const icon = makeCustom("ion-icon", { "aria-hidden": "true" });
-    Object.assign(icon, { icon: icons[alert.kind] });
-    return make("div.badge", {}, icon);
+    if (alert.kind !== "waiting") return make("div.badge", {}, icon(icons[alert.kind], "kind"));
+    const badge = make("div.badge.waiting", { "aria-hidden": "true" });
+    badge.innerHTML =
+      '<svg viewBox="0 0 72 72"><circle cx="36" cy="36" r="24" pathLength="1"/></svg>';
+    return badge;
   }
 
   private button(text: string, tapped: () => void): HTMLButtonElement {

@@ -3,8 +3,10 @@ import { defineCustomElement as label } from "@ionic/core/components/ion-label.j
 import { defineCustomElement as segment } from "@ionic/core/components/ion-segment.js";
 import { defineCustomElement as segmentButton } from "@ionic/core/components/ion-segment-button.js";
 
+import { chevronDown } from "ionicons/icons";
+
 import { followPage, type WebApp } from "./core";
-import { make, makeCustom } from "./dom";
+import { icon, make, makeCustom, textButton } from "./dom";
 import { ElementViews } from "./element_views";
 import { LineChartView, SharedTime } from "./line_chart";
 import { subPage } from "./text_pages";
@@ -12,11 +14,17 @@ import { subPage } from "./text_pages";
 export class ChartsScreen {
   readonly page: HTMLElement;
 
-  constructor(app: WebApp) {
+  /** `measureNow` leads back to the measuring screen. */
+  constructor(app: WebApp, measureNow: () => void) {
     for (const define of [label, segment, segmentButton]) define();
     const time = new SharedTime();
-    const heartrate = new LineChartView(time, (axis, value) => core.heartrateAxisText(axis, value));
-    const spo2 = new LineChartView(time, (axis, value) => core.spo2AxisText(axis, value));
+    const names = app.captions();
+    const heartrate = new LineChartView(time, names.heartrate, (axis, value) =>
+      core.heartrateAxisText(axis, value),
+    );
+    const spo2 = new LineChartView(time, names.spo2, (axis, value) =>
+      core.spo2AxisText(axis, value),
+    );
     const normal = make("span.normal");
     const highlighted = make("span.highlighted", { "aria-hidden": "true" });
     const elements = new Map<string, HTMLElement>([
@@ -36,7 +44,13 @@ export class ChartsScreen {
     periods.addEventListener("ionChange", (event) => {
       core.tapSegmentPeriod(Number((event as CustomEvent<{ value: string }>).detail.value));
     });
-    const labels = make("button.choose-label", { type: "button" }, normal, highlighted);
+    const labels = make(
+      "button.choose-label",
+      { type: "button" },
+      normal,
+      highlighted,
+      icon(chevronDown, "unfold"),
+    );
     labels.addEventListener("click", () => {
       core.tapButtonLabels();
     });
@@ -48,6 +62,7 @@ export class ChartsScreen {
         make("div.chart-choices", {}, periods, labels),
         heartrate.element,
         spo2.element,
+        textButton("button.measure-now", "Measure now", measureNow),
       ),
     );
     followPage(this.page, core);

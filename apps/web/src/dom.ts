@@ -1,5 +1,4 @@
 // Small helpers for making elements.
-import { illustration } from "./illustrations";
 
 type Content = Node | string;
 
@@ -83,14 +82,6 @@ export function textButton(
   return button;
 }
 
-/** In place of what is not there yet, with the way to it. */
-export function emptyState(text: string, measureNow: () => void): HTMLElement {
-  const picture = make("div.illustration");
-  picture.innerHTML = illustration("dummyimg2.png");
-  const button = textButton("button.measure-now", "Measure now", measureNow);
-  return make("div.empty", {}, picture, make("p", {}, text), button);
-}
-
 /** Of iPhones and iPads; these say that they are Macintoshes, which have no touch screen. */
 export function isIos(): boolean {
   const { userAgent, maxTouchPoints } = window.navigator;
@@ -101,6 +92,19 @@ export function isIos(): boolean {
 
 /** Whether motion is to be avoided, because it makes the user ill. */
 export const calmer = window.matchMedia("(prefers-reduced-motion: reduce)");
+
+/** A picture beside a text, which says the same. */
+export function icon(picture: string, className: string): HTMLElement {
+  const element = makeCustom("ion-icon", { class: className, "aria-hidden": "true" });
+  Object.assign(element, { icon: picture });
+  return element;
+}
+
+/** The buttons at the foot of a sheet: the first is what most people want. */
+export function sheetButtons(...buttons: readonly HTMLElement[]): HTMLElement {
+  buttons[0]?.classList.add("primary");
+  return make("div.sheet-buttons", {}, ...buttons);
+}
 
 /** A button with a picture alone; `label` is read out. */
 export function iconButton(icon: string, label: string, tapped: () => void): HTMLElement {

@@ -1,7 +1,7 @@
 // Asks which health records may be kept, as a system's own sheet would.
 import "./list_components";
 
-import { make, makeCustom, sheetCard, showModal } from "./dom";
+import { make, makeCustom, sheetButtons, sheetCard, showModal } from "./dom";
 
 /** The kinds of records, under the names that the core knows them by. */
 export const healthRecordTexts: Readonly<Record<string, string>> = {
@@ -27,7 +27,7 @@ export function askForHealthRecords(names: readonly string[]): Promise<number> {
       dialog.remove();
       resolve(answer);
     };
-    const allow = make("button.primary", { type: "button" }, "Allow");
+    const allow = make("button", { type: "button" }, "Allow");
     allow.addEventListener("click", () => {
       finish(toggles.reduce((bits, toggle, index) => bits | (Number(toggle.checked) << index), 0));
     });
@@ -52,8 +52,7 @@ export function askForHealthRecords(names: readonly string[]): Promise<number> {
           { inset: "true" },
           ...toggles.map((toggle) => makeCustom("ion-item", {}, toggle)),
         ),
-        allow,
-        deny,
+        sheetButtons(allow, deny),
       ),
     );
     document.body.append(dialog);

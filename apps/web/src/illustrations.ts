@@ -1,4 +1,5 @@
 // The pictures of the introduction, drawn in the page's own colours.
+import { make, textButton } from "./dom";
 
 const phone = `<rect x="70" y="14" width="100" height="172" rx="18" class="body"/>
   <circle cx="100" cy="44" r="13" class="lens"/><circle cx="100" cy="44" r="6" class="glass"/>`;
@@ -27,4 +28,26 @@ export function illustration(name: string): string {
   const picture = pictures[name];
   if (!picture) return "";
   return `<svg viewBox="0 0 240 200" role="img" aria-hidden="true">${picture}</svg>`;
+}
+
+function picture(description: `div.${string}`, name: string): HTMLElement {
+  const holder = make(description);
+  holder.innerHTML = illustration(name);
+  return holder;
+}
+
+/** A finger that finds lens and light. */
+export function fingerPicture(): HTMLElement {
+  return picture("div.wait-picture", "dummyimg2.png");
+}
+
+/** A curve that somebody waits for. */
+export function curvePicture(): HTMLElement {
+  return picture("div.illustration", "dummyimg3.png");
+}
+
+/** In place of what is not there yet, with the way to it. */
+export function emptyState(text: string, measureNow: () => void): HTMLElement {
+  const button = textButton("button.measure-now", "Measure now", measureNow);
+  return make("div.empty", {}, curvePicture(), make("p", {}, text), button);
 }

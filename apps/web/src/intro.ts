@@ -1,8 +1,8 @@
 // The introduction: a full-screen dialog over whatever is shown.
-import { chevronBack, chevronForward } from "ionicons/icons";
+import { chevronBack } from "ionicons/icons";
 
 import type { IntroViewController, WebApp } from "./core";
-import { iconButton, make, showModal } from "./dom";
+import { iconButton, make, showModal, textButton } from "./dom";
 import { ElementViews } from "./element_views";
 import { illustration } from "./illustrations";
 import type { DisplayViews } from "./page";
@@ -20,7 +20,9 @@ export class IntroScreen {
   private readonly image = make("div.illustration");
   private readonly subTitle = make("p.instruction");
   private readonly back: HTMLElement;
-  private readonly next: HTMLElement;
+  private readonly next = textButton("button.onward", "Next", () => {
+    this.swipe("left");
+  });
   private readonly skip = make("button.skip", { type: "button" });
   private shown = false;
 
@@ -42,9 +44,6 @@ export class IntroScreen {
     this.back = iconButton(chevronBack, "Previous page", () => {
       this.swipe("right");
     });
-    this.next = iconButton(chevronForward, "Next page", () => {
-      this.swipe("left");
-    });
     this.skip.addEventListener("click", () => {
       this.core.buttonSkipTapped();
     });
@@ -60,8 +59,8 @@ export class IntroScreen {
           this.image,
           this.subTitle,
         ),
-        make("div.intro-foot", {}, this.back, this.dots, this.next),
-        this.skip,
+        make("div.intro-foot", {}, this.back, this.dots),
+        make("div.intro-buttons", {}, this.next, this.skip),
       ),
     );
     followSwipes(this.dialog, {
@@ -134,7 +133,8 @@ export class IntroScreen {
     this.dots.setAttribute("aria-label", `Page ${indicated + 1} of ${dots.length}`);
     this.back.toggleAttribute("disabled", current === 0);
     const isLast = current === dots.length - 1;
-    this.next.toggleAttribute("disabled", isLast);
+    this.next.hidden = isLast;
+    this.skip.classList.toggle("onward", isLast);
     this.skip.textContent = isLast ? "Done" : "Skip";
   }
 

@@ -8,6 +8,7 @@ import { fontFamily } from "../../../platform/web/canvas";
 import { adapted, dark } from "./colors";
 import type { AxisName } from "./core";
 import { make } from "./dom";
+import { curvePicture } from "./illustrations";
 import type { ChartAxisSettings, ChartSettings, ChartViews, LineData } from "./page";
 
 interface Range {
@@ -34,6 +35,8 @@ const labelWidth = 48;
 /** Of labels whose font the core leaves to the chart; seven days stand side by side on a phone. */
 const ownFont = "400 11px";
 const ownTimeFont = "400 10px";
+/** A finger that moved less, in points, has tapped. */
+const tapReach = 8;
 /** Of steps that come out a hair too long or too short. */
 const tolerance = 1e-6;
 /** Of what the core leaves to the chart. */
@@ -43,10 +46,15 @@ function colorOf(color: string | null): string {
   return adapted(color ?? ownColor);
 }
 
+/** How much larger than usual the user wants texts. */
+function textScale(): number {
+  return parseFloat(getComputedStyle(document.documentElement).fontSize) / 16;
+}
+
 /** In the page's family; `density` is for what is drawn in the screen's own pixels. */
 function cssFont(font: string | null, density = 1): string {
   const [weight = "", size = ""] = (font ?? ownFont).split(" ");
-  return `${weight} ${parseFloat(size) * density}px ${fontFamily}`;
+  return `${weight} ${parseFloat(size) * textScale() * density}px ${fontFamily}`;
 }
 
 /** A line's colour, bright enough for the ground that the page has now. */
@@ -126,7 +134,9 @@ export class SharedTime {
 export class LineChartView implements ChartViews {
   readonly element: HTMLElement;
   private readonly plotHolder = make("div.plot");
-  private readonly noData = make("p.no-data");
+  private readonly noDataText = make("p");
+  private readonly noData = make("div.no-data", {}, curvePicture(), this.noDataText);
+  private readonly summary = make("div.summary");
   private readonly legend = make("p.legend");
   private settings: ChartSettings | undefined;
   private data: LineData | undefined;
@@ -134,20 +144,25 @@ export class LineChartView implements ChartViews {
   private plot: uPlot | undefined;
   /** Of the values; the whole where there is none. */
   private closeUp: Range | undefined;
+  /** The point whose value is told, by its place. */
+  private chosen: number | undefined;
   private readonly fingers = new Map<number, PointerEvent>();
 
-  /** `axisText` asks for what stands at a value of an axis. */
+  /** `name` stands above it; `axisText` asks for what stands at a value of an axis. */
   constructor(
     private readonly time: SharedTime,
+    private readonly name: string,
     private readonly axisText: (axis: AxisName, value: number) => string,
   ) {
     time.add(this);
-    this.element = make("figure.line-chart", {}, this.plotHolder, this.noData, this.legend);
+    const parts = [this.summary, this.plotHolder, this.noData, this.legend];
+    this.element = make("figure.line-chart", {}, ...parts);
     new ResizeObserver(() => {
       this.resize();
     }).observe(this.plotHolder);
     dark.addEventListener("change", this.rebuild);
     this.followFingers();
+    this.followKeys();
   }
 
   /** To be called when its page has gone, which what it listens to would hold. */
@@ -168,7 +183,7 @@ export class LineChartView implements ChartViews {
 
   configure(settings: ChartSettings): void {
     this.settings = settings;
-    this.noData.textContent = settings.noDataText;
+    this.noDataText.textContent = settings.noDataText;
   }
 
   clear(): void {
@@ -189,16 +204,23 @@ export class LineChartView implements ChartViews {
     this.plot?.destroy();
     this.plot = undefined;
     this.closeUp = undefined;
+    this.chosen = undefined;
     const { data, settings } = this;
     const hasPoints = data !== undefined && data.entries.length > 0;
     this.noData.hidden = hasPoints;
     this.legend.hidden = !hasPoints || settings?.legendEnabled !== true;
+    this.summary.hidden = !hasPoints;
     this.plotHolder.removeAttribute("role");
+    this.plotHolder.removeAttribute("tabindex");
     if (!hasPoints || !settings) return;
     this.legend.replaceChildren(make(`span.legend-mark.${settings.legendForm}`), data.label);
     this.legend.style.setProperty("--line", lineColor(data.color));
-    this.plotHolder.setAttribute("role", "img");
+    this.plotHolder.setAttribute("role", "slider");
+    this.plotHolder.setAttribute("tabindex", "0");
     this.plotHolder.setAttribute("aria-label", this.description(data));
+    this.plotHolder.setAttribute("aria-valuemin", "1");
+    this.plotHolder.setAttribute("aria-valuemax", String(data.entries.length));
+    this.tell(undefined);
     if (this.plotHolder.clientWidth > 0) {
       const columns: uPlot.AlignedData = [
         data.entries.map(({ x }) => x),
@@ -219,6 +241,69 @@ export class LineChartView implements ChartViews {
     });
     // Up and down scrolls the page until there is something to pan to.
     this.plotHolder.style.touchAction = this.closeUp ? "none" : "pan-y";
+  }
+
+  /** Tells the value of a point; without one, the mean of all and between which they lie. */
+  private tell(point: number | undefined): void {
+    const { data } = this;
+    if (!data) return;
+    const text = (value: number): string => this.axisText(data.axisDependency, value);
+    this.chosen = point;
+    const entry = point === undefined ? undefined : data.entries[point];
+    const values = data.entries.map(({ y }) => y);
+    const mean = values.reduce((sum, value) => sum + value, 0) / values.length;
+    const range = `${text(Math.min(...values))} – ${text(Math.max(...values))}`;
+    const [what, value, beside] = entry
+      ? [this.axisText("x", entry.x), text(entry.y), ""]
+      : ["Mean", text(mean), range];
+    this.summary.replaceChildren(
+      make("h2.summary-name", {}, this.name),
+      make("span.summary-what", {}, what),
+      make("strong", {}, value),
+      make("span.summary-what", {}, beside),
+    );
+    this.plotHolder.setAttribute("aria-valuenow", String((point ?? data.entries.length - 1) + 1));
+    this.plotHolder.setAttribute("aria-valuetext", `${what} ${value} ${beside}`.trim());
+    this.plot?.redraw(false);
+  }
+
+  private followKeys(): void {
+    const ways: Readonly<Record<string, number>> = { ArrowLeft: -1, ArrowRight: 1 };
+    this.plotHolder.addEventListener("keydown", (event) => {
+      const way = ways[event.key];
+      const last = (this.data?.entries.length ?? 0) - 1;
+      if (way === undefined || last < 0) return;
+      event.preventDefault();
+      const next = this.chosen === undefined ? last : this.chosen + way;
+      this.tell(Math.min(Math.max(next, 0), last));
+    });
+  }
+
+  /** A tap on the chosen point gives it up. */
+  private tapAt(clientX: number): void {
+    const { plot } = this;
+    if (!plot) return;
+    const point = plot.posToIdx(clientX - plot.over.getBoundingClientRect().left);
+    this.tell(point === this.chosen ? undefined : point);
+  }
+
+  private drawChosen(plot: uPlot, data: LineData): void {
+    const entry = this.chosen === undefined ? undefined : data.entries[this.chosen];
+    if (!entry) return;
+    const { ctx, bbox } = plot;
+    const x = plot.valToPos(entry.x, "x", true);
+    ctx.save();
+    ctx.strokeStyle = ctx.fillStyle = lineColor(data.color);
+    ctx.lineWidth = window.devicePixelRatio;
+    ctx.beginPath();
+    ctx.moveTo(x, bbox.top);
+    ctx.lineTo(x, bbox.top + bbox.height);
+    ctx.stroke();
+    ctx.beginPath();
+    const radius = (data.circleRadius + 1) * window.devicePixelRatio;
+    ctx.arc(x, plot.valToPos(entry.y, "y", true), radius, 0, 2 * Math.PI);
+    ctx.fill();
+    ctx.restore();
   }
 
   /** What a screen reader says: the line's name, and its last points. */
@@ -313,6 +398,7 @@ export class LineChartView implements ChartViews {
         draw: [
           (plot): void => {
             this.drawTimes(plot, xAxis);
+            this.drawChosen(plot, data);
             this.drawTexts(plot, settings, data);
           },
         ],
@@ -340,7 +426,8 @@ export class LineChartView implements ChartViews {
    */
   private timesAtAxis(): number[] {
     const { start, shown } = this.time;
-    const labels = Math.max(1, Math.floor(this.plotHolder.clientWidth / labelWidth));
+    const room = this.plotHolder.clientWidth / (labelWidth * textScale());
+    const labels = Math.max(1, Math.floor(room));
     const isHeeded = this.settings?.xAxis.hasGranularity && Number.isFinite(this.granularity);
     const granularity = isHeeded ? this.granularity : 0;
     const least = Math.max(granularity, lengthOf(shown) / labels);
@@ -422,14 +509,22 @@ export class LineChartView implements ChartViews {
 
   private followFingers(): void {
     const holder = this.plotHolder;
+    /** Where a finger came down that has done nothing but rest there. */
+    let rested: PointerEvent | undefined;
     holder.addEventListener("pointerdown", (event) => {
       holder.setPointerCapture(event.pointerId);
       this.fingers.set(event.pointerId, event);
+      rested = this.fingers.size === 1 ? event : undefined;
     });
     const lift = (event: PointerEvent): void => {
       this.fingers.delete(event.pointerId);
     };
-    holder.addEventListener("pointerup", lift);
+    holder.addEventListener("pointerup", (event) => {
+      lift(event);
+      if (rested?.pointerId !== event.pointerId) return;
+      const way = Math.hypot(event.clientX - rested.clientX, event.clientY - rested.clientY);
+      if (way < tapReach) this.tapAt(event.clientX);
+    });
     holder.addEventListener("pointercancel", lift);
     holder.addEventListener("pointermove", (event) => {
       const before = this.fingers.get(event.pointerId);

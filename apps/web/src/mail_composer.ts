@@ -11,7 +11,7 @@ import {
   type SharedMail,
 } from "../../../platform/web/sharing";
 import { adapted } from "./colors";
-import { make, sheetCard, showModal, textButton } from "./dom";
+import { make, sheetButtons, sheetCard, showModal, textButton } from "./dom";
 import { saveAsFile } from "./files";
 
 export class MailComposer {
@@ -41,36 +41,33 @@ export class MailComposer {
     );
     const title = make("h2", { id: "composer-title" }, "New mail");
     title.style.color = mail.titleColor === null ? "" : adapted(mail.titleColor);
-    const ways = make("div.sheet-buttons");
-    const card = sheetCard(
-      title,
-      fields,
-      make("pre.mail-body", { tabindex: "0", "aria-label": "Text" }, bodyText(mail)),
-      ...files,
-      ways,
-    );
-    // The phone's own way is the main one, where there is one.
-    const shares = canShare(mail);
-    if (shares) {
-      ways.append(
-        textButton("button.primary", "Share …", () => {
-          void share(mail).then(([result, reason]) => {
-            // Whoever turns back may want another way.
-            if (result !== "cancelled") finish(result, reason);
-          });
-        }),
-      );
-    }
-    ways.append(
-      textButton(shares ? "button" : "button.primary", "Open mail app", () => {
+    const buttons = [
+      textButton("button", "Open mail app", () => {
         // A mail program's address takes no files: they are saved, to be attached there.
         for (const file of mail.attachments) saveAsFile(file.fileName, file.mimeType, file.data);
         openAddress(mailAddress(mail));
         finish("saved");
       }),
-      textButton("button.quiet", "Cancel", () => {
+      textButton("button.cancel", "Cancel", () => {
         finish("cancelled");
       }),
+    ];
+    // The phone's own way is the main one, where there is one.
+    if (canShare(mail)) {
+      const shareButton = textButton("button", "Share …", () => {
+        void share(mail).then(([result, reason]) => {
+          // Whoever turns back may want another way.
+          if (result !== "cancelled") finish(result, reason);
+        });
+      });
+      buttons.unshift(shareButton);
+    }
+    const card = sheetCard(
+      title,
+      fields,
+      make("pre.mail-body", { tabindex: "0", "aria-label": "Text" }, bodyText(mail)),
+      ...files,
+      sheetButtons(...buttons),
     );
     card.style.setProperty("--bar-tint", adapted(mail.tint));
     dialog.append(card);

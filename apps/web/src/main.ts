@@ -137,7 +137,9 @@ async function start(): Promise<void> {
     },
     async chart() {
       const { ChartsScreen } = await import("./charts");
-      return new ChartsScreen(core()).page;
+      return new ChartsScreen(core(), () => {
+        navigator.popToFirst();
+      }).page;
     },
     async settings() {
       const { OptionsScreen } = await import("./options");

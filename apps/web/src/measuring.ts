@@ -12,9 +12,9 @@ import {
 } from "ionicons/icons";
 
 import type { Captions, WebApp } from "./core";
-import { calmer, iconButton, make, makeCustom, textButton } from "./dom";
+import { calmer, icon, iconButton, make, makeCustom, textButton } from "./dom";
 import { ElementViews } from "./element_views";
-import { illustration } from "./illustrations";
+import { fingerPicture } from "./illustrations";
 import type { DisplayViews, EndingViews } from "./page";
 import { followSwipes } from "./swipes";
 import { Widget } from "./widget";
@@ -107,10 +107,12 @@ export class MeasuringScreen {
   readonly ending: EndingViews = {
     measurementBegan: () => {
       this.page.classList.remove("has-finished");
+      this.page.classList.add("under-way");
       this.result = "";
       this.sayResult();
     },
     measurementEnded: (end) => {
+      this.page.classList.remove("under-way");
       if (end === "finished") {
         this.page.classList.add("has-finished");
         const values = [heartrate, spo2].map((names) => {
@@ -317,11 +319,9 @@ export class MeasuringScreen {
 
   /** Until the curve comes. */
   private wait(): HTMLElement {
-    const picture = make("div.wait-picture");
-    picture.innerHTML = illustration("dummyimg2.png");
     const bar = make("div.wait-bar", {}, make("i"));
     const turns = make("div.wait-hints", {}, ...hints.map((hint) => make("p", {}, hint)));
-    return make("div.wait", { "aria-hidden": "true" }, picture, bar, turns);
+    return make("div.wait", { "aria-hidden": "true" }, fingerPicture(), bar, turns);
   }
 
   private sayResult(): void {
@@ -343,14 +343,12 @@ export class MeasuringScreen {
 
   /** From the end of a measurement to its labels in one tap. */
   private labelButton(): HTMLElement {
-    const icon = makeCustom("ion-icon", { "aria-hidden": "true" });
-    Object.assign(icon, { icon: pricetagOutline });
     const button = textButton("button.label-result", "Label", () => {
       this.wantsLabel = true;
       this.core().measuring().swipeRight();
     });
     button.ariaLabel = "Label this measurement";
-    button.prepend(icon);
+    button.prepend(icon(pricetagOutline, "tag"));
     return button;
   }
 

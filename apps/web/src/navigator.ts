@@ -71,6 +71,11 @@ export class Navigator {
     this.go("out", () => this.nav.pop());
   }
 
+  /** Through all of the pages that lie over the first one. */
+  popToFirst(): void {
+    this.go("out", () => this.nav.popTo(0));
+  }
+
   setBackSwipeEnabled(enabled: boolean): void {
     this.nav.swipeGesture = enabled;
   }

@@ -1,6 +1,6 @@
 // Tells what the browser keeps from working, and what to do about it.
 import type { WebApp } from "./core";
-import { isIos, make, sheetCard, showModal } from "./dom";
+import { isIos, make, sheetButtons, sheetCard, showModal } from "./dom";
 import { saveAsFile } from "./files";
 
 interface Action {
@@ -15,12 +15,17 @@ let notices = 0;
 const close: Action = { title: "Close", closes: true, run: () => undefined };
 
 /** One that nothing but its actions ends has no `close` among them. */
-function showNotice(title: string, line: string, actions: readonly Action[] = [close]): void {
+function showNotice(
+  title: string,
+  line: string,
+  actions: readonly Action[] = [close],
+  look: "notice-sheet" | "notice-sheet.resting" = "notice-sheet",
+): void {
   // Several changes that fail together have one reason.
   const shown = [...document.querySelectorAll("dialog.notice-sheet p")];
   if (shown.some(({ textContent }) => textContent === line)) return;
   const id = `notice-title-${++notices}`;
-  const dialog = make("dialog.sheet.notice-sheet", { role: "alertdialog", "aria-labelledby": id });
+  const dialog = make(`dialog.sheet.${look}`, { role: "alertdialog", "aria-labelledby": id });
   const buttons = actions.map((action) => {
     const button = make("button", { type: "button" }, action.title);
     button.addEventListener("click", () => {
@@ -29,7 +34,9 @@ function showNotice(title: string, line: string, actions: readonly Action[] = [c
     });
     return button;
   });
-  dialog.append(sheetCard(make("h2", { id }, title), make("p", {}, line), ...buttons));
+  dialog.append(
+    sheetCard(make("h2", { id }, title), make("p", {}, line), sheetButtons(...buttons)),
+  );
   dialog.addEventListener("cancel", (event) => {
     if (!actions.includes(close)) event.preventDefault();
   });
@@ -100,6 +107,7 @@ export function showTakenOver(takeOverAgain: () => void): void {
     "Continued in another window",
     "Another window or tab of this browser measures and keeps the results now. This one is at rest.",
     [{ title: "Use it here", closes: false, run: takeOverAgain }],
+    "notice-sheet.resting",
   );
 }
 

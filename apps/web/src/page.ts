@@ -57,6 +57,8 @@ export interface AlertShown {
   readonly subtitle: string;
   readonly buttons: readonly string[];
   readonly closeButton: string | null;
+  /** Seconds after which it goes by itself; null for never. */
+  readonly duration: number | null;
   readonly textField: AlertField | null;
   readonly color: string;
   readonly iconTint: string;

@@ -1,5 +1,5 @@
 // Asks once whether the user would rate the application.
-import { make, sheetCard, showModal } from "./dom";
+import { make, sheetButtons, sheetCard, showModal } from "./dom";
 
 export function showRatingPrompt(rate: () => void): void {
   const dialog = make("dialog.sheet", { "aria-labelledby": "rating-title" });
@@ -7,7 +7,7 @@ export function showRatingPrompt(rate: () => void): void {
     dialog.close();
     dialog.remove();
   };
-  const yes = make("button.primary", { type: "button" }, "Rate Veyla");
+  const yes = make("button", { type: "button" }, "Rate Veyla");
   yes.addEventListener("click", () => {
     close();
     rate();
@@ -18,8 +18,7 @@ export function showRatingPrompt(rate: () => void): void {
     sheetCard(
       make("h2", { id: "rating-title" }, "Do you like Veyla?"),
       make("p", {}, "A rating helps others to find it."),
-      yes,
-      no,
+      sheetButtons(yes, no),
     ),
   );
   document.body.append(dialog);

@@ -21,8 +21,9 @@ import {
   type TableCell,
   type WebApp,
 } from "./core";
-import { calmer, emptyState, iconButton, make, makeCustom, textButton } from "./dom";
+import { calmer, iconButton, make, makeCustom, textButton } from "./dom";
 import { homeCard } from "./home_card";
+import { emptyState } from "./illustrations";
 import type { ResultsViews } from "./page";
 
 /** Rows that are made at a time: a long history is made as far as somebody scrolls. */

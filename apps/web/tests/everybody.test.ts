@@ -74,7 +74,7 @@ it.each<Visitor & { readonly name: string; readonly letters?: number }>([
   await check("labels", page.getByRole("checkbox", { name: "Resting" }));
   await page.locator(".chooser .close").click();
   await visit.tap("Chart");
-  await check("charts", page.getByRole("img", { name: /^spo2/ }));
+  await check("charts", page.getByRole("slider", { name: /^spo2/ }));
   await visit.tap("Back");
   await visit.settled();
   await page.locator(".results .bar-button").first().click();
@@ -150,7 +150,7 @@ it("nothing moves for those whom motion makes ill", async () => {
   await visit.button("START").waitFor();
   await visit.open("options");
   await page.getByText("Introduction", { exact: true }).click();
-  await visit.tap("Next page");
+  await visit.tap("Next");
   await visit.heading("Step 2: Ready").waitFor();
   await visit.tap("Skip");
   const properties = await changed.evaluate((all) => [...all]);

@@ -210,6 +210,15 @@ it("charts daily means by period and label, both at one time, to be dragged and 
       .poll(async () => (await pictures()).filter((each, chart) => each === before[chart]))
       .toEqual([]);
 
+  // A day's value, by keys and by a tap.
+  const summary = page.locator(".summary").first();
+  expect(await summary.textContent()).toBe("Heart rateMean86.283 – 90.5");
+  await first.press("ArrowRight");
+  await first.press("ArrowLeft");
+  expect(await summary.textContent()).toMatch(/^Heart rate\d.*\D88$/);
+  await plots.first().tap({ position: { x: 2, y: 40 } });
+  await expect.poll(() => summary.textContent()).toMatch(/83$/);
+
   const week = await pictures();
   await page
     .locator("ion-segment-button")
@@ -235,4 +244,6 @@ it("charts daily means by period and label, both at one time, to be dragged and 
   await visit.tap("Training (Before)");
   await page.getByText("Not enough heartrate data").waitFor();
   await page.getByText("Not enough SpO2 data").waitFor();
+  await visit.tap("Measure now");
+  await visit.button("START").waitFor();
 });

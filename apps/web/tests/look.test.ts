@@ -27,17 +27,63 @@ function inkOf(visit: Visit, widget: string): Promise<{ covered: number; bright:
   });
 }
 
+const white = "#fff";
+/** By the least contrast: what stands on which ground, by the names of the page's colours. */
+const contrasts: readonly (readonly [least: number, front: string, ...grounds: string[]])[] = [
+  [4.5, "ink", "ground", "panel", "chip", "group", "raised", "raised-control"],
+  [4.5, "soft-ink", "ground", "panel", "group", "group-ground", "raised"],
+  [4.5, "accent-text", "ground", "panel", "group", "raised"],
+  [4.5, white, "accent", "stop", "bar-top"],
+  // START's letters are large.
+  [3, white, "control"],
+  [3, "edge", "ground", "panel", "group", "raised", "raised-control"],
+  [3, "control", "ground", "panel", "group", "raised"],
+  [3, "stop", "ground"],
+  [3, "good", "ground", "panel"],
+  // The other dots, by their edge, and the one that is current.
+  [3, "page-current-dot", "page-dots-ground"],
+  [3, "edge", "page-dots-ground"],
+];
+
+/** Those of them that stand out less, each with its contrast. */
+function faint(rows: typeof contrasts): string[] {
+  const probe = document.body.appendChild(document.createElement("i"));
+  const luminance = (color: string): number => {
+    probe.style.color = color.startsWith("#") ? color : `var(--${color})`;
+    const parts = getComputedStyle(probe).color.match(/[\d.]+/g) ?? [];
+    const [red = NaN, green = NaN, blue = NaN] = parts.map((part) => {
+      const value = Number(part) / 255;
+      return value <= 0.04045 ? value / 12.92 : ((value + 0.055) / 1.055) ** 2.4;
+    });
+    return 0.2126 * red + 0.7152 * green + 0.0722 * blue;
+  };
+  const contrast = (one: string, other: string): number => {
+    const [dark = NaN, bright = NaN] = [luminance(one), luminance(other)].sort((a, b) => a - b);
+    return (bright + 0.05) / (dark + 0.05);
+  };
+  return rows.flatMap(([least, front, ...grounds]) =>
+    grounds
+      .filter((ground) => !(contrast(front, ground) >= least))
+      .map((ground) => `${front} on ${ground}: ${contrast(front, ground).toFixed(2)}`),
+  );
+}
+
+it.each(["light", "dark"] as const)("texts and controls stand out, %s", async (colorScheme) => {
+  const { page } = await visitPage({ colorScheme });
+  expect(await page.evaluate(faint, contrasts)).toEqual([]);
+});
+
 it("shows what the core says", async () => {
   const now = Math.floor(Date.now() / 1000);
   const visit = await visitPage({ stored: storedHistory([{ hr: 60, spo2: 97, date: now }]) });
   const { page } = visit;
-  const white = "rgb(255, 255, 255)";
+  const pureWhite = "rgb(255, 255, 255)";
   const red = "rgb(255, 0, 0)";
 
   // The measuring screen, by day and by night, and the introduction.
   const texts = await page.locator(".measuring :is(h2, .unit, .round)").allTextContents();
   expect(texts.join()).toBe("Heart rate,SpO₂,BPM,%,Last measurement,BPM,%,Pulse,START,STOP");
-  await expectShown(visit, { ".measuring ion-title color": white });
+  await expectShown(visit, { ".measuring ion-title color": pureWhite });
   const day = await inkOf(visit, "gaugeHR");
   expect(day).not.toEqual(await inkOf(visit, "gaugeSpo2"));
   expect((await inkOf(visit, "circleprogressSpo2")).covered).toBeGreaterThan(0.3);
@@ -49,7 +95,7 @@ it("shows what the core says", async () => {
   await page.getByText("Introduction", { exact: true }).click();
   await visit.still();
   await expectShown(visit, {
-    ".dots background-color": white,
+    ".dots background-color": pureWhite,
     ".dot.current background-color": "rgb(200, 2, 0)",
     ".dot:not(.current) background-color": "rgb(170, 170, 170)",
   });

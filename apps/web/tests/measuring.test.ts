@@ -15,7 +15,7 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   for (const title of ["Step 1: Calibrate", "Step 2: Ready", "Step 3: Wait", "Step 4: Done"]) {
     await visit.heading(title).waitFor();
     await visit.inspect(`intro-${title.slice(5, 6)}`);
-    if (await visit.button("Next page").isEnabled()) await visit.tap("Next page");
+    if (await visit.button("Next").isVisible()) await visit.tap("Next");
   }
   // It stays, whoever asks to leave it.
   await page.keyboard.press("Escape");
@@ -31,6 +31,12 @@ it("a finger is measured at the first visit, after introduction and notice", asy
 
   await expect.poll(() => visit.element("labelGrey").textContent()).toContain("Tap START");
   await visit.inspect("measuring-initial");
+  // Caption and box are one control.
+  const box = page.getByRole("checkbox", { name: "Measure heart rate" });
+  for (const checked of ["false", "true"]) {
+    await page.locator(".caption").first().click({ force: true });
+    expect(await box.getAttribute("aria-checked")).toBe(checked);
+  }
   // No picture in between: taking one keeps frames from being taken.
   await visit.startMeasuring();
   await page.locator(".wait-bar").waitFor();
@@ -55,6 +61,14 @@ it("a finger is measured at the first visit, after introduction and notice", asy
 
   const shown = [hr, spo2].map((value) => value.toFixed(0));
   expect(await page.locator(".last-value .number").allTextContents()).toEqual(shown);
+
+  // One tap leads to its labels.
+  await visit.tap("Label this measurement");
+  await page.getByRole("checkbox", { name: "Resting" }).click();
+  expect((await visit.values())[0]?.labels[0]).toBe(true);
+  await page.locator(".chooser .close").click();
+  await page.locator(".results .bar-button").first().click();
+  await visit.settled();
 
   // A health record of each value that is allowed to become one.
   await visit.tap("Options");
