@@ -1,7 +1,6 @@
 // The built page in a real browser at a phone's size, with a recording as its camera.
 import { readFileSync } from "node:fs";
 import { createRequire } from "node:module";
-import { fileURLToPath } from "node:url";
 
 import type { AxeResults } from "axe-core";
 import {
@@ -12,11 +11,10 @@ import {
   type Locator,
   type Page,
 } from "playwright-core";
-import { preview, type PreviewServer } from "vite";
+import type { PreviewServer } from "vite";
 import { afterAll, expect, onTestFinished } from "vitest";
 
-const root = fileURLToPath(new URL("..", import.meta.url));
-const build = fileURLToPath(new URL("../../../build/", import.meta.url));
+import { addTorch, build, serveSite } from "./site";
 
 const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
 
@@ -232,33 +230,6 @@ export class Visit {
   }
 }
 
-/** Stands in for what no generated camera has, at the edge of the track: a torch, and a mode beside it. */
-function addTorch(kind: true | "broken"): void {
-  const lit = new WeakSet<MediaStreamTrack>();
-  const light = (track: MediaStreamTrack, on: boolean): void => {
-    if (lit.has(track) === on || kind === "broken") return;
-    if (on) lit.add(track);
-    else lit.delete(track);
-    window.lights.push(on);
-  };
-  const tracks = MediaStreamTrack.prototype;
-  const own = Object.getOwnPropertyDescriptors(tracks);
-  const capabilities: object = { torch: true, exposureMode: ["continuous"] };
-  tracks.getCapabilities = (): MediaTrackCapabilities => capabilities;
-  tracks.getSettings = function (): MediaTrackSettings {
-    return { ...own.getSettings.value?.call(this), torch: lit.has(this) };
-  };
-  tracks.applyConstraints = function (constraints): Promise<void> {
-    const [{ torch } = {}] = (constraints?.advanced ?? []) as { torch?: boolean }[];
-    if (torch !== undefined) light(this, torch);
-    return Promise.resolve();
-  };
-  tracks.stop = function (): void {
-    own.stop.value?.call(this);
-    light(this, false);
-  };
-}
-
 /** Prepares the page to be followed, and to be told what no test browser has. */
 function follow(): void {
   const setInFront = (inFront: boolean): void => {
@@ -319,16 +290,9 @@ export async function visitPage(visitor: Visitor = {}): Promise<Visit> {
   const camera = visitor.camera ?? "72";
   const browser = browsers.get(camera) ?? launch(camera);
   browsers.set(camera, browser);
-  const configFile = `${root}${visitor.byPhone ? "phone/" : ""}vite.config.ts`;
-  const server =
-    servers.get(configFile) ??
-    preview({
-      root,
-      configFile,
-      preview: { host: "127.0.0.1", port: 0, allowedHosts: ["veyla.test"] },
-      logLevel: "warn",
-    });
-  servers.set(configFile, server);
+  const config = `${visitor.byPhone ? "phone/" : ""}vite.config.ts`;
+  const server = servers.get(config) ?? serveSite(config);
+  servers.set(config, server);
   const context = await (
     await browser
   ).newContext({

@@ -5,14 +5,12 @@ import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "nod
 import { createServer } from "node:net";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
-import { fileURLToPath } from "node:url";
 
 import puppeteer from "puppeteer-core";
-import { preview, type PreviewServer } from "vite";
+import type { PreviewServer } from "vite";
 import type { TestContext } from "vitest";
 
-const root = fileURLToPath(new URL("..", import.meta.url));
-const build = fileURLToPath(new URL("../../../build/", import.meta.url));
+import { addTorch, build, serveSite } from "./site";
 
 export const engines = ["chromium", "firefox", "webkit"] as const;
 
@@ -224,34 +222,11 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
       brush.fillRect(0, 0, canvas.width, Math.round((mean % 1) * canvas.height));
     });
   };
+  setInterval(paint, 33);
   // On the prototype: WebKit makes the object itself anew, and what was set on it is lost.
   MediaDevices.prototype.getUserMedia = function (): Promise<MediaStream> {
     if (camera === "refused") return Promise.reject(new DOMException("", "NotAllowedError"));
-    const stream = canvas.captureStream(30);
-    const painting = setInterval(paint, 33);
-    const [track] = stream.getVideoTracks();
-    if (!track) return Promise.reject(new DOMException("", "NotFoundError"));
-    let torch = false;
-    const light = (on: boolean): void => {
-      if (on !== torch) lights.push((torch = on));
-    };
-    const settings = track.getSettings();
-    const stop = track.stop.bind(track);
-    Object.assign(track, {
-      getCapabilities: () => (camera === "lit" ? { torch: true } : {}),
-      getSettings: () => ({ ...settings, torch }),
-      applyConstraints(constraints: MediaTrackConstraints) {
-        const [{ torch: on } = {}] = (constraints.advanced ?? []) as { torch?: boolean }[];
-        if (on !== undefined) light(on);
-        return Promise.resolve();
-      },
-      stop() {
-        clearInterval(painting);
-        light(false);
-        stop();
-      },
-    });
-    return Promise.resolve(stream);
+    return Promise.resolve(canvas.captureStream(30));
   };
 }
 
@@ -261,30 +236,27 @@ function serve(visitor: Visitor): Promise<PreviewServer> {
     "<head>",
     '<head><script src="./stand-in.js"></script>',
   );
-  return preview({
-    root,
-    configFile: `${root}vite.config.ts`,
-    preview: { host: "127.0.0.1", port: 0 },
-    logLevel: "warn",
-    plugins: [
-      {
-        name: "stand-in",
-        configurePreviewServer({ middlewares }): void {
-          middlewares.use((request, response, next) => {
-            const path = request.url?.replace(/\?.*/, "");
-            if (path !== "/" && path !== "/stand-in.js") {
-              next();
-              return;
-            }
-            response.setHeader("Content-Type", path === "/" ? "text/html" : "text/javascript");
-            const { camera, stored } = visitor;
-            const script = `(${standIn.toString()})(${JSON.stringify({ camera, stored })})`;
-            response.end(path === "/" ? page : script);
-          });
-        },
+  return serveSite(undefined, [
+    {
+      name: "stand-in",
+      configurePreviewServer({ middlewares }): void {
+        middlewares.use((request, response, next) => {
+          const path = request.url?.replace(/\?.*/, "");
+          if (path !== "/" && path !== "/stand-in.js") {
+            next();
+            return;
+          }
+          response.setHeader("Content-Type", path === "/" ? "text/html" : "text/javascript");
+          const { camera, stored } = visitor;
+          const calls = [`(${standIn.toString()})(${JSON.stringify({ camera, stored })});`];
+          // WebKit's own camera has a torch.
+          if (camera !== "own") calls.push(`(${addTorch.toString()})(${camera !== "dark"});`);
+          const script = calls.join("\n");
+          response.end(path === "/" ? page : script);
+        });
       },
-    ],
-  });
+    },
+  ]);
 }
 
 export class EngineVisit {
