@@ -22,7 +22,7 @@ constexpr double labelRadius = 0.335;
 constexpr double labelMargin = 0.012;
 /// Of what points on where the value lies beyond the scale: half its height, and how far after the
 /// rim's end, in degrees.
-constexpr double markSize = 0.022;
+constexpr double markSize = 0.025;
 constexpr double markDistance = 4;
 constexpr double unitDistance = 0.2;
 constexpr double scaleShadowDistance = 0.006;
@@ -188,7 +188,7 @@ void WMGaugeView::drawMarkBeyond(Canvas& canvas, double side) const {
   canvas.translate(0, -rimRadius * side);
   canvas.beginPath();
   canvas.moveTo(0, -markSize * side);
-  canvas.lineTo(beyond_ * 1.6 * markSize * side, 0);
+  canvas.lineTo(beyond_ * 2.2 * markSize * side, 0);
   canvas.lineTo(0, markSize * side);
   canvas.closePath();
   canvas.fill(accentRed);

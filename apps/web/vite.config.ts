@@ -22,7 +22,11 @@ function fileListForServiceWorker(): Plugin {
     apply: "build",
     closeBundle(): void {
       const worker = join(outDir, "service-worker.js");
-      const files = filesIn(outDir).filter((file) => file !== worker);
+      // Shown by whoever installs it, not by the application.
+      const unwanted = [worker, join(outDir, "screenshots")];
+      const files = filesIn(outDir).filter(
+        (file) => !unwanted.some((each) => file.startsWith(each)),
+      );
       const hash = createHash("sha256");
       for (const file of files) hash.update(readFileSync(file));
       const names = ["./", ...files.map((file) => relative(outDir, file).replaceAll("\\", "/"))];

@@ -64,7 +64,7 @@ TEST(PictureTest, Gauges) {
   other.scaleSubdivisionsWidth = 0.01F;
   other.needleStyle = other.needleScrewStyle = 0;
   other.showScaleShadow = other.showUnitOfMeasurement = other.showInnerBackground = true;
-  other.setValue(100, false);
+  other.setValue(101, false);
   // Nothing to divide, nothing to point to.
   empty.maxValue = empty.minValue;
   empty.innerBackgroundStyle = 0;
