@@ -155,6 +155,8 @@ calls_of() { # calls, command; a line for each that writes or reads what is ours
   shift
   again
   trace "$1" -y -o calls -e trace="$calls" "$program" "$@" >/dev/null 2>&1
+  # An output that is not on the disk when it takes its name is lost with the power.
+  ! grep -qE 'rename[^ ]*\(.*\.part' calls || grep -qE 'f(data)?sync\([0-9]+<[^>]*\.part' calls || touch unsynced
   for output in out*; do cp "$output" "new-$output"; done
   entries >after
   sed 's/^[0-9][0-9]* *//' calls | awk -F'(' -v work="<$work/" '
@@ -193,6 +195,8 @@ kill_at_every_call() { # command
     isUntouched || [ "$(sqlite3 "$data/veyla.db" 'PRAGMA integrity_check' 2>&1)" = ok ] || wrong "$line: damaged store"
     look_at_outputs "$line"
   done < <(calls_of $writing "$@")
+  [ ! -e unsynced ] || wrong "$*: an output takes its name before it is synchronized"
+  rm -f unsynced
 }
 settle() { # status, what was done: the promised status in one line, what is told is so, nothing lies about
   local -i status=$1 lines told=0 changed=0

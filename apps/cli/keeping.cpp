@@ -15,7 +15,8 @@ Keeping::Keeping(bool save, const std::string& dataFolder, const FhirHealthStore
   folder_ = dataFolderOf(dataFolder);
   auto store = std::make_unique<SqliteKeyValueStore>(folder_);
   auto healthStore = std::make_unique<FhirHealthStore>(folder_, *store, uuids_, ask);
-  if (healthStore->repair()) complain(*healthStore->repair());
+  toldRepair_ = healthStore->repair();
+  if (toldRepair_) complain(*toldRepair_);
   store->understands = Utils::mayStand;
   store->gatherChanges();
   healthStore->hold();
@@ -28,6 +29,7 @@ Keeping::Keeping(bool save, const std::string& dataFolder, const FhirHealthStore
 bool Keeping::finish(const MeasurementReport& report) {
   if (!stored_) return true;
   stored_->synchronize();
+  if (healthStore_->repair() != toldRepair_) complain(*healthStore_->repair());
   bool kept = true;
   for (const auto& failure : {stored_->failure(), healthStore_->failure()}) {
     if (!failure) continue;

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "apps/cli/measurement_run.h"
@@ -39,6 +40,7 @@ class Keeping {
   /// The same where it is a file.
   SqliteKeyValueStore* stored_ = nullptr;
   std::unique_ptr<FhirHealthStore> healthStore_;
+  std::optional<std::string> toldRepair_;
 };
 
 }  // namespace veyla

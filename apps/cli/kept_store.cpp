@@ -1,12 +1,15 @@
 #include "apps/cli/kept_store.h"
 
 #include "platform/linux/data_folder.h"
+#include "platform/linux/output_file.h"
 #include "platform/linux/recording_source.h"
 
 namespace veyla {
 
 std::filesystem::path dataFolderOf(const std::string& option) {
-  return option.empty() ? defaultDataFolder() : std::filesystem::path(option);
+  const auto folder = option.empty() ? defaultDataFolder() : std::filesystem::path(option);
+  keepOutputsFrom(folder);
+  return folder;
 }
 
 std::unique_ptr<SqliteKeyValueStore> openKeptStore(const std::string& option,

@@ -475,7 +475,6 @@ int main(int argc, char** argv) {
         veyla::requireApart("--log", measureOptions.logFile, input);
         veyla::requireApart("--snapshot", measureOptions.pictures.snapshotFile, input);
       }
-      veyla::requireNoKeptData(measureOptions.logFile);
       return veyla::runMeasure(measureOptions);
     });
   });

@@ -156,6 +156,7 @@ ExitStatus measure(const MeasureOptions& options, const std::string& input) {
           : openRecording(input, options.request.start);
   const SettingsSource settings(options.settingsFolder, options.request.device);
   Keeping keeping(options.save, options.dataFolder, askForHealthRecords);
+  requireNoKeptData(options.logFile);
   TimedQueue queue(options.realtime ? TimedQueue::Pace::wall : TimedQueue::Pace::recording);
   WallClock clock;
   Logging logging(options, clock, queue);

@@ -68,6 +68,12 @@ void writeWhole(int descriptor, std::string_view text, const std::filesystem::pa
   check(fsync(descriptor) == 0, file);
 }
 
+/// A new file's name must last as well.
+void synchronizeFolder(const std::filesystem::path& file) {
+  const Descriptor folder(open(file.parent_path().c_str(), O_RDONLY | O_CLOEXEC));
+  check(folder.number() >= 0 && fsync(folder.number()) == 0, file);
+}
+
 /// What follows the last line end.
 std::string unendedLine(int descriptor, const std::filesystem::path& file) {
   off_t lineStart = lseek(descriptor, 0, SEEK_END);
@@ -101,9 +107,16 @@ std::optional<std::string> mendEnd(int descriptor, const std::filesystem::path& 
            ": its last line had no end and has been given it; nothing is left to do";
   }
   const std::filesystem::path aside = file.string() + FhirHealthStore::asideSuffix;
-  const Descriptor kept(open(aside.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600));
-  check(kept.number() >= 0, aside);
+  // A link would lead into another file, and a pipe would be waited for.
+  constexpr int ownFile = O_CREAT | O_NOFOLLOW | O_NONBLOCK;
+  const Descriptor kept(open(aside.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | ownFile, 0600));
+  struct stat found {};
+  const bool isOpen = kept.number() >= 0 && fstat(kept.number(), &found) == 0;
+  const bool isForeign = isOpen ? !S_ISREG(found.st_mode) : errno == ELOOP || errno == ENXIO;
+  if (isForeign) throw StoreError(notRegular(aside));
+  check(isOpen, aside);
   writeWhole(kept.number(), line + "\n", aside);
+  synchronizeFolder(aside);
   const off_t size = lseek(descriptor, 0, SEEK_END);
   check(ftruncate(descriptor, size - static_cast<off_t>(line.size())) == 0, file);
   check(fsync(descriptor) == 0, file);
@@ -184,7 +197,7 @@ void FhirHealthStore::append(const std::string& line) {
       open(file_.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600));
   checkAndLock(file, LOCK_EX, file_);
   // Another program may have been cut off since this one opened the file.
-  mendEnd(file.number(), file_);
+  if (auto mended = mendEnd(file.number(), file_)) repair_ = std::move(mended);
   const off_t size = lseek(file.number(), 0, SEEK_END);
   check(size >= 0, file_);
 

@@ -1,11 +1,14 @@
 #include "platform/linux/log_file.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cmath>
 #include <ctime>
 
 #include "platform/format.h"
 #include "platform/linux/file_problem.h"
+#include "platform/linux/output_file.h"
 
 namespace veyla {
 
@@ -34,8 +37,11 @@ FileLog::FileLog(const std::string& path, const Clock& clock, const MainQueue& q
       clock_(clock),
       queue_(queue),
       start_(start),
-      file_(path == "-" ? stderr : std::fopen(path.c_str(), "ae")) {
-  if (!file_) failure_ = fileProblem(path_, errno, place_);
+      file_(path == "-" ? stderr : nullptr) {
+  if (file_) return;
+  const int opened = openInPlace(path, O_WRONLY | O_APPEND | O_CREAT);
+  if (opened >= 0) file_.reset(fdopen(opened, "a"));
+  if (!file_) failure_ = errno == ENXIO ? nobodyReads(path_) : fileProblem(path_, errno, place_);
 }
 
 void FileLog::line(std::string_view text) {

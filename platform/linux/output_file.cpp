@@ -7,6 +7,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -15,11 +16,15 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
+#include <set>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "platform/linux/data_folder.h"
 #include "platform/linux/file_problem.h"
+#include "platform/linux/store_error.h"
 
 namespace veyla {
 
@@ -153,18 +158,24 @@ bool synchronized(const std::string& path, int flags) {
 /// How long a pipe may have nobody who reads it.
 constexpr std::chrono::milliseconds patience{5000};
 
-/// Opens what is written as the text comes; less than 0 where that fails. To open a pipe without a
-/// reader takes for ever.
-int openInPlace(const std::string& path) {
-  const auto end = std::chrono::steady_clock::now() + patience;
-  int file = -1;
-  do {
-    file = open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NONBLOCK);
-    if (file >= 0 || errno != ENXIO) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  } while (std::chrono::steady_clock::now() < end);
-  if (file >= 0) fcntl(file, F_SETFL, fcntl(file, F_GETFL) & ~O_NONBLOCK);
-  return file;
+/// The data folders that outputs are kept from; several measurements may name one at a time.
+struct KeptFolders {
+  std::mutex mutex;
+  std::set<std::filesystem::path> folders;
+};
+KeptFolders keptFolders;
+
+/// What the names in a data folder lead to.
+bool isKeptIn(const std::filesystem::path& folder, const std::filesystem::path& file) {
+  std::error_code error;
+  for (const char* name : {"veyla.db", "Observations.ndjson", "Observations.ndjson.damaged"}) {
+    const std::string kept = std::filesystem::weakly_canonical(folder / name, error).string();
+    if (file == kept) return std::filesystem::exists(file, error);
+    for (const char* ending : {"-journal", "-wal", "-shm"}) {
+      if (file == kept + ending) return true;
+    }
+  }
+  return false;
 }
 
 [[noreturn]] void refuseOutput(const std::string& path, int systemError) {
@@ -173,6 +184,27 @@ int openInPlace(const std::string& path) {
 }
 
 }  // namespace
+
+void keepOutputsFrom(const std::filesystem::path& dataFolder) {
+  const std::lock_guard lock(keptFolders.mutex);
+  keptFolders.folders.insert(dataFolder);
+}
+
+int openInPlace(const std::string& path, int flags) {
+  const auto end = std::chrono::steady_clock::now() + patience;
+  int file = -1;
+  do {
+    file = open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
+    if (file >= 0 || errno != ENXIO) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  } while (std::chrono::steady_clock::now() < end);
+  if (file >= 0) fcntl(file, F_SETFL, fcntl(file, F_GETFL) & ~O_NONBLOCK);
+  return file;
+}
+
+std::string nobodyReads(const std::string& path) {
+  return path + ": nobody reads this pipe; start what does first";
+}
 
 void requireNoKeptData(const std::string& path) {
   namespace fs = std::filesystem;
@@ -193,7 +225,19 @@ void requireNoKeptData(const std::string& path) {
   // opened.
   const bool isBeside = name.starts_with("Observations.ndjson") || name == "veyla.db-journal" ||
                         name == "veyla.db-wal" || name == "veyla.db-shm";
-  if (isStore || (isBeside && fs::exists(file.parent_path() / store, error))) {
+  std::set<fs::path> folders;
+  {
+    const std::lock_guard lock(keptFolders.mutex);
+    folders = keptFolders.folders;
+  }
+  try {
+    folders.insert(defaultDataFolder());
+  } catch (const StoreError&) {
+    // Whoever has no home has no folder there.
+  }
+  const bool isLedTo = std::any_of(folders.begin(), folders.end(),
+                                   [&](const fs::path& each) { return isKeptIn(each, file); });
+  if (isStore || isLedTo || (isBeside && fs::exists(file.parent_path() / store, error))) {
     throw OutputError(path + ": holds what Veyla keeps, which would be lost; name another file");
   }
 }
@@ -267,10 +311,8 @@ OutputFile::OutputFile(const std::string& path, Readers readers) : path_(path), 
     pending_ = std::make_unique<PendingFile>(path, readers);
     file_ = std::fopen(pending_->path().c_str(), "wbe");
   } else {
-    const int opened = openInPlace(path);
-    if (opened < 0 && errno == ENXIO) {
-      throw OutputError(path + ": nobody reads this pipe; start what does first");
-    }
+    const int opened = openInPlace(path, O_WRONLY | O_TRUNC);
+    if (opened < 0 && errno == ENXIO) throw OutputError(nobodyReads(path));
     file_ = opened < 0 ? nullptr : fdopen(opened, "wb");
   }
   requireWritten(file_ != nullptr);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -14,10 +15,22 @@ class OutputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// From now on no output may take the place of what this data folder holds; of the user's own one
+/// none may in any case.
+void keepOutputsFrom(const std::filesystem::path& dataFolder);
+
 /// Throws `OutputError` when `path` leads to a file that holds what the program keeps, intact or
-/// damaged: an SQLite store, its journals, or the health records beside one. Nothing that is
-/// written elsewhere may take its place.
+/// damaged: an SQLite store, its journals, the health records beside one, or what these names lead
+/// to in a data folder that is kept from outputs. Nothing that is written elsewhere may take its
+/// place.
 void requireNoKeptData(const std::string& path);
+
+/// A file descriptor for writing what comes in place, from `flags` of `open`; less than 0 where
+/// that fails, with ENXIO for a pipe that nobody reads for 5 seconds, which to open takes for ever.
+int openInPlace(const std::string& path, int flags);
+
+/// The line for a pipe that nobody reads.
+std::string nobodyReads(const std::string& path);
 
 /// Who may read a file that is new: whom the umask lets, or nobody but its owner, as is right for
 /// what was measured of somebody over days.

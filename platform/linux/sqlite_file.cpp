@@ -45,6 +45,12 @@ void SqliteFile::open(Use use) {
   if (stat(path_.c_str(), &found) != 0) refuseFile(errno);
   if (S_ISDIR(found.st_mode)) refuseFile(EISDIR);
   if (!S_ISREG(found.st_mode)) throw StoreError(notRegular(path_));
+  for (const char* ending : {"-journal", "-wal", "-shm"}) {
+    const std::string beside = path_.string() + ending;
+    if (stat(beside.c_str(), &found) == 0 && !S_ISREG(found.st_mode)) {
+      throw StoreError(notRegular(beside));
+    }
+  }
   const auto allows = [this](int access) {
     return faccessat(AT_FDCWD, path_.c_str(), access, AT_EACCESS) == 0;
   };

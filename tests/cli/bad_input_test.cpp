@@ -71,14 +71,21 @@ TEST_F(BadInputTest, WhatIsKeptIsNeverOverwritten) {
   std::filesystem::create_symlink("../data/Observations.ndjson", file("links/records"));
   std::filesystem::copy(file("data"), file("damaged"));
   write("damaged/veyla.db", "no head\n");
-  for (const std::string name :
-       {"data/veyla.db", "data/Observations.ndjson", "links/store", "links/records",
-        "damaged/veyla.db", "damaged/Observations.ndjson"}) {
+  // The user's own folder, whose store lies elsewhere, and whose records have lost theirs.
+  std::filesystem::create_directories(file("home/veyla"));
+  std::filesystem::copy(file("data"), file("moved"));
+  write("moved/store.db", "no head\n");
+  std::filesystem::create_symlink(file("moved/store.db"), file("home/veyla/veyla.db"));
+  std::filesystem::rename(file("moved/Observations.ndjson"),
+                          file("home/veyla/Observations.ndjson"));
+  for (const std::string name : {"data/veyla.db", "data/Observations.ndjson", "links/store",
+                                 "links/records", "damaged/veyla.db", "damaged/Observations.ndjson",
+                                 "moved/store.db", "home/veyla/Observations.ndjson"}) {
     const std::string contents = contentsOf(file(name));
     ASSERT_NE(contents, "");
     for (const char* command :
          {"history export --data data -o ", "history mail --data data -o ", "series s.csv -o ",
-          "measure --trace ", "measure --log ", "evaluate . --windows "}) {
+          "measure --no-save --trace ", "measure --no-save --log ", "evaluate . --windows "}) {
       expectRefused(run(command + name), 4, name + ": holds what Veyla keeps");
     }
     EXPECT_EQ(contentsOf(file(name)), contents);

@@ -7,10 +7,12 @@
 
 #include "platform/linux/fhir_health_store.h"
 #include "platform/linux/input_file.h"
+#include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/recording_source.h"
 #include "platform/linux/sqlite_key_value_store.h"
 #include "platform/linux/store_error.h"
+#include "platform/linux/uuid.h"
 #include "tests/linux/scratch.h"
 
 namespace veyla {
@@ -87,9 +89,14 @@ TEST(NothingLostTest, APipeInAFilesPlaceAndALockThatStaysAreToldInsteadOfWaitedF
   const fs::path records = folder / FhirHealthStore::fileName;
   mkfifo(records.c_str(), 0600);
   EXPECT_THAT(refusal(readRecords), HasSubstr("Observations.ndjson: not a regular file; move"));
-  mkfifo((folder / SqliteKeyValueStore::fileName).c_str(), 0600);
-  EXPECT_THAT(refusal([&] { SqliteKeyValueStore store(folder); }),
-              HasSubstr("veyla.db: not a regular file; move"));
+  const std::string store = folder / SqliteKeyValueStore::fileName;
+  const auto openStore = [&] { SqliteKeyValueStore{folder}; };
+  openStore();
+  mkfifo((store + "-journal").c_str(), 0600);
+  EXPECT_THAT(refusal(openStore), HasSubstr("veyla.db-journal: not a regular file; move"));
+  fs::remove(store);
+  mkfifo(store.c_str(), 0600);
+  EXPECT_THAT(refusal(openStore), HasSubstr("veyla.db: not a regular file; move"));
 
   const std::string pipe = (folder / "pipe").string();
   mkfifo(pipe.c_str(), 0600);
@@ -103,6 +110,22 @@ TEST(NothingLostTest, APipeInAFilesPlaceAndALockThatStaysAreToldInsteadOfWaitedF
   });
 
   fs::remove(records);
+  fs::remove(store);
+  writeFile(records, "{\"broken");
+  const fs::path aside = records.string() + FhirHealthStore::asideSuffix;
+  const std::string foreign = scratch().write("foreign", "a letter");
+  const auto mendRecords = [&] {
+    MemoryKeyValueStore permissions;
+    LibUuid uuids;
+    FhirHealthStore health(folder, permissions, uuids, {});
+  };
+  mkfifo(aside.c_str(), 0600);
+  EXPECT_THAT(refusal(mendRecords), HasSubstr(".damaged: not a regular file; move"));
+  fs::remove(aside);
+  fs::create_symlink(foreign, aside);
+  EXPECT_THAT(refusal(mendRecords), HasSubstr(".damaged: not a regular file; move"));
+  EXPECT_EQ(contentsOf(foreign), "a letter");
+  EXPECT_EQ(contentsOf(records), "{\"broken");
   writeFile(records, "{}\n");
   const int holder = open(records.c_str(), O_RDONLY);
   flock(holder, LOCK_EX);
