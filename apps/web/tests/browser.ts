@@ -170,8 +170,9 @@ export class Visit {
   /** When nothing moves but what moves for as long as it is shown, or shows a wait. */
   async still(): Promise<void> {
     await this.page.evaluate(async () => {
-      const ends = ({ effect }: Animation): boolean =>
-        Number(effect?.getComputedTiming().endTime) < 5000;
+      const ends = (each: Animation): boolean =>
+        Number(each.effect?.getComputedTiming().endTime) < 5000 &&
+        !(each instanceof CSSAnimation && each.animationName === "close-ring");
       const moves = (): boolean =>
         document.getAnimations().some((each) => each.playState === "running" && ends(each));
       // An animation may begin with one of the next frames of the screen.
