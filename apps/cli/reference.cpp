@@ -40,6 +40,7 @@ std::string_view nextField(std::string_view& line) {
 }  // namespace
 
 Reference::Reference(const std::string& path) {
+  requireInputFile(path);
   std::istringstream file(readInputFile(path));
   std::string text;
   std::getline(file, text);

@@ -221,10 +221,13 @@ void requireNoKeptData(const std::string& path) {
   // The store and its journals by their names, since a damaged one has no head to go by.
   const bool isStore = std::string_view(head.data(), head.size()) == storeHead ||
                        (name.starts_with(store) && fs::exists(file, error));
+  // By the name alone as well: the store that they belong to may lie elsewhere for a while.
+  const bool isRecords = name.starts_with("Observations.ndjson");
+  const bool areRecords = isRecords && fs::exists(file, error);
   // What takes a journal's name beside the store is taken for one, and deleted, when that is
   // opened.
-  const bool isBeside = name.starts_with("Observations.ndjson") || name == "veyla.db-journal" ||
-                        name == "veyla.db-wal" || name == "veyla.db-shm";
+  const bool isBeside =
+      isRecords || name == "veyla.db-journal" || name == "veyla.db-wal" || name == "veyla.db-shm";
   std::set<fs::path> folders;
   {
     const std::lock_guard lock(keptFolders.mutex);
@@ -237,7 +240,8 @@ void requireNoKeptData(const std::string& path) {
   }
   const bool isLedTo = std::any_of(folders.begin(), folders.end(),
                                    [&](const fs::path& each) { return isKeptIn(each, file); });
-  if (isStore || isLedTo || (isBeside && fs::exists(file.parent_path() / store, error))) {
+  if (isStore || areRecords || isLedTo ||
+      (isBeside && fs::exists(file.parent_path() / store, error))) {
     throw OutputError(path + ": holds what Veyla keeps, which would be lost; name another file");
   }
 }

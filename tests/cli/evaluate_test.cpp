@@ -79,6 +79,10 @@ TEST_F(EvaluateTest, WhatIsMissingOrBrokenIsNamed) {
   }
   write("a.reference.csv", head);
   refused("a.reference.csv: holds no value");
+  std::filesystem::rename(file("a.reference.csv"), file("b.reference.csv"));
+  mkfifo(file("a.reference.csv").c_str(), 0600);
+  refused("a.reference.csv: not a regular file");
+  std::filesystem::rename(file("b.reference.csv"), file("a.reference.csv"));
   write("a.mp4", "");
   refused(" lie beside it; leave one there");
 }
