@@ -10,7 +10,7 @@ import puppeteer from "puppeteer-core";
 import { type Plugin, preview } from "vite";
 
 const aim = 95;
-const report = fileURLToPath(new URL("../../build/lighthouse.json", import.meta.url));
+const report = fileURLToPath(new URL("../../../build/lighthouse.json", import.meta.url));
 
 /** As hosts do: what bears its contents in its name lasts, and WebAssembly is compressed like all else. */
 const asHosts: Plugin = {
