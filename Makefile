@@ -57,7 +57,7 @@ web: setup-web ## install what is missing, build the phone app into build/site, 
 lighthouse: setup-test ## build the phone app, and have Lighthouse judge it as on a phone
 	@scripts/build_web.sh
 	@cd apps/web/audit && npm install --silent --no-package-lock --ignore-scripts --no-audit --no-fund
-	@cd apps/web && node_modules/.bin/vite-node audit/lighthouse.ts
+	@cd apps/web/audit && ../node_modules/.bin/vite-node lighthouse.ts
 
 phone: setup-web ## build the phone app, and serve it by HTTPS to a phone in the same network
 	@scripts/build_web.sh

@@ -10,6 +10,7 @@ import puppeteer from "puppeteer-core";
 import { type Plugin, preview } from "vite";
 
 const aim = 95;
+const root = fileURLToPath(new URL("..", import.meta.url));
 const report = fileURLToPath(new URL("../../../build/lighthouse.json", import.meta.url));
 
 /** As hosts do: what bears its contents in its name lasts, and WebAssembly is compressed like all else. */
@@ -31,6 +32,8 @@ const asHosts: Plugin = {
 };
 
 const server = await preview({
+  root,
+  configFile: join(root, "vite.config.ts"),
   preview: { host: "127.0.0.1", port: 0 },
   plugins: [asHosts],
   logLevel: "warn",
