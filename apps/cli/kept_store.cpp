@@ -7,7 +7,7 @@
 namespace veyla {
 
 std::filesystem::path dataFolderOf(const std::string& option) {
-  const auto folder = option.empty() ? defaultDataFolder() : std::filesystem::path(option);
+  auto folder = option.empty() ? defaultDataFolder() : std::filesystem::path(option);
   keepOutputsFrom(folder);
   return folder;
 }

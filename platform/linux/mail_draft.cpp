@@ -93,8 +93,7 @@ std::string mailSender() {
     const Owned<InternetAddressList> list(internet_address_list_parse(nullptr, text));
     InternetAddress* first = list ? internet_address_list_get_address(list.get(), 0) : nullptr;
     if (INTERNET_ADDRESS_IS_MAILBOX(first)) {
-      const std::string address =
-          internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(first));
+      std::string address = internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(first));
       if (isPlainAddress(address)) return address;
     }
   }
