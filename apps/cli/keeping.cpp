@@ -13,6 +13,7 @@ Keeping::Keeping(bool save, const std::string& dataFolder, const FhirHealthStore
     return;
   }
   folder_ = dataFolderOf(dataFolder);
+  tellEmptyStore(folder_);
   auto store = std::make_unique<SqliteKeyValueStore>(folder_);
   auto healthStore = std::make_unique<FhirHealthStore>(folder_, *store, uuids_, ask);
   toldRepair_ = healthStore->repair();

@@ -148,7 +148,7 @@ void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::str
             "use S seconds from there, the 2 seconds of countdown included",
             {0.001, longestSeconds}, "all");
   addText(command, "--only", only, "heartrate|spo2", "measure one value alone")
-      ->check(oneOf({"heartrate", "spo2"}));
+      ->transform(oneOf({"heartrate", "spo2"}));
   describeSettings(command, options.request.device, options.settingsFolder);
   auto* data =
       addData(command, options.dataFolder, "keep history and health records in this folder");
@@ -233,7 +233,7 @@ void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::s
   addNumber(command, "--every", options.request.every, "S", "seconds from one start to the next",
             {0.1, longestSeconds}, "20");
   addText(command, "--only", only, "heartrate|spo2|both", "what is measured", "heartrate")
-      ->check(oneOf({"heartrate", "spo2", "both"}));
+      ->transform(oneOf({"heartrate", "spo2", "both"}));
   describeSettings(command, options.request.device, options.settingsFolder);
   addNumber(command, "--jobs", options.request.jobs, "N", "measurements at a time", {1, 1024},
             "one per core");
@@ -345,7 +345,7 @@ void describeHealth(CLI::App& health, veyla::HealthOptions& options, ExitStatus&
         allowed ? *health.add_subcommand("allow", "keep a record of each final value from now on")
                 : *health.add_subcommand("deny", "keep no more records of final values");
     addText(answer, "VALUE", options.type, "heartrate|spo2", "which value")
-        ->check(oneOf({"heartrate", "spo2"}))
+        ->transform(oneOf({"heartrate", "spo2"}))
         ->required();
     answer.callback([&, allowed] { status = veyla::runHealthAllow(options, allowed); });
   }

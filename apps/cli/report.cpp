@@ -185,7 +185,7 @@ std::string reportAsLine(const MeasurementReport& report, const std::string& inp
   } else {
     const bool isLow = report.outcome == Outcome::lowSignal;
     const bool isShort = report.outcome == Outcome::endOfInput;
-    line += "  " + (isLow ? "low signal" : isShort ? "too short" : report.alertTitle);
+    line += "  " + (isLow ? "low signal" : isShort ? "unfinished" : report.alertTitle);
   }
   const char* separator = "  unsure: ";
   for (const std::string name : doubtsOf(report)) line += std::exchange(separator, ", ") + name;

@@ -172,7 +172,7 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
   EXPECT_EQ(all.out,
             "folder/a.csv  71 bpm  97 %   16.3 s\n"
             "folder/b.csv  71 bpm  97 %   16.3 s\n"
-            "folder/c.csv  --      --    too short\n"
+            "folder/c.csv  --      --    unfinished\n"
             "finger.csv    71 bpm  97 %   16.3 s\n");
   EXPECT_THAT(all.error, StartsWith("veyla: no.csv: no such file"));
   EXPECT_EQ(json("history"), Json::array());
@@ -184,6 +184,11 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
   second.erase("input");
   EXPECT_EQ(second, reportOf("finger.csv"));
   EXPECT_EQ(json("history").size(), 2U);
+  for (const char* name : {"hr", "HeartRate"}) {
+    const Json alone = reportOf("finger.csv", std::string("--only ") + name);
+    EXPECT_EQ(alone["estimates"]["spo2"]["accepted"], 0) << name;
+    EXPECT_EQ(alone["outcome"], "finished") << name;
+  }
   const std::string only = "of one recording alone";
   for (const char* option : {"--trace t", "--log l", "--snapshot s.png", "--realtime"}) {
     expectRefused(run(std::string("measure folder ") + option), 2, only);

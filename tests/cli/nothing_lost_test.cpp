@@ -69,6 +69,11 @@ TEST_F(NothingLostTest, AStoreThatWasMadeAndNeverWrittenIsAnEmptyHistory) {
   write("home/veyla/veyla.db", "");
   EXPECT_EQ(json("history"), Json::array());
   EXPECT_EQ(contentsOf(file("home/veyla/veyla.db")), "");
+  write("home/veyla/Observations.ndjson", "{}\n");
+  for (const char* command : {"history", "measure"}) {
+    EXPECT_THAT(run(command).error, HasSubstr("veyla.db: empty, though there are health records"));
+  }
+  EXPECT_EQ(json("history").size(), 1U);
 }
 
 }  // namespace
