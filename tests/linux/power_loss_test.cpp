@@ -9,6 +9,7 @@
 
 #include "apps/cli/backup_command.h"
 #include "apps/cli/demo_history_command.h"
+#include "apps/cli/health_command.h"
 #include "apps/cli/history_command.h"
 #include "apps/cli/measure_command.h"
 #include "platform/linux/sqlite_key_value_store.h"
@@ -284,12 +285,17 @@ class PowerLossTest : public testing::Test {
 };
 
 TEST_F(PowerLossTest, EachCommandIsDoneOrNotAndStaysDoneOnceItHasTold) {
-  const auto measured = losePower({[&] { return measure(); }, [&] { return measure(); }});
+  HealthOptions spo2;
+  spo2.dataFolder = folder_.path().string();
+  spo2.type = "spo2";
+  const auto measured =
+      losePower({[&] { return runHealthAllow(spo2, true); }, [&] { return measure(); },
+                 [&] { return measure(); }, [&] { return runHealthAllow(spo2, false); }});
 
   disk_.files.clear();
   DemoHistoryOptions demo;
   demo.dataFolder = folder_.path().string();
-  run([&] { return runDemoHistory(demo); });
+  EXPECT_GT(losePower({[&] { return runDemoHistory(demo); }}), 50U);
   HistoryOptions backup = history();
   backup.output = backup.input = folder_.file("backup.json");
   run([&] { return runHistoryBackup(backup); });
