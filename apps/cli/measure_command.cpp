@@ -24,6 +24,7 @@
 #include "platform/linux/log_file.h"
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
+#include "platform/linux/store_error.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/linux/text_columns.h"
 #include "platform/linux/wall_clock.h"
@@ -247,10 +248,12 @@ void requireOneInput(const MeasureOptions& options) {
   if (options.realtime) refuse("--realtime");
 }
 
-/// One of several recordings; nothing where it cannot be read, which is told.
+/// One of several recordings; without a report where it could not be read or kept, which `fault`
+/// and `status` tell.
 struct MeasuredInput {
   std::optional<MeasurementReport> report;
   std::string fault;
+  ExitStatus status = ExitStatus::unreadableInput;
   bool isStored = true;
 };
 
@@ -272,6 +275,9 @@ MeasuredInput measureInput(const MeasureOptions& options, const std::string& inp
     measured.isStored = keeping.finish(*measured.report);
   } catch (const InputError& error) {
     measured.fault = error.what();
+  } catch (const StoreError& error) {
+    measured.fault = error.what();
+    measured.status = ExitStatus::unwritableData;
   }
   return measured;
 }
@@ -290,7 +296,7 @@ ExitStatus measureMany(const MeasureOptions& options, const std::vector<std::str
   ExitStatus worst = ExitStatus::done;
   // In the order of the inputs, each as soon as it is its turn.
   const auto tell = [&](const std::string& input, const MeasuredInput& measured) {
-    ExitStatus status = ExitStatus::unreadableInput;
+    ExitStatus status = measured.status;
     if (measured.report) {
       const bool finished = measured.report->outcome == Outcome::finished;
       status = !measured.isStored ? ExitStatus::unwritableData
