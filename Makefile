@@ -1,6 +1,6 @@
 # Thin: CMake presets do the building. `make help` lists the commands.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-core test-web torture fuzz build bench web lighthouse phone format lint clean setup setup-test setup-lint setup-fuzz setup-web FORCE
+.PHONY: help demo test test-core test-web torture fuzz build bench web lighthouse phone commands format lint clean setup setup-test setup-lint setup-fuzz setup-web FORCE
 
 help: ## this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-10s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -62,6 +62,9 @@ lighthouse: setup-test ## build the phone app, and have Lighthouse judge it as o
 phone: setup-web ## build the phone app, and serve it by HTTPS to a phone in the same network
 	@scripts/build_web.sh
 	@cd apps/web && exec node_modules/.bin/vite preview --config phone/vite.config.ts --logLevel warn
+
+commands: build/veyla ## write the tables of docs/commands.md anew from the program's own descriptions
+	@scripts/describe_commands.sh
 
 bench: build ## measure the speed, as ratios to a yardstick of the same run
 	@build/release/benchmarks/veyla_benchmarks --benchmark_repetitions=5 \

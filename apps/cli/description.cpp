@@ -5,37 +5,12 @@
 #include <utility>
 #include <vector>
 
+#include "apps/cli/described.h"
 #include "platform/linux/output_file.h"
 
 namespace veyla {
 
 namespace {
-
-/// The commands of `app`, in the order in which they were declared.
-std::vector<const CLI::App*> commandsOf(const CLI::App& app) {
-  return app.get_subcommands([](const CLI::App* command) { return !command->get_name().empty(); });
-}
-
-bool isShown(const CLI::Option* option) { return !option->get_group().empty(); }
-
-std::vector<const CLI::Option*> optionsOf(const CLI::App& app) {
-  return app.get_options(
-      [](const CLI::Option* option) { return isShown(option) && !option->get_positional(); });
-}
-
-std::vector<const CLI::Option*> positionalsOf(const CLI::App& app) {
-  return app.get_options(
-      [](const CLI::Option* option) { return isShown(option) && option->get_positional(); });
-}
-
-bool takesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
-
-std::vector<std::string> namesOf(const CLI::Option& option) {
-  std::vector<std::string> names;
-  for (const std::string& name : option.get_snames()) names.push_back("-" + name);
-  for (const std::string& name : option.get_lnames()) names.push_back("--" + name);
-  return names;
-}
 
 /// What an option takes: the name of its value, or, where that is nothing, its own.
 std::string valueName(const CLI::Option& option) {
@@ -50,13 +25,6 @@ constexpr std::array<std::pair<const char*, const char*>, 3> files{
      {"~/.local/share/veyla/Observations.ndjson",
       "with your permission, health records as FHIR R4 Observations"},
      {"~/.local/share/veyla/drafts/", "drafts of mails"}}};
-
-constexpr std::array<std::pair<const char*, const char*>, 5> environment{
-    {{"XDG_DATA_HOME", "the data folder is its folder veyla, where it is set"},
-     {"TZ", "the time zone of dates"},
-     {"LC_ALL, LC_TIME, LANG", "the locale of dates, the first that is set"},
-     {"EMAIL", "the sender of drafts of mails"},
-     {"NO_COLOR", "no colours, where it is set"}}};
 
 constexpr std::array<std::pair<const char*, const char*>, 6> examples{
     {{"veyla measure finger.mp4 --start 5",
@@ -89,13 +57,7 @@ std::string roff(const std::string& text) {
 std::string bold(const std::string& text) { return "\\fB" + roff(text) + "\\fR"; }
 std::string italic(const std::string& text) { return "\\fI" + roff(text) + "\\fR"; }
 
-std::string sentence(std::string text) {
-  if (!text.empty() && text.back() != '.') text += '.';
-  if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') {
-    text.front() = static_cast<char>(text.front() - 'a' + 'A');
-  }
-  return roff(text);
-}
+std::string sentence(const std::string& text) { return roff(asSentence(text)); }
 
 std::string tagged(const std::string& tag, const std::string& text) {
   return ".TP\n" + tag + "\n" + text + "\n";
@@ -153,15 +115,6 @@ std::string section(const char* title, const Rows& rows) {
   std::string text = std::string(".SH ") + title + "\n";
   for (const auto& [tag, meaning] : rows) text += tagged(bold(tag), sentence(meaning));
   return text;
-}
-
-std::vector<std::pair<std::string, const char*>> exitStatuses() {
-  std::vector<std::pair<std::string, const char*>> rows;
-  rows.reserve(exitStatusMeanings.size());
-  for (const auto& [status, meaning] : exitStatusMeanings) {
-    rows.emplace_back(std::to_string(static_cast<int>(status)), meaning);
-  }
-  return rows;
 }
 
 // The completion.
@@ -349,10 +302,15 @@ std::string bashCompletion(const CLI::App& program) {
 
 ExitStatus describe(const CLI::App& program, const std::string& form) {
   return exitStatusOf([&] {
-    if (form != "man" && form != "bash") {
-      throw UsageError("--describe: \"" + form + "\" is none of man, bash");
+    if (form == "man") {
+      printOut(manualPage(program));
+    } else if (form == "bash") {
+      printOut(bashCompletion(program));
+    } else if (form == "markdown") {
+      printOut(optionTables(program));
+    } else {
+      throw UsageError("--describe: \"" + form + "\" is none of man, bash, markdown");
     }
-    printOut(form == "man" ? manualPage(program) : bashCompletion(program));
     return ExitStatus::done;
   });
 }

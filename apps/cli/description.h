@@ -14,7 +14,11 @@ std::string manualPage(const CLI::App& program);
 /// that the name of an option's value joins with "|", or a file or folder where it says so.
 std::string bashCompletion(const CLI::App& program);
 
-/// Prints the one that `form` names, "man" or "bash".
+/// Tables of the commands' options, the exit statuses and the environment in Markdown, each between
+/// a comment with its name and "<!-- end -->": as they stand in docs/commands.md.
+std::string optionTables(const CLI::App& program);
+
+/// Prints the one that `form` names, "man", "bash" or "markdown".
 ExitStatus describe(const CLI::App& program, const std::string& form);
 
 }  // namespace veyla

@@ -27,7 +27,7 @@ struct ExitStatusMeaning {
   const char* meaning;
 };
 
-/// For the manual page; the README lists the same.
+/// For the manual page and the reference of commands.
 inline constexpr std::array<ExitStatusMeaning, 5> exitStatusMeanings{
     {{ExitStatus::done, "finished"},
      {ExitStatus::incomplete, "the measurement ended without every requested value"},
