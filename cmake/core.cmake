@@ -5,7 +5,10 @@ file(GLOB VEYLA_CORE_HEADERS CONFIGURE_DEPENDS
   acquisition/*.h analysis/*.h measuring/*.h history/*.h shell/*.h platform/*.h)
 
 add_library(veyla_core STATIC ${VEYLA_CORE_SOURCES})
-target_link_libraries(veyla_core PUBLIC veyla_warnings)
+add_library(Veyla::core ALIAS veyla_core)
+target_compile_features(veyla_core PUBLIC cxx_std_20)
+# Whoever uses the installed library compiles by its own rules.
+target_link_libraries(veyla_core PUBLIC $<BUILD_INTERFACE:veyla_warnings>)
 target_precompile_headers(veyla_core PRIVATE ${VEYLA_STANDARD_HEADERS})
 
 # System headers of libraries lie where the compiler finds them unasked, so the include lines

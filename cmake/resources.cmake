@@ -9,4 +9,4 @@ add_custom_command(OUTPUT ${embedded}
   COMMENT "Embedding resources"
   VERBATIM)
 add_library(veyla_resources STATIC ${embedded})
-target_link_libraries(veyla_resources PUBLIC veyla_warnings)
+target_link_libraries(veyla_resources PUBLIC veyla_core)

@@ -1,14 +1,13 @@
-// The shortest program that measures: a machine, the core on it, and START. Copy it to embed the
-// core elsewhere; what each service must do stands with its interface in platform/.
+// The whole measuring flow with frames of one's own: a machine, the core on it, and START.
+#include <cmath>
 #include <iostream>
+#include <numbers>
 
 #include "measuring/app_delegate.h"
 #include "measuring/measuring_screen.h"
-#include "platform/linux/icu_text.h"
+#include "platform/linux/bgra_frame.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/recording_camera.h"
-#include "platform/linux/synthetic_finger.h"
-#include "platform/linux/uuid.h"
 #include "platform/linux/wall_clock.h"
 #include "platform/portable/embedded_resources.h"
 #include "platform/portable/json.h"
@@ -16,46 +15,46 @@
 #include "platform/services_of.h"
 #include "shell/screen_state.h"
 
-namespace {
+using namespace veyla;
 
-/// Chooses the settings.
-class Phone : public veyla::DeviceInfo {
+/// A fingertip at 72 beats per minute for 25 seconds, 15 frames a second.
+class Fingertip : public RecordingSource {
  public:
-  std::string hardwareModel() const override { return "iPhone8,1"; }
-  std::string systemVersion() const override { return "1.0"; }
-  std::string bundleVersion() const override { return "1.0"; }
+  bool advance() override { return ++frame_ < 375; }
+  double time() const override { return frame_ / 15.0; }
+  std::optional<double> nextTime() const override { return (frame_ + 1) / 15.0; }
+  void deliver(SampleBufferDelegate& delegate) override {
+    const double pulse = std::sin(2 * std::numbers::pi * 72 / 60 * time());
+    const double bgra[] = {25 + 7.6 * pulse, 90 + 10 * pulse, 180 + 2.4 * pulse, 254};
+    // Stripes, each a little brighter than the one before, hold what is less than a step of 8 bits.
+    for (int i = 0; i < 144 * 192 * 4; ++i) {
+      pixels_.baseAddress()[i] = static_cast<std::uint8_t>(bgra[i % 4] + i / 6912 / 16.0);
+    }
+    delegate.captureOutput(pixels_);
+  }
+
+ private:
+  BgraFrame pixels_{192, 144};
+  int frame_ = -1;
 };
 
-}  // namespace
-
 int main() {
-  // The machine: one object or another for each service that the core needs.
-  veyla::TimedQueue queue;
-  veyla::WallClock clock;
-  veyla::RecordingCamera camera(
-      std::make_unique<veyla::SyntheticSource>(veyla::FingerOptions{}, 45, 30), queue);
-  veyla::KissRealFft realFft;
-  veyla::MemoryKeyValueStore store;
-  veyla::EmbeddedResources resources;
-  veyla::NlohmannJsonParser json;
-  veyla::NlohmannJsonWriter jsonWriter;
-  Phone phone;
-  veyla::IcuText text;
-  veyla::LibUuid uuids;
-  veyla::ScreenState display;
-  const veyla::Platform platform(veyla::servicesOf(queue, clock, camera, realFft, store, resources,
-                                                   json, jsonWriter, phone, text, uuids, display));
-
-  // The core: launched and shown.
-  veyla::MainViewController& screen = veyla::AppDelegate::instance().launch();
+  TimedQueue queue;
+  WallClock clock;
+  RecordingCamera camera(std::make_unique<Fingertip>(), queue);
+  KissRealFft fft;
+  MemoryKeyValueStore store;
+  EmbeddedResources resources;
+  NlohmannJsonParser json;
+  NlohmannJsonWriter writer;
+  ScreenState display;
+  const Platform platform(servicesOf(queue, clock, camera, fft, store, resources, json, writer,
+                                     display, noDevice, noText));
+  MainViewController& screen = AppDelegate::instance().launch();
   screen.viewWillAppear();
   screen.viewDidAppear();
-
-  // The user taps START, and time passes until the recording ends.
   screen.beginButtonPush();
-  camera.setOnEnd([&] { queue.stop(); });
-  queue.run();
-
-  std::cout << display.visibleText(veyla::MeasuringScreen::labelHeartrate) << " beats per minute, "
-            << display.visibleText(veyla::MeasuringScreen::labelSpo2) << " %\n";
+  queue.runFor(25);
+  std::cout << display.visibleText(MeasuringScreen::labelHeartrate) << " beats per minute, "
+            << display.visibleText(MeasuringScreen::labelSpo2) << " %\n";
 }

@@ -9,10 +9,12 @@
 
 #include "platform/alert_view.h"
 #include "platform/capture.h"
+#include "platform/device_info.h"
 #include "platform/health_store.h"
 #include "platform/log.h"
 #include "platform/screens.h"
 #include "platform/sharing.h"
+#include "platform/text_services.h"
 
 /// The services that the core can do without, as a machine has them that does not offer them. None
 /// keeps anything, so one of each serves everybody.
@@ -96,11 +98,54 @@ class NoSharing : public Sharing {
   void open(const std::string& /*address*/) override {}
 };
 
+/// A machine of no known model, whose settings are those of "iphone6".
+class NoDevice : public DeviceInfo {
+ public:
+  std::string hardwareModel() const override { return {}; }
+  std::string systemVersion() const override { return {}; }
+  std::string bundleVersion() const override { return {}; }
+};
+
+/// A machine that says nothing in anybody's language and reads nothing back. Estimates and the
+/// measuring flow need no more; lists, charts, mails, options and health records do, so that it is
+/// handed to `servicesOf` by whoever goes without them, as is `noDevice`.
+class NoText : public DateFormatting,
+               public NumberFormatting,
+               public RegularExpressions,
+               public Characters,
+               public UuidGenerator {
+ public:
+  LocalTime localTime(Date /*date*/) const override { return {}; }
+  std::string mediumDateShortTime(Date /*date*/) const override { return {}; }
+  std::optional<Date> parseMediumDateShortTime(std::string_view /*text*/) const override {
+    return std::nullopt;
+  }
+  std::string formatted(Date /*date*/, std::string_view /*pattern*/) const override { return {}; }
+  std::optional<Date> parse(std::string_view /*text*/,
+                            std::string_view /*pattern*/) const override {
+    return std::nullopt;
+  }
+  std::string decimal(double /*value*/, int /*maximumFractionDigits*/) const override { return {}; }
+  bool matchesWholeIgnoringCase(std::string_view /*pattern*/,
+                                std::string_view /*text*/) const override {
+    return false;
+  }
+  bool findsIgnoringCase(std::string_view /*pattern*/, std::string_view /*text*/,
+                         std::size_t /*length*/) const override {
+    return false;
+  }
+  std::size_t count(std::string_view /*text*/) const override { return 0; }
+  std::string lowerCased(std::string_view /*text*/) const override { return {}; }
+  std::string randomUuid() override { return {}; }
+};
+
 inline NoLog noLog;
 inline NoCamera noCamera;
 inline NoHealthStore noHealthStore;
 inline NoAlertView noAlertView;
 inline NoScreens noScreens;
 inline NoSharing noSharing;
+inline NoDevice noDevice;
+inline NoText noText;
 
 }  // namespace veyla
