@@ -80,6 +80,25 @@ void MeasurementJudge::measurementEnded(std::int32_t /*counter*/, MeasurementEnd
   showFinger(why ? why->text : "", !why ? "" : why->state ? nameOf(*why->state) : noValue);
 }
 
+MeasurementWorth MeasurementJudge::worth() const {
+  MeasurementWorth worth;
+  const auto count = [&](const std::vector<Doubt>& doubts) {
+    ++worth.finalValues;
+    if (doubts.empty()) ++worth.reliableValues;
+  };
+  if (heartrate_) {
+    count(heartrate_->doubts);
+    worth.clarity = heartrate_->clarity;
+  }
+  if (spo2_) count(*spo2_);
+  if (coach_.frames() > 0) {
+    worth.shareOfGoodFinger = secondsIn(finger(), FingerState::good) *
+                              VideoDataOutput::framesPerSecond /
+                              static_cast<double>(coach_.frames());
+  }
+  return worth;
+}
+
 std::vector<FingerSpan> MeasurementJudge::finger(double start) const {
   const auto secondOf = [&](std::size_t frame) {
     return start + Measurement::countdownSeconds +

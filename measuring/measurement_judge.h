@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,6 +11,21 @@
 #include "measuring/shortfall.h"
 
 namespace veyla {
+
+/// What a measurement came to, so far as it says which of several to go by: the greater. What may
+/// be relied on counts before what is final, as a doubted value is worth less than one that lacks;
+/// how clear the pulse was decides between equals, and where no heart rate was measured, how long
+/// the finger was as it should be.
+struct MeasurementWorth {
+  int reliableValues = 0;
+  int finalValues = 0;
+  /// `HeartrateJudgement::clarity`; 0 without one.
+  double clarity = 0;
+  /// 0 to 1.
+  double shareOfGoodFinger = 0;
+
+  auto operator<=>(const MeasurementWorth&) const = default;
+};
 
 /// Stands beside a measurement and says what is wrong with the finger while it lasts, and whether a
 /// final value can be relied on. It changes nothing in the flow: no value, no order, no entry.
@@ -26,6 +42,8 @@ class MeasurementJudge : public MeasurementObserver {
   /// Of the final values; nothing for one that is not final.
   const std::optional<HeartrateJudgement>& heartrate() const { return heartrate_; }
   const std::optional<std::vector<Doubt>>& spo2() const { return spo2_; }
+
+  MeasurementWorth worth() const;
 
   /// The finger of this measurement in seconds since START was tapped `start` seconds into a
   /// recording.

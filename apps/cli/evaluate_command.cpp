@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/cli/complain.h"
+#include "apps/cli/csv_field.h"
 #include "apps/cli/evaluation_plots.h"
 #include "apps/cli/json_number.h"
 #include "apps/cli/output_apart.h"
@@ -93,14 +94,6 @@ std::string asJson(const std::vector<EvaluationSummary>& summaries) {
                     {"spo2RootMeanSquareError", jsonNumber(of.spo2RootMeanSquare)}});
   }
   return jsonText(list, 2);
-}
-
-/// A text as one field, between quotes where it needs them.
-std::string csvField(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string field = "\"";
-  for (const char c : text) field += c == '"' ? std::string("\"\"") : std::string(1, c);
-  return field + "\"";
 }
 
 /// One row per window: what was measured and what the reference says. Empty fields are not known.

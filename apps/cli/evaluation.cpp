@@ -88,7 +88,7 @@ void measure(EvaluatedWindow& window, const ReferencedRecording& referenced,
                       .device = request.device,
                       .start = window.start,
                       .duration = request.window},
-                     referenced.recording.source(),
+                     referenced.recording.source(window.start),
                      {.queue = queue, .clock = clock, .store = store, .resources = resources});
   window.report = run.run();
 

@@ -1,12 +1,19 @@
 #include "apps/cli/kept_recording.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace veyla {
 
 class KeptRecording::Source : public RecordingSource {
  public:
-  explicit Source(std::shared_ptr<const std::vector<Frame>> frames) : frames_(std::move(frames)) {}
+  Source(std::shared_ptr<const std::vector<Frame>> frames, double from)
+      : frames_(std::move(frames)) {
+    const auto later =
+        std::upper_bound(frames_->begin(), frames_->end(), from,
+                         [](double time, const Frame& frame) { return time < frame.time; });
+    if (later != frames_->begin()) next_ = static_cast<std::size_t>(later - frames_->begin()) - 1;
+  }
 
   bool advance() override {
     if (next_ == frames_->size()) return false;
@@ -38,8 +45,8 @@ KeptRecording::KeptRecording(RecordingSource& source, FrameAverager& averager) {
   frames_ = std::make_shared<const std::vector<Frame>>(std::move(frames));
 }
 
-std::unique_ptr<RecordingSource> KeptRecording::source() const {
-  return std::make_unique<Source>(frames_);
+std::unique_ptr<RecordingSource> KeptRecording::source(double from) const {
+  return std::make_unique<Source>(frames_, from);
 }
 
 }  // namespace veyla

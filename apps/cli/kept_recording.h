@@ -18,8 +18,8 @@ class KeptRecording {
 
   /// From the first frame to the last.
   double seconds() const { return frames_->empty() ? 0 : frames_->back().time; }
-  /// It once more, from its first frame on; may outlive this.
-  std::unique_ptr<RecordingSource> source() const;
+  /// It once more, from the newest frame at or before `from` seconds on; may outlive this.
+  std::unique_ptr<RecordingSource> source(double from = 0) const;
 
  private:
   struct Frame {

@@ -25,6 +25,7 @@
 #include "apps/cli/measure_command.h"
 #include "apps/cli/number_range.h"
 #include "apps/cli/output_apart.h"
+#include "apps/cli/recording_time.h"
 #include "apps/cli/series_command.h"
 #include "apps/cli/synth_command.h"
 #include "apps/cli/terminal.h"
@@ -59,6 +60,20 @@ CLI::Validator number() {
         double value = 0;
         if (CLI::detail::lexical_cast(text, value)) return {};
         return "\"" + text + "\" is no number";
+      },
+      "");
+}
+
+/// Turns "1:23.5" into seconds, and leaves what is no time of this kind to the range's check.
+CLI::Validator asSeconds() {
+  return CLI::Validator(
+      [](std::string& text) -> std::string {
+        if (text.find(':') == std::string::npos) return {};
+        const auto seconds = veyla::secondsOfTime(text);
+        if (!seconds) return "\"" + text + "\" is no time such as 1:23.5";
+        text.clear();
+        veyla::appendDecimal(text, *seconds);
+        return {};
       },
       "");
 }
@@ -123,6 +138,14 @@ CLI::Option* addNumber(CLI::App& command, const char* name, Number& target, cons
       ->check(numberWithin(range, std::is_integral_v<Number>));
 }
 
+/// Seconds, or a time as players show it.
+template <class Number>
+CLI::Option* addSeconds(CLI::App& command, const char* name, Number& target,
+                        const char* description, const NumberRange& range,
+                        const char* preset = "") {
+  return addNumber(command, name, target, "S", description, range, preset)->transform(asSeconds());
+}
+
 CLI::Option* addData(CLI::App& command, std::string& folder, const char* description,
                      const char* preset = usualData) {
   return addText(command, "--data", folder, "DIR", description, preset);
@@ -142,11 +165,15 @@ void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::str
                   "without one, the built-in fingertip")
       ->type_name("")
       ->check(something());
-  addNumber(command, "--start", options.request.start, "S",
-            "tap START S seconds into the recording", {0, longestSeconds}, "0");
-  addNumber(command, "--duration", options.request.duration, "S",
-            "use S seconds from there, the 2 seconds of countdown included",
-            {0.001, longestSeconds}, "all");
+  addSeconds(command, "--start", options.request.start,
+             "tap START S seconds into the recording (or M:SS)", {0, longestSeconds}, "0");
+  addSeconds(command, "--duration", options.request.duration,
+             "use S seconds from there, the 2 seconds of countdown included",
+             {0.001, longestSeconds}, "all, or 45 with --every");
+  addSeconds(command, "--every", options.every,
+             "measure again from every S seconds on, over the whole recording",
+             {0.1, longestSeconds});
+  command.add_flag("--best", options.best, "of these measurements the clearest alone");
   addText(command, "--only", only, "heartrate|spo2", "measure one value alone")
       ->transform(oneOf({"heartrate", "spo2"}));
   describeSettings(command, options.request.device, options.settingsFolder);
@@ -158,11 +185,14 @@ void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::str
       ->excludes(data);
   command
       .add_flag("--save", options.asksToSave,
-                "keep the results of several recordings, too, as that of one is")
+                "keep the results of several measurements, too, as that of one is")
       ->excludes("--no-save");
   addNumber(command, "--jobs", options.jobs, "N", "of several, measurements at a time", {1, 1024},
             "one per core");
-  command.add_flag("--json", options.json, "print one JSON object, or one a line for each input");
+  command.add_flag("--json", options.json,
+                   "print one JSON object, or one a line for each measurement");
+  addText(command, "--csv", options.csvFile, "FILE",
+          "write one row per measurement, as CSV (-: standard output, in place of the lines)");
   addText(command, "--trace", options.traceFile, "FILE", "write one row per estimate, as CSV");
   addText(command, "--log", options.logFile, "FILE",
           "append the diagnostic log to this file (-: standard error)");
@@ -208,7 +238,8 @@ void describeSynth(CLI::App& command, veyla::SynthOptions& options, std::string&
   auto* bpm = add("--bpm", options.bpm, "heart rate in beats per minute", Options::rates, "72");
   auto* spo2 = add("--spo2", options.spo2, "saturation that the colours are to give, in per cent",
                    Options::saturations, "97");
-  add("--seconds", options.seconds, "length", Options::lengths, "30, or the series' own");
+  add("--seconds", options.seconds, "length", Options::lengths, "30, or the series' own")
+      ->transform(asSeconds());
   add("--fps", options.fps, "frames per second", Options::frameRates, "30");
   addText(command, "--size", size, "WxH", ("size of a frame, " + sizeRange()).c_str(), "640x480");
   add("--noise", options.noise, "sensor noise in 8-bit steps", Options::noises, "1");
@@ -228,10 +259,10 @@ void describeEvaluate(CLI::App& command, veyla::EvaluateOptions& options, std::s
   addText(command, "FOLDER", options.request.folder, "",
           "recordings, each with a NAME.reference.csv")
       ->required();
-  addNumber(command, "--window", options.request.window, "S",
-            "seconds per measurement, countdown included", {3, longestSeconds}, "42");
-  addNumber(command, "--every", options.request.every, "S", "seconds from one start to the next",
-            {0.1, longestSeconds}, "20");
+  addSeconds(command, "--window", options.request.window,
+             "seconds per measurement, countdown included", {3, longestSeconds}, "42");
+  addSeconds(command, "--every", options.request.every, "seconds from one start to the next",
+             {0.1, longestSeconds}, "20");
   addText(command, "--only", only, "heartrate|spo2|both", "what is measured", "heartrate")
       ->transform(oneOf({"heartrate", "spo2", "both"}));
   describeSettings(command, options.request.device, options.settingsFolder);
@@ -471,6 +502,7 @@ int main(int argc, char** argv) {
     measureOptions.request.spo2 = measured != "heartrate";
     status = veyla::exitStatusOf([&] {
       for (const std::string& input : measureOptions.inputs) {
+        veyla::requireApart("--csv", measureOptions.csvFile, input);
         veyla::requireApart("--trace", measureOptions.traceFile, input);
         veyla::requireApart("--log", measureOptions.logFile, input);
         veyla::requireApart("--snapshot", measureOptions.pictures.snapshotFile, input);

@@ -2,21 +2,15 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <iostream>
-#include <map>
 #include <memory>
-#include <mutex>
-#include <set>
 #include <vector>
 
 #include "apps/cli/complain.h"
 #include "apps/cli/keeping.h"
 #include "apps/cli/live_view.h"
-#include "apps/cli/parallel.h"
-#include "apps/cli/progress_bar.h"
-#include "apps/cli/reference.h"
+#include "apps/cli/measure_many.h"
 #include "apps/cli/report.h"
 #include "apps/cli/settings_source.h"
 #include "apps/cli/trace_file.h"
@@ -24,19 +18,12 @@
 #include "platform/linux/log_file.h"
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
-#include "platform/linux/store_error.h"
-#include "platform/linux/synthetic_finger.h"
-#include "platform/linux/text_columns.h"
 #include "platform/linux/wall_clock.h"
 #include "platform/no_services.h"
 
 namespace veyla {
 
 namespace {
-
-/// The built-in recording; longer than any measurement of it.
-constexpr double builtInSeconds = 45;
-constexpr double builtInRate = 30;
 
 bool somebodyIsThere() { return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1; }
 
@@ -130,9 +117,20 @@ void drawPictures(MeasurementRun& run, ScreenPictures& pictures) {
 }
 
 void requireSense(const MeasureOptions& options) {
-  if (options.json && options.traceFile == "-") {
-    throw UsageError("--json and --trace -: both would go to standard output; name a file");
+  const char* toOutput = options.csvFile == "-" ? "--csv" : options.json ? "--json" : nullptr;
+  const char* other = options.traceFile == "-"                 ? "--trace -"
+                      : options.json && options.csvFile == "-" ? "--json"
+                                                               : nullptr;
+  if (toOutput && other) {
+    throw UsageError(std::string(toOutput) + " and " + other +
+                     ": both would go to standard output; name a file");
   }
+  if (options.best && !options.every) {
+    throw UsageError("--best: of several measurements of a recording; give --every as well");
+  }
+}
+
+void requireDrawable(const MeasureOptions& options) {
   if (options.pictures.scale && options.pictures.isEmpty()) {
     throw UsageError("--scale: nothing is drawn; give --snapshot or --frames as well");
   }
@@ -150,17 +148,16 @@ void requireSense(const MeasureOptions& options) {
 }
 
 ExitStatus measure(const MeasureOptions& options, const std::string& input) {
-  requireSense(options);
-  std::unique_ptr<RecordingSource> source =
-      input.empty()
-          ? std::make_unique<SyntheticSource>(FingerOptions{}, builtInSeconds, builtInRate)
-          : openRecording(input, options.request.start);
+  requireDrawable(options);
+  std::unique_ptr<RecordingSource> source = openMeasured(input, options.request.start);
   const SettingsSource settings(options.settingsFolder, options.request.device);
   Keeping keeping(options.save, options.dataFolder, askForHealthRecords);
   requireNoKeptData(options.logFile);
   TimedQueue queue(options.realtime ? TimedQueue::Pace::wall : TimedQueue::Pace::recording);
   WallClock clock;
   Logging logging(options, clock, queue);
+  std::unique_ptr<OutputFile> table;
+  if (!options.csvFile.empty()) table = std::make_unique<OutputFile>(options.csvFile);
   std::unique_ptr<OutputFile> trace;
   if (!options.traceFile.empty()) trace = std::make_unique<OutputFile>(options.traceFile);
   ScreenPictures pictures(options.pictures);
@@ -194,8 +191,14 @@ ExitStatus measure(const MeasureOptions& options, const std::string& input) {
       text += report.isKept ? "Saved in " + keeping.folder().string() + ".\n" : "Not saved.\n";
     }
   }
+  if (options.csvFile == "-") text.clear();
   bool written =
       writes([&] { printOut(text); }, options.save && report.isKept ? Keeping::isSaved : "");
+  written &= writes([&] {
+    if (!table) return;
+    table->write(rowHeader() + reportAsRow(report, input, options.request.start));
+    table->commit();
+  });
   written &= writes([&] {
     if (!trace) return;
     trace->write(rows);
@@ -207,134 +210,15 @@ ExitStatus measure(const MeasureOptions& options, const std::string& input) {
   return report.outcome == Outcome::finished ? ExitStatus::done : ExitStatus::incomplete;
 }
 
-bool isFolder(const std::string& path) {
-  std::error_code unknown;
-  return std::filesystem::is_directory(path, unknown);
-}
-
-/// What is named, with the recordings that lie in a folder in its place, by their names.
-std::vector<std::string> recordingsAmong(const std::vector<std::string>& named) {
-  static const std::set<std::string> endings{".3gp",   ".avi", ".csv",  ".h264", ".hevc", ".m4v",
-                                             ".mjpeg", ".mkv", ".mov",  ".mp4",  ".mpeg", ".mpg",
-                                             ".mts",   ".ts",  ".webm", ".y4m"};
-  std::vector<std::string> inputs;
-  for (const std::string& path : named) {
-    if (!isFolder(path)) {
-      inputs.push_back(path);
-      continue;
-    }
-    std::set<std::string> found;
-    for (const auto& entry : std::filesystem::directory_iterator(path)) {
-      const std::string name = entry.path().filename();
-      if (name.starts_with('.') || name.ends_with(referenceEnding)) continue;
-      if (endings.contains(endingOf(name))) found.insert(entry.path());
-    }
-    if (found.empty()) {
-      throw InputError(path + ": holds no video and no colour series; name a folder that does");
-    }
-    inputs.insert(inputs.end(), found.begin(), found.end());
-  }
-  return inputs;
-}
-
-void requireOneInput(const MeasureOptions& options) {
-  const auto refuse = [](const char* option) {
-    throw UsageError(std::string(option) + ": of one recording alone; name one");
-  };
-  if (!options.traceFile.empty()) refuse("--trace");
-  if (!options.logFile.empty()) refuse("--log");
-  if (!options.pictures.snapshotFile.empty()) refuse("--snapshot");
-  if (!options.pictures.framesFolder.empty()) refuse("--frames");
-  if (options.realtime) refuse("--realtime");
-}
-
-/// One of several recordings; without a report where it could not be read or kept, which `fault`
-/// and `status` tell.
-struct MeasuredInput {
-  std::optional<MeasurementReport> report;
-  std::string fault;
-  ExitStatus status = ExitStatus::unreadableInput;
-  bool isStored = true;
-};
-
-MeasuredInput measureInput(const MeasureOptions& options, const std::string& input,
-                           const Resources& resources) {
-  MeasuredInput measured;
-  try {
-    auto source = openRecording(input, options.request.start);
-    Keeping keeping(options.save, options.dataFolder, {});
-    TimedQueue queue;
-    WallClock clock;
-    MeasurementRun run(options.request, std::move(source),
-                       {.queue = queue,
-                        .clock = clock,
-                        .store = keeping.store(),
-                        .resources = resources,
-                        .healthStore = keeping.healthStore()});
-    measured.report = run.run();
-    measured.isStored = keeping.finish(*measured.report);
-  } catch (const InputError& error) {
-    measured.fault = error.what();
-  } catch (const StoreError& error) {
-    measured.fault = error.what();
-    measured.status = ExitStatus::unwritableData;
-  }
-  return measured;
-}
-
-ExitStatus measureMany(const MeasureOptions& options, const std::vector<std::string>& named) {
-  requireOneInput(options);
-  const std::vector<std::string> inputs = recordingsAmong(named);
-  const SettingsSource settings(options.settingsFolder, options.request.device);
-  std::size_t widest = 0;
-  for (const std::string& input : inputs) widest = std::max(widest, columnsOf(printable(input)));
-
-  ProgressBar bar("Measuring");
-  std::mutex mutex;
-  std::map<std::size_t, MeasuredInput> waiting;
-  std::size_t told = 0;
-  ExitStatus worst = ExitStatus::done;
-  // In the order of the inputs, each as soon as it is its turn.
-  const auto tell = [&](const std::string& input, const MeasuredInput& measured) {
-    ExitStatus status = measured.status;
-    if (measured.report) {
-      const bool finished = measured.report->outcome == Outcome::finished;
-      status = !measured.isStored ? ExitStatus::unwritableData
-               : finished         ? ExitStatus::done
-                                  : ExitStatus::incomplete;
-      printOut(options.json ? reportAsJson(*measured.report, input)
-                            : reportAsLine(*measured.report, input, widest));
-      if (const std::string& remark = measured.report->remark; !remark.empty()) complain(remark);
-    } else {
-      complain(measured.fault);
-    }
-    worst = std::max(worst, status);
-  };
-  inParallel(inputs.size(), options.jobs, [&](std::size_t number) {
-    MeasuredInput measured = measureInput(options, inputs[number], settings.resources());
-    const std::lock_guard lock(mutex);
-    waiting.emplace(number, std::move(measured));
-    bar.clear();
-    for (auto next = waiting.begin(); next != waiting.end() && next->first == told; ++told) {
-      tell(inputs[told], next->second);
-      next = waiting.erase(next);
-    }
-    bar.show(told + waiting.size(), inputs.size());
-  });
-  return worst;
-}
-
 }  // namespace
 
 ExitStatus runMeasure(const MeasureOptions& options) {
   return exitStatusOf([&] {
+    requireSense(options);
     const std::vector<std::string>& inputs = options.inputs;
-    const bool isOne = inputs.size() < 2 && (inputs.empty() || !isFolder(inputs.front()));
-    if (!isOne) {
-      MeasureOptions many = options;
-      many.save = options.save && options.asksToSave;
-      return measureMany(many, inputs);
-    }
+    std::error_code unknown;
+    const bool isFolder = !inputs.empty() && std::filesystem::is_directory(inputs.front(), unknown);
+    if (inputs.size() > 1 || isFolder || options.every) return measureMany(options);
     return measure(options, inputs.empty() ? "" : inputs.front());
   });
 }

@@ -19,20 +19,24 @@ struct MeasureOptions {
   /// Folder of the history and the health records; empty for the user's own.
   std::string dataFolder;
   bool save = true;
-  /// Whether that was asked for: of more than one recording nothing is kept unasked.
+  /// Whether that was asked for: of more than one measurement nothing is kept unasked.
   bool asksToSave = false;
+  /// Seconds from one START to the next over a whole recording; nothing for one measurement of it.
+  std::optional<double> every;
+  /// Of these measurements the one to go by alone.
+  bool best = false;
   /// How many of several recordings are measured at once; 0 for one per processor.
   int jobs = 0;
   bool json = false;
   /// Files; empty for none.
+  std::string csvFile;
   std::string traceFile;
   std::string logFile;
   PictureOptions pictures;
   bool realtime = false;
 };
 
-/// `veyla measure`: one measurement from START to the saved result; of several recordings or a
-/// folder one each, a line each in the order of the inputs, with the worst status of all.
+/// `veyla measure`: one measurement from START to the saved result, or many (`measureMany`).
 ExitStatus runMeasure(const MeasureOptions& options);
 
 }  // namespace veyla

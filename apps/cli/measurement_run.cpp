@@ -135,6 +135,7 @@ void MeasurementRun::addJudgement(MeasurementReport& report, const MeasurementJu
   report.spo2Doubts = judge.spo2();
   report.finger = judge.finger(request_.start);
   report.isBlack = judge.coach().isBlack();
+  report.worth = judge.worth();
   report.shortfall = judge.shortfall(request_.start);
 }
 

@@ -36,6 +36,7 @@ struct MeasurementReport {
   /// What was seen of the finger, in seconds of the recording.
   std::vector<FingerSpan> finger;
   bool isBlack = false;
+  MeasurementWorth worth;
   /// Why a value did not become final, where it is known.
   std::optional<Shortfall> shortfall;
   /// From the first stored frame to the last, in the recording's time.

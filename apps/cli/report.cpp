@@ -6,7 +6,9 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/cli/complain.h"
+#include "apps/cli/csv_field.h"
 #include "apps/cli/json_number.h"
+#include "apps/cli/recording_time.h"
 #include "measuring/measurement.h"
 #include "platform/format.h"
 #include "platform/linux/text_columns.h"
@@ -29,8 +31,8 @@ Json countsOf(const EstimateCounts& counts) {
 }
 
 /// Of both values, each reason once.
-Json doubtsOf(const MeasurementReport& report) {
-  Json names = Json::array();
+std::vector<std::string> doubtsOf(const MeasurementReport& report) {
+  std::vector<std::string> names;
   const auto add = [&](const std::vector<Doubt>& doubts) {
     for (const Doubt doubt : doubts) {
       const std::string name(nameOf(doubt));
@@ -147,11 +149,22 @@ std::string explanation(const MeasurementReport& report, const MeasurementReques
   return ended + "\n" + (option.empty() ? "" : option + "\n") + reasons;
 }
 
+/// The same in a few words.
+std::string reasonOf(const MeasurementReport& report, const MeasurementRequest& request) {
+  if (report.outcome == Outcome::alert) return report.alertTitle + " " + report.alertSubtitle;
+  for (const std::string& known : {shortfallLine(report, request), shortenedBy(report, request)}) {
+    if (!known.empty()) return known.substr(0, known.find('\n'));
+  }
+  return report.seconds > 0 ? formatText("The recording ended after %.1f s.", report.seconds)
+                            : "The recording ended before the measurement began.";
+}
+
 }  // namespace
 
-std::string reportAsJson(const MeasurementReport& report, const std::string& input) {
+std::string reportAsJson(const MeasurementReport& report, const MeasuredPart& part) {
   Json object = Json::object();
-  if (!input.empty()) object["input"] = input;
+  if (!part.input.empty()) object["input"] = part.input;
+  if (part.start) object["start"] = jsonNumber(*part.start);
   object.update(Json{
       {"outcome", nameOf(report.outcome)},
       {"heartrate", numberOf(report.heartrate)},
@@ -171,24 +184,41 @@ std::string reportAsJson(const MeasurementReport& report, const std::string& inp
   return jsonText(object);
 }
 
-std::string reportAsLine(const MeasurementReport& report, const std::string& input,
-                         std::size_t columns) {
+std::string reportAsRow(const MeasurementReport& report, const std::string& input, double start) {
+  const auto field = [](const auto& value) {
+    return value ? formatText(",%.7g", static_cast<double>(*value)) : std::string(",");
+  };
+  std::string doubts;
+  for (const std::string& name : doubtsOf(report)) doubts += (doubts.empty() ? "" : " ") + name;
+  return csvField(input) +
+         formatText(",%.10g,%s,%.3f", start, nameOf(report.outcome), report.seconds) +
+         field(report.heartrate) + field(report.spo2) +
+         field(report.heartrateJudgement ? std::optional(report.heartrateJudgement->clarity)
+                                         : std::nullopt) +
+         "," + doubts + "\n";
+}
+
+std::string rowHeader() { return "input,start,outcome,seconds,heartrate,spo2,clarity,doubts\n"; }
+
+std::string reportAsLine(const MeasurementReport& report, const MeasurementRequest& request,
+                         const MeasuredPart& part, std::size_t columns) {
   const auto cell = [](std::optional<float> value, const char* unit) {
     return value ? formatText("%4.0f %s", static_cast<double>(*value), unit)
                  : std::string(4 - 2, ' ') + "--" + std::string(std::strlen(unit) + 1, ' ');
   };
-  std::string line = printable(input);
+  std::string line = printable(part.input);
   line.append(columns - std::min(columns, columnsOf(line)), ' ');
+  // Up to an hour and a half in columns of its own.
+  if (part.start)
+    line += formatText("%sfrom %7s", columns > 0 ? "  " : "", timeOf(*part.start).c_str());
   line += cell(report.heartrate, "bpm") + cell(report.spo2, "%");
-  if (report.outcome == Outcome::finished) {
-    line += formatText("  %5.1f s", report.seconds);
-  } else {
-    const bool isLow = report.outcome == Outcome::lowSignal;
-    const bool isShort = report.outcome == Outcome::endOfInput;
-    line += "  " + (isLow ? "low signal" : isShort ? "unfinished" : report.alertTitle);
-  }
+  if (report.outcome == Outcome::finished) line += formatText("  %5.1f s", report.seconds);
   const char* separator = "  unsure: ";
-  for (const std::string name : doubtsOf(report)) line += std::exchange(separator, ", ") + name;
+  for (const std::string& name : doubtsOf(report)) line += std::exchange(separator, ", ") + name;
+  if (report.outcome != Outcome::finished) {
+    const bool isLow = report.outcome == Outcome::lowSignal;
+    line += (isLow ? "  low signal: " : "  unfinished: ") + reasonOf(report, request);
+  }
   return line + "\n";
 }
 

@@ -22,6 +22,9 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
            {2, "measure --start", "--start: its value is missing"},
            {2, "measure --only spo2 --only spo2", "--only: given more than once"},
            {2, "measure --start nan", "--start: \"nan\" is no number from 0 to 1000000"},
+           {2, "measure --start 1:75", "--start: \"1:75\" is no time such as 1:23.5"},
+           {2, "measure --best", "--best: of several measurements of a recording; give --every"},
+           {2, "measure --json --csv -", "--csv and --json: both would go to standard output"},
            {2, "measure --only foo", "\"foo\" is none of heartrate, spo2"},
            {2, "measure --data X --no-save", "--data excludes --no-save"},
            {2, "measure --json --trace -", "both would go to standard output"},
@@ -83,7 +86,8 @@ TEST_F(BadInputTest, WhatIsKeptIsNeverOverwritten) {
     ASSERT_NE(contents, "");
     for (const char* command :
          {"history export --data data -o ", "history mail --data data -o ", "series s.csv -o ",
-          "measure --no-save --trace ", "measure --no-save --log ", "evaluate . --windows "}) {
+          "measure --no-save --trace ", "measure --no-save --csv ", "measure --no-save --log ",
+          "evaluate . --windows "}) {
       expectRefused(run(command + name), 4, name + ": holds what Veyla keeps");
     }
     EXPECT_EQ(contentsOf(file(name)), contents);

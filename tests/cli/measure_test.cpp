@@ -172,7 +172,8 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
   EXPECT_EQ(all.out,
             "folder/a.csv  71 bpm  97 %   16.3 s\n"
             "folder/b.csv  71 bpm  97 %   16.3 s\n"
-            "folder/c.csv  --      --    unfinished\n"
+            "folder/c.csv  --      --    unfinished: The recording ended before the measurement "
+            "began.\n"
             "finger.csv    71 bpm  97 %   16.3 s\n");
   EXPECT_THAT(all.error, StartsWith("veyla: no.csv: no such file"));
   EXPECT_EQ(json("history"), Json::array());
@@ -189,10 +190,40 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
     EXPECT_EQ(alone["estimates"]["spo2"]["accepted"], 0) << name;
     EXPECT_EQ(alone["outcome"], "finished") << name;
   }
-  const std::string only = "of one recording alone";
-  for (const char* option : {"--trace t", "--log l", "--snapshot s.png", "--realtime"}) {
+  const std::string only = "of one measurement alone";
+  for (const char* option :
+       {"--trace t", "--log l", "--snapshot s.png", "--realtime", "--scale 2"}) {
     expectRefused(run(std::string("measure folder ") + option), 2, only);
   }
+}
+
+TEST_F(MeasureTest, ARecordingIsMeasuredAgainFromEverySoManySecondsOnAndTheClearestIsTold) {
+  makeFinger();
+  changed("lifted.csv", "$1,3,3,3", 4, 7);
+  const std::string every = "lifted.csv --every 0:10 ";
+  const auto lines = linesOf(done("measure --json --csv w.csv " + every));
+  const auto rows = linesOf(contentsOf(file("w.csv")));
+  // From the 30th second on too little is left.
+  ASSERT_EQ(lines.size(), 3U);
+  ASSERT_EQ(rows.size(), 4U);
+  EXPECT_EQ(rows[0], "input,start,outcome,seconds,heartrate,spo2,clarity,doubts");
+  for (std::size_t i = 0; i < 3; ++i) {
+    Json line = Json::parse(lines[i]);
+    EXPECT_EQ(line["start"], 10 * i);
+    EXPECT_THAT(rows[i + 1], StartsWith("lifted.csv," + std::to_string(10 * i) + ",finished,"));
+    line.erase("start");
+    EXPECT_EQ(line, reportOf("lifted.csv", "--start " + std::to_string(10 * i)));
+  }
+  EXPECT_THAT(rows[1], EndsWith(",noFinger unclearPulse"));
+  EXPECT_THAT(done("measure " + every),
+              StartsWith("from  0:00.0  72 bpm  97 %   20.3 s  unsure: noFinger, "));
+  EXPECT_EQ(json("history"), Json::array());
+
+  const Json best = Json::parse(done("measure --save --best --json " + every));
+  EXPECT_EQ(best["doubts"], Json::array());
+  EXPECT_EQ(json("history").size(), 1U);
+  EXPECT_EQ(json("history")[0]["heartrate"], best["heartrate"]);
+  EXPECT_EQ(linesOf(done("measure finger.csv --best " + every)).size(), 2U);
 }
 
 TEST_F(MeasureTest, AStallIsFilledOrTakesAsMuchLongerAndLeavesTheValues) {

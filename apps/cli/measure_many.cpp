@@ -1,0 +1,285 @@
+#include "apps/cli/measure_many.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "apps/cli/complain.h"
+#include "apps/cli/frame_averager.h"
+#include "apps/cli/keeping.h"
+#include "apps/cli/kept_recording.h"
+#include "apps/cli/parallel.h"
+#include "apps/cli/progress_bar.h"
+#include "apps/cli/reference.h"
+#include "apps/cli/report.h"
+#include "apps/cli/settings_source.h"
+#include "platform/linux/names.h"
+#include "platform/linux/output_file.h"
+#include "platform/linux/store_error.h"
+#include "platform/linux/synthetic_finger.h"
+#include "platform/linux/text_columns.h"
+#include "platform/linux/wall_clock.h"
+
+namespace veyla {
+
+namespace {
+
+/// Seconds of a recording for each of several measurements of it; what does not finish within
+/// these does not finish at all.
+constexpr double usualDuration = 45;
+
+bool isFolder(const std::string& path) {
+  std::error_code unknown;
+  return std::filesystem::is_directory(path, unknown);
+}
+
+/// What is named, with the recordings that lie in a folder in its place, by their names.
+std::vector<std::string> recordingsAmong(const std::vector<std::string>& named) {
+  static const std::set<std::string> endings{".3gp",   ".avi", ".csv",  ".h264", ".hevc", ".m4v",
+                                             ".mjpeg", ".mkv", ".mov",  ".mp4",  ".mpeg", ".mpg",
+                                             ".mts",   ".ts",  ".webm", ".y4m"};
+  std::vector<std::string> inputs;
+  for (const std::string& path : named) {
+    if (!isFolder(path)) {
+      inputs.push_back(path);
+      continue;
+    }
+    std::set<std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(path)) {
+      const std::string name = entry.path().filename();
+      if (name.starts_with('.') || name.ends_with(referenceEnding)) continue;
+      if (endings.contains(endingOf(name))) found.insert(entry.path());
+    }
+    if (found.empty()) {
+      throw InputError(path + ": holds no video and no colour series; name a folder that does");
+    }
+    inputs.insert(inputs.end(), found.begin(), found.end());
+  }
+  return inputs;
+}
+
+void requireOneMeasurement(const MeasureOptions& options) {
+  const auto refuse = [&](const char* option) {
+    throw UsageError(std::string(option) + ": of one measurement alone; " +
+                     (options.every ? "leave --every" : "name one recording"));
+  };
+  if (!options.traceFile.empty()) refuse("--trace");
+  if (!options.logFile.empty()) refuse("--log");
+  if (!options.pictures.snapshotFile.empty()) refuse("--snapshot");
+  if (!options.pictures.framesFolder.empty()) refuse("--frames");
+  if (options.pictures.scale) refuse("--scale");
+  if (options.realtime) refuse("--realtime");
+}
+
+/// One measurement of a recording.
+struct Measured {
+  double start = 0;
+  MeasurementReport report;
+  bool isStored = true;
+
+  ExitStatus status() const {
+    if (!isStored) return ExitStatus::unwritableData;
+    return report.outcome == Outcome::finished ? ExitStatus::done : ExitStatus::incomplete;
+  }
+};
+
+/// All that was measured of an input; nothing where it could not be read or kept, which `fault` and
+/// `status` tell.
+struct MeasuredInput {
+  std::vector<Measured> measurements;
+  std::string remark;
+  std::string fault;
+  ExitStatus status = ExitStatus::done;
+};
+
+/// Measures inputs with options that are the same for all.
+class Measurer {
+ public:
+  Measurer(const MeasureOptions& options, const Resources& resources)
+      : options_(options), resources_(resources) {
+    if (options_.every && !options_.request.duration) options_.request.duration = usualDuration;
+  }
+
+  /// Several measurements of the input run at once, `jobs` of them; `progress` is called after
+  /// each, from one thread at a time.
+  MeasuredInput measure(
+      const std::string& input, int jobs,
+      const std::function<void(std::size_t done, std::size_t all)>& progress) const {
+    MeasuredInput measured;
+    try {
+      auto source = openMeasured(input, options_.request.start);
+      if (options_.every) {
+        FrameAverager averager(resources_, options_.request.device);
+        const KeptRecording recording(*source, averager);
+        measured.remark = source->remark();
+        measured.measurements = measureEach(recording, jobs, progress);
+      } else {
+        measured.measurements.push_back(
+            measureOnce(std::move(source), options_.request.start, saves()));
+        measured.remark = measured.measurements.front().report.remark;
+      }
+    } catch (const InputError& error) {
+      measured.fault = error.what();
+      measured.status = ExitStatus::unreadableInput;
+    } catch (const StoreError& error) {
+      measured.fault = error.what();
+      measured.status = ExitStatus::unwritableData;
+    }
+    return measured;
+  }
+
+ private:
+  bool saves() const { return options_.save && options_.asksToSave; }
+
+  Measured measureOnce(std::unique_ptr<RecordingSource> source, double start, bool save) const {
+    Keeping keeping(save, options_.dataFolder, {});
+    TimedQueue queue;
+    WallClock clock;
+    MeasurementRequest request = options_.request;
+    request.start = start;
+    MeasurementRun run(request, std::move(source),
+                       {.queue = queue,
+                        .clock = clock,
+                        .store = keeping.store(),
+                        .resources = resources_,
+                        .healthStore = keeping.healthStore()});
+    Measured measured{start, run.run()};
+    measured.isStored = keeping.finish(measured.report);
+    return measured;
+  }
+
+  std::vector<Measured> measureEach(
+      const KeptRecording& recording, int jobs,
+      const std::function<void(std::size_t done, std::size_t all)>& progress) const {
+    const auto& [heartrate, spo2, device, first, duration] = options_.request;
+    std::vector<double> starts;
+    for (double start = first; starts.empty() || start < recording.seconds();
+         start = first + static_cast<double>(starts.size()) * *options_.every) {
+      starts.push_back(start);
+    }
+    std::vector<Measured> all(starts.size());
+    std::mutex mutex;
+    std::size_t done = 0;
+    inParallel(starts.size(), jobs, [&](std::size_t i) {
+      all[i] = measureOnce(recording.source(starts[i]), starts[i], saves() && !options_.best);
+      const std::lock_guard lock(mutex);
+      progress(++done, starts.size());
+    });
+    if (!options_.best) {
+      // The end of the recording leaves the last ones too little.
+      std::erase_if(all, [&](const Measured& each) {
+        return each.start > first && each.start + *duration > recording.seconds() &&
+               each.report.outcome == Outcome::endOfInput && each.report.worth.finalValues == 0;
+      });
+      return all;
+    }
+    // Of equals the first.
+    const auto best = std::max_element(
+        all.begin(), all.end(),
+        [](const Measured& a, const Measured& b) { return a.report.worth < b.report.worth; });
+    if (!saves()) return {*best};
+    return {measureOnce(recording.source(best->start), best->start, true)};
+  }
+
+  MeasureOptions options_;
+  const Resources& resources_;
+};
+
+/// Prints what was measured, and has it for the table.
+class Telling {
+ public:
+  Telling(const MeasureOptions& options, const std::vector<std::string>& inputs)
+      : options_(options), isOne_(inputs.size() == 1) {
+    if (!options.csvFile.empty()) table_.emplace(options.csvFile);
+    if (isOne_) return;
+    for (const std::string& input : inputs) {
+      columns_ = std::max(columns_, columnsOf(printable(input)));
+    }
+  }
+
+  void tell(const std::string& input, const MeasuredInput& measured) {
+    std::string text;
+    MeasuredPart part{.input = isOne_ ? "" : input, .start = std::nullopt};
+    for (const Measured& each : measured.measurements) {
+      rows_ += reportAsRow(each.report, input, each.start);
+      if (options_.every) part.start = each.start;
+      MeasurementRequest request = options_.request;
+      if (options_.every) request.start = 0;
+      text += options_.json ? reportAsJson(each.report, part)
+                            : reportAsLine(each.report, request, part, columns_);
+      worst_ = std::max(worst_, each.status());
+    }
+    if (options_.csvFile != "-") printOut(text);
+    if (!measured.remark.empty()) complain(measured.remark);
+    if (!measured.fault.empty()) complain(measured.fault);
+    worst_ = std::max(worst_, measured.status);
+  }
+
+  /// The worst status of all.
+  ExitStatus finish() {
+    if (!table_) return worst_;
+    table_->write(rowHeader() + rows_);
+    table_->commit();
+    return worst_;
+  }
+
+ private:
+  const MeasureOptions& options_;
+  bool isOne_;
+  std::size_t columns_ = 0;
+  std::optional<OutputFile> table_;
+  std::string rows_;
+  ExitStatus worst_ = ExitStatus::done;
+};
+
+}  // namespace
+
+std::unique_ptr<RecordingSource> openMeasured(const std::string& input, double from) {
+  // Longer than any measurement of it.
+  constexpr double builtInSeconds = 45;
+  constexpr double builtInRate = 30;
+  if (!input.empty()) return openRecording(input, from);
+  return std::make_unique<SyntheticSource>(FingerOptions{}, builtInSeconds, builtInRate);
+}
+
+ExitStatus measureMany(const MeasureOptions& options) {
+  requireOneMeasurement(options);
+  std::vector<std::string> inputs = recordingsAmong(options.inputs);
+  if (inputs.empty()) inputs.emplace_back();
+  const SettingsSource settings(options.settingsFolder, options.request.device);
+  const Measurer measurer(options, settings.resources());
+  Telling telling(options, inputs);
+  ProgressBar bar("Measuring");
+  if (inputs.size() == 1) {
+    const MeasuredInput measured =
+        measurer.measure(inputs.front(), options.jobs,
+                         [&](std::size_t done, std::size_t all) { bar.show(done, all); });
+    bar.clear();
+    telling.tell(inputs.front(), measured);
+    return telling.finish();
+  }
+  // In the order of the inputs, each as soon as it is its turn.
+  std::mutex mutex;
+  std::map<std::size_t, MeasuredInput> waiting;
+  std::size_t told = 0;
+  inParallel(inputs.size(), options.jobs, [&](std::size_t number) {
+    MeasuredInput measured = measurer.measure(inputs[number], 1, [](auto...) {});
+    const std::lock_guard lock(mutex);
+    waiting.emplace(number, std::move(measured));
+    bar.clear();
+    for (auto next = waiting.begin(); next != waiting.end() && next->first == told; ++told) {
+      telling.tell(inputs[told], next->second);
+      next = waiting.erase(next);
+    }
+    bar.show(told + waiting.size(), inputs.size());
+  });
+  bar.clear();
+  return telling.finish();
+}
+
+}  // namespace veyla
