@@ -41,7 +41,7 @@ it("START twice looks tapped at once, opens one camera and counts down once", as
     };
     return tracks;
   });
-  for (let spacing = 0; spacing <= 400; spacing += 10) {
+  for (let spacing = 0; spacing <= 400; spacing += 20) {
     await visit.page.locator('[data-element="beginButton"]:not([inert])').waitFor();
     await visit.still();
     const begin = visit.element("beginButton");
@@ -57,7 +57,7 @@ it("START twice looks tapped at once, opens one camera and counts down once", as
     expect(await begin.getAttribute("aria-busy")).toBeNull();
     await visit.tap("STOP");
   }
-}, 400_000);
+});
 
 it("two taps on START do not close what the first one told", async () => {
   const visit = await visitPage();
