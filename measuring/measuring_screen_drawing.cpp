@@ -21,11 +21,11 @@ constexpr Color checkboxEdgeColor{0.6, 0.6, 0.63, 1};
 constexpr Color stopColor{0.23, 0.23, 0.25, 1};
 constexpr Color barTopColor{216.0 / 255, 20.0 / 255, 16.0 / 255, 1};
 
-constexpr Font lightFont{"HelveticaNeue-Light", 0};
-constexpr Font regularFont{"HelveticaNeue", 0};
-constexpr Font mediumFont{"HelveticaNeue-Medium", 0};
+constexpr std::string_view light = "HelveticaNeue-Light";
+constexpr std::string_view regular = "HelveticaNeue";
+constexpr std::string_view medium = "HelveticaNeue-Medium";
 
-Font sized(Font font, double size) { return {font.name, static_cast<float>(size)}; }
+Font fontOf(std::string_view name, double size) { return {name, static_cast<float>(size)}; }
 
 /// Draws with an element's opacity; nothing of one that cannot be seen.
 template <class Draw>
@@ -53,7 +53,8 @@ void drawLine(Canvas& canvas, std::string_view line, const Rect& frame, Font fon
   if (line.empty()) return;
   const std::string text(line);
   const double width = canvas.measureText(text, font).width;
-  if (width > frame.width) font = sized(font, static_cast<double>(font.size) * frame.width / width);
+  if (width > frame.width)
+    font = fontOf(font.name, static_cast<double>(font.size) * frame.width / width);
   // Capitals and digits stand in the middle, descenders hang below.
   const double height = canvas.measureText("H", font).ascent;
   const Point center = frame.center();
@@ -110,13 +111,11 @@ void drawButton(Canvas& canvas, const Rect& frame, std::string_view text, const 
   const double radius = frame.width / 2;
   canvas.beginPath();
   canvas.arc(center, radius - edge / 2, 0, 2 * std::numbers::pi);
-  canvas.closePath();
   canvas.stroke({.color = color, .width = edge});
   canvas.beginPath();
   canvas.arc(center, radius - edge - spacing, 0, 2 * std::numbers::pi);
-  canvas.closePath();
   canvas.fill(color);
-  drawLine(canvas, text, frame, sized(mediumFont, 0.19 * frame.width), white);
+  drawLine(canvas, text, frame, fontOf(medium, 0.19 * frame.width), white);
 }
 
 /// The measuring screen on one canvas.
@@ -130,7 +129,7 @@ class Drawing {
       const Rect& bar = layout_.navBar;
       fillRect(canvas_, bar,
                LinearGradient{{0, 0}, {0, bar.y + bar.height}, {{0, barTopColor}, {1, accentRed}}});
-      drawLine(canvas_, title, layout_.title, sized(mediumFont, 18), white);
+      drawLine(canvas_, title, layout_.title, fontOf(medium, 18), white);
     });
   }
 
@@ -159,7 +158,7 @@ class Drawing {
       });
     });
     drawElement(canvas_, views_, elements.caption, [&](const ScreenState::View& view) {
-      drawLine(canvas_, caption, frames.caption, sized(mediumFont, 15),
+      drawLine(canvas_, caption, frames.caption, fontOf(medium, 15),
                view.shimmering                                ? accentRed
                : views_.view(elements.gaugePanel).isVisible() ? ink
                                                               : grey);
@@ -190,10 +189,10 @@ class Drawing {
 
   void drawLines() {
     drawElement(canvas_, views_, labelRed, [&](const ScreenState::View& view) {
-      drawLine(canvas_, view.text, layout_.status, sized(mediumFont, 17), accentRed);
+      drawLine(canvas_, view.text, layout_.status, fontOf(medium, 17), accentRed);
     });
     drawElement(canvas_, views_, labelGrey, [&](const ScreenState::View& view) {
-      drawLine(canvas_, view.text, layout_.instruction, sized(regularFont, 15), grey);
+      drawLine(canvas_, view.text, layout_.instruction, fontOf(regular, 15), grey);
     });
     drawRemarks();
   }
@@ -216,14 +215,14 @@ class Drawing {
   }
 
   void drawHeading(std::string_view text) {
-    drawLine(canvas_, text, layout_.centerHeading, sized(mediumFont, 13), grey);
+    drawLine(canvas_, text, layout_.centerHeading, fontOf(medium, 13), grey);
   }
 
   /// What is said of finger and values: below the instruction, whichever panel the picture shows,
   /// in as many lines as it needs.
   void drawRemarks() {
     constexpr double lineHeight = 14;
-    const Font font = sized(regularFont, 11);
+    const Font font = fontOf(regular, 11);
     Rect place = layout_.instruction;
     place.y += place.height + 4;
     place.height = lineHeight;
@@ -254,8 +253,8 @@ class Drawing {
   void drawLast(Element element, const Rect& frame, std::string_view unitText) {
     const std::string unit(unitText);
     drawElement(canvas_, views_, element, [&](const ScreenState::View& view) {
-      const Font numberFont = sized(lightFont, std::clamp(0.4 * frame.height, 28.0, 44.0));
-      const Font unitFont = sized(regularFont, 14);
+      const Font numberFont = fontOf(light, std::clamp(0.4 * frame.height, 28.0, 44.0));
+      const Font unitFont = fontOf(regular, 14);
       constexpr double space = 5;
       const double number = canvas_.measureText(view.text, numberFont).width;
       const double width = number + space + canvas_.measureText(unit, unitFont).width;

@@ -2,34 +2,30 @@
 
 namespace veyla {
 
-void ScreenState::setText(Element element, const std::string& text) {
-  at(element).text = text;
+template <class Value>
+void ScreenState::set(Element element, Value View::*shown, const Value& value) {
+  views_[std::string(element.name)].*shown = value;
   notify();
 }
 
-void ScreenState::setFont(Element element, Font font) {
-  at(element).font = font;
-  notify();
+void ScreenState::setText(Element element, const std::string& text) {
+  set(element, &View::text, text);
 }
+
+void ScreenState::setFont(Element element, Font font) { set(element, &View::font, font); }
 
 void ScreenState::setImage(Element element, std::string_view image) {
-  at(element).image = image;
-  notify();
+  set(element, &View::image, std::string(image));
 }
 
 void ScreenState::setOpacity(Element element, double opacity) {
-  at(element).opacity = opacity;
-  notify();
+  set(element, &View::opacity, opacity);
 }
 
-void ScreenState::setHidden(Element element, bool hidden) {
-  at(element).hidden = hidden;
-  notify();
-}
+void ScreenState::setHidden(Element element, bool hidden) { set(element, &View::hidden, hidden); }
 
 void ScreenState::setShimmering(Element element, bool shimmering) {
-  at(element).shimmering = shimmering;
-  notify();
+  set(element, &View::shimmering, shimmering);
 }
 
 void ScreenState::animate(Element element, std::string_view /*animation*/, bool endsVisible,

@@ -42,7 +42,8 @@ class ScreenState : public Display {
   const View& view(Element element) const;
 
  private:
-  View& at(Element element) { return views_[std::string(element.name)]; }
+  template <class Value>
+  void set(Element element, Value View::*shown, const Value& value);
   void notify();
 
   std::map<std::string, View, std::less<>> views_;
