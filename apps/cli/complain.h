@@ -3,6 +3,8 @@
 #include <iostream>
 #include <string>
 
+#include "platform/linux/output_file.h"
+
 namespace veyla {
 
 /// As it is safe and one line on a terminal, whatever a file's name holds: a `?` for every control
@@ -22,6 +24,12 @@ inline std::string printable(const std::string& text) {
 /// One line on standard error, under the program's name.
 inline void complain(const std::string& line) {
   std::cerr << "veyla: " << printable(line) << std::endl;
+}
+
+/// What is told so when a signal stops the program from now on: what that was doing and what of it
+/// is kept.
+inline void complainWhenStopped(const std::string& line) {
+  tellWhenInterrupted("veyla: stopped " + printable(line));
 }
 
 }  // namespace veyla

@@ -50,6 +50,7 @@ inline std::vector<std::pair<std::string, const char*>> exitStatuses() {
   for (const auto& [status, meaning] : exitStatusMeanings) {
     rows.emplace_back(std::to_string(static_cast<int>(status)), meaning);
   }
+  rows.emplace_back("128+N", "signal N stopped it: 130 for Ctrl-C; no file is half written");
   return rows;
 }
 

@@ -137,11 +137,13 @@ ExitStatus evaluate(const EvaluateOptions& options) {
   }
   std::optional<EvaluationPlots> plots;
   if (!options.plotsFolder.empty()) plots.emplace(options.plotsFolder);
+  complainWhenStopped("while measuring the folder; nothing is printed and no file is written");
   ProgressBar bar("Measuring");
   const Evaluation evaluation =
       evaluateFolder(options.request, settings.resources(),
                      [&](std::size_t done, std::size_t all) { bar.show(done, all); });
   bar.clear();
+  complainWhenStopped("while printing; no file is half written");
   // One that cannot be written costs no other what was measured.
   const auto summaries = summariesOf(evaluation);
   bool written = writes(

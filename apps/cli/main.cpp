@@ -483,6 +483,7 @@ int main(int argc, char** argv) {
   // Where a file may not grow further, writing it then fails with a reason to tell.
   std::signal(SIGXFSZ, SIG_IGN);
   veyla::removePendingFilesWhenInterrupted();
+  veyla::complainWhenStopped("before it was done; no file is half written");
 
   CLI::App program("Measures heart rate and SpO2 from recordings of a fingertip on a camera.",
                    "veyla");

@@ -176,6 +176,18 @@ ExitStatus measure(const MeasureOptions& options, const std::string& input) {
     run.trace = [&](const MeasurementTally::Estimate& estimate) { rows += traceRow(estimate); };
   }
   if (!options.pictures.isEmpty()) drawPictures(run, pictures);
+  std::string stopped = "while measuring " + (input.empty() ? "the built-in fingertip" : input) +
+                        (options.save ? "; nothing is saved" : "");
+  if (!options.pictures.framesFolder.empty()) {
+    stopped += "; the pictures so far are in " + options.pictures.framesFolder;
+  }
+  complainWhenStopped(stopped);
+  run.ended = [&, drawn = run.ended](const MainViewController& screen) {
+    if (screen.isKept()) {
+      complainWhenStopped("when the measurement was saved in " + keeping.folder().string());
+    }
+    if (drawn) drawn(screen);
+  };
   const MeasurementReport report = runInView(run, options.json);
 
   if (!report.remark.empty()) complain(report.remark);

@@ -18,6 +18,7 @@
 #include "apps/cli/reference.h"
 #include "apps/cli/report.h"
 #include "apps/cli/settings_source.h"
+#include "platform/format.h"
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/store_error.h"
@@ -220,6 +221,18 @@ class Telling {
     worst_ = std::max(worst_, measured.status);
   }
 
+  /// What an interrupt says from now on.
+  void tellWhenStopped(std::size_t done, std::size_t all, const char* ofWhat) const {
+    // The best of a recording is known when all of it is measured.
+    const bool saves = options_.save && options_.asksToSave && !(isOne_ && options_.best);
+    complainWhenStopped(
+        formatText("after %zu of %zu %s; ", done, all, ofWhat) +
+        (!saves          ? "nothing is saved"
+         : options_.best ? "their best are saved"
+                         : "those that finished are saved") +
+        (table_ && options_.csvFile != "-" ? "; " + options_.csvFile + " is not written" : ""));
+  }
+
   /// The worst status of all.
   ExitStatus finish() {
     if (!table_) return worst_;
@@ -256,9 +269,12 @@ ExitStatus measureMany(const MeasureOptions& options) {
   Telling telling(options, inputs);
   ProgressBar bar("Measuring");
   if (inputs.size() == 1) {
-    const MeasuredInput measured =
-        measurer.measure(inputs.front(), options.jobs,
-                         [&](std::size_t done, std::size_t all) { bar.show(done, all); });
+    telling.tellWhenStopped(0, 1, "recordings");
+    const auto progress = [&](std::size_t done, std::size_t all) {
+      telling.tellWhenStopped(done, all, "measurements, before their lines");
+      bar.show(done, all);
+    };
+    const MeasuredInput measured = measurer.measure(inputs.front(), options.jobs, progress);
     bar.clear();
     telling.tell(inputs.front(), measured);
     return telling.finish();
@@ -267,6 +283,7 @@ ExitStatus measureMany(const MeasureOptions& options) {
   std::mutex mutex;
   std::map<std::size_t, MeasuredInput> waiting;
   std::size_t told = 0;
+  telling.tellWhenStopped(told, inputs.size(), "recordings");
   inParallel(inputs.size(), options.jobs, [&](std::size_t number) {
     MeasuredInput measured = measurer.measure(inputs[number], 1, [](auto...) {});
     const std::lock_guard lock(mutex);
@@ -276,6 +293,7 @@ ExitStatus measureMany(const MeasureOptions& options) {
       telling.tell(inputs[told], next->second);
       next = waiting.erase(next);
     }
+    telling.tellWhenStopped(told, inputs.size(), "recordings");
     bar.show(told + waiting.size(), inputs.size());
   });
   bar.clear();

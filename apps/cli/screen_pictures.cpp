@@ -4,6 +4,9 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
+#include <regex>
+#include <string_view>
 
 #include "measuring/measuring_layout.h"
 #include "measuring/measuring_screen_drawing.h"
@@ -20,19 +23,42 @@ constexpr SafeArea phoneSafeArea{.top = 47, .bottom = 34};
 
 constexpr double usualScale = 2;
 
+/// Behind a picture's head: the text chunk by which its maker is known, with its checksum.
+constexpr std::string_view mark(
+    "\0\0\0\x0E"
+    "tEXtSoftware\0veyla"
+    "\x7A\xE5\x2E\x66",
+    26);
+constexpr std::size_t headSize = 33;
+
 std::string pictureOf(const ScreenPictures::Screen& screen, std::optional<double> scale,
                       CenterPanel center) {
   CairoCanvas canvas(phone, scale.value_or(usualScale));
   drawMeasuringScreen(canvas, MeasuringLayout(phone, phoneSafeArea), screen.controller,
                       screen.views, screen.title, center);
-  return canvas.png();
+  return canvas.png().insert(headSize, mark);
 }
 
 [[noreturn]] void refuseFolder(const std::string& path, int systemError) {
   throw OutputError(fileProblem(path, systemError, FilePlace::outputFile));
 }
 
-void requireEmptyFolder(const std::string& path) {
+/// Whether it is a picture of a second that this program made, or what it left of one when it was
+/// killed.
+bool isOwnFrame(const std::filesystem::path& file) {
+  static const std::regex name(R"(\d{4,}\.png(\.part\d+)?)");
+  std::smatch part;
+  const std::string named = file.filename();
+  if (!std::regex_match(named, part, name) || !std::filesystem::is_regular_file(file)) return false;
+  if (part.length(1) > 0) return true;
+  std::string head(headSize + mark.size(), ' ');
+  std::ifstream(file, std::ios::binary)
+      .read(head.data(), static_cast<std::streamsize>(head.size()));
+  return head.ends_with(mark);
+}
+
+/// A folder that is there holds such pictures alone, which give way to the new ones.
+void requireOwnFolder(const std::string& path) {
   std::error_code error;
   const auto status = std::filesystem::status(path, error);
   if (status.type() == std::filesystem::file_type::not_found) {
@@ -41,9 +67,12 @@ void requireEmptyFolder(const std::string& path) {
   }
   if (error) refuseFolder(path, error.value());
   if (!std::filesystem::is_directory(status)) refuseFolder(path, ENOTDIR);
-  const bool isEmpty = std::filesystem::is_empty(path, error);
+  for (const auto& entry : std::filesystem::directory_iterator(path, error)) {
+    if (isOwnFrame(entry.path())) continue;
+    throw OutputError(path + ": holds " + entry.path().filename().string() +
+                      ", which is no picture of a measurement; name a new or an empty folder");
+  }
   if (error) refuseFolder(path, error.value());
-  if (!isEmpty) throw OutputError(path + ": not empty; name a new or an empty folder");
   if (access(path.c_str(), W_OK | X_OK) != 0) refuseFolder(path, errno);
 }
 
@@ -53,7 +82,7 @@ ScreenPictures::ScreenPictures(const PictureOptions& options) : options_(options
   if (!options_.snapshotFile.empty()) {
     snapshot_ = std::make_unique<OutputFile>(options_.snapshotFile);
   }
-  if (!options_.framesFolder.empty()) requireEmptyFolder(options_.framesFolder);
+  if (!options_.framesFolder.empty()) requireOwnFolder(options_.framesFolder);
 }
 
 void ScreenPictures::addFrame(int second, const Screen& screen) {
@@ -61,6 +90,13 @@ void ScreenPictures::addFrame(int second, const Screen& screen) {
   if (options_.framesFolder.empty() || failedFrame_) return;
   const std::filesystem::path folder(options_.framesFolder);
   try {
+    // What is there was looked through; now that a measurement has begun it gives way.
+    std::error_code error;
+    if (second == 0) {
+      for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        if (isOwnFrame(entry.path())) std::filesystem::remove(entry.path(), error);
+      }
+    }
     OutputFile file(folder / formatText("%04d.png", second));
     file.write(pictureOf(screen, options_.scale, CenterPanel::asShown));
     file.commit();

@@ -32,8 +32,8 @@ class ScreenPictures {
     const std::string& title;
   };
 
-  /// The folder is made where there is none and must be empty, so that no older pictures mix with
-  /// the new ones. Throws `OutputError`.
+  /// The folder is made where there is none, and must hold nothing but such pictures, which the
+  /// first new one replaces. Throws `OutputError`.
   explicit ScreenPictures(const PictureOptions& options);
 
   /// Writes the picture of a second as "0007.png".

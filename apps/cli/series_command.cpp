@@ -34,6 +34,9 @@ ExitStatus runSeries(const SeriesOptions& options) {
     const SettingsSource settings(options.settingsFolder, options.device);
     OutputFile output(options.output);
     FrameAverager averager(settings.resources(), options.device);
+    complainWhenStopped("while reading " + options.input + "; " +
+                        (options.output == "-" ? "the series breaks off where it stands"
+                                               : options.output + " is not written"));
     output.write("time,R,G,B,hr\n");
     while (recording->advance()) {
       recording->deliver(averager);

@@ -110,6 +110,7 @@ ExitStatus runSynth(const SynthOptions& options) {
       finger.seed = options.seed;
       colourAt = [generated = SyntheticFinger(finger)](double time) { return generated.at(time); };
     }
+    complainWhenStopped("while drawing; " + options.output + " is not written");
     if (isSeries(options.output)) {
       writeSeries(options, colourAt, frames);
     } else {

@@ -61,9 +61,22 @@ void forgetPending(const std::string& path) {
   }
 }
 
+/// The line for an interrupt, where a signal's handler can read it at any moment: one of two, so
+/// that the next one is written beside it.
+struct Farewell {
+  std::array<char, 2 * PATH_MAX> text{};
+  std::size_t size = 0;
+};
+std::array<Farewell, 2> farewells;
+std::atomic<const Farewell*> farewell = nullptr;
+std::mutex farewellMutex;
+
 extern "C" void removePendingFilesAndEnd(int signal) {
   for (const PendingName& name : pendingNames) {
     if (name.valid) ::unlink(name.path.data());
+  }
+  if (const Farewell* last = farewell) {
+    [[maybe_unused]] const ssize_t told = ::write(STDERR_FILENO, last->text.data(), last->size);
   }
   ::signal(signal, SIG_DFL);
   ::raise(signal);
@@ -305,6 +318,17 @@ void removePendingFilesWhenInterrupted() {
   for (const int signal : interruptions) {
     if (::signal(signal, removePendingFilesAndEnd) == SIG_IGN) ::signal(signal, SIG_IGN);
   }
+}
+
+void tellWhenInterrupted(const std::string& line) {
+  // On a terminal a bar may stand there, and what was typed.
+  std::string text = isatty(STDERR_FILENO) == 1 ? "\r\x1b[K" : "";
+  text += line + "\n";
+  const std::lock_guard lock(farewellMutex);
+  Farewell& next = farewells[farewell == farewells.data() ? 1 : 0];
+  next.size = std::min(text.size(), next.text.size());
+  std::memcpy(next.text.data(), text.data(), next.size);
+  farewell = &next;
 }
 
 void PendingFile::refuse(int systemError) const { refuseOutput(target_, systemError); }

@@ -67,9 +67,13 @@ class PendingFile {
   std::string path_;
 };
 
-/// From now on an interrupt, a hang-up or a termination removes what is pending before it ends the
-/// program as it would have. Signals that whoever started the program ignores stay ignored.
+/// From now on an interrupt, a hang-up or a termination removes what is pending and tells what was
+/// stopped, before it ends the program as it would have. Signals that whoever started the program
+/// ignores stay ignored.
 void removePendingFilesWhenInterrupted();
+
+/// What it tells on standard error from now on: what was stopped and what of it is kept.
+void tellWhenInterrupted(const std::string& line);
 
 /// A text file that appears when it is whole. "-" is standard output; that, devices and pipes are
 /// written as the text comes. A pipe that nobody reads is refused after 5 seconds.

@@ -56,7 +56,8 @@ TEST_F(BadInputTest, ARefusalIsOneLineWithTheWayOutAndTouchesNothing) {
            // A named folder is one that is known to hold something.
            {3, "history --data no", "veyla.db: no such file; name the folder"},
            {4, "measure --no-save --frames file", "file: a file stands where a folder"},
-           {4, "measure --no-save --frames .", ".: not empty; name a new or an empty"},
+           {4, "measure --no-save --frames .",
+            ".: holds file, which is no picture of a measurement; name"},
            {4, "measure --no-save --trace no/a", "no/a: its folder does not exist"}}) {
     expectRefused(run(words), status, part);
   }
@@ -123,12 +124,17 @@ TEST_F(BadInputTest, SettingsThatCannotBeMeasuredWithAreNamed) {
 TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     for (const std::string name : {"long.csv", "long.mp4"}) {
-      const pid_t child = start("synth --seconds 80000 --fps 240 " + name,
-                                [] { setpriority(PRIO_PROCESS, 0, 19); });
+      const ScratchFolder said;
+      const pid_t child = start("synth --seconds 80000 --fps 240 " + name, [&] {
+        redirect(STDERR_FILENO, said.file("error").c_str(), O_WRONLY | O_CREAT);
+        setpriority(PRIO_PROCESS, 0, 19);
+      });
       while (names().empty() && waitpid(child, nullptr, WNOHANG) == 0) usleep(1000);
       kill(child, signal);
       EXPECT_EQ(ended(child), 128 + signal);
       EXPECT_THAT(names(), IsEmpty());
+      EXPECT_EQ(contentsOf(said.file("error")),
+                "veyla: stopped while drawing; " + name + " is not written\n");
     }
   }
   for (const int signal : {SIGINT, SIGTERM}) {
@@ -136,6 +142,7 @@ TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
         onTerminal("measure --no-save --realtime --trace trace.csv", 80, "", signal);
     EXPECT_EQ(live.status, 128 + signal);
     EXPECT_EQ(countOf(shown, live.out), 1U) << "the cursor comes back";
+    EXPECT_THAT(live.out, EndsWith("veyla: stopped while measuring the built-in fingertip\r\n"));
     EXPECT_THAT(names(), IsEmpty()) << "beside the live view";
   }
 }

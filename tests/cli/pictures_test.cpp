@@ -40,6 +40,14 @@ TEST_F(PicturesTest, TheEndAndEverySecondAreDrawn) {
           .status,
       1);
   EXPECT_EQ(names("new").size(), 6U);
+  // The longer one's last frames are gone; what another program drew is not.
+  done("measure --no-save --frames new");
+  const std::string again = "measure --no-save --duration 5 --only spo2 --scale 0.5 --frames new";
+  EXPECT_EQ(run(again).status, 1);
+  EXPECT_EQ(names("new").size(), 6U);
+  write("new/0006.png", contentsOf(file("new/0005.png")).substr(0, 40));
+  expectRefused(run(again), 4, "new: holds 0006.png, which is no picture of a measurement");
+  EXPECT_EQ(names("new").size(), 7U);
   EXPECT_NE(picture("end.png", 0.5), picture("new/0005.png", 0.5)) << "the pulse in any case";
 }
 
