@@ -39,6 +39,8 @@ constexpr float wholeSteps = 1.5F;
 constexpr std::size_t changeStep = 10;
 /// Frames behind the look for what glides by.
 constexpr std::size_t glideWindow = 14;
+/// By how much of its level a picture changes from one frame to the next with another lens.
+constexpr float leastStep = 0.2F;
 /// What has been put down where the finger was: another level or another colour.
 constexpr float otherLevel = 0.35F;
 constexpr float otherColour = 0.12F;
@@ -49,6 +51,7 @@ constexpr std::size_t firstPatience = 8;
 constexpr std::size_t longestFirstLook = 16;
 constexpr std::size_t fewestForPulse = 45;
 constexpr std::size_t pulseEvery = 10;
+constexpr std::size_t longestDark = 45;
 /// A finger that leaves moves first, and what lies beneath it takes a moment to be known: so many
 /// frames of the one and the other belong to its absence.
 constexpr std::size_t longestLeaving = 24;
@@ -68,6 +71,12 @@ bool isUnlikeBlood(const FrameColours& colours) {
          (colours.blue > colours.green && colours.blue > bluest * colours.red);
 }
 
+/// Of red and green as parts of the whole, 0 to 2.
+float colourDifference(const FrameColours& one, const FrameColours& other) {
+  return std::abs(one.red / sumOf(one) - other.red / sumOf(other)) +
+         std::abs(one.green / sumOf(one) - other.green / sumOf(other));
+}
+
 }  // namespace
 
 void FingerCoach::look(const FrameColours& frame) {
@@ -81,7 +90,39 @@ void FingerCoach::look(const FrameColours& frame) {
   cellsSeen_ = frame.cells ? cellsSeen_ + 1 : 0;
   ++seen_;
   consider(verdictOn(frame));
+  if (steady_ == 0 || steady_ >= fewestForPulse) isSwitched_ = false;
   ++frames_;
+}
+
+std::optional<LensFault> FingerCoach::lens() const {
+  if (darkFrames_ >= longestDark) return LensFault::unlit;
+  return isSwitched_ ? std::optional(LensFault::switched) : std::nullopt;
+}
+
+/// Another level of the same colours, at rest on both sides of the step, is the same finger.
+void FingerCoach::followStep(const FrameColours& frame) {
+  if (settled_ >= glance) {
+    const FrameColours before{red_.newest(2).front(), green_.newest(2).front(),
+                              blue_.newest(2).front(), {}};
+    const bool jumps = std::abs(sumOf(frame) / sumOf(before) - 1) > leastStep;
+    if (jumps && colourDifference(frame, before) <= otherColour) stepAt_ = seen_ - 1;
+  }
+  if (!stepAt_) return;
+  const std::size_t since = seen_ - *stepAt_;
+  if (swingOf(frame, since) > mostSwing) stepAt_.reset();
+  if (!stepAt_ || since < twitch) return;
+  stepAt_.reset();
+  isSwitched_ = true;
+  finger_.reset();
+  settled_ = unbroken_ = steady_ = since - 1;
+  cellsSeen_ = std::min(cellsSeen_, since);
+}
+
+/// By how much the brightest channel swings, as a part of it.
+float FingerCoach::swingOf(const FrameColours& frame, std::size_t count) const {
+  const float level = brightest(frame);
+  const Channel& channel = level == frame.red ? red_ : level == frame.green ? green_ : blue_;
+  return channel.swing(count) / level;
 }
 
 std::optional<FingerState> FingerCoach::verdictOn(const FrameColours& frame) {
@@ -91,12 +132,15 @@ std::optional<FingerState> FingerCoach::verdictOn(const FrameColours& frame) {
   };
   const bool unlit = brightest(frame) < darkest;
   sawLight_ = sawLight_ || !unlit;
+  darkFrames_ = unlit ? darkFrames_ + 1 : 0;
   const bool manyColours = frame.cells && frame.cells->colourSpread > mostColours;
   if (unlit || isUnlikeBlood(frame) || manyColours) {
     settled_ = 0;
     unbroken_ = 0;
+    stepAt_.reset();
     return noPulse(FingerState::noFinger);
   }
+  followStep(frame);
   const bool jumps = isMoving(frame);
   unbroken_ = jumps ? 0 : unbroken_ + 1;
   if (jumps) {
@@ -132,10 +176,7 @@ bool FingerCoach::isLifeless() const {
 }
 
 bool FingerCoach::isMoving(const FrameColours& frame) const {
-  const std::size_t count = std::min(seen_, twitch);
-  const float level = brightest(frame);
-  const Channel& channel = level == frame.red ? red_ : level == frame.green ? green_ : blue_;
-  if (channel.swing(count) > mostSwing * level) return true;
+  if (swingOf(frame, std::min(seen_, twitch)) > mostSwing) return true;
   if (cellsSeen_ < glance) return false;
 
   // A pulse dims all cells alike; what moves dims one and lights another.
@@ -160,10 +201,7 @@ bool FingerCoach::glides() const {
 bool FingerCoach::looksUnlikeTheFinger(const FrameColours& frame) const {
   if (!finger_) return false;
   const float level = sumOf(frame) / sumOf(*finger_);
-  const auto part = [](float channel, const FrameColours& of) { return channel / sumOf(of); };
-  const float colour = std::abs(part(frame.red, frame) - part(finger_->red, *finger_)) +
-                       std::abs(part(frame.green, frame) - part(finger_->green, *finger_));
-  return std::abs(level - 1) > otherLevel || colour > otherColour;
+  return std::abs(level - 1) > otherLevel || colourDifference(frame, *finger_) > otherColour;
 }
 
 bool FingerCoach::seesPulse() const {

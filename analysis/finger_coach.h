@@ -22,6 +22,15 @@ enum class FingerState {
   good,
 };
 
+/// What lies with the camera's lens and not with the finger before it.
+enum class LensFault {
+  /// For 3 s nothing but dark: the light is too far from this lens to come to it through a finger.
+  unlit,
+  /// The picture changed from one frame to the next and was at rest before and after: the phone has
+  /// taken another of its lenses.
+  switched,
+};
+
 /// Looks at each second of colours and says what is right or wrong with the finger. It stands
 /// beside the measurement and decides nothing in it.
 ///
@@ -48,6 +57,9 @@ class FingerCoach {
 
   /// What is told now; nothing as long as nothing can be said.
   std::optional<FingerState> state() const { return told_; }
+  /// What is seen of the lens now; a switch, until a pulse has been looked for in the new picture.
+  /// A finger that was good before a switch stays so until then.
+  std::optional<LensFault> lens() const;
   /// Whether no frame was brighter than a dark one.
   bool isBlack() const { return frames_ > 0 && !sawLight_; }
   /// Frames seen and missed.
@@ -63,6 +75,8 @@ class FingerCoach {
   static constexpr std::size_t pulseWindow = 60;
 
   std::optional<FingerState> verdictOn(const FrameColours& frame);
+  void followStep(const FrameColours& frame);
+  float swingOf(const FrameColours& frame, std::size_t count) const;
   bool isLifeless() const;
   bool isMoving(const FrameColours& frame) const;
   bool glides() const;
@@ -106,6 +120,10 @@ class FingerCoach {
   std::array<Change, pulseWindow> changes_{};
   /// Frames with cells, without one between that had none.
   std::size_t cellsSeen_ = 0;
+  std::size_t darkFrames_ = 0;
+  /// The frame, by its number among those seen, at which the picture changed at once.
+  std::optional<std::size_t> stepAt_;
+  bool isSwitched_ = false;
   /// Frames since the last one that moved, or that no finger gives at any moment.
   std::size_t settled_ = 0;
   /// The same, but for what glides by.

@@ -235,6 +235,14 @@ void MainViewController::stopButtonPush() {
   });
 }
 
+void MainViewController::nextCameraButtonPush() {
+  Camera& camera = services().camera;
+  if (!camera.hasNextBackCamera()) return;
+  endMeasurement(MeasurementEnd::replaced);
+  camera.useNextBackCamera();
+  beginButtonPush();
+}
+
 void MainViewController::buttonCheckboxHeartrateTapped() {
   runHeartrate_ = !runHeartrate_;
   display().setImage(buttonCheckboxHeartrate,

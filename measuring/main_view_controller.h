@@ -53,6 +53,8 @@ class MainViewController : public VideoDelegate {
   /// From START until the pulse's curve shows; 0 where it does not, since no heart rate is wanted.
   double secondsUntilCurve() const;
   void stopButtonPush();
+  /// Begins anew with the next back camera; nothing where there is none.
+  void nextCameraButtonPush();
   void buttonCheckboxHeartrateTapped();
   void buttonCheckboxSpo2Tapped();
   void swipeLeft();

@@ -1,5 +1,7 @@
 #include "measuring/measurement_judge.h"
 
+#include <utility>
+
 #include "acquisition/data.h"
 #include "measuring/measurement.h"
 #include "measuring/measuring_screen.h"
@@ -31,12 +33,12 @@ void MeasurementJudge::measurementBegan() {
   heartrate_.reset();
   spo2_.reset();
   showFinger("", "");
+  offerNextCamera(false);
 }
 
 void MeasurementJudge::frameSeen(const FrameColours& colours) {
   coach_.look(colours);
-  const auto state = coach_.state();
-  showFinger(state ? textOf(*state) : "", state ? nameOf(*state) : "");
+  showLensOrFinger();
 }
 
 void MeasurementJudge::frameDropped() { coach_.miss(); }
@@ -75,6 +77,7 @@ void MeasurementJudge::spo2Final(float /*spo2*/) {
 
 void MeasurementJudge::measurementEnded(std::int32_t /*counter*/, MeasurementEnd end) {
   // Whoever was interrupted asks for no reason.
+  offerNextCamera(false);
   const bool asksWhy = end == MeasurementEnd::stopped || end == MeasurementEnd::lowSignal;
   const auto why = asksWhy ? shortfall() : std::nullopt;
   showFinger(why ? why->text : "", !why ? "" : why->state ? nameOf(*why->state) : noValue);
@@ -129,6 +132,25 @@ void MeasurementJudge::showDoubts() {
   display().setText(labelDoubtSpo2, spo2Line_ == heartrateLine_ ? "" : spo2Line_);
 }
 
+void MeasurementJudge::showLensOrFinger() {
+  const auto state = coach_.state();
+  const auto lens = coach_.lens();
+  // Without another camera the finger is all that can be moved.
+  const bool isOffered = lens == LensFault::unlit && services().camera.hasNextBackCamera();
+  offerNextCamera(isOffered);
+  if (isOffered || lens == LensFault::switched) {
+    showFinger(textOf(*lens), nameOf(*lens));
+  } else {
+    showFinger(state ? textOf(*state) : "", state ? nameOf(*state) : "");
+  }
+}
+
+void MeasurementJudge::offerNextCamera(bool offered) {
+  if (std::exchange(offersNextCamera_, offered) != offered) {
+    display().setHidden(buttonNextCamera, !offered);
+  }
+}
+
 void MeasurementJudge::showFinger(std::string_view text, std::string_view picture) {
   if (text == text_ && picture == picture_) return;
   text_ = text;
@@ -151,6 +173,15 @@ std::string_view textOf(FingerState state) {
       break;
   }
   return "Press more lightly";
+}
+
+std::string_view textOf(LensFault fault) {
+  return fault == LensFault::unlit ? "No light reaches this lens"
+                                   : "The phone changed its lens: hold still";
+}
+
+std::string_view nameOf(LensFault fault) {
+  return fault == LensFault::unlit ? "unlit" : "switched";
 }
 
 std::string_view nameOf(FingerState state) {

@@ -34,7 +34,8 @@ struct MeasurementWorth {
 /// `labelDoubtHeartrate` and `labelDoubtSpo2` from a final value on until the next one: the value
 /// stands there as the last one for as long. (The history keeps values alone: one read from it at
 /// the next launch bears no mark.) Why a measurement ended without a value stands in `labelFinger`
-/// until the next begins.
+/// until the next begins. What lies with the lens goes before what lies with the finger, and where
+/// no light reaches it, `buttonNextCamera` offers another where the machine has one.
 class MeasurementJudge : public MeasurementObserver {
  public:
   /// The finger as it is seen now and was seen in the measurement.
@@ -64,12 +65,15 @@ class MeasurementJudge : public MeasurementObserver {
 
  private:
   void showFinger(std::string_view text, std::string_view picture);
+  void showLensOrFinger();
+  void offerNextCamera(bool offered);
   void showDoubts();
 
   FingerCoach coach_;
   /// In `labelFinger`.
   std::string text_;
   std::string_view picture_;
+  std::optional<bool> offersNextCamera_;
   EstimateCounts heartrateEstimates_;
   EstimateCounts spo2Estimates_;
   Spo2Evidence evidence_;
@@ -84,5 +88,9 @@ class MeasurementJudge : public MeasurementObserver {
 std::string_view textOf(FingerState state);
 /// "noFinger" and so on, as reports name it; the name of its picture, too.
 std::string_view nameOf(FingerState state);
+
+/// The same of the lens: "unlit" and "switched".
+std::string_view textOf(LensFault fault);
+std::string_view nameOf(LensFault fault);
 
 }  // namespace veyla

@@ -56,7 +56,7 @@ enum class MeasurementEnd {
   refused,
   /// The camera did not start.
   failed,
-  /// By another START, after an interruption that had brought START back.
+  /// By another START after an interruption that had brought START back, or by the next camera.
   replaced,
 };
 

@@ -37,6 +37,8 @@ inline constexpr Element chartFourierView{"chartFourierView"};
 /// Beside the flow: what is wrong with the finger, and why a final value may not be relied on.
 /// Empty texts for nothing to say.
 inline constexpr Element labelFinger{"labelFinger"};
+/// Offered while no light reaches the camera's lens and there is another camera.
+inline constexpr Element buttonNextCamera{"buttonNextCamera"};
 inline constexpr Element labelDoubtHeartrate{"labelDoubtHeartrate"};
 inline constexpr Element labelDoubtSpo2{"labelDoubtSpo2"};
 
@@ -54,6 +56,7 @@ struct Captions {
   std::string_view pulse = "Pulse";
   std::string_view start = "START";
   std::string_view stop = "STOP";
+  std::string_view nextCamera = "Next camera";
 };
 inline constexpr Captions captions;
 

@@ -50,7 +50,7 @@ EMSCRIPTEN_BINDINGS(texts) {
   VEYLA_VALUE(Page, title, sections);
   using MeasuringScreen::Captions;
   VEYLA_VALUE(Captions, heartrate, heartrateUnit, spo2, spo2Unit, lastMeasurement, pulse, start,
-              stop);
+              stop, nextCamera);
 }
 
 EMSCRIPTEN_BINDINGS(application) {
@@ -78,7 +78,8 @@ EMSCRIPTEN_BINDINGS(screens) {
 
   class_<MainViewController>("MainViewController")
       VEYLA_METHODS(MainViewController, viewWillAppear, viewDidAppear, viewWillDisappear,
-                    beginButtonPush, stopButtonPush, secondsUntilCurve,
+                    beginButtonPush, stopButtonPush, nextCameraButtonPush,
+                    secondsUntilCurve,
                     buttonCheckboxHeartrateTapped, buttonCheckboxSpo2Tapped, swipeLeft, swipeRight);
 
   class_<IntroViewController>("IntroViewController")

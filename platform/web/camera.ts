@@ -43,7 +43,7 @@ const lowPreset: MediaTrackConstraints = {
 /** Pictures beyond this width are drawn smaller before their pixels are read. */
 const widestReading = 640;
 
-/** Rear cameras that are tried for one with a torch. */
+/** Cameras that are tried for one with a torch. */
 const mostCameras = 4;
 
 /** Browsers silence a camera for a moment, too, in milliseconds; longer, and somebody else has it. */
@@ -83,6 +83,10 @@ function isFront(device: MediaDeviceInfo): boolean {
   return facingMode?.includes("user") === true;
 }
 
+function idOf(track: MediaStreamTrack | undefined): string {
+  return settingsOf(track).deviceId ?? "";
+}
+
 function isLit(track: MediaStreamTrack | undefined): boolean {
   return settingsOf(track).torch === true;
 }
@@ -108,6 +112,14 @@ export class TrackCamera {
    * the answer: others would ask again. Neither for ever nor behind the user's back.
    */
   private kept: MediaStream | undefined;
+  /** The cameras that do not look at the user, once one was opened; and the one that is in use, or was last. */
+  private rear: readonly string[] = [];
+  private current = "";
+  /** Those that were found to have no torch. */
+  private readonly dark = new Set<string>();
+  /** Whether the user wants another than the current one, and then no other than that. */
+  private wantsNext = false;
+  private chosen: string | undefined;
   /** Whoever wants the camera while it is being opened waits for the same stream. */
   private opening: Promise<void> | undefined;
   private wanted = false;
@@ -196,6 +208,15 @@ export class TrackCamera {
 
   isOpen(): boolean {
     return this.track() !== undefined;
+  }
+
+  hasNext(): boolean {
+    return this.others().length > 0;
+  }
+
+  /** For as long as the page lives. */
+  useNext(): void {
+    this.wantsNext = this.hasNext();
   }
 
   hasTorch(): boolean {
@@ -347,40 +368,66 @@ export class TrackCamera {
   }
 
   private async firstStream(): Promise<MediaStream | undefined> {
-    const { kept } = this;
+    const { kept, chosen } = this;
     this.kept = undefined;
     if (kept?.active) return kept;
-    return this.openStream({
-      ...lowPreset,
-      facingMode: { ideal: "environment" },
-    });
+    const own = chosen === undefined ? undefined : await this.openCamera(chosen);
+    return own ?? this.openStream({ ...lowPreset, facingMode: { ideal: "environment" } });
   }
 
-  /** Of several cameras that may be rear ones the first with a torch; without any, the browser's choice. */
+  private openCamera(deviceId: string): Promise<MediaStream | undefined> {
+    return this.openStream({ ...lowPreset, deviceId: { exact: deviceId } });
+  }
+
+  /**
+   * Of several cameras that may be rear ones the first with a torch, or the next after the current one;
+   * without any, the browser's choice.
+   */
   private async streamWithTorch(): Promise<MediaStream | undefined> {
-    const first = await this.firstStream();
-    const track = first?.getVideoTracks().at(0);
-    if (!first || !track || hasTorch(track)) return first;
+    const isNext = this.wantsNext;
+    this.wantsNext = false;
+    let stream = isNext ? undefined : await this.firstStream();
+    const track = stream?.getVideoTracks().at(0);
+    if (!isNext && !track) return stream;
+    if (track) this.current = idOf(track);
+    if (track && !hasTorch(track)) this.dark.add(this.current);
+    await this.findRear();
+    const others = isNext || !hasTorch(track) ? this.others() : [];
+    if (others.length > 0) {
+      stop(stream);
+      stream = await this.firstWithTorch(others);
+    }
+    stream ??= await this.firstStream();
+    this.current = idOf(stream?.getVideoTracks().at(0));
+    if (isNext) this.chosen = this.current;
+    return stream;
+  }
+
+  /** After the current one, around all of them. */
+  private others(): string[] {
+    const place = this.rear.indexOf(this.current);
+    return [...this.rear.slice(place + 1), ...this.rear.slice(0, Math.max(0, place))];
+  }
+
+  private async firstWithTorch(cameras: readonly string[]): Promise<MediaStream | undefined> {
+    for (const id of cameras.slice(0, mostCameras - 1)) {
+      const stream = await this.openCamera(id);
+      if (hasTorch(stream?.getVideoTracks().at(0))) return stream;
+      if (stream) this.dark.add(id);
+      stop(stream);
+    }
+    return undefined;
+  }
+
+  private async findRear(): Promise<void> {
     const devices = await navigator.mediaDevices.enumerateDevices().catch((error: unknown) => {
       this.listener.log(`the cameras are not told: ${nameOf(error)}`);
       return [];
     });
-    const others = devices.filter(
-      (device) =>
-        device.kind === "videoinput" &&
-        device.deviceId !== track.getSettings().deviceId &&
-        !isFront(device),
-    );
-    for (const { deviceId } of others.slice(0, mostCameras - 1)) {
-      track.stop();
-      const other = await this.openStream({
-        ...lowPreset,
-        deviceId: { exact: deviceId },
-      });
-      if (other && hasTorch(other.getVideoTracks().at(0))) return other;
-      stop(other);
-    }
-    return track.readyState === "live" ? first : this.firstStream();
+    this.rear = devices
+      .filter((each) => each.kind === "videoinput" && !isFront(each))
+      .map(({ deviceId }) => deviceId)
+      .filter((id) => !this.dark.has(id));
   }
 
   private dropKept(): void {

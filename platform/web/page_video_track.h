@@ -20,6 +20,8 @@ class PageVideoTrack : public VideoTrack {
   void open(int pending) override { page_.call<void>("open", pending); }
   void close() override { page_.call<void>("close"); }
   bool isOpen() const override { return page_.call<bool>("isOpen"); }
+  bool hasNext() const override { return page_.call<bool>("hasNext"); }
+  void useNext() override { page_.call<void>("useNext"); }
   bool hasTorch() const override { return page_.call<bool>("hasTorch"); }
   bool isTorchLit() const override { return page_.call<bool>("isTorchLit"); }
   void setTorch(bool lit) override { page_.call<void>("setTorch", lit); }

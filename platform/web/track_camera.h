@@ -34,6 +34,8 @@ class TrackCamera : public Camera {
   std::shared_ptr<void> prepare(std::function<void()> ready) override;
   std::optional<std::vector<std::shared_ptr<CaptureDevice>>> discoverBackDevices() override;
   std::shared_ptr<CaptureDevice> defaultVideoDevice() override;
+  bool hasNextBackCamera() const override { return track_.hasNext(); }
+  void useNextBackCamera() override { track_.useNext(); }
   std::shared_ptr<CaptureDeviceInput> makeDeviceInput(
       const std::shared_ptr<CaptureDevice>& device) override;
   std::shared_ptr<CaptureSession> makeSession() override;

@@ -23,6 +23,11 @@ class VideoTrack {
   /// Closes it, or gives up opening it.
   virtual void close() = 0;
   virtual bool isOpen() const = 0;
+  /// Whether the phone has told of another camera that does not look at the user; false until one
+  /// was opened.
+  virtual bool hasNext() const = 0;
+  /// What is opened from now on is the next of them with a torch, after the last one the first.
+  virtual void useNext() = 0;
 
   virtual bool hasTorch() const = 0;
   /// What the track itself says of it.

@@ -158,7 +158,7 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
 375 photograph -> noFinger 0-375
 375 pan -> moving 0-375
 120 finger 45 table 105 finger -> good 0-120 noFinger 120-165 moving 165-176 good 176-270
-120 finger 45 black 105 finger -> good 0-120 noFinger 120-165 good 165-270
+120 finger 45 black 105 finger -> good 0-120 noFinger 120-165 good 165-270 unlit 164-165
 120 finger 30 shake=0.2 75 finger -> good 0-122 moving 122-157 good 157-225
 120 finger 8 shake=0.2 75 finger -> good 0-122 good 122-203
 120 finger 20 shake=0.2 20 black 20 shake=0.2 75 finger -> good 0-122 noFinger 122-160 moving 160-185 good 185-255
@@ -177,10 +177,15 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
 72 pulse=0.4 66 tilt=0.05 35 finger 40 shake=0.16 -> good 0-82 moving 82-150 moving 175-213
 52 green=2.25 62 level=1.2 60 tilt=0.35 36 shake=0.12 -> good 0-52 noFinger 52-103 good 103-125 moving 125-210
 17 finger 16 tilt=0.25 52 glide=0.04 70 pulse=0 -> moving 17-32 moving 52-107 noFinger 107-155
-73 finger 13 level=0.45 48 level=0.65 38 green=1.25 -> good 0-172
+73 finger 13 level=0.45 48 level=0.65 38 green=1.25 -> good 0-172 switched 80-86 switched 93-130 switched 141
+120 finger 90 level=0.5 -> good 0-210 switched 127-164
+120 finger 7 level=0.5 30 shake=0.2 -> good 0-120 moving 120-157
 85 finger 30 shake=0.06 70 green=0.5 -> good 0-115 noFinger 115-138 good 138-153 weak 153-185
 )")) {
     FingerCoach coach;
+    // And what of the lens from which frame on, up to one at which it was over.
+    std::optional<LensFault> lens;
+    std::string lenses;
     int frame = 0;
     int count = 0;
     std::istringstream words(stretches);
@@ -191,6 +196,10 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
         } else {
           coach.look(frameOf(named(name), frame / 15.0));
         }
+        const auto seen = coach.lens();
+        if (seen && seen != lens) lenses += " " + std::string(nameOf(*seen)) + formatText(" %d", frame);
+        if (!seen && lens) lenses += formatText("-%d", frame);
+        lens = seen;
       }
     }
     std::string told;
@@ -198,7 +207,7 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
       if (!told.empty()) told += ' ';
       told += std::string(nameOf(state)) + formatText(" %zu-%zu", from, to);
     }
-    EXPECT_EQ(told, expected) << stretches;
+    EXPECT_EQ(told + lenses, expected) << stretches;
     coach.reset();
     EXPECT_EQ(coach.state(), std::nullopt);
     EXPECT_TRUE(coach.spans().empty());

@@ -209,6 +209,30 @@ TEST(MeasurementJudgeTest, WhatItSawEndsWithTheMeasurementAndAMarkStandsAsLongAs
   measure();
   EXPECT_THAT(judge.spo2(), Optional(ElementsAre(Doubt::noRedPulse)));
 
+  // In the dark another camera is offered, which begins anew, and none after the last one.
+  const auto isOffered = [&] {
+    return !rig.platform.display.view(MeasuringScreen::buttonNextCamera).hidden;
+  };
+  rig.platform.camera.nextCameras = 1;
+  rig.startMeasuring();
+  for (const int frames : {44, 1}) {
+    EXPECT_FALSE(isOffered());
+    rig.frames(static_cast<std::size_t>(frames), {1, 1, 1, 1});
+  }
+  EXPECT_TRUE(isOffered());
+  EXPECT_EQ(text(MeasuringScreen::labelFinger), "No light reaches this lens");
+  rig.screen.nextCameraButtonPush();
+  EXPECT_FALSE(isOffered() || rig.screen.videoProcessing()->isRecording());
+  rig.platform.time.runFor(3);
+  EXPECT_TRUE(rig.screen.isRunning() && rig.screen.canBegin());
+  rig.frames(45, {1, 1, 1, 1});
+  EXPECT_FALSE(isOffered());
+  EXPECT_EQ(text(MeasuringScreen::labelFinger), "Move your finger over lens and light");
+  rig.screen.nextCameraButtonPush();
+  EXPECT_EQ(judge.coach().frames(), 45U) << "it goes on";
+  rig.screen.stopButtonPush();
+  rig.platform.time.runFor(0.02);
+
   rig.startMeasuring();
   rig.frames(30, {1, 1, 1, 1});
   rig.screen.stopButtonPush();

@@ -156,6 +156,10 @@ class ScriptedCamera : public Camera {
     if (const auto call = waiting.lock()) (*call)();
   }
   bool isWaitedFor() const { return !waiting.expired(); }
+  /// Those that are left to go on to.
+  int nextCameras = 0;
+  bool hasNextBackCamera() const override { return nextCameras > 0; }
+  void useNextBackCamera() override { --nextCameras; }
   void requestAccess(std::function<void(bool granted)> completion) override { completion(grants); }
   std::optional<std::vector<std::shared_ptr<CaptureDevice>>> discoverBackDevices() override {
     return backDevices;

@@ -22,6 +22,8 @@ struct ScriptedTrack : VideoTrack {
   void open(int pending) override { waiting.push_back(pending); }
   void close() override { opened = lit = false; }
   bool isOpen() const override { return opened; }
+  bool hasNext() const override { return false; }
+  void useNext() override {}
   bool hasTorch() const override { return opened; }
   bool isTorchLit() const override { return lit; }
   void setTorch(bool on) override { lit = on && obeys; }

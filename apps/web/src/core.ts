@@ -51,6 +51,7 @@ export interface MainViewController {
   beginButtonPush(): void;
   secondsUntilCurve(): number;
   stopButtonPush(): void;
+  nextCameraButtonPush(): void;
   buttonCheckboxHeartrateTapped(): void;
   buttonCheckboxSpo2Tapped(): void;
   swipeLeft(): void;
@@ -150,6 +151,7 @@ export interface Captions {
   readonly pulse: string;
   readonly start: string;
   readonly stop: string;
+  readonly nextCamera: string;
 }
 
 export interface TextPage {

@@ -1,5 +1,6 @@
 // The measuring screen.
 import {
+  cameraReverse,
   checkmarkCircle,
   fingerPrint,
   handLeft,
@@ -19,13 +20,15 @@ import type { DisplayViews, EndingViews } from "./page";
 import { followSwipes } from "./swipes";
 import { Widget } from "./widget";
 
-/** By the core's names of what is seen of the finger, or of why there is no value. */
+/** By the core's names of what is seen of the finger or the lens, or of why there is no value. */
 const fingerIcons: Readonly<Record<string, string>> = {
   noFinger: fingerPrint,
   tooBright: sunny,
   moving: handLeft,
   weak: pulse,
   good: checkmarkCircle,
+  unlit: cameraReverse,
+  switched: cameraReverse,
   noValue: helpCircle,
 };
 
@@ -94,6 +97,7 @@ export class MeasuringScreen {
     { "data-state": "" },
     this.fingerIcon,
     this.named("labelFinger", make("span", { "aria-live": "polite" })),
+    this.nextCamera(),
   );
   private readonly starved = make("p.starved", { "aria-live": "polite", "data-state": "" });
   /** Says what comes to stand in the centre while that is hidden, and would not be read out there. */
@@ -180,6 +184,17 @@ export class MeasuringScreen {
   private captioned<View extends HTMLElement>(name: keyof Captions, view: View): View {
     this.captions.set(view, name);
     return view;
+  }
+
+  private nextCamera(): HTMLElement {
+    const button = this.captioned(
+      "nextCamera",
+      textButton("button.next-camera", "", () => {
+        this.core().measuring().nextCameraButtonPush();
+      }),
+    );
+    button.toggleAttribute("data-hidden", true);
+    return this.named("buttonNextCamera", button);
   }
 
   private named<View extends HTMLElement>(name: string, view: View): View {

@@ -97,6 +97,8 @@ export interface CameraViews {
   open(pending: number): void;
   close(): void;
   isOpen(): boolean;
+  hasNext(): boolean;
+  useNext(): void;
   hasTorch(): boolean;
   isTorchLit(): boolean;
   setTorch(lit: boolean): void;

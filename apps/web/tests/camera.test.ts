@@ -179,23 +179,51 @@ it("believes in a light when the track tells of it", async () => {
   }
 });
 
-it("is the first rear camera with a torch", async () => {
-  const [wide, tele] = [new LiteralTrack(), new LiteralTrack()];
-  track.torch = wide.torch = false;
+it("is the first rear camera with a torch, and the next one where that is asked for", async () => {
+  const facing = ["user", "", "environment", "environment", "environment"];
+  const tracks = facing.map((_, number) => {
+    const each = new LiteralTrack();
+    each.torch = number === 2 || number === 4;
+    each.settings["deviceId"] = `camera ${number}`;
+    return each;
+  });
   devices.enumerateDevices.mockResolvedValue(
-    [["user"], [], ["environment"], ["environment"]].map((facingMode, number) => {
-      const deviceId = `camera ${number}`;
-      return { kind: "videoinput", deviceId, getCapabilities: (): object => ({ facingMode }) };
-    }),
+    facing.map((mode, number) => ({
+      kind: "videoinput",
+      deviceId: `camera ${number}`,
+      getCapabilities: (): object => ({ facingMode: [mode] }),
+    })),
   );
-  for (const each of [track, wide, tele])
-    devices.getUserMedia.mockResolvedValueOnce(streamOf(each));
+  let asked = "";
+  devices.getUserMedia.mockImplementation(
+    ({ video }: { video: { deviceId?: { exact: string } } }) => {
+      const number = Number(video.deviceId?.exact.slice(-1) ?? 1);
+      asked += number;
+      const each = tracks[number] ?? track;
+      each.readyState = "live";
+      return Promise.resolve(streamOf(each));
+    },
+  );
+  const live = (): number[] =>
+    tracks.flatMap(({ readyState }, number) => (readyState === "live" ? [number] : []));
+  for (const each of tracks) each.stop();
+  expect(camera.hasNext()).toBe(false);
   await open();
-  expect(camera.hasTorch()).toBe(true);
-  const states = [track, wide, tele].map(({ readyState }) => readyState);
-  expect(states).toEqual(["ended", "ended", "live"]);
-  const video = expect.objectContaining({ deviceId: { exact: "camera 2" } }) as object;
-  expect(devices.getUserMedia).toHaveBeenLastCalledWith({ audio: false, video });
+  expect([asked, live(), camera.hasNext()]).toEqual(["12", [2], true]);
+  for (const [path, next] of [
+    ["34", 4],
+    // Those without a torch are known by now, and the one that was chosen stays so.
+    ["2", 2],
+  ] as const) {
+    camera.close();
+    camera.useNext();
+    asked = "";
+    await open();
+    expect([asked, live()]).toEqual([path, [next]]);
+    camera.close();
+    await open();
+    expect(live()).toEqual([next]);
+  }
 });
 
 it.each([

@@ -73,6 +73,16 @@ it.concurrent.for(engines)(
       await visit.sees(told);
       await visit.picture(`camera-${camera}`);
     }
+    await visit.bring("unlit");
+    await visit.tap("START");
+    await visit.sees("No light reaches this lens");
+    await visit.picture("camera-unlit");
+    await visit.tap("Next camera");
+    await visit.sees("Finger in place");
+    await visit.ask(() => {
+      (window as unknown as { switchLens(): void }).switchLens();
+    });
+    await visit.sees("The phone changed its lens: hold still");
   },
 );
 

@@ -18,10 +18,11 @@ export const engines = ["chromium", "firefox", "webkit"] as const;
 export interface Visitor {
   readonly engine: (typeof engines)[number];
   /**
-   * A painted finger before a camera with a torch, or without; one that the user refuses; or what the
-   * engine itself has, which is a camera with a torch in WebKit, where it is asked for, and none else.
+   * A painted finger before a camera with a torch, or without; one that the torch does not reach, beside one
+   * that it does; one that the user refuses; or what the engine itself has, which is a camera with a torch in
+   * WebKit, where it is asked for, and none else.
    */
-  camera?: "lit" | "dark" | "refused" | "own" | "none";
+  camera?: "lit" | "dark" | "unlit" | "refused" | "own" | "none";
   readonly stored?: Readonly<Record<string, string>>;
   readonly night?: boolean;
 }
@@ -197,13 +198,16 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
     };
   }
   if (camera === "own" || camera === "none") return;
-  const levels = [180, 90, 25];
+  let levels = [180, 90, 25];
+  /** As the phone's next lens sees the same finger. */
+  Object.assign(window, { switchLens: () => (levels = levels.map((level) => 0.7 * level)) });
   const swings = [2, 10, 8];
   const canvas = document.createElement("canvas");
   canvas.width = 160;
   canvas.height = 120;
   const brush = canvas.getContext("2d");
   let painted = 0;
+  let lens = "second";
   const begun = performance.now();
   Object.assign(window, { paintedRate: () => (1000 * painted) / (performance.now() - begun) });
   const paint = (): void => {
@@ -211,7 +215,9 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
     ++painted;
     const phase = (performance.now() / 1000) * 1.2 * 2 * Math.PI;
     const pulse = 0.5 + 0.35 * Math.sin(phase) + 0.15 * Math.sin(2 * phase);
-    const means = levels.map((level, index) => level + (swings[index] ?? 0) * pulse);
+    const means = levels.map((level, index) =>
+      lens === "first" ? 2 : level + (swings[index] ?? 0) * pulse,
+    );
     brush.globalCompositeOperation = "copy";
     brush.fillStyle = `rgb(${means.map(Math.floor).join()})`;
     brush.fillRect(0, 0, canvas.width, canvas.height);
@@ -224,8 +230,20 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
   };
   setInterval(paint, 33);
   // On the prototype: WebKit makes the object itself anew, and what was set on it is lost.
-  MediaDevices.prototype.getUserMedia = function (): Promise<MediaStream> {
+  if (camera === "unlit") {
+    const own = Object.getOwnPropertyDescriptors(MediaStreamTrack.prototype);
+    MediaStreamTrack.prototype.getSettings = function (): MediaTrackSettings {
+      return { ...own.getSettings.value?.call(this), deviceId: lens };
+    };
+    MediaDevices.prototype.enumerateDevices = (): Promise<MediaDeviceInfo[]> =>
+      Promise.resolve(
+        ["first", "second"].map((deviceId) => ({ kind: "videoinput", deviceId })) as never,
+      );
+  }
+  MediaDevices.prototype.getUserMedia = function (asked): Promise<MediaStream> {
     if (camera === "refused") return Promise.reject(new DOMException("", "NotAllowedError"));
+    const { deviceId } = asked?.video as { deviceId?: { exact: string } };
+    if (camera === "unlit") lens = deviceId?.exact ?? "first";
     return Promise.resolve(canvas.captureStream(30));
   };
 }
