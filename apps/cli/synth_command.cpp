@@ -10,7 +10,7 @@
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/synthetic_finger.h"
-#include "platform/linux/video_writer.h"
+#include "platform/linux/videos.h"
 
 namespace veyla {
 
@@ -65,14 +65,14 @@ void writeSeries(const SynthOptions& options, const ColourAt& colourAt, std::int
 void writeVideo(const SynthOptions& options, const ColourAt& colourAt, std::int64_t frames) {
   const std::size_t width = options.width + options.width % 2;
   const std::size_t height = options.height + options.height % 2;
-  VideoWriter video(options.output, width, height, options.fps);
+  const auto video = videos().create(options.output, width, height, options.fps);
   const FingerPainter painter(width, height, options.noise, options.seed);
   BgraFrame frame(width, height);
   for (std::int64_t index = 0; index < frames; ++index) {
     painter.paint(colourAt(static_cast<double>(index) / options.fps), index, frame);
-    video.write(frame);
+    video->write(frame);
   }
-  video.finish();
+  video->finish();
 }
 
 /// The last row is a frame of its own.

@@ -11,11 +11,11 @@
 #include <string>
 #include <string_view>
 
-#include "platform/linux/ffmpeg_source.h"
 #include "platform/linux/input_file.h"
 #include "platform/linux/names.h"
 #include "platform/linux/recording_source.h"
 #include "platform/linux/series_source.h"
+#include "platform/linux/videos.h"
 
 namespace veyla {
 
@@ -41,7 +41,7 @@ bool startsLikeSeries(const std::string& path) {
 std::unique_ptr<RecordingSource> openFile(const std::string& path, double from) {
   requireInputFile(path);
   if (startsLikeSeries(path)) return std::make_unique<SeriesSource>(path);
-  return std::make_unique<FfmpegSource>(path, from);
+  return videos().open(path, from);
 }
 
 std::FILE* makeUnnamedFile() {

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/bgra_frame.h"
 #include "platform/linux/output_file.h"
+#include "platform/linux/videos.h"
 
 namespace veyla {
 
@@ -14,21 +14,18 @@ namespace veyla {
 /// a camera.
 ///
 /// All have half the colour resolution in each direction and limited range; the colour matrix is
-/// BT.709 from 720 rows on and BT.601 below, and the file says so where its kind can. The video
-/// appears under its name when it is finished; until then it lies beside it under another.
-class VideoWriter {
+/// BT.709 from 720 rows on and BT.601 below, and the file says so where its kind can.
+class VideoWriter : public VideoFile {
  public:
-  /// `width` and `height` must be even, `framesPerSecond` in 1 to 240. Throws `OutputError`, as the
-  /// others do.
+  /// As `Videos::create`.
   VideoWriter(const std::string& path, std::size_t width, std::size_t height,
               double framesPerSecond);
-  /// Removes what was not finished.
-  ~VideoWriter();
+  ~VideoWriter() override;
   VideoWriter(const VideoWriter&) = delete;
   VideoWriter& operator=(const VideoWriter&) = delete;
 
-  void write(const BgraFrame& frame);
-  void finish();
+  void write(const BgraFrame& frame) override;
+  void finish() override;
 
  private:
   class Muxer;

@@ -159,6 +159,20 @@ TEST_F(MeasureTest, SyntheticFingertipsGiveTheirValuesAsVideoAndAsSeries) {
   EXPECT_EQ(different.size(), 3U);
 }
 
+TEST_F(MeasureTest, WhatReadsVideosIsFoundByALinkWhereverItIsInstalledAndMissedByNothingElse) {
+  const auto built = std::filesystem::path(VEYLA_PROGRAM);
+  for (const char* folder : {"bin", "lib/veyla"}) std::filesystem::create_directories(file(folder));
+  std::filesystem::copy(built, file("bin/veyla"));
+  std::filesystem::copy(built.parent_path() / "modules/video.so", file("lib/veyla"));
+  std::filesystem::create_symlink("bin/veyla", file("link"));
+  executable = file("link");
+  done("synth finger.y4m --seconds 2 --size 192x144");
+  done("series finger.y4m -o series.csv");
+  std::filesystem::remove(file("lib/veyla/video.so"));
+  expectRefused(run("series finger.y4m -o -"), 3, "install veyla again");
+  EXPECT_EQ(done("series series.csv -o -"), contentsOf(file("series.csv")));
+}
+
 TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatIsAskedFor) {
   makeFinger();
   std::filesystem::create_directory(file("folder"));

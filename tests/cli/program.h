@@ -189,6 +189,7 @@ class Program : public testing::Test, protected ScratchFolder {
   static constexpr const char* hidden = "\x1b[?25l";
   static constexpr const char* shown = "\x1b[?25h";
 
+  std::string executable = VEYLA_PROGRAM;
   std::map<std::string, std::string> environment{
       {"HOME", path()},   {"XDG_DATA_HOME", path() / "home"},
       {"TZ", "UTC"},      {"LC_ALL", "C.UTF-8"},
@@ -201,13 +202,13 @@ class Program : public testing::Test, protected ScratchFolder {
     for (const int each : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) std::signal(each, SIG_DFL);
     clearenv();
     for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
-    std::vector<std::string> arguments{VEYLA_PROGRAM};
+    std::vector<std::string> arguments{executable};
     std::istringstream line(words);
     for (std::string word; line >> std::quoted(word, '\'');) arguments.push_back(word);
     std::vector<char*> pointers;
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
-    if (chdir(path().c_str()) == 0) execv(VEYLA_PROGRAM, pointers.data());
+    if (chdir(path().c_str()) == 0) execv(executable.c_str(), pointers.data());
     _exit(127);
   }
 };

@@ -1,0 +1,31 @@
+#include "platform/linux/ffmpeg_videos.h"
+
+#include "platform/linux/ffmpeg_source.h"
+#include "platform/linux/video_writer.h"
+
+namespace veyla {
+
+namespace {
+
+class FfmpegVideos : public Videos {
+ public:
+  std::unique_ptr<RecordingSource> open(const std::string& path, double from) const override {
+    return std::make_unique<FfmpegSource>(path, from);
+  }
+  std::unique_ptr<VideoFile> create(const std::string& path, std::size_t width, std::size_t height,
+                                    double framesPerSecond) const override {
+    return std::make_unique<VideoWriter>(path, width, height, framesPerSecond);
+  }
+};
+
+}  // namespace
+
+/// Of what is linked with this; the program has one that opens the module.
+const Videos& videos() { return *veylaFfmpegVideos(); }
+
+}  // namespace veyla
+
+const veyla::Videos* veylaFfmpegVideos() {
+  static const veyla::FfmpegVideos videos;
+  return &videos;
+}
