@@ -5,7 +5,7 @@
 namespace veyla {
 
 /// Writes a moment at a chart's horizontal axis, in seconds since 1970-01-01 00:00 UTC, as its day
-/// and short month, such as "14 Nov".
+/// and short month, such as "14 Nov": the day first in every locale, whatever its own order.
 class DateValueFormatter : public AxisValueFormatter {
  public:
   std::string stringForValue(double value, const ChartAxis& axis) const override;

@@ -10,6 +10,7 @@
 #include <span>
 #include <sstream>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "apps/cli/choices.h"
@@ -22,6 +23,7 @@
 #include "history/chart_results_view_controller.h"
 #include "history/history_store.h"
 #include "platform/action_sheet.h"
+#include "platform/linux/fonts.h"
 #include "platform/linux/gnuplot_chart.h"
 #include "platform/linux/gnuplot_program.h"
 #include "platform/linux/memory_key_value_store.h"
@@ -106,11 +108,13 @@ std::string headingOf(const ChartResultsViewController& screen, const char* dash
 }
 
 /// The terminal's legend of a chart.
-std::string legendOf(const LineDataSet& data, const TextChartStyle& style) {
+std::string legendOf(const LineDataSet& data, const TextChartStyle& style,
+                     const Terminal& terminal) {
   const std::string mark = textMark(style) + " ";
-  if (!style.color) return mark + data.label;
+  const std::string legend = wrapped(mark + data.label, terminal);
+  if (!style.color) return legend;
   const bool isRed = data.color.red > data.color.blue;
-  return (isRed ? "\x1b[1;31m" : "\x1b[1;34m") + mark + "\x1b[0m" + data.label;
+  return (isRed ? "\x1b[1;31m" : "\x1b[1;34m") + mark + "\x1b[0m" + legend.substr(mark.size());
 }
 
 /// Without the changes of colour.
@@ -145,19 +149,19 @@ std::string trimmed(const std::string& drawing) {
 std::string drawnInTerminal(std::span<const GnuplotChart> charts,
                             const ChartResultsViewController& screen) {
   constexpr std::size_t fewestColumns = 40;
-  constexpr std::size_t mostColumns = 120;
+  constexpr std::size_t mostColumns = 240;
   const Terminal terminal = terminalBehind(STDOUT_FILENO);
   const TextChartStyle style{.columns = std::clamp(terminal.columns, fewestColumns, mostColumns),
                              .color = terminal.color,
                              .unicode = terminal.unicode};
-  std::string text = headingOf(screen, terminal.unicode ? "–" : "-") + "\n";
+  std::string text = wrapped(headingOf(screen, terminal.unicode ? "–" : "-"), terminal) + "\n";
   for (const GnuplotChart& chart : charts) {
     text += "\n";
     if (!chart.data()) {
-      text += chart.settings().noDataText + "\n";
+      text += wrapped(chart.settings().noDataText, terminal) + "\n";
       continue;
     }
-    text += legendOf(*chart.data(), style) + "\n";
+    text += legendOf(*chart.data(), style, terminal) + "\n";
     text += trimmed(runGnuplot(textScript(charts, chart, style)));
   }
   return text;
@@ -169,6 +173,46 @@ bool isWhole(const std::string& picture, PictureFormat format) {
   constexpr std::size_t furthestFromEnd = 32;
   return picture.size() > furthestFromEnd &&
          picture.find(end, picture.size() - furthestFromEnd) != std::string::npos;
+}
+
+class DaysInDigits : public AxisValueFormatter {
+ public:
+  explicit DaysInDigits(const IcuText& text) : text_(text) {}
+
+  std::string stringForValue(double value, const ChartAxis& /*axis*/) const override {
+    return text_.dayInDigits(Date{value});
+  }
+
+ private:
+  const IcuText& text_;
+};
+
+bool isDrawable(const ChartAxis& axis, double value) {
+  if (!axis.valueFormatter) return true;
+  const std::string label = axis.valueFormatter->stringForValue(value, axis);
+  return drawable(label) == label;
+}
+
+/// Labels in ASCII's digits for those whose letters no font here has; tells of it once.
+void useLettersThatAreThere(std::span<GnuplotChart> charts, const IcuText& text) {
+  bool isTold = false;
+  for (GnuplotChart& chart : charts) {
+    if (!chart.data()) continue;
+    LineChartSettings settings = chart.settings();
+    const auto& points = chart.data()->entries;
+    const bool showsDays = std::all_of(points.begin(), points.end(), [&](const auto& point) {
+      return isDrawable(settings.xAxis, point.x);
+    });
+    constexpr double everyDigit = 1234567890;
+    const bool showsNumbers = isDrawable(settings.rightAxis, everyDigit);
+    if (!showsDays) settings.xAxis.valueFormatter = std::make_shared<DaysInDigits>(text);
+    if (!showsNumbers) settings.rightAxis.valueFormatter = nullptr;
+    chart.configure(settings);
+    if ((showsDays && showsNumbers) || std::exchange(isTold, true)) continue;
+    complain(
+        "no font here has the letters of this language: days are drawn in digits; install a font "
+        "that has them, as of fonts-noto or fonts-noto-cjk");
+  }
 }
 
 std::string drawnAsPicture(std::span<const GnuplotChart> charts,
@@ -208,6 +252,7 @@ ExitStatus chart(const ChartOptions& options) {
   if (!label.empty()) screen.tapButtonLabels();
   const ExitStatus status = tellDamage(file);
 
+  if (format == PictureFormat::png) useLettersThatAreThere(charts, platform.text());
   output.write(format ? drawnAsPicture(charts, screen, *format) : drawnInTerminal(charts, screen));
   output.commit();
   tellOutside(charts[0], "heart rate");

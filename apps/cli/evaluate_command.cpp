@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -17,6 +18,7 @@
 #include "apps/cli/terminal.h"
 #include "platform/format.h"
 #include "platform/linux/output_file.h"
+#include "platform/linux/text_columns.h"
 
 namespace veyla {
 
@@ -29,29 +31,66 @@ std::string cell(int width, int decimals, double value, const char* unit = "") {
       std::isfinite(value) ? formatText("%.*f%s", decimals, value, unit).c_str() : "--");
 }
 
-std::string heartrateRow(const EvaluationSummary& of) {
-  return cell(7, 2, of.meanError) + cell(7, 2, of.medianError) +
-         cell(7, 1, of.meanPercentageError, "%") + cell(7, 1, of.shareOver5, "%") +
-         cell(7, 1, of.shareOver10, "%") + cell(8, 1, of.shareMarked, "%") +
-         cell(7, 2, of.meanErrorUnmarked) + cell(7, 1, of.shareOver5Unmarked, "%") +
-         cell(7, 1, of.shareOver10Unmarked, "%") + cell(7, 2, of.bias) +
-         cell(9, 2, of.meanErrorPerTime) + cell(6, 0, of.lag, " s") + cell(7, 2, of.meanErrorAtLag);
+/// A row: what it is of, then its figures, each as wide as its column.
+using Row = std::vector<std::string>;
+
+Row headOf(const EvaluationRequest& request) {
+  Row row{"recording"};
+  const auto add = [&](int width, const char* head) {
+    row.push_back(formatText("%*s", width, head));
+  };
+  add(8, "windows"), add(9, "finished"), add(8, "time"), add(8, "90th");
+  if (request.heartrate) {
+    for (const char* head : {"MAE", "median", "MAPE", ">5", ">10"}) add(7, head);
+    add(8, "unsure");
+    for (const char* head : {"MAE*", ">5*", ">10*", "bias"}) add(7, head);
+    add(9, "per time"), add(13, "lag    MAE");
+  }
+  if (request.spo2) add(11, "SpO2 RMSE");
+  return row;
 }
 
+Row rowOf(const EvaluationSummary& of, const EvaluationRequest& request) {
+  Row row{printable(of.name), formatText("%8zu", of.windows), formatText("%9zu", of.finished),
+          cell(8, 1, of.medianSeconds, " s"), cell(8, 1, of.ninetiethSeconds, " s")};
+  if (request.heartrate) {
+    row.insert(row.end(), {cell(7, 2, of.meanError), cell(7, 2, of.medianError),
+                           cell(7, 1, of.meanPercentageError, "%"), cell(7, 1, of.shareOver5, "%"),
+                           cell(7, 1, of.shareOver10, "%"), cell(8, 1, of.shareMarked, "%"),
+                           cell(7, 2, of.meanErrorUnmarked), cell(7, 1, of.shareOver5Unmarked, "%"),
+                           cell(7, 1, of.shareOver10Unmarked, "%"), cell(7, 2, of.bias),
+                           cell(9, 2, of.meanErrorPerTime),
+                           cell(6, 0, of.lag, " s") + cell(7, 2, of.meanErrorAtLag)});
+  }
+  if (request.spo2) row.push_back(cell(11, 1, of.spo2RootMeanSquare));
+  return row;
+}
+
+/// Where the terminal is narrower than the table, its columns come in several tables, one below the
+/// other.
 std::string asTable(const std::vector<EvaluationSummary>& summaries,
                     const EvaluationRequest& request) {
-  std::string table =
-      formatText("%-18s%8s%9s%8s%8s", "recording", "windows", "finished", "time", "90th");
-  if (request.heartrate) {
-    table += formatText("%7s%7s%7s%7s%7s%8s%7s%7s%7s%7s%9s%6s%7s", "MAE", "median", "MAPE", ">5",
-                        ">10", "unsure", "MAE*", ">5*", ">10*", "bias", "per time", "lag", "MAE");
-  }
-  table += request.spo2 ? formatText("%11s\n", "SpO2 RMSE") : "\n";
-  for (const EvaluationSummary& of : summaries) {
-    table += formatText("%-18s%8zu%9zu", printable(of.name).c_str(), of.windows, of.finished) +
-             cell(8, 1, of.medianSeconds, " s") + cell(8, 1, of.ninetiethSeconds, " s");
-    if (request.heartrate) table += heartrateRow(of);
-    table += (request.spo2 ? cell(11, 1, of.spo2RootMeanSquare) : "") + '\n';
+  std::vector<Row> rows{headOf(request)};
+  for (const EvaluationSummary& of : summaries) rows.push_back(rowOf(of, request));
+  std::size_t names = 18;
+  for (const Row& row : rows) names = std::max(names, columnsOf(row.front()));
+  const Terminal terminal = terminalBehind(STDOUT_FILENO);
+  const std::size_t most = terminal.interactive ? terminal.columns : std::string::npos;
+  std::string table;
+  const std::size_t columns = rows.front().size();
+  for (std::size_t from = 1; from < columns;) {
+    std::size_t to = from;
+    for (std::size_t width = names; to < columns; ++to) {
+      width += rows.front()[to].size();
+      if (width > most && to > from) break;
+    }
+    if (from > 1) table += '\n';
+    for (const Row& row : rows) {
+      table += row.front() + std::string(names - columnsOf(row.front()), ' ');
+      for (std::size_t i = from; i < to; ++i) table += row[i];
+      table += '\n';
+    }
+    from = to;
   }
   return table;
 }

@@ -6,9 +6,11 @@
 #include <functional>
 #include <vector>
 
+#include "apps/cli/complain.h"
 #include "apps/cli/plot_style.h"
 #include "platform/format.h"
 #include "platform/linux/file_problem.h"
+#include "platform/linux/fonts.h"
 #include "platform/linux/gnuplot_program.h"
 
 namespace veyla {
@@ -127,6 +129,12 @@ EvaluationPlots::EvaluationPlots(const std::string& folder) {
 bool EvaluationPlots::draw(const Evaluation& evaluation) {
   const std::vector<Set> sets = setsOf(evaluation);
   if (sets.empty()) return false;
+  for (const Set& set : sets) {
+    if (drawable(set.name) == set.name) continue;
+    complain("--plots: no font here has all letters of " + set.name +
+             "; the others are drawn as ?");
+    break;
+  }
   blandAltman_->write(runGnuplot(blandAltmanScript(sets)));
   errorOverRate_->write(runGnuplot(errorOverRateScript(sets)));
   blandAltman_->commit();

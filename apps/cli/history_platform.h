@@ -25,6 +25,7 @@ class HistoryPlatform {
                              jsonWriter_, device_, text_, uuids_, display_)) {}
 
   ScreenState& display() { return display_; }
+  const IcuText& text() const { return text_; }
 
  private:
   TimedQueue queue_;

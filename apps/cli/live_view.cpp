@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <sstream>
 
 #include "measuring/measuring_screen.h"
 
@@ -12,7 +13,8 @@ namespace veyla {
 namespace {
 
 constexpr std::size_t curveRows = 6;
-constexpr std::size_t barWidth = 24;
+/// A shorter bar tells nothing.
+constexpr std::size_t leastBarWidth = 8;
 constexpr auto betweenDrawings = std::chrono::milliseconds(33);
 
 constexpr const char* accent = "38;2;200;2;0";
@@ -39,16 +41,16 @@ void appendBraille(std::string& text, unsigned dots) {
 
 }  // namespace
 
-std::vector<std::string> brailleCurve(const std::vector<int>& values, std::size_t rows) {
+std::vector<std::string> brailleCurve(const std::vector<double>& values, std::size_t rows) {
   std::vector<std::string> lines(rows);
   if (values.empty()) return lines;
   constexpr std::size_t dotsPerRow = 4;
   // Bits of the dots of a character, top to bottom, left column and right column.
   constexpr unsigned dotBits[2][dotsPerRow] = {{0x01, 0x02, 0x04, 0x40}, {0x08, 0x10, 0x20, 0x80}};
 
-  const int highest = *std::max_element(values.begin(), values.end());
-  const int lowest = *std::min_element(values.begin(), values.end());
-  const double range = std::max(1, highest - lowest);
+  const double highest = *std::max_element(values.begin(), values.end());
+  const double lowest = *std::min_element(values.begin(), values.end());
+  const double range = std::max(1.0, highest - lowest);
   const double height = static_cast<double>(rows * dotsPerRow - 1);
   const auto dotOf = [&](std::size_t i) {
     return static_cast<std::size_t>(std::lround((highest - values[i]) / range * height));
@@ -72,6 +74,24 @@ std::vector<std::string> brailleCurve(const std::vector<int>& values, std::size_
   return lines;
 }
 
+namespace {
+
+/// The points on so many places, evenly, on straight lines between them.
+std::vector<double> resampled(const ChartFourierView::Points& points, std::size_t places) {
+  std::vector<double> values;
+  const double step = static_cast<double>(points.size() - 1) / static_cast<double>(places - 1);
+  for (std::size_t i = 0; i < places; ++i) {
+    const double at = static_cast<double>(i) * step;
+    const auto before = std::min(static_cast<std::size_t>(at), points.size() - 2);
+    values.push_back(std::lerp(static_cast<double>(points[before]),
+                               static_cast<double>(points[before + 1]),
+                               at - static_cast<double>(before)));
+  }
+  return values;
+}
+
+}  // namespace
+
 LiveView::LiveView(const Terminal& terminal, const ScreenState& state)
     : terminal_(terminal), state_(state) {}
 
@@ -91,6 +111,7 @@ void LiveView::draw(const MainViewController& screen) {
   if (drawnLines_ > 0) text += "\x1b[" + std::to_string(drawnLines_) + "A";
   const auto drawn = lines(screen);
   for (const std::string& line : drawn) text += "\r" + line + "\x1b[K\n";
+  if (drawn.size() < drawnLines_) text += "\x1b[J";
   drawnLines_ = drawn.size();
   std::fwrite(text.data(), 1, text.size(), stdout);
   std::fflush(stdout);
@@ -110,62 +131,73 @@ std::vector<std::string> LiveView::lines(const MainViewController& screen) const
   }
   lines.emplace_back();
 
-  const auto& points = screen.chartFourierView().data();
-  std::vector<int> values(points.begin(), points.end());
-  // The curve fits the terminal by showing its newest part; a line that wraps would break the
-  // drawing in place.
-  const std::size_t fits = terminal_.columns > 6 ? (terminal_.columns - 6) * 2 : 0;
-  if (values.size() > fits) {
-    values.erase(values.begin(), values.end() - static_cast<std::ptrdiff_t>(fits));
-  }
-  // Two values, four lines of text and blanks, and one that stays free below all.
-  constexpr std::size_t rowsWithCurve = curveRows + 8;
+  // Two values, four lines of text and blanks, two that texts may take more, and one that stays
+  // free below all.
+  constexpr std::size_t rowsWithCurve = curveRows + 10;
   if (terminal_.unicode && terminal_.rows >= rowsWithCurve) {
-    const auto curve =
-        values.size() >= 10 ? brailleCurve(values, curveRows) : std::vector<std::string>(curveRows);
-    for (const std::string& line : curve) lines.push_back("  " + styled(accent, line));
-    lines.emplace_back();
+    addCurve(lines, screen.chartFourierView());
   }
 
   const bool isLeft = hasEnded_ && !screen.isDone();
-  lines.push_back(textLine(accent, isLeft ? "" : state_.visibleText(labelRed)));
+  addText(lines, accent, isLeft ? "" : state_.visibleText(labelRed));
   // Its instructions are for a finger that can still be moved; the report tells of the others.
-  lines.push_back(textLine(faint, hasEnded_ ? "" : state_.visibleText(labelFinger)));
+  addText(lines, faint, hasEnded_ ? "" : state_.visibleText(labelFinger));
   return lines;
+}
+
+void LiveView::addCurve(std::vector<std::string>& lines, const ChartFourierView& curve) const {
+  // It fills from the left; a line that wraps would break the drawing in place.
+  constexpr std::size_t margins = 4;
+  const std::size_t width = std::max(terminal_.columns, 2 * margins) - margins;
+  const ChartFourierView::Points& points = curve.data();
+  const std::size_t places = 2 * width * points.size() / ChartFourierView::capacity;
+  std::vector<std::string> drawn(curveRows);
+  if (points.size() >= ChartFourierView::fewestDrawn && places > 1) {
+    drawn = brailleCurve(resampled(points, places), curveRows);
+  }
+  for (const std::string& line : drawn) lines.push_back("  " + styled(accent, line));
+  lines.emplace_back();
 }
 
 std::string LiveView::valueLine(const char* caption, Element value, Element measuring,
                                 const char* unit, float progress) const {
   const bool shimmers = state_.view(measuring).shimmering;
   const std::string number = state_.view(value).text;
-  char percent[16];
-  std::snprintf(percent, sizeof percent, "%3.0f %%", static_cast<double>(progress) * 100);
-  // A narrow terminal keeps the values and loses the bars, then the space between.
+  // Named, since it may stand beside a saturation in per cent.
+  char percent[24];
+  std::snprintf(percent, sizeof percent, "%3.0f %% done", static_cast<double>(progress) * 100);
+  // A narrow terminal keeps the values and loses the bars, then the progress, then the space
+  // between.
   constexpr std::size_t widthOfValue = 2 + 12 + 4 + 1 + 4;
-  constexpr std::size_t widthWithBar = widthOfValue + 1 + barWidth + 1 + 5;
+  constexpr std::size_t widthWithProgress = widthOfValue + 1 + 10 + 1;
+  constexpr std::size_t widthBesideBar = widthWithProgress + 2;
   const bool narrow = terminal_.columns <= widthOfValue;
   std::string line =
       (narrow ? "" : "  ") + styled(shimmers ? bold : faint, padded(caption, narrow ? 10 : 12)) +
       styled(bold, std::string(number.size() < 4 ? 4 - number.size() : 0, ' ') + number);
   constexpr std::size_t narrowWidth = 10 + 4 + 1 + 3;
   if (!narrow || terminal_.columns > narrowWidth) line += std::string(" ") + unit;
-  if (terminal_.columns > widthWithBar) {
-    line += padded("", 4 - std::strlen(unit)) + " " + bar(progress) + " " + percent;
+  if (terminal_.columns < widthWithProgress) return line;
+  line += padded("", 4 - std::strlen(unit));
+  if (terminal_.columns >= widthBesideBar + leastBarWidth) {
+    line += " " + bar(progress, terminal_.columns - widthBesideBar);
   }
-  return line;
+  return line + " " + percent;
 }
 
-std::string LiveView::bar(float progress) const {
-  const auto filled = static_cast<std::size_t>(std::floor(progress * static_cast<float>(barWidth)));
+std::string LiveView::bar(float progress, std::size_t width) const {
+  const auto filled = static_cast<std::size_t>(std::floor(progress * static_cast<float>(width)));
   const bool unicode = terminal_.unicode;
   return styled(accent, repeated(unicode ? "━" : "#", filled)) +
-         styled(faint, repeated(unicode ? "─" : ".", barWidth - filled));
+         styled(faint, repeated(unicode ? "─" : ".", width - filled));
 }
 
-std::string LiveView::textLine(const char* code, const std::string& text) const {
-  // The screen's texts are plain ASCII, a byte a column.
-  const std::size_t fits = terminal_.columns > 3 ? terminal_.columns - 3 : 0;
-  return "  " + styled(code, text.substr(0, fits));
+void LiveView::addText(std::vector<std::string>& lines, const char* code,
+                       const std::string& text) const {
+  Terminal within = terminal_;
+  within.columns = std::max<std::size_t>(terminal_.columns, 4) - 3;
+  std::istringstream rest(wrapped(text, within) + "\n");
+  for (std::string line; std::getline(rest, line);) lines.push_back("  " + styled(code, line));
 }
 
 std::string LiveView::styled(const char* code, const std::string& text) const {

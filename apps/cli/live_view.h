@@ -28,10 +28,12 @@ class LiveView {
   std::vector<std::string> lines(const MainViewController& screen) const;
   std::string valueLine(const char* caption, Element value, Element measuring, const char* unit,
                         float progress) const;
-  std::string bar(float progress) const;
+  std::string bar(float progress, std::size_t width) const;
   std::string styled(const char* code, const std::string& text) const;
-  /// The text indented, as much of it as fits into a line.
-  std::string textLine(const char* code, const std::string& text) const;
+  /// Adds the text indented, on as many lines as it takes, at least one.
+  void addText(std::vector<std::string>& lines, const char* code, const std::string& text) const;
+  /// Adds the curve as wide as the terminal.
+  void addCurve(std::vector<std::string>& lines, const ChartFourierView& curve) const;
 
   Terminal terminal_;
   const ScreenState& state_;
@@ -43,6 +45,6 @@ class LiveView {
 };
 
 /// A curve as lines of text, `rows` high, two values a character wide, in braille dots.
-std::vector<std::string> brailleCurve(const std::vector<int>& values, std::size_t rows);
+std::vector<std::string> brailleCurve(const std::vector<double>& values, std::size_t rows);
 
 }  // namespace veyla

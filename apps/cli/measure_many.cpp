@@ -1,5 +1,7 @@
 #include "apps/cli/measure_many.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <map>
@@ -18,6 +20,7 @@
 #include "apps/cli/reference.h"
 #include "apps/cli/report.h"
 #include "apps/cli/settings_source.h"
+#include "apps/cli/terminal.h"
 #include "platform/format.h"
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
@@ -215,6 +218,7 @@ class Telling {
                             : reportAsLine(each.report, request, part, columns_);
       worst_ = std::max(worst_, each.status());
     }
+    if (!options_.json) text = wrapped(text, terminalBehind(STDOUT_FILENO));
     if (options_.csvFile != "-") printOut(text);
     if (!measured.remark.empty()) complain(measured.remark);
     if (!measured.fault.empty()) complain(measured.fault);

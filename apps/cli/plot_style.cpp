@@ -4,12 +4,13 @@
 
 #include "apps/cli/complain.h"
 #include "platform/format.h"
+#include "platform/linux/fonts.h"
 
 namespace veyla {
 
 std::string plotText(std::string text) {
   std::replace(text.begin(), text.end(), '\'', ' ');
-  return "'" + printable(text) + "'";
+  return "'" + drawable(printable(text)) + "'";
 }
 
 std::string plotBegin(int width, int height) {

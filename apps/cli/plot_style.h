@@ -9,7 +9,7 @@ namespace veyla {
 inline constexpr std::array<const char*, 5> plotColors{"1d6fd8", "d8382a", "2a9d5c", "8a5cc8",
                                                        "c88a1e"};
 
-/// A text between quotes that gnuplot takes to the letter.
+/// A text between quotes that gnuplot takes to the letter, of those letters that fonts here have.
 std::string plotText(std::string text);
 
 /// Begins a plot's script: a PNG of this many pixels in the style of all plots.

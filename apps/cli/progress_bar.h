@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <string>
@@ -21,6 +22,11 @@ class ProgressBar {
 
   void show(std::size_t done, std::size_t all) {
     if (!terminal_.interactive) return;
+    const std::string count = std::to_string(done) + " of " + std::to_string(all);
+    // On one line in any case, with the cursor behind it.
+    const std::size_t others = caption_.size() + 2 * std::to_string(all).size() + 7;
+    const std::size_t width =
+        std::min<std::size_t>(40, std::max(terminal_.columns, others) - others);
     const std::size_t filled = width * done / all;
     if (shown_ && filled == filled_ && done != all) return;
     filled_ = filled;
@@ -29,7 +35,7 @@ class ProgressBar {
     for (std::size_t i = 0; i < width; ++i) {
       bar += i < filled ? (terminal_.unicode ? "█" : "#") : (terminal_.unicode ? "░" : ".");
     }
-    std::fprintf(stderr, "\r%s %s %zu of %zu", caption_.c_str(), bar.c_str(), done, all);
+    std::fprintf(stderr, "\r%s %s %s", caption_.c_str(), bar.c_str(), count.c_str());
   }
 
   /// Leaves the line as it was.
@@ -39,8 +45,6 @@ class ProgressBar {
   }
 
  private:
-  static constexpr std::size_t width = 40;
-
   std::string caption_;
   Terminal terminal_ = terminalBehind(STDERR_FILENO);
   std::size_t filled_ = 0;

@@ -2,6 +2,7 @@
 
 #include <unicode/brkiter.h>
 #include <unicode/dtfmtsym.h>
+#include <unicode/dtptngen.h>
 #include <unicode/gregocal.h>
 #include <unicode/numberformatter.h>
 #include <unicode/regex.h>
@@ -261,6 +262,21 @@ std::string IcuText::formatted(Date date, std::string_view pattern) const {
   formats_->of(pattern).format(date.secondsSince1970 * millisecondsPerSecond, text);
   std::string utf8;
   return text.toUTF8String(utf8);
+}
+
+std::string IcuText::dayInDigits(Date date) const {
+  UErrorCode status = U_ZERO_ERROR;
+  icu::Locale locale = formats_->locale;
+  locale.setKeywordValue("numbers", "latn", status);
+  const std::unique_ptr<icu::DateTimePatternGenerator> patterns(
+      icu::DateTimePatternGenerator::createInstance(locale, status));
+  UnicodeString text;
+  if (U_FAILURE(status)) return {};
+  icu::SimpleDateFormat format(patterns->getBestPattern(u"Md", status), locale, status);
+  if (U_FAILURE(status)) return {};
+  format.setTimeZone(*formats_->zone);
+  format.format(date.secondsSince1970 * millisecondsPerSecond, text);
+  return Formats::utf8Of(text);
 }
 
 std::optional<Date> IcuText::parse(std::string_view text, std::string_view pattern) const {

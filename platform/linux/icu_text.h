@@ -31,6 +31,8 @@ class IcuText : public DateFormatting,
 
   std::string formatted(Date date, std::string_view pattern) const override;
   std::optional<Date> parse(std::string_view text, std::string_view pattern) const override;
+  /// Day and month in ASCII's digits, in the order of the locale: "11/14".
+  std::string dayInDigits(Date date) const;
 
   std::string decimal(double value, int maximumFractionDigits) const override;
 

@@ -49,6 +49,11 @@ TEST_F(EvaluateTest, ErrorsAreThoseAgainstTheReference) {
   EXPECT_NE(contentsOf(file("plots/bland-altman.png")),
             contentsOf(file("plots/error-over-rate.png")));
 
+  for (const int columns : {40, 60}) {
+    const std::string out = onTerminal("evaluate .", columns).out;
+    EXPECT_LE(widestLine(out.substr(out.rfind("\x1b[2K"))), columns) << "in several tables";
+  }
+
   const Json list = json("evaluate .");
   EXPECT_EQ(list[0], Json::parse(R"({"name": "made-60", "kind": "recording", "windows": 2,
       "finished": 2, "percentUnfinished": 0.0, "medianSeconds": 16.1, "percentUnsure": 50.0,

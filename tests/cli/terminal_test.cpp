@@ -18,14 +18,14 @@ class TerminalTest : public Program {
 TEST_F(TerminalTest, TheMeasurementIsShownLiveAndItsEndStays) {
   environment["NO_COLOR"] = "1";
   std::string bar;
-  for (int i = 0; i < 24; ++i) bar += "━";
+  for (int i = 0; i < 43; ++i) bar += "━";
   EXPECT_THAT(lastDrawing(measure), AllOf(HasSubstr("\r  Heart rate    71 BPM  " + bar +
-                                                    " 100 %\x1b[K\r\n"
+                                                    " 100 % done\x1b[K\r\n"
                                                     "\r  SpO2          97 %    " +
                                                     bar +
-                                                    " 100 %\x1b[K\r\n"
+                                                    " 100 % done\x1b[K\r\n"
                                                     // The curve's first peak.
-                                                    "\r\x1b[K\r\n\r  ⢸⡆⠀⠀⠀"),
+                                                    "\r\x1b[K\r\n\r  ⠀⣄⠀⠀⠀"),
                                           EndsWith("\r  FINISHED\x1b[K\r\n\r  \x1b[K\r\n\r\n")));
   // The phone's instructions are for a finger that can still be moved.
   EXPECT_THAT(lastDrawing("measure --no-save --duration 15"),
@@ -33,12 +33,12 @@ TEST_F(TerminalTest, TheMeasurementIsShownLiveAndItsEndStays) {
   EXPECT_TRUE(onTerminal("measure --no-save --json").out.starts_with("{\"outcome\":"));
 }
 
-TEST_F(TerminalTest, NarrowTerminalsAreNotWrapped) {
-  for (const int columns : {80, 56, 40, 23, 20}) {
+TEST_F(TerminalTest, TheTerminalIsUsedAsWideAsItIsAndNoLineIsWrapped) {
+  for (const int columns : {240, 80, 56, 40, 23, 20}) {
     const Result result = onTerminal(measure, columns);
     EXPECT_EQ(result.status, 0);
     const std::size_t end = result.out.find(shown);
-    EXPECT_LT(widestLine(result.out.substr(0, end)), columns);
+    EXPECT_EQ(widestLine(result.out.substr(0, end)), columns - 2);
     EXPECT_LE(widestLine(result.out.substr(end)), columns);
     EXPECT_THAT(result.out, AllOf(HasSubstr("Heart rate"), HasSubstr("FINISHED")));
   }
