@@ -102,8 +102,8 @@ std::optional<LensFault> FingerCoach::lens() const {
 /// Another level of the same colours, at rest on both sides of the step, is the same finger.
 void FingerCoach::followStep(const FrameColours& frame) {
   if (settled_ >= glance) {
-    const FrameColours before{red_.newest(2).front(), green_.newest(2).front(),
-                              blue_.newest(2).front(), {}};
+    const FrameColours before{
+        red_.newest(2).front(), green_.newest(2).front(), blue_.newest(2).front(), {}};
     const bool jumps = std::abs(sumOf(frame) / sumOf(before) - 1) > leastStep;
     if (jumps && colourDifference(frame, before) <= otherColour) stepAt_ = seen_ - 1;
   }

@@ -197,8 +197,8 @@ class Camera {
   virtual std::optional<std::vector<std::shared_ptr<CaptureDevice>>> discoverBackDevices() = 0;
   /// The platform's default video device, or null.
   virtual std::shared_ptr<CaptureDevice> defaultVideoDevice() = 0;
-  /// Whether there is another back camera to go on to: phones have several, and the light is near to
-  /// one of them. False where one is all there is, and before the first was opened.
+  /// Whether there is another back camera to go on to: phones have several, and the light is near
+  /// to one of them. False where one is all there is, and before the first was opened.
   virtual bool hasNextBackCamera() const { return false; }
   /// What is prepared from now on is the next back camera that has a light, after the last one the
   /// first; nothing where there is none.

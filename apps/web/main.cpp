@@ -78,8 +78,7 @@ EMSCRIPTEN_BINDINGS(screens) {
 
   class_<MainViewController>("MainViewController")
       VEYLA_METHODS(MainViewController, viewWillAppear, viewDidAppear, viewWillDisappear,
-                    beginButtonPush, stopButtonPush, nextCameraButtonPush,
-                    secondsUntilCurve,
+                    beginButtonPush, stopButtonPush, nextCameraButtonPush, secondsUntilCurve,
                     buttonCheckboxHeartrateTapped, buttonCheckboxSpo2Tapped, swipeLeft, swipeRight);
 
   class_<IntroViewController>("IntroViewController")

@@ -197,7 +197,8 @@ TEST(FingerCoachTest, SpansTellWhatWasSeenFromTheFrameAtWhichItBegan) {
           coach.look(frameOf(named(name), frame / 15.0));
         }
         const auto seen = coach.lens();
-        if (seen && seen != lens) lenses += " " + std::string(nameOf(*seen)) + formatText(" %d", frame);
+        if (seen && seen != lens)
+          lenses += " " + std::string(nameOf(*seen)) + formatText(" %d", frame);
         if (!seen && lens) lenses += formatText("-%d", frame);
         lens = seen;
       }

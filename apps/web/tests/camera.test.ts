@@ -198,7 +198,7 @@ it("is the first rear camera with a torch, and the next one where that is asked 
   devices.getUserMedia.mockImplementation(
     ({ video }: { video: { deviceId?: { exact: string } } }) => {
       const number = Number(video.deviceId?.exact.slice(-1) ?? 1);
-      asked += number;
+      asked += String(number);
       const each = tracks[number] ?? track;
       each.readyState = "live";
       return Promise.resolve(streamOf(each));
