@@ -1,5 +1,6 @@
 #include "history/chart_results_view_controller.h"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <string>
@@ -61,10 +62,22 @@ ChartAxis timeAxis() {
   return axis;
 }
 
+ValueSummary summaryOf(const std::vector<ChartDataEntry>& points) {
+  if (points.empty()) return {};
+  ValueSummary summary{.mean = 0, .minimum = points.front().y, .maximum = points.front().y};
+  for (const ChartDataEntry& point : points) {
+    summary.mean += point.y / static_cast<double>(points.size());
+    summary.minimum = std::min(summary.minimum, point.y);
+    summary.maximum = std::max(summary.maximum, point.y);
+  }
+  return summary;
+}
+
 LineDataSet lineThrough(std::vector<ChartDataEntry> points, std::string_view title, Color color) {
   constexpr double fillOpacity = 65;
   constexpr double opaque = 255;
   LineDataSet line;
+  line.summary = summaryOf(points);
   line.entries = std::move(points);
   line.label = title;
   line.axisDependency = AxisDependency::right;

@@ -112,9 +112,20 @@ struct LineChartSettings {
 
 enum class AxisDependency { left, right };
 
+/// What values come to all together; 0 where there are none.
+struct ValueSummary {
+  double mean = 0;
+  double minimum = 0;
+  double maximum = 0;
+
+  bool operator==(const ValueSummary&) const = default;
+};
+
 /// A line through points, which ascend in x, with a circle at each. Lengths are in points.
 struct LineDataSet {
   std::vector<ChartDataEntry> entries;
+  /// Of the entries.
+  ValueSummary summary{};
   /// Its name in the legend.
   std::string label;
   /// The vertical axis whose range is its own.

@@ -24,9 +24,10 @@ EMSCRIPTEN_BINDINGS(page_chart) {
               dragEnabled, pinchZoomEnabled, viewPortOffsets, drawsGridBackground,
               gridBackgroundColor, legendEnabled, legendForm, leftAxis, rightAxis, xAxis);
   VEYLA_VALUE(ChartDataEntry, x, y);
-  VEYLA_VALUE(LineDataSet, entries, label, axisDependency, color, lineWidth, cubic, drawsCircles,
-              circleRadius, circleColor, drawsCircleHoles, circleHoleColor, drawsValues, valueFont,
-              drawsFilled, fillColor, fillAlpha);
+  VEYLA_VALUE(ValueSummary, mean, minimum, maximum);
+  VEYLA_VALUE(LineDataSet, entries, summary, label, axisDependency, color, lineWidth, cubic,
+              drawsCircles, circleRadius, circleColor, drawsCircleHoles, circleHoleColor,
+              drawsValues, valueFont, drawsFilled, fillColor, fillAlpha);
 }
 
 void PageChart::configure(const LineChartSettings& settings) {

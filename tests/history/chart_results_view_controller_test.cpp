@@ -122,9 +122,12 @@ TEST_F(ChartResultsViewControllerTest, EveryPeriodReadsTheStoreAnew) {
     EXPECT_EQ(screen_.selectedPeriod(), period);
     EXPECT_THAT(heartrate_.data.entries, SizeIs(points)) << period;
   }
-  saveDaysAgo(1);
+  saveDaysAgo(1, 60);
+  saveDaysAgo(0, 92, 0);
   screen_.tapSegmentPeriod(0);
   EXPECT_THAT(spo2_.data.entries, SizeIs(2));
+  EXPECT_EQ(heartrate_.data.summary, (ValueSummary{.mean = 74, .minimum = 60, .maximum = 92}));
+  EXPECT_EQ(spo2_.data.summary, (ValueSummary{.mean = 97, .minimum = 97, .maximum = 97}));
 }
 
 TEST_F(ChartResultsViewControllerTest, ALabelIsChosenFromASheetAndNamesTheButton) {

@@ -250,9 +250,8 @@ export class LineChartView implements ChartViews {
     const text = (value: number): string => this.axisText(data.axisDependency, value);
     this.chosen = point;
     const entry = point === undefined ? undefined : data.entries[point];
-    const values = data.entries.map(({ y }) => y);
-    const mean = values.reduce((sum, value) => sum + value, 0) / values.length;
-    const range = `${text(Math.min(...values))} – ${text(Math.max(...values))}`;
+    const { mean, minimum, maximum } = data.summary;
+    const range = `${text(minimum)} – ${text(maximum)}`;
     const [what, value, beside] = entry
       ? [this.axisText("x", entry.x), text(entry.y), ""]
       : ["Mean", text(mean), range];

@@ -164,6 +164,7 @@ export interface ChartSettings {
 export interface LineData {
   /** At seconds since 1970, ascending. */
   readonly entries: readonly { readonly x: number; readonly y: number }[];
+  readonly summary: { readonly mean: number; readonly minimum: number; readonly maximum: number };
   readonly label: string;
   readonly axisDependency: "left" | "right";
   readonly color: string;

@@ -73,6 +73,8 @@ declare global {
     addresses: string[];
     /** What the torch has done, in its order: lit, and gone out. */
     lights: boolean[];
+    /** What the phone was made to vibrate by, in its order. */
+    shakes: VibratePattern[];
     axe: { run(): Promise<AxeResults> };
     setInFront(inFront: boolean): void;
   }
@@ -238,7 +240,9 @@ function follow(): void {
     Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
     document.dispatchEvent(new Event("visibilitychange"));
   };
-  Object.assign(window, { lights: [], addresses: [], setInFront });
+  const shakes: VibratePattern[] = [];
+  Object.assign(window, { lights: [], addresses: [], shakes, setInFront });
+  navigator.vibrate = (pattern): boolean => shakes.push(pattern) > 0;
   const links = HTMLAnchorElement.prototype as { click: (this: HTMLAnchorElement) => void };
   const { click } = links;
   links.click = function (): void {

@@ -67,6 +67,7 @@ it("a camera that is taken away ends it, and is told", async () => {
     stream.getVideoTracks()[0]?.dispatchEvent(new Event("ended"));
   });
   await visit.alert("Camera lost").waitFor();
+  expect(await visit.page.evaluate(() => window.shakes)).toEqual([[40, 80, 40]]);
   await visit.inspect("alert-camera-lost");
   await visit.tap("Done");
   await expectIdle(visit);

@@ -1,4 +1,6 @@
 // What the core decides about looks, as the phone shows it.
+import { readFileSync } from "node:fs";
+
 import { expect, it } from "vitest";
 
 import { storedHistory, type Visit, visitPage } from "./browser";
@@ -28,7 +30,9 @@ function inkOf(visit: Visit, widget: string): Promise<{ covered: number; bright:
 }
 
 const white = "#fff";
-/** By the least contrast: what stands on which ground, by the names of the page's colours. */
+/**
+ * Not the dials' rims and the rings' tracks, which tell nothing: ticks, numbers and the filled part do.
+ * By the least contrast: what stands on which ground, by the names of the page's colours. */
 const contrasts: readonly (readonly [least: number, front: string, ...grounds: string[]])[] = [
   [4.5, "ink", "ground", "panel", "chip", "group", "raised", "raised-control"],
   [4.5, "soft-ink", "ground", "panel", "group", "group-ground", "raised"],
@@ -71,6 +75,13 @@ function faint(rows: typeof contrasts): string[] {
 it.each(["light", "dark"] as const)("texts and controls stand out, %s", async (colorScheme) => {
   const { page } = await visitPage({ colorScheme });
   expect(await page.evaluate(faint, contrasts)).toEqual([]);
+});
+
+it("distances and letters are of one scale", () => {
+  const styles = readFileSync(new URL("../src/styles.css", import.meta.url), "utf8");
+  const own = /(gap|padding|margin|font-size)[a-z-]*:[^;]*\d(px|r?em)\b[^;]*/g;
+  // Those of a picture within a line of text go with its letters.
+  expect((styles.match(own) ?? []).filter((each) => !/[\d.]+em/.test(each))).toEqual([]);
 });
 
 it("shows what the core says", async () => {

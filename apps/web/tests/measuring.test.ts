@@ -39,7 +39,9 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   }
   // No picture in between: taking one keeps frames from being taken.
   await visit.startMeasuring();
-  await page.locator(".wait-bar").waitFor();
+  const bar = page.locator(".wait-bar > i");
+  await bar.waitFor();
+  expect(await bar.evaluate((view) => getComputedStyle(view).animationDuration)).toBe("Xs");
   const live = page.locator(".live-value .number");
   await expect.poll(() => live.first().textContent(), finished).toMatch(/^\d\d$/);
   expect(await live.first().evaluate((view) => getComputedStyle(view).fontSize)).toBe("44px");
@@ -58,6 +60,7 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   expect(Math.abs(hr - 72)).toBeLessThan(8);
   expect(spo2).toBeGreaterThan(95);
   expect(await visit.torch()).toEqual([true, false]);
+  expect(await page.evaluate(() => window.shakes)).toEqual([60]);
 
   const shown = [hr, spo2].map((value) => value.toFixed(0));
   expect(await page.locator(".last-value .number").allTextContents()).toEqual(shown);

@@ -122,6 +122,9 @@ it("a second window takes over when it is told to, and the first one rests until
   await first.heading("Continued in another window").waitFor();
   await expect.poll(() => first.torch()).toEqual([true, false]);
   await first.page.keyboard.press("Escape");
+  // What lies below is of no account, and not seen.
+  const cover = (sheet: Element): string => getComputedStyle(sheet, "::backdrop").backgroundColor;
+  expect(await first.page.locator(".resting").evaluate(cover)).toBe("rgb(255, 255, 255)");
   await first.inspect("another-window");
   await useIt(first.page);
   await first.button("START").waitFor();
