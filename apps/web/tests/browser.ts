@@ -74,7 +74,7 @@ declare global {
     /** What the torch has done, in its order: lit, and gone out. */
     lights: boolean[];
     /** What the phone was made to vibrate by, in its order. */
-    shakes: VibratePattern[];
+    shakes: unknown[];
     axe: { run(): Promise<AxeResults> };
     setInFront(inFront: boolean): void;
   }
@@ -240,7 +240,7 @@ function follow(): void {
     Object.defineProperty(document, "visibilityState", { value: state, configurable: true });
     document.dispatchEvent(new Event("visibilitychange"));
   };
-  const shakes: VibratePattern[] = [];
+  const shakes: unknown[] = [];
   Object.assign(window, { lights: [], addresses: [], shakes, setInFront });
   navigator.vibrate = (pattern): boolean => shakes.push(pattern) > 0;
   const links = HTMLAnchorElement.prototype as { click: (this: HTMLAnchorElement) => void };

@@ -41,7 +41,7 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   await visit.startMeasuring();
   const bar = page.locator(".wait-bar > i");
   await bar.waitFor();
-  expect(await bar.evaluate((view) => getComputedStyle(view).animationDuration)).toBe("Xs");
+  expect(await bar.evaluate((view) => getComputedStyle(view).animationDuration)).toBe("12s");
   const live = page.locator(".live-value .number");
   await expect.poll(() => live.first().textContent(), finished).toMatch(/^\d\d$/);
   expect(await live.first().evaluate((view) => getComputedStyle(view).fontSize)).toBe("44px");
