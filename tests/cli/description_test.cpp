@@ -27,7 +27,6 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
     std::vector<std::string> words, offered;
   };
   for (const auto& [words, offered] : std::vector<Case>{
-           {{"hist"}, {"history"}},
            {{"history", "label", "-"}, {"-h", "--help", "--data", "--off"}},
            {{"history", ""}, {"label", "delete", "export", "mail", "backup", "restore"}},
            {{"health", "--data", "x", "al"}, {"allow"}},
@@ -35,7 +34,6 @@ TEST_F(DescriptionTest, BashCompletesCommandsOptionsAndValues) {
            {{"history", "label", ""}, {}},
            {{"history", "label", "1", "Training"},
             {"Training\\ \\(Before\\)", "Training\\ \\(After\\)"}},
-           {{"history", "label", "1", "Training\\\\ \\\\(A"}, {"Training\\ \\(After\\)"}},
            // The quote stays.
            {{"history", "label", "1", "'Sleep (A"}, {"Sleep (After)"}},
            {{"measure", "my"}, {"my film.mp4", "my data"}},

@@ -169,15 +169,10 @@ TEST_F(HistoryTest, ADamagedEntryIsShownAndLeftAloneAndTheOthersWork) {
   EXPECT_THAT(told("--json"), HasSubstr("\"damaged\": \"its \\\"hr\\\" is no number\""));
   EXPECT_EQ(told("export -o -"),
             "Date,Heart Rate,Saturation\n2024-07-03 09:46:40,70,98\n2024-03-05 12:00:00,60,97\n");
-  EXPECT_EQ(told("label 2 Resting"), "");
-  printed("export 1 3 -o -");
   printed("label 1 Resting");
   EXPECT_EQ(kept().array()->at(1), damaged);
   EXPECT_THAT(printed("delete 2"), HasSubstr("2  Damaged entry"));
   EXPECT_EQ(kept().array()->size(), 2U);
-
-  keep("no list");
-  expectRefused(history("backup -o b.json"), 4, "the value of \"values\" cannot be understood");
 }
 
 TEST_F(HistoryTest, ProgramsAtTheSameTimeLoseNothing) {

@@ -240,22 +240,6 @@ TEST_F(MeasureTest, ARecordingIsMeasuredAgainFromEverySoManySecondsOnAndTheClear
   EXPECT_EQ(linesOf(done("measure finger.csv --best " + every)).size(), 2U);
 }
 
-TEST_F(MeasureTest, AStallIsFilledOrTakesAsMuchLongerAndLeavesTheValues) {
-  makeFinger();
-  const Json whole = reportOf("finger.csv");
-  for (const auto& [stall, drops] : std::map<double, int>{{0.2, 0}, {1, 10}, {3, 40}}) {
-    SCOPED_TRACE(stall);
-    const Json report = reportOf(changed("stalled.csv", "", 8.001, 8 + stall));
-    EXPECT_EQ(report["framedrops"], drops);
-    EXPECT_EQ(report["frames"], whole["frames"]);
-    EXPECT_NEAR(report["seconds"].get<double>(), whole["seconds"].get<double>() + drops / 15.0,
-                0.001);
-    // The 8 seconds of an estimate hold the leap of the phase while it lasts.
-    EXPECT_NEAR(report["heartrate"].get<double>(), 72, 2);
-    EXPECT_NEAR(report["spo2"].get<double>(), whole["spo2"].get<double>(), 0.2);
-  }
-}
-
 TEST_F(MeasureTest, WhatIsWrongWithAFingerIsToldWithItsSecondsAndWhatIsUnsureWithItsReason) {
   makeFinger();
   write("cut.csv", contentsOf(file("finger.csv")) + "40000,1");

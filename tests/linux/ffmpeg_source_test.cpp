@@ -133,7 +133,6 @@ TEST_F(FfmpegSourceTest, EveryKindOfColoursSizesAndTracksIsRead) {
     SCOPED_TRACE(name);
     expectFinger(read(arguments, name.c_str()));
   }
-  EXPECT_GT(read(finger("64x48", "0.2"), "moving.gif").frames.size(), 1U);
   // A live recording cannot go back and state its length.
   const auto live = read(finger("64x48", "1") + h264 + "-f matroska -live 1", "no-length.mkv");
   EXPECT_EQ(live.times.size(), 30U);
@@ -209,9 +208,7 @@ TEST_F(FfmpegSourceTest, FramesFromASecondOnAreThoseOfTheWholeToTheBit) {
            {made + reordered, "a.mp4"},
            {"-ss 0.5" + ofA, "edit-list.mp4"},
            {ofA + "-output_ts_offset 7.3", "late.ts"},
-           {made + hevc, "hevc.mp4"},
            {made + hevc, "hevc.ts"},
-           {made + "-c:v mpeg2video -bf 2 -g 15", "mpeg2.ts"},
            {made + "-vf setpts=6*PTS -r 12 -c:v mjpeg", "slow.avi"},
            {made + "-c:v libvpx-vp9 -cpu-used 8 -auto-alt-ref 1 -lag-in-frames 16 -g 20", "a.webm"},
            // Key frames that later frames look behind.
@@ -253,7 +250,6 @@ TEST_F(FfmpegSourceTest, FramesFromASecondOnAreThoseOfTheWholeToTheBit) {
 }
 
 TEST_F(FfmpegSourceTest, RefusalsNameTheReason) {
-  const std::string still = "a picture and no video; film the fingertip";
   const std::string cover = folder_.ffmpeg(finger("64x48", "0.03") + "-frames:v 1", "cover.png");
   const std::string song = sound + "-i '" + cover +
                            "' -map 0 -map 1 -c:a libmp3lame -c:v copy -disposition:v attached_pic";
@@ -272,8 +268,7 @@ TEST_F(FfmpegSourceTest, RefusalsNameTheReason) {
       {cut(whole, "no-index.mp4"), "a video without its index"},
       {folder_.write("unknown.avi", replaced(contentsOf(mjpeg), "MJPG", "QZQZ")),
        "no decoder for its video format QZQZ; convert it to H.264"},
-      {cover, still},
-      {folder_.ffmpeg(finger("64x48", "0.03") + "-frames:v 1", "still.jpg"), still},
+      {cover, "a picture and no video; film the fingertip"},
       {folder_.write("undecodable.mkv", replaced(contentsOf(png), pngHead, noHead)),
        "no frame of it could be decoded; "}};
   for (const auto& [name, contents] :

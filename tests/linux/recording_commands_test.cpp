@@ -10,7 +10,6 @@
 #include "apps/cli/report.h"
 #include "apps/cli/series_command.h"
 #include "apps/cli/synth_command.h"
-#include "platform/format.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/queue_clock.h"
 #include "platform/linux/resource_files.h"
@@ -179,35 +178,26 @@ TEST_F(RecordingCommandsTest, WhatCannotBeReadOrWrittenLeavesTheOutputAsItWasAnd
   EXPECT_THAT(folder_.names(), testing::ElementsAre("a.csv", "a.mkv", "a.mp4", "a.y4m", "bad.csv"));
 }
 
-TEST_F(RecordingCommandsTest, AFileInTheFormersPlaceIsForThoseForWhomThatWas) {
+TEST_F(RecordingCommandsTest, AFileIsReplacedBehindALinkAndForThoseForWhomItWas) {
   const std::string input = folder_.write("a.csv", "time,R,G,B\n0,1,2,3\n");
-  const std::string output = folder_.write("b.csv", "kept");
-  /// The new file's mode and owners: "600 0 0".
-  const auto replaced = [&] {
-    EXPECT_EQ(series(input, output), "");
-    EXPECT_NE(contentsOf(output), "kept");
-    struct stat status {};
-    stat(output.c_str(), &status);
-    return formatText("%o %u %u", status.st_mode & 0777, status.st_uid, status.st_gid);
-  };
-  const std::string own = formatText(" %u %u", geteuid(), getegid());
-  for (const mode_t mode : {0600U, 0646U}) {
-    chmod(output.c_str(), mode);
-    EXPECT_EQ(replaced(), formatText("%o", mode) + own);
-  }
-  if (geteuid() != 0) return;  // Only root gives files away.
-  ASSERT_EQ(chown(output.c_str(), 1, 2), 0);
-  chmod(output.c_str(), 0672);
-  EXPECT_EQ(replaced(), "672 1 2");
-}
-
-TEST_F(RecordingCommandsTest, LinksAndDevicesAreWrittenThrough) {
   const std::string target = folder_.write("target.csv", "old");
-  std::filesystem::create_symlink(target, folder_.file("link.csv"));
-  const std::string input = folder_.write("a.csv", "time,R,G,B\n0,1,2,3\n");
-  EXPECT_EQ(series(input, folder_.file("link.csv")), "");
+  const std::string link = folder_.file("link.csv");
+  std::filesystem::create_symlink(target, link);
+  EXPECT_EQ(series(input, link), "");
   EXPECT_EQ(contentsOf(target), "time,R,G,B,hr\n0,1,2,3,1\n");
-  EXPECT_TRUE(std::filesystem::is_symlink(folder_.file("link.csv")));
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  // Only root gives files away.
+  const uid_t owner = geteuid() == 0 ? 1 : geteuid();
+  const gid_t group = geteuid() == 0 ? 2 : getegid();
+  ASSERT_EQ(chown(target.c_str(), owner, group), 0);
+  for (const mode_t mode : {0600U, 0672U}) {
+    chmod(target.c_str(), mode);
+    EXPECT_EQ(series(input, target), "");
+    struct stat status {};
+    stat(target.c_str(), &status);
+    EXPECT_EQ(std::tuple(status.st_mode & 0777, status.st_uid, status.st_gid),
+              std::tuple(mode, owner, group));
+  }
   EXPECT_THAT(series(input, "/dev/full"), HasSubstr("/dev/full: the disk is full"));
 }
 

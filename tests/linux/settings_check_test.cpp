@@ -56,7 +56,6 @@ TEST(SettingsCheckTest, WhatIsWrongIsNamedAndStopsWhoCouldNotMeasureWithIt) {
   for (const auto& [change, told] : rowsOf(R"(
     Spo2: [1, 2 => [0, 2 -> error: E1 "grids" WRONG
     Spo2: 16] => 17] -> error: E1 "grids" WRONG
-    Spo2: [1 => 6, "g": [1 -> error: E1 "grids" WRONG | warning: E1 nothing reads "g"
     Spo2: 150 => 2 -> error: E1 "rawDataSize" WRONG
     Spo2: Algorithm": false => Algorithm": 1 -> error: E1 "useNewAlgorithm" WRONG
     Spo2: Spo2": 20 => Spo2": 0 -> error: E1 "neededValidSpo2" WRONG
@@ -66,7 +65,6 @@ TEST(SettingsCheckTest, WhatIsWrongIsNamedAndStopsWhoCouldNotMeasureWithIt) {
     Heartrate: e": 5 => e": 512 -> error: E1 "TTMaxDistance" WRONG
     Heartrate: needed => n -> error: E1 "neededValidHeartrate" GONE | warning: E1 nothing reads "nV
     Camera: Mode": 2 => Mode": 4 -> error: E1 "exposureMode" WRONG
-    Camera: focus => f -> warning: E1 "focusMode" GONE | warning: E1 nothing reads "fMode"
     Camera: 4s", "exposureMode": 2 => 4", "exposureMode": 4 -> error: E2 "exposureMode" WRONG
     Camera: 4s", "exposureMode": 2 => x", "exposureMode": 4 -> warning: entry 2 ("iphonex"): "exp
     Camera: "iPhoneModel": "iphone4s", =>  -> warning: entry 2 names no profile under "iPhoneModel"
