@@ -1,6 +1,6 @@
 # Thin: CMake presets do the building. `make help` lists the commands.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-core test-web torture fuzz build bench web lighthouse phone commands format lint clean setup setup-test setup-lint setup-fuzz setup-web FORCE
+.PHONY: help demo test test-core test-web torture fuzz build bench web lighthouse phone commands format lint clean deb test-deb setup setup-test setup-lint setup-fuzz setup-web setup-deb FORCE
 
 help: ## this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-10s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -15,6 +15,8 @@ setup-fuzz:
 	@scripts/setup.sh fuzz
 setup-web:
 	@scripts/setup.sh web
+setup-deb:
+	@scripts/setup.sh deb
 
 demo: build/veyla ## install what is missing, build, and measure the built-in fingertip
 	@if [ -t 1 ]; then pace=--realtime; fi; \
@@ -53,6 +55,12 @@ fuzz: setup-fuzz ## install what is missing, and search for input that breaks so
 web: setup-web ## install what is missing, build the phone app into build/site, and serve it on localhost
 	@scripts/build_web.sh
 	@cd apps/web && npx --no-install vite preview --host 127.0.0.1
+
+deb: setup-deb ## install what is missing, and build the Debian packages of the program and of the page into build/deb
+	@scripts/build_deb.sh
+
+test-deb: deb ## the same, and install, try and remove them on a bare Debian 12 in a folder
+	@scripts/test_deb.sh
 
 lighthouse: setup-test ## build the phone app, and have Lighthouse judge it as on a phone
 	@scripts/build_web.sh

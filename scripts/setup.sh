@@ -30,6 +30,8 @@ linting=(clang-format-14 clang-tidy-14)
 fuzzing=(libclang-rt-14-dev)
 # the phone app: the compiler to WebAssembly, the headers it takes in, and what builds the page
 web=(emscripten cmake ninja-build libkissfft-dev nlohmann-json3-dev nodejs ca-certificates openssl)
+# the Debian packages, and the bare system that they are tried on
+packaging=(debhelper dpkg-dev fakeroot git lintian mmdebstrap)
 
 case "${1:-build}" in
   build) ;;
@@ -37,7 +39,8 @@ case "${1:-build}" in
   lint) packages+=("${testing[@]}" "${web[@]}" "${linting[@]}") ;;
   fuzz) packages+=("${testing[@]}" "${fuzzing[@]}") ;;
   web) packages=("${web[@]}") ;;
-  *) echo "usage: scripts/setup.sh [build|test|lint|fuzz|web]" >&2; exit 2 ;;
+  deb) packages+=("${web[@]}" "${packaging[@]}") ;;
+  *) echo "usage: scripts/setup.sh [build|test|lint|fuzz|web|deb]" >&2; exit 2 ;;
 esac
 
 installed() { dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed; }
