@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <span>
 
 #include "acquisition/settings.h"
@@ -29,26 +30,57 @@ constexpr double magnitudeScale = 2.0 * 2048.0;
 /// No magnitude above this is taken for the smallest one.
 constexpr float largestMinimum = 10000.0F;
 
-/// Weakest first; a not-a-number is weaker than everything.
-bool weaker(const FFTValue& a, const FFTValue& b) {
-  if (std::isnan(a.value) || std::isnan(b.value)) {
-    return std::isnan(a.value) && !std::isnan(b.value);
+/// Magnitudes as whole numbers in the same order, by their bits, with not-a-numbers below all: the
+/// largest of many is then found some at a time.
+using Ranks = std::array<std::int32_t, binCount>;
+constexpr std::int32_t noRank = -1;
+
+std::int32_t rankOf(float magnitude) {
+  std::int32_t bits;
+  std::memcpy(&bits, &magnitude, sizeof bits);
+  constexpr std::int32_t infinity = 0x7F800000;
+  return bits > infinity ? noRank : bits;
+}
+
+/// The bin of the highest rank from `begin` up to `end`, which must be one at least.
+std::size_t strongest(const Ranks& ranks, std::size_t begin, std::size_t end) {
+  std::int32_t highest = noRank;
+  for (std::size_t k = begin; k < end; ++k) highest = std::max(highest, ranks[k]);
+  const auto first = ranks.begin() + static_cast<std::ptrdiff_t>(begin);
+  const auto last = ranks.begin() + static_cast<std::ptrdiff_t>(end);
+  return static_cast<std::size_t>(std::find(first, last, highest) - ranks.begin());
+}
+
+/// The bins that may decide by how far the strongest one is ahead, strongest first: those within
+/// `maxDistance` of it and the strongest of the others, at which a walk down to the weakest ends at
+/// the latest.
+std::vector<std::size_t> rivalsOf(const Ranks& ranks, std::size_t top, int maxDistance) {
+  const auto reach = static_cast<std::size_t>(std::clamp<int>(maxDistance, 0, binCount));
+  const std::size_t begin = top - std::min(top, reach);
+  const std::size_t end = std::min(top + reach + 1, binCount);
+  std::vector<std::size_t> rivals;
+  for (std::size_t k = begin; k < end; ++k) {
+    if (k != top) rivals.push_back(k);
   }
-  return a.value < b.value;
+  const std::size_t below = begin > 0 ? strongest(ranks, 0, begin) : binCount;
+  const std::size_t above = end < binCount ? strongest(ranks, end, binCount) : binCount;
+  if (above < binCount && (below == binCount || ranks[above] > ranks[below])) {
+    rivals.push_back(above);
+  } else if (below < binCount) {
+    rivals.push_back(below);
+  }
+  std::sort(rivals.begin(), rivals.end(),
+            [&](std::size_t a, std::size_t b) { return ranks[a] > ranks[b]; });
+  return rivals;
 }
 
 /// Walks from the strongest bin down past the rivals that belong to the same peak, and returns by
-/// how many per cent the first one that does not falls short of the top. Reorders `bins`.
-float distanceToRival(std::span<FFTValue> bins, const FFTValue& top, int validPercent,
-                      int maxDistance) {
-  // Few steps are usual, so the bins are not sorted: a heap yields the next strongest one at a
-  // time.
+/// how many per cent the first one that does not falls short of the top.
+float distanceToRival(std::span<const FFTValue, binCount> bins, const FFTValue& top,
+                      const std::vector<std::size_t>& rivals, int validPercent, int maxDistance) {
   float diffPercent = 0;
-  for (auto remaining = bins.end(); remaining != bins.begin(); --remaining) {
-    std::pop_heap(bins.begin(), remaining, weaker);
-    const FFTValue& current = *(remaining - 1);
-    if (current.index == top.index) continue;
-
+  for (const std::size_t rival : rivals) {
+    const FFTValue& current = bins[rival];
     diffPercent = (1.0F - current.value / top.value) * 100.0F;
     const std::int64_t diffIndex = std::abs(current.index - top.index);
     logLine(
@@ -88,29 +120,34 @@ HeartrateResult HeartrateProcessing::calculateHeartrate() {
   fillInput(static_cast<std::size_t>(std::clamp<int>(rawDataSize, 0, RealFft::length)));
   transform(lowBin);
 
-  HeartrateResult result;
-  result.min = largestMinimum;
+  auto& bins = buffers_->bins;
+  Ranks ranks;
   for (std::size_t k = 0; k < binCount; ++k) {
     const auto magnitude = static_cast<float>(std::abs(buffers_->real[k]) * magnitudeScale);
-    buffers_->byBin[k] = {static_cast<std::int64_t>(k), magnitude};
-    if (static_cast<float>(k) > lowBin) {
-      result.max = std::max(result.max, magnitude);
-      result.min = std::min(result.min, magnitude);
-    }
+    bins[k] = {static_cast<std::int64_t>(k), magnitude};
+    ranks[k] = rankOf(magnitude);
   }
 
-  buffers_->byStrength = buffers_->byBin;
-  std::make_heap(buffers_->byStrength.begin(), buffers_->byStrength.end(), weaker);
-  const FFTValue top = buffers_->byStrength.front();
+  HeartrateResult result;
+  const auto afterCut =
+      static_cast<std::size_t>(std::clamp(lowBin + 1, 0.0F, static_cast<float>(binCount)));
+  result.min = largestMinimum;
+  for (std::size_t k = afterCut; k < binCount; ++k) {
+    result.min = std::min(result.min, bins[k].value);
+  }
+  if (afterCut < binCount) {
+    result.max = std::max(result.max, bins[strongest(ranks, afterCut, binCount)].value);
+  }
+
+  const FFTValue& top = bins[strongest(ranks, 0, binCount)];
   result.index = top.index;
   result.heartrate = calcBPM(top.index);
-  result.diffPercent = distanceToRival(buffers_->byStrength, top, validPercent, maxDistance);
+  const auto rivals = rivalsOf(ranks, static_cast<std::size_t>(top.index), maxDistance);
+  result.diffPercent = distanceToRival(bins, top, rivals, validPercent, maxDistance);
 
-  const auto first =
-      static_cast<std::size_t>(std::clamp(lowBin + 1, 0.0F, static_cast<float>(binCount)));
-  const std::size_t last = std::min(first + reportedBins, binCount);
-  result.values.assign(buffers_->byBin.begin() + static_cast<std::ptrdiff_t>(first),
-                       buffers_->byBin.begin() + static_cast<std::ptrdiff_t>(last));
+  const std::size_t last = std::min(afterCut + reportedBins, binCount);
+  result.values.assign(bins.begin() + static_cast<std::ptrdiff_t>(afterCut),
+                       bins.begin() + static_cast<std::ptrdiff_t>(last));
   return result;
 }
 

@@ -58,8 +58,7 @@ class HeartrateProcessing {
     // One slot more than bins: the cut at the top of the spectrum begins there.
     std::array<double, RealFft::binCount + 1> real;
     std::array<double, RealFft::binCount> imaginary;
-    std::array<FFTValue, RealFft::binCount> byBin;
-    std::array<FFTValue, RealFft::binCount> byStrength;
+    std::array<FFTValue, RealFft::binCount> bins;
   };
 
   void fillInput(std::size_t n);

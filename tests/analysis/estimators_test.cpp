@@ -72,7 +72,8 @@ TEST_F(HeartrateProcessingTest, TheStrongestBinIsSetAgainstTheFirstThatIsNotOfIt
       {40, 50, 5, {{80, 100}, {81, 90}, {86, 70}, {200, 40}}, "80 of 0 to 100, by 30.0000019 %"},
       {40, 50, 5, {{80, 100}, {81, 50}, {200, 49}}, "80 of 0 to 100, by 50 %"},
       {40, 101, 512, {{80, 100}, {81, 90}, {300, 10}}, "80 of 0 to 100, by 100 %"},
-      {40, 50, 5, {{80, -100}, {81, 90}, {75, 80}, {200, 40}}, "80 of 0 to 100, by 60.0000038 %"}};
+      {40, 50, 5, {{80, 100}, {90, NAN}, {100, 30}, {200, 40}}, "80 of 0 to 100, by 60.0000038 %"},
+      {40, 50, 5, {{80, -100}, {85, 90}, {75, 80}, {200, 40}}, "80 of 0 to 100, by 60.0000038 %"}};
   for (const auto& [bpm, validPercent, maxDistance, peaks, expected] : cases) {
     settings(1024, validPercent, maxDistance, bpm);
     platform_.fft.peaks = peaks;
