@@ -7,6 +7,7 @@
 
 #include "apps/cli/decimal.h"
 #include "apps/cli/exit_status.h"
+#include "apps/cli/progress_bar.h"
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/synthetic_finger.h"
@@ -47,8 +48,10 @@ bool isSeries(const std::string& path) { return endingOf(path) == ".csv"; }
 void writeSeries(const SynthOptions& options, const ColourAt& colourAt, std::int64_t frames) {
   const auto rounded = [](double value) { return std::round(value * 1000) / 1000; };
   OutputFile output(options.output);
+  ProgressBar bar("Drawing");
   output.write("time,R,G,B\n");
   for (std::int64_t frame = 0; frame < frames; ++frame) {
+    bar.show(static_cast<std::size_t>(frame), static_cast<std::size_t>(frames));
     const double time = static_cast<double>(frame) / options.fps;
     const ChannelMeans means = seriesMeans(colourAt(time), options.noise, options.seed, frame);
     std::string row;
@@ -68,7 +71,9 @@ void writeVideo(const SynthOptions& options, const ColourAt& colourAt, std::int6
   const auto video = videos().create(options.output, width, height, options.fps);
   const FingerPainter painter(width, height, options.noise, options.seed);
   BgraFrame frame(width, height);
+  ProgressBar bar("Drawing");
   for (std::int64_t index = 0; index < frames; ++index) {
+    bar.show(static_cast<std::size_t>(index), static_cast<std::size_t>(frames));
     painter.paint(colourAt(static_cast<double>(index) / options.fps), index, frame);
     video->write(frame);
   }

@@ -108,9 +108,12 @@ class VideoWriter::Muxer {
     codec_->max_b_frames = 0;
     const std::string_view name = kind_.encoder;
     if (name == "libx264") {
-      // A pulse is a fraction of one step of brightness: finer than an eye would ask for.
-      av_opt_set(codec_->priv_data, "crf", "10", 0);
-      av_opt_set(codec_->priv_data, "preset", "veryfast", 0);
+      // A pulse is a fraction of one step of brightness. In a large frame it shows in the noise of
+      // many pixels, however coarsely each is kept; a small one has to keep them finer than an eye
+      // would ask for.
+      constexpr int largeRows = 480;
+      av_opt_set(codec_->priv_data, "crf", height >= largeRows ? "17" : "10", 0);
+      av_opt_set(codec_->priv_data, "preset", height >= largeRows ? "ultrafast" : "veryfast", 0);
     } else if (name == "libvpx-vp9") {
       av_opt_set(codec_->priv_data, "crf", "4", 0);
       codec_->qmin = 0;
