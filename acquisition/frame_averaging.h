@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -35,6 +36,10 @@ FrameCells cellsOf(std::span<const double, FrameCells::count> red,
 /// Averages grid cells; keeps its buffers from frame to frame, so that a frame allocates nothing.
 class GridAverager {
  public:
+  static constexpr std::size_t cellsAtOnce = 16;
+  /// The pixels at one place of so many cells, side by side: blue, green and red of each.
+  using Lanes = std::array<std::uint8_t, 3 * cellsAtOnce>;
+
   /// The mean over `cells` of the medians of every fourth pixel of every fourth row; the pulse
   /// value is the red one. Cells are numbered 1 to 16, row by row, in a 4 × 4 division of the
   /// frame; other numbers name no pixels and are passed over. Rows are taken to be unpadded.
@@ -46,14 +51,12 @@ class GridAverager {
   std::optional<FrameCells> cells() const;
 
  private:
-  void sampleCell(const std::uint8_t* pixels, std::size_t width, std::size_t height, int cell);
-  void splitChannels();
+  /// Fills `samples_` from the cells that begin at `starts`, `cellsAtOnce` of them at the most.
+  void sample(std::span<const std::uint8_t* const> starts, std::size_t width, std::size_t cellWidth,
+              std::size_t cellHeight);
 
-  /// The sampled pixels of one cell, and their bytes, a channel each.
-  std::vector<std::uint32_t> pixels_;
-  std::vector<std::uint8_t> red_;
-  std::vector<std::uint8_t> green_;
-  std::vector<std::uint8_t> blue_;
+  std::vector<const std::uint8_t*> starts_;
+  std::vector<Lanes> samples_;
   /// A median per cell.
   std::vector<double> redMedians_;
   std::vector<double> greenMedians_;

@@ -98,39 +98,6 @@ std::vector<double> detrend(std::span<const double> values, bool subtractMean) {
 
 namespace veyla {
 
-namespace {
-
-std::size_t countNotAbove(std::span<const std::uint8_t> bytes, std::uint8_t limit) {
-  // Blocks short enough for a count of one byte keep sixteen counters in one register.
-  constexpr std::size_t blockSize = 240;
-  std::size_t count = 0;
-  for (std::size_t start = 0; start < bytes.size(); start += blockSize) {
-    const std::uint8_t* block = bytes.data() + start;
-    const std::size_t size = std::min(blockSize, bytes.size() - start);
-    std::uint8_t inBlock = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-      inBlock = static_cast<std::uint8_t>(inBlock + (block[i] <= limit ? 1 : 0));
-    }
-    count += inBlock;
-  }
-  return count;
-}
-
-}  // namespace
-
-std::uint8_t median(std::span<const std::uint8_t> bytes) {
-  if (bytes.empty()) return 0;
-  // The element at position count / 2 is the smallest value that more than count / 2 elements do
-  // not exceed. Counting runs over all bytes alike, so it vectorizes; a sort would not.
-  const std::size_t position = bytes.size() / 2;
-  unsigned below = 0;
-  for (unsigned bit = 128; bit != 0; bit /= 2) {
-    const auto candidate = static_cast<std::uint8_t>(below + bit - 1);
-    if (countNotAbove(bytes, candidate) <= position) below += bit;
-  }
-  return static_cast<std::uint8_t>(below);
-}
-
 std::optional<double> calculateStat(std::span<const double> values, std::string_view statistic) {
   if (statistic != "average") return std::nullopt;
   return VectorUtils::meanOf(values);

@@ -50,9 +50,6 @@ std::vector<double> detrend(std::span<const double> values, bool subtractMean);
 
 namespace veyla {
 
-/// The upper median of the bytes, as `VectorUtils::medianOf`; 0 for no bytes.
-std::uint8_t median(std::span<const std::uint8_t> bytes);
-
 /// The statistic named `statistic` over `values`; nothing for any other name than "average".
 std::optional<double> calculateStat(std::span<const double> values, std::string_view statistic);
 

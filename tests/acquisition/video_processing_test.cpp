@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "acquisition/frame_averaging.h"
+#include "analysis/vector_utils.h"
 #include "tests/support/builders.h"
 #include "tests/support/tables.h"
 #include "tests/support/test_platform.h"
@@ -73,6 +74,25 @@ TEST(FrameAveragingTest, ACellSamplesEveryFourthPixelOfEveryFourthRow) {
   EXPECT_EQ(averageCells(frame, {1}), (FrameSample{100, 200, 10, 100}));
   frame.set(0, 0, black);
   EXPECT_EQ(averageCells(frame, {1}), FrameSample{});
+}
+
+TEST(FrameAveragingTest, CellsGiveUpperMediansHoweverManySamplesAndCellsThereAre) {
+  std::uint32_t random = 1;
+  for (std::size_t columns = 1; columns <= 30; ++columns) {
+    TestFrame frame(16 * columns, 320, black);
+    std::vector<double> reds;
+    for (std::size_t i = 0; i < 20 * columns; ++i) {
+      random = random * 1664525 + 1013904223;
+      const auto red = static_cast<std::uint8_t>(i % 3 == 0 ? 255 : random >> 24);
+      frame.set(i % columns * 4, i / columns * 4, {0, 0, red});
+      reds.push_back(red);
+    }
+    std::vector<int> cells(columns, 1);
+    cells.push_back(2);
+    const auto share = static_cast<double>(columns) / static_cast<double>(cells.size());
+    ASSERT_FLOAT_EQ(averageCells(frame, cells).red,
+                    static_cast<float>(VectorUtils::medianOf(reds) * share));
+  }
 }
 
 TEST(FrameAveragingTest, CellsAreNumberedRowByRowAndAveragedWithFractions) {
