@@ -237,9 +237,9 @@ class Telling {
         (table_ && options_.csvFile != "-" ? "; " + options_.csvFile + " is not written" : ""));
   }
 
-  /// The worst status of all.
+  /// Writes the table, where anything was measured. Returns the worst status of all.
   ExitStatus finish() {
-    if (!table_) return worst_;
+    if (!table_ || rows_.empty()) return worst_;
     table_->write(rowHeader() + rows_);
     table_->commit();
     return worst_;
