@@ -82,7 +82,7 @@ TEST_F(MeasureTest, WhatEndsEarlyIsToldWithItsReasonAndNotKept) {
   EXPECT_EQ(few["outcome"], "endOfInput");
   EXPECT_TRUE(few["heartrate"].is_null());
   expectTold("--duration 8", {"\n--duration 8 ended it: ", "\nNothing saved"});
-  expectTold("--start 100", {"needs 2 seconds of countdown", "\n--start 100 left"});
+  expectTold("--start 1:40", {"needs 2 seconds of countdown", "\n--start 100 left"});
   expectTold("--no-save --start 30", {"\n--start 30 left"}, {"Nothing saved"});
   expectTold("--no-save --start 5 --duration 30 --log log", {"\nFinished after"});
   EXPECT_THAT(contentsOf(file("log")), HasSubstr("Z 5.020 Tapped Begin\n"));
@@ -181,6 +181,7 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
   }
   write("folder/notes.txt", "no recording");
   write("folder/c.csv", "time,R,G,B\n0,180,90,25\n");
+  changed("folder/d.csv", "$1,0,0,0");
   const Result all = run("measure folder no.csv finger.csv --jobs 2");
   EXPECT_EQ(all.status, 3) << "the worst";
   EXPECT_EQ(all.out,
@@ -188,6 +189,8 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
             "folder/b.csv  71 bpm  97 %   16.3 s\n"
             "folder/c.csv  --      --    unfinished: The recording ended before the measurement "
             "began.\n"
+            "folder/d.csv  --      --    unfinished: No finger from 2 to 40 s: the picture is "
+            "black.\n"
             "finger.csv    71 bpm  97 %   16.3 s\n");
   EXPECT_THAT(all.error, StartsWith("veyla: no.csv: no such file"));
   EXPECT_EQ(json("history"), Json::array());
