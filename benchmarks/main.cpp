@@ -16,7 +16,10 @@ class RatioReporter : public benchmark::ConsoleReporter {
     for (const Run& run : runs) {
       const bool isMedian = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
       if (isMedian || run.repetitions <= 1) {
-        times_[run.run_name.function_name + "/" + run.run_name.args] = run.GetAdjustedCPUTime();
+        // Of another program its processor time is handed over as the time.
+        const bool isHandedOver = run.run_name.time_type == "manual_time";
+        times_[run.run_name.function_name + "/" + run.run_name.args] =
+            isHandedOver ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
       }
     }
   }

@@ -35,8 +35,10 @@ std::string joined(const std::vector<std::string>& parts, std::string_view separ
 
 std::string csvDate(Date date) {
   const LocalTime time = services().dates.localTime(date);
-  return formatText("%04d-%02d-%02d %02d:%02d:%02d", time.year, time.month, time.day, time.hour,
-                    time.minute, time.second);
+  std::string text = paddedText(time.year, 4);
+  text.append("-").append(paddedText(time.month, 2)).append("-").append(paddedText(time.day, 2));
+  text.append(" ").append(paddedText(time.hour, 2)).append(":").append(paddedText(time.minute, 2));
+  return text.append(":").append(paddedText(time.second, 2));
 }
 
 std::string csvFileName() {
@@ -106,8 +108,8 @@ HistoryTableViewCell ResultsViewController::listCell(std::size_t row) const {
     if (entry.labels[i]) names.emplace_back(labelNames[i]);
   }
   return {services().dates.mediumDateShortTime(entry.date),
-          entry.hr == 0 ? noValue : formatText("%.0f bpm", entry.hr),
-          entry.spo2 == 0 ? noValue : formatText("%.0f%%", entry.spo2), joined(names, ", ")};
+          entry.hr == 0 ? noValue : roundedText(entry.hr) + " bpm",
+          entry.spo2 == 0 ? noValue : roundedText(entry.spo2) + "%", joined(names, ", ")};
 }
 
 TableCell ResultsViewController::chooserCell(std::size_t row) const {
@@ -419,7 +421,8 @@ std::vector<std::string> ResultsViewController::selectedLines() const {
       logLine("a damaged entry has no values to share: %s", faultOf(*entry.damaged).c_str());
       continue;
     }
-    lines.push_back(csvDate(entry.date) + formatText(",%.0f,%.0f", entry.hr, entry.spo2));
+    lines.push_back(csvDate(entry.date) + "," + roundedText(entry.hr) + "," +
+                    roundedText(entry.spo2));
   }
   return lines;
 }

@@ -1,6 +1,7 @@
 #include "platform/format.h"
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 
@@ -32,6 +33,18 @@ std::string formatArguments(const char* format, std::va_list arguments) {
     }
   }
   va_end(again);
+  return text;
+}
+
+std::string roundedText(double value) {
+  constexpr double largestShort = 1e6;
+  if (std::signbit(value) || !(value < largestShort)) return formatText("%.0f", value);
+  return std::to_string(static_cast<int>(std::nearbyint(value)));
+}
+
+std::string paddedText(int value, std::size_t digits) {
+  std::string text = std::to_string(value);
+  if (text.size() < digits) text.insert(0, digits - text.size(), '0');
   return text;
 }
 

@@ -31,6 +31,13 @@ TEST(FormatTest, TextsMayBeLong) {
     const std::string text(length, 'a');
     EXPECT_EQ(formatText("%s!", text.c_str()), text + "!");
   }
+  const double numbers[] = {0, -0.0, -0.3, 0.5, 1.5, 72.4, 999999.5, 1e6, 1e300, -72.5};
+  for (const double number : numbers) {
+    EXPECT_EQ(roundedText(number), formatText("%.0f", number));
+  }
+  for (const int number : {0, 9, 10, 123}) {
+    EXPECT_EQ(paddedText(number, 2), formatText("%02d", number));
+  }
 }
 
 TEST(ValueTest, NumbersConvertWithinTheRangeAndEverythingElseReadsAsNothing) {
