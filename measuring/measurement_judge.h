@@ -1,8 +1,8 @@
 #pragma once
 
-#include <compare>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "analysis/finger_coach.h"
@@ -24,7 +24,12 @@ struct MeasurementWorth {
   /// 0 to 1.
   double shareOfGoodFinger = 0;
 
-  auto operator<=>(const MeasurementWorth&) const = default;
+  bool operator<(const MeasurementWorth& other) const {
+    const auto parts = [](const MeasurementWorth& of) {
+      return std::tie(of.reliableValues, of.finalValues, of.clarity, of.shareOfGoodFinger);
+    };
+    return parts(*this) < parts(other);
+  }
 };
 
 /// Stands beside a measurement and says what is wrong with the finger while it lasts, and whether a

@@ -160,7 +160,8 @@ class Measurer {
   std::vector<Measured> measureEach(
       const KeptRecording& recording, int jobs,
       const std::function<void(std::size_t done, std::size_t all)>& progress) const {
-    const auto& [heartrate, spo2, device, first, duration] = options_.request;
+    const double first = options_.request.start;
+    const double duration = options_.request.duration.value();
     std::vector<double> starts;
     for (double start = first; starts.empty() || start < recording.seconds();
          start = first + static_cast<double>(starts.size()) * *options_.every) {
@@ -177,7 +178,7 @@ class Measurer {
     if (!options_.best) {
       // The end of the recording leaves the last ones too little.
       std::erase_if(all, [&](const Measured& each) {
-        return each.start > first && each.start + *duration > recording.seconds() &&
+        return each.start > first && each.start + duration > recording.seconds() &&
                each.report.outcome == Outcome::endOfInput && each.report.worth.finalValues == 0;
       });
       return all;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdlib>
 #include <optional>
 #include <regex>
@@ -22,7 +23,7 @@ inline std::optional<double> secondsOfTime(const std::string& text) {
 
 /// The other way around, to a tenth of a second: "1:23.5".
 inline std::string timeOf(double seconds) {
-  const auto tenths = static_cast<long>(seconds * 10 + 0.5);
+  const long tenths = std::lround(seconds * 10);
   return formatText("%ld:%02ld.%ld", tenths / 600, tenths / 10 % 60, tenths % 10);
 }
 
