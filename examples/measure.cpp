@@ -26,9 +26,9 @@ class Fingertip : public RecordingSource {
   void deliver(SampleBufferDelegate& delegate) override {
     const double pulse = std::sin(2 * std::numbers::pi * 72 / 60 * time());
     const double bgra[] = {25 + 7.6 * pulse, 90 + 10 * pulse, 180 + 2.4 * pulse, 254};
-    // Stripes, each a little brighter than the one before, hold what is less than a step of 8 bits.
+    // One step brighter from top to bottom: what is less than a step moves where the next begins.
     for (int i = 0; i < 144 * 192 * 4; ++i) {
-      pixels_.baseAddress()[i] = static_cast<std::uint8_t>(bgra[i % 4] + i / 6912 / 16.0);
+      pixels_.baseAddress()[i] = static_cast<std::uint8_t>(bgra[i % 4] + i / 110592.0);
     }
     delegate.captureOutput(pixels_);
   }
