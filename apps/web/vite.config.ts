@@ -38,19 +38,35 @@ function fileListForServiceWorker(): Plugin {
   };
 }
 
-/** The core comes at once, and not only when the script that wants it is there. */
-function corePreload(): Plugin {
+/**
+ * What the first screen waits for comes at once, and not only when the script that wants it is there: the core, and
+ * what the library's navigation loads for its way back.
+ */
+function firstScreenPreload(): Plugin {
   return {
-    name: "core-preload",
+    name: "first-screen-preload",
     apply: "build",
-    transformIndexHtml: (_html, { bundle = {} }) =>
-      Object.keys(bundle)
-        .filter((name) => name.endsWith(".wasm"))
-        .map((name) => ({
-          tag: "link",
-          injectTo: "head",
-          attrs: { rel: "preload", as: "fetch", crossorigin: "anonymous", href: `./${name}` },
-        })),
+    transformIndexHtml(_html, { bundle = {} }) {
+      const core = Object.keys(bundle).filter((name) => name.endsWith(".wasm"));
+      const chunks = Object.values(bundle).filter((each) => each.type === "chunk");
+      const back = chunks.filter(({ exports }) => exports.includes("createSwipeBackGesture"));
+      const isEntry = (name: string): boolean =>
+        chunks.some((each) => each.fileName === name && each.isEntry);
+      const scripts = back.flatMap(({ fileName, imports }) => [
+        fileName,
+        ...imports.filter((name) => !isEntry(name)),
+      ]);
+      if (core.length !== 1 || scripts.length === 0)
+        throw new Error("what the first screen waits for is not found");
+      return [
+        ...core.map((name) => ({ rel: "preload", as: "fetch", href: `./${name}` })),
+        ...scripts.map((name) => ({ rel: "modulepreload", href: `./${name}` })),
+      ].map((attrs) => ({
+        tag: "link",
+        injectTo: "head" as const,
+        attrs: { ...attrs, crossorigin: "anonymous" },
+      }));
+    },
   };
 }
 
@@ -74,5 +90,5 @@ export default defineConfig({
     assetsInlineLimit: 0,
     chunkSizeWarningLimit: 1000,
   },
-  plugins: [corePreload(), fileListForServiceWorker()],
+  plugins: [firstScreenPreload(), fileListForServiceWorker()],
 });

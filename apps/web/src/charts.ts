@@ -1,4 +1,6 @@
 // The charts screen, loaded when it is first opened.
+import "./charts.css";
+
 import { defineCustomElement as label } from "@ionic/core/components/ion-label.js";
 import { defineCustomElement as segment } from "@ionic/core/components/ion-segment.js";
 import { defineCustomElement as segmentButton } from "@ionic/core/components/ion-segment-button.js";

@@ -1,4 +1,6 @@
 // The components of the library that the screens behind the first one share. They come with the first of these.
+import "./lists.css";
+
 import { defineCustomElement as accordion } from "@ionic/core/components/ion-accordion.js";
 import { defineCustomElement as accordionGroup } from "@ionic/core/components/ion-accordion-group.js";
 import { defineCustomElement as backButton } from "@ionic/core/components/ion-back-button.js";

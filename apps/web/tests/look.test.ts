@@ -78,7 +78,9 @@ it.each(["light", "dark"] as const)("texts and controls stand out, %s", async (c
 });
 
 it("distances and letters are of one scale", () => {
-  const styles = readFileSync(new URL("../src/styles.css", import.meta.url), "utf8");
+  const styles = ["styles", "charts", "lists"]
+    .map((name) => readFileSync(new URL(`../src/${name}.css`, import.meta.url), "utf8"))
+    .join("");
   const own = /(gap|padding|margin|font-size)[a-z-]*:[^;]*\d(px|r?em)\b[^;]*/g;
   // Those of a picture within a line of text go with its letters.
   expect((styles.match(own) ?? []).filter((each) => !/[\d.]+em/.test(each))).toEqual([]);
