@@ -352,7 +352,6 @@ export class MeasuringScreen {
       this.readOut,
       this.named("labelRed", make("p.status", { role: "status" })),
       this.named("labelGrey", make("p.instruction", { "aria-live": "polite" })),
-      this.labelButton(),
     );
   }
 
@@ -406,6 +405,6 @@ export class MeasuringScreen {
     stop.addEventListener("click", () => {
       this.core().measuring().stopButtonPush();
     });
-    return make("div.buttons", {}, begin, stop);
+    return make("div.buttons", {}, begin, stop, this.labelButton());
   }
 }
