@@ -214,6 +214,7 @@ it("is the first rear camera with a torch, and the next one where that is asked 
     ["34", 4],
     // Those without a torch are known by now, and the one that was chosen stays so.
     ["2", 2],
+    ["4", 4],
   ] as const) {
     camera.close();
     camera.useNext();
