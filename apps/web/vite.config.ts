@@ -3,7 +3,7 @@ import { readdirSync, readFileSync, writeFileSync } from "node:fs";
 import { join, relative } from "node:path";
 import { fileURLToPath } from "node:url";
 
-import { defineConfig, type Plugin } from "vite";
+import { defineConfig, type HtmlTagDescriptor, type Plugin } from "vite";
 
 const root = fileURLToPath(new URL(".", import.meta.url));
 const outDir = fileURLToPath(new URL("../../build/site", import.meta.url));
@@ -46,7 +46,7 @@ function firstScreenPreload(): Plugin {
   return {
     name: "first-screen-preload",
     apply: "build",
-    transformIndexHtml(_html, { bundle = {} }) {
+    transformIndexHtml(_html, { bundle = {} }): HtmlTagDescriptor[] {
       const core = Object.keys(bundle).filter((name) => name.endsWith(".wasm"));
       const chunks = Object.values(bundle).filter((each) => each.type === "chunk");
       const back = chunks.filter(({ exports }) => exports.includes("createSwipeBackGesture"));
@@ -63,7 +63,7 @@ function firstScreenPreload(): Plugin {
         ...scripts.map((name) => ({ rel: "modulepreload", href: `./${name}` })),
       ].map((attrs) => ({
         tag: "link",
-        injectTo: "head" as const,
+        injectTo: "head",
         attrs: { ...attrs, crossorigin: "anonymous" },
       }));
     },
