@@ -111,7 +111,7 @@ std::string headingOf(const ChartResultsViewController& screen, const char* dash
 std::string legendOf(const LineDataSet& data, const TextChartStyle& style,
                      const Terminal& terminal) {
   const std::string mark = textMark(style) + " ";
-  const std::string legend = wrapped(mark + data.label, terminal);
+  std::string legend = wrapped(mark + data.label, terminal);
   if (!style.color) return legend;
   const bool isRed = data.color.red > data.color.blue;
   return (isRed ? "\x1b[1;31m" : "\x1b[1;34m") + mark + "\x1b[0m" + legend.substr(mark.size());
