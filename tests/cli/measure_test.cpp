@@ -232,6 +232,8 @@ TEST_F(MeasureTest, ARecordingIsMeasuredAgainFromEverySoManySecondsOnAndTheClear
     EXPECT_EQ(line, reportOf("lifted.csv", "--start " + std::to_string(10 * i)));
   }
   EXPECT_THAT(rows[1], EndsWith(",noFinger unclearPulse"));
+  done("measure --no-save --csv one.csv lifted.csv");
+  EXPECT_EQ(contentsOf(file("one.csv")), rows[0] + "\n" + rows[1] + "\n");
   EXPECT_THAT(done("measure " + every),
               StartsWith("from  0:00.0  72 bpm  97 %   20.3 s  unsure: noFinger, "));
   EXPECT_EQ(json("history"), Json::array());
