@@ -20,7 +20,7 @@ it.concurrent.for(engines)(
     await visit.picture("finished");
     const [entry] = await visit.values();
     // A machine that has much else to do shows the finger later than it is.
-    const margin = (await visit.paintedRate()) > 15 ? 2 : 8;
+    const margin = (await visit.paintedRate()) > 25 ? 2 : 8;
     expect(Math.abs((entry?.hr ?? NaN) - 72)).toBeLessThan(margin);
     expect(await visit.lights()).toEqual([true, false]);
 
@@ -43,7 +43,8 @@ it.concurrent.for(engines)(
     await visit.reload();
     await visit.sees(entry?.hr.toFixed(0) ?? "");
     await visit.tap("Results");
-    await visit.sees(`${entry?.hr.toFixed(0)} bpm`);
+    await visit.tap("Chart");
+    await visit.sees("heartrate (data points are averaged for each day)");
   },
 );
 
