@@ -55,9 +55,9 @@ FrameSample recordOf(std::uint32_t red, std::uint32_t green, std::uint32_t blue)
           static_cast<float>(luma)};
 }
 
-/// Of each lane, the smallest value that more than half of its samples do not exceed. Found bit by
+/// Of each lane the upper median, as of `VectorUtils::medianOf`; 0 of no samples. Found bit by
 /// bit: counting runs over all lanes alike, so that it vectorizes, which a sort would not.
-GridAverager::Lanes laneMedians(std::span<const GridAverager::Lanes> samples) {
+GridAverager::Lanes median(std::span<const GridAverager::Lanes> samples) {
   using Lanes = GridAverager::Lanes;
   // Blocks short enough for a count of one byte keep sixteen counters in one register.
   constexpr std::size_t blockSize = 240;
@@ -161,7 +161,7 @@ FrameSample GridAverager::average(const std::uint8_t* pixels, std::size_t width,
     const auto some =
         std::span(starts_).subspan(first).first(std::min(cellsAtOnce, starts_.size() - first));
     sample(some, width, cellWidth, cellHeight);
-    const Lanes medians = laneMedians(samples_);
+    const Lanes medians = median(samples_);
     for (std::size_t cell = 0; cell < some.size(); ++cell) {
       blueMedians_.push_back(medians[3 * cell]);
       greenMedians_.push_back(medians[3 * cell + 1]);
