@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the Debian packages of the program and of the phone app's page into build/deb, of the files as they lie here,
-# and has lintian judge them: an error or a warning is a failure.
+# Builds the Debian packages of the program and of the phone app's page into build/deb, of the files that git follows as
+# they lie here, and has lintian judge them: an error or a warning is a failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -8,7 +8,7 @@ version=$(sed -n 's/^project(veyla VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 folder=$PWD/build/deb source=$PWD/build/deb/veyla-$version
 rm -rf "$folder"
 mkdir -p "$source"
-git ls-files -z --cached --others --exclude-standard | tar --create --null --files-from=- | tar --extract -C "$source"
+git ls-files -z | tar --create --null --files-from=- | tar --extract -C "$source"
 
 # What a user of the packages reads: the entries of this version.
 {
@@ -23,6 +23,7 @@ git ls-files -z --cached --others --exclude-standard | tar --create --null --fil
 } >"$source/debian/changelog"
 grep -q '^  \* ' "$source/debian/changelog" || { echo "deb: CHANGELOG.md has no entry for $version" >&2; exit 1; }
 
+echo "builds both packages, which takes some minutes; build/deb/build.log tells how far it is"
 # npm that did not come from Debian serves as well, which a package of Debian's could not depend on.
 (cd "$source" && dpkg-buildpackage --build=binary --no-sign --no-check-builddeps >"$folder/build.log" 2>&1) ||
   { tail -20 "$folder/build.log" >&2; exit 1; }
