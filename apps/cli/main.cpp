@@ -166,7 +166,7 @@ void describeMeasure(CLI::App& command, veyla::MeasureOptions& options, std::str
       ->type_name("")
       ->check(something());
   addSeconds(command, "--start", options.request.start,
-             "tap START S seconds into the recording (or M:SS)", {0, longestSeconds}, "0");
+             "begin S seconds into the recording (or M:SS)", {0, longestSeconds}, "0");
   addSeconds(command, "--duration", options.request.duration,
              "use S seconds from there, the 2 seconds of countdown included",
              {0.001, longestSeconds}, "all, or 45 with --every");

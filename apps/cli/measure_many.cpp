@@ -42,7 +42,8 @@ bool isFolder(const std::string& path) {
   return std::filesystem::is_directory(path, unknown);
 }
 
-/// What is named, with the recordings that lie in a folder in its place, by their names.
+/// What is named, with the recordings that lie in a folder in its place, by their names; a folder
+/// without any, or that cannot be read, stays as it is.
 std::vector<std::string> recordingsAmong(const std::vector<std::string>& named) {
   static const std::set<std::string> endings{".3gp",   ".avi", ".csv",  ".h264", ".hevc", ".m4v",
                                              ".mjpeg", ".mkv", ".mov",  ".mp4",  ".mpeg", ".mpg",
@@ -54,14 +55,14 @@ std::vector<std::string> recordingsAmong(const std::vector<std::string>& named) 
       continue;
     }
     std::set<std::string> found;
-    for (const auto& entry : std::filesystem::directory_iterator(path)) {
-      const std::string name = entry.path().filename();
+    std::error_code fault;
+    for (std::filesystem::directory_iterator entry(path, fault), end; !fault && entry != end;
+         entry.increment(fault)) {
+      const std::string name = entry->path().filename();
       if (name.starts_with('.') || name.ends_with(referenceEnding)) continue;
-      if (endings.contains(endingOf(name))) found.insert(entry.path());
+      if (endings.contains(endingOf(name))) found.insert(entry->path());
     }
-    if (found.empty()) {
-      throw InputError(path + ": holds no video and no colour series; name a folder that does");
-    }
+    if (found.empty()) found.insert(path);
     inputs.insert(inputs.end(), found.begin(), found.end());
   }
   return inputs;
@@ -116,6 +117,11 @@ class Measurer {
       const std::function<void(std::size_t done, std::size_t all)>& progress) const {
     MeasuredInput measured;
     try {
+      if (isFolder(input)) {
+        throw InputError(input +
+                         ": no video and no colour series can be read in it; name a folder "
+                         "that holds some");
+      }
       auto source = openMeasured(input, options_.request.start);
       if (options_.every) {
         FrameAverager averager(resources_, options_.request.device);

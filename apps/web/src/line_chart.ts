@@ -54,7 +54,8 @@ function textScale(): number {
 /** In the page's family; `density` is for what is drawn in the screen's own pixels. */
 function cssFont(font: string | null, density = 1): string {
   const [weight = "", size = ""] = (font ?? ownFont).split(" ");
-  return `${weight} ${parseFloat(size) * textScale() * density}px ${fontFamily}`;
+  // Whole: the chart library reads no fractions.
+  return `${weight} ${Math.round(parseFloat(size) * textScale() * density)}px ${fontFamily}`;
 }
 
 /** A line's colour, bright enough for the ground that the page has now. */

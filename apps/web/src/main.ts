@@ -28,6 +28,7 @@ import {
   cameraPermissionPlace,
   showInsecureAddress,
   showOldBrowser,
+  showPageFailure,
   showStartFailure,
   showStorageProblem,
   showTakenOver,
@@ -88,7 +89,7 @@ async function start(): Promise<void> {
   const storage = new LocalStorage((damagedKey, line) => {
     showStorageProblem(core, damagedKey, line);
   });
-  const navigator = new Navigator();
+  const navigator = new Navigator(showPageFailure);
   const waker = new ScreenWaker();
   const alerts = new AlertDialogs(core);
   const intro = new IntroScreen(core);

@@ -44,6 +44,9 @@ export class Navigator {
   /** Ways that a tap has led and that are not done yet. */
   private readonly underWay = new Set<"in" | "out">();
 
+  /** `missing` is called when a page could not be loaded. */
+  constructor(private readonly missing: () => void) {}
+
   async start(root: HTMLElement, app: HTMLElement): Promise<void> {
     app.append(this.nav);
     await customElements.whenDefined("ion-nav");
@@ -64,7 +67,13 @@ export class Navigator {
 
   /** The same with a page that must be loaded first. */
   pushLoaded(load: () => Promise<HTMLElement>): void {
-    this.go("in", async () => this.nav.push(await load()));
+    this.go("in", async () => {
+      const page = await load().catch((error: unknown) => {
+        this.missing();
+        throw error;
+      });
+      return this.nav.push(page);
+    });
   }
 
   pop(): void {

@@ -73,21 +73,28 @@ export function showStorageProblem(core: () => WebApp, damagedKey: string, line:
   ]);
 }
 
+const loadAgain: Action = {
+  title: "Load again",
+  closes: false,
+  run(): void {
+    window.location.reload();
+  },
+};
+
 export function showStartFailure(): void {
   showNotice(
     "Veyla does not start",
     "A part of it did not load, or this browser is too old for it. Check the connection and load the " +
       "page again. If that does not help, use a newer browser.",
-    [
-      {
-        title: "Load again",
-        closes: false,
-        run(): void {
-          window.location.reload();
-        },
-      },
-      close,
-    ],
+    [loadAgain, close],
+  );
+}
+
+export function showPageFailure(): void {
+  showNotice(
+    "This page does not open",
+    "A part of it did not load. Check the connection and load it again.",
+    [loadAgain, close],
   );
 }
 

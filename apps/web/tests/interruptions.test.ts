@@ -126,3 +126,11 @@ it.each<[Visitor, notice: string, alert?: string]>([
   if (visitor.lacks === "the core")
     expect(visit.problems.splice(0).join()).toContain("the page does not start");
 });
+
+it("a part that does not come is told", async () => {
+  const visit = await visitPage();
+  await visit.page.route("**/results*.js", (route) => route.abort());
+  await visit.tap("Results");
+  await visit.alert("This page does not open").waitFor();
+  expect(visit.problems.splice(0).join()).toContain("a page does not open");
+});

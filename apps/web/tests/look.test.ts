@@ -37,9 +37,7 @@ const contrasts: readonly (readonly [least: number, front: string, ...grounds: s
   [4.5, "ink", "ground", "panel", "chip", "group", "raised", "raised-control"],
   [4.5, "soft-ink", "ground", "panel", "group", "group-ground", "raised"],
   [4.5, "accent-text", "ground", "panel", "group", "raised"],
-  [4.5, white, "accent", "stop", "bar-top"],
-  // START's letters are large.
-  [3, white, "control"],
+  [4.5, white, "accent", "stop", "bar-top", "control"],
   [3, "edge", "ground", "panel", "group", "raised", "raised-control"],
   [3, "control", "ground", "panel", "group", "raised"],
   [3, "stop", "ground"],
