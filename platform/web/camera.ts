@@ -58,8 +58,9 @@ const longestKept = 60_000;
 /** Whether the browser hands a video's frames to pages. */
 export const givesFrames = "requestVideoFrameCallback" in HTMLVideoElement.prototype;
 
+/** Not every browser's constraint errors are instances of `Error`. */
 function nameOf(error: unknown): string {
-  return error instanceof Error ? error.name : String(error);
+  return error instanceof Object && "name" in error ? String(error.name) : String(error);
 }
 
 function capabilitiesOf(track: MediaStreamTrack | undefined): CameraCapabilities {
@@ -104,6 +105,7 @@ export class TrackCamera {
     willReadFrequently: true,
   });
   private state: PermissionState | "unknown" = "prompt";
+  private error: string | undefined;
   private stream: MediaStream | undefined;
   /** Whoever opens the camera waits for the answer of a user who is being asked for it. */
   private asking: Promise<void> = Promise.resolve();
@@ -171,6 +173,11 @@ export class TrackCamera {
 
   authorization(): string {
     return this.state;
+  }
+
+  /** The name of the error that the last opening has ended with; undefined where it has opened. */
+  failure(): string | undefined {
+    return this.error;
   }
 
   request(pending: number): void {
@@ -334,21 +341,27 @@ export class TrackCamera {
   }
 
   private async openStream(video: MediaTrackConstraints): Promise<MediaStream | undefined> {
-    if (!("mediaDevices" in navigator) || !givesFrames) return undefined;
+    if (!("mediaDevices" in navigator) || !givesFrames) {
+      this.error = "NotSupportedError";
+      return undefined;
+    }
     try {
       const stream = await navigator.mediaDevices.getUserMedia({
         audio: false,
         video,
       });
       this.state = "granted";
+      this.error = undefined;
       return stream;
     } catch (error) {
-      this.listener.log(`the camera does not open: ${nameOf(error)}`);
-      if (nameOf(error) === "NotAllowedError") {
+      const name = nameOf(error);
+      this.listener.log(`the camera does not open: ${name}`);
+      this.error = name;
+      if (name === "NotAllowedError") {
         await this.prepare();
         // A browser that does not tell has answered now.
         if (!this.status) this.state = "denied";
-      } else if (nameOf(error) !== "SecurityError") {
+      } else if (name !== "SecurityError") {
         // It may be used, but there is none, or another program has it.
         this.state = "granted";
       }

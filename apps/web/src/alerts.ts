@@ -34,7 +34,7 @@ export class AlertDialogs {
   private readonly next = new Map<number, () => void>();
   private front: number | undefined;
 
-  /** Stands below the text of alerts that are shown while it is set: what the page knows of its browser. */
+  /** Stands below the text of the next alert: what the page knows of its browser. */
   note: string | undefined;
   /** Called when an alert is shown. */
   shown: () => void = () => undefined;
@@ -43,6 +43,7 @@ export class AlertDialogs {
 
   show(id: number, alert: AlertShown): void {
     const { note } = this;
+    this.note = undefined;
     if (alert.kind === "waiting") {
       this.build(id, alert, note).show();
     } else {

@@ -25,13 +25,15 @@ import { MeasuringScreen } from "./measuring";
 import { Navigator } from "./navigator";
 import {
   askToTakeOver,
-  cameraPermissionPlace,
+  noLight,
+  refusedLight,
   showInsecureAddress,
   showOldBrowser,
   showPageFailure,
   showStartFailure,
   showStorageProblem,
   showTakenOver,
+  wayToCamera,
 } from "./notices";
 import { becomeTheOnlyWindow, takeOverAgain } from "./one_window";
 import type { Page, ScreenViews } from "./page";
@@ -60,8 +62,7 @@ async function start(): Promise<void> {
   const times = query.has("timing") ? new FrameTimes() : undefined;
   const listener: CameraListener = {
     settle(pending, answer) {
-      const isDenied = camera.authorization() === "denied";
-      alerts.note = isDenied ? cameraPermissionPlace() : undefined;
+      alerts.note = camera.isOpen() && !camera.hasTorch() ? noLight : wayToCamera(camera);
       core().settle(pending, answer);
       alerts.note = undefined;
     },
@@ -70,7 +71,9 @@ async function start(): Promise<void> {
       core().takeFrame(time);
     },
     torchRefused() {
+      alerts.note = refusedLight;
       core().torchRefused();
+      alerts.note = undefined;
     },
     lost() {
       core().cameraLost();

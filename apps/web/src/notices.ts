@@ -118,28 +118,84 @@ export function showTakenOver(takeOverAgain: () => void): void {
   );
 }
 
+const frameless =
+  "It does not hand the camera's pictures to pages. Bring it up to date, or open this page in another one.";
+const insecure =
+  "Browsers give the camera to pages from HTTPS alone. Open this page by an address that begins " +
+  "with https://.";
+
 export function showOldBrowser(): void {
-  showNotice(
-    "This browser cannot measure",
-    "It does not hand the camera's pictures to pages. Bring it up to date, or open this page in another one.",
-  );
+  showNotice("This browser cannot measure", frameless);
 }
 
 export function showInsecureAddress(): void {
-  showNotice(
-    "No camera at this address",
-    "Browsers give the camera to pages from HTTPS alone. Open this page by an address that begins " +
-      "with https://.",
-  );
+  showNotice("No camera at this address", insecure);
 }
 
-/** Where to allow the camera after all; undefined on iOS, whose Settings App the core's alert names. */
-export function cameraPermissionPlace(): string | undefined {
-  if (isIos()) return undefined;
+/** The core's alert names the Settings App of iOS, and an application that is not in there. */
+function placeOfPermission(): string {
   const isInstalled = window.matchMedia("(display-mode: standalone)").matches;
+  if (isIos()) {
+    return (
+      "Veyla is a page here, and not in that list: in the Settings App choose the browser's own name, and " +
+      "allow it the camera." +
+      (isInstalled ? "" : " The menu beside the page's address has Website Settings, too.")
+    );
+  }
   return (
     (isInstalled ? "For this app: open its page in the browser, tap " : "In this browser: tap ") +
     "the symbol beside the page's address, allow the camera in the site's permissions, and load the " +
     "page again."
   );
 }
+
+const held =
+  "Another app or tab has the camera, or it hangs. Close what uses it, such as a video call, and tap START " +
+  "again. If that does not help, restart the phone.";
+
+/** By the names of the errors that openings end with. */
+const waysToCamera: Readonly<Record<string, string>> = {
+  NotReadableError: held,
+  AbortError: held,
+  NotFoundError:
+    "This browser sees no camera. Look whether a switch of the phone turns its cameras off, or open this page " +
+    "on a phone that has one.",
+  OverconstrainedError:
+    "The camera that was used is gone, or gives no pictures of the size that is needed. Load the page again, " +
+    "or open it in another browser.",
+};
+
+/** What the user can do about a camera that did not open, with this browser; undefined where it has. */
+export function wayToCamera(
+  camera: Readonly<{ failure(): string | undefined; authorization(): string }>,
+): string | undefined {
+  const failure = camera.failure();
+  if (failure === undefined) return undefined;
+  if (!window.isSecureContext) return insecure;
+  if (failure === "NotSupportedError") return `This browser cannot measure. ${frameless}`;
+  if (failure === "SecurityError")
+    return "The page around this one keeps the camera from it. Open this one by itself.";
+  if (failure === "NotAllowedError") {
+    switch (camera.authorization()) {
+      case "denied":
+        return placeOfPermission();
+      case "granted":
+        return (
+          "The page has your permission, the browser has not: in the phone's settings choose the browser among " +
+          "the apps, and allow it the camera."
+        );
+      default:
+        return "Tap START once more, and allow the camera when the browser asks for it.";
+    }
+  }
+  return (
+    waysToCamera[failure] ??
+    `The browser does not say why (${failure}). Load the page again, or open it in another browser.`
+  );
+}
+
+export const noLight =
+  "This browser gives pages no light beside this camera. Another browser on this phone may; a computer has none.";
+export const refusedLight =
+  "The light did not come on. Another app may use it, or the phone is too warm or its battery too low: wait a " +
+  "moment, and tap START again.";

@@ -73,55 +73,93 @@ it("a camera that is taken away ends it, and is told", async () => {
   await expectIdle(visit);
 });
 
-it.each<Visitor>([{ torch: false }, { torch: "broken" }])(
-  "a light that does not come on is told: %o",
-  async (visitor) => {
-    const visit = await visitPage(visitor);
-    await visit.tap("START");
-    await visit.alert("Torch not found or not supported by this device.").waitFor();
-    if (visitor.torch === false) await visit.inspect("alert-no-torch");
-    // What follows from it comes when it has been read.
-    expect(await visit.page.getByRole("alertdialog").count()).toBe(1);
-    await visit.tap("OK");
-    if (visitor.torch === false) await visit.alert("Error").getByText("Done").click();
-    await visit.tap("STOP");
-    await expectIdle(visit);
-    expect(await visit.torch()).toEqual([]);
-  },
-);
+it.each<[Visitor, way: string]>([
+  [{ torch: false }, "gives pages no light"],
+  [{ torch: "broken" }, "did not come on"],
+])("a light that does not come on is told: %o", async (visitor, way) => {
+  const visit = await visitPage(visitor);
+  await visit.tap("START");
+  const alert = visit.alert("Torch not found or not supported by this device.");
+  await alert.getByText(way).waitFor();
+  if (visitor.torch === false) await visit.inspect("alert-no-torch");
+  // What follows from it comes when it has been read.
+  expect(await visit.page.getByRole("alertdialog").count()).toBe(1);
+  await visit.tap("OK");
+  if (visitor.torch === false) await visit.alert("Error").getByText("Done").click();
+  await visit.tap("STOP");
+  await expectIdle(visit);
+  expect(await visit.torch()).toEqual([]);
+});
 
-it.each<Visitor>([{}, { userAgent: "Mozilla/5.0 (iPhone; CPU iPhone OS 17_5 like Mac OS X)" }])(
-  "a refused camera is told: %o",
-  async (visitor) => {
-    const visit = await visitPage({ ...visitor, camera: "refused" });
-    await visit.tap("START");
-    const alert = visit.alert("No Camera Access");
-    await alert.waitFor();
-    // Other phones have no such Settings App as the text speaks of.
-    const help = await alert.getByText("In this browser: tap").count();
-    expect(help).toBe(visitor.userAgent === undefined ? 1 : 0);
-    await visit.inspect("alert-no-camera-access");
-    await visit.tap("Done");
-    await expectIdle(visit);
-    // A refusal, not a question that is still open.
-    expect(visit.log).toContain("No camera....");
-  },
-);
+it.each<[Visitor, way: RegExp]>([
+  [{}, /^In this browser: tap the symbol/],
+  [
+    { userAgent: "Mozilla/5.0 (iPhone; CPU iPhone OS 17_5 like Mac OS X)" },
+    /^Veyla is a page here.* in the Settings App choose the browser's own name/,
+  ],
+])("a refused camera is told: %o", async (visitor, way) => {
+  const visit = await visitPage({ ...visitor, camera: "refused" });
+  await visit.tap("START");
+  await visit.alert("No Camera Access").getByText(way).waitFor();
+  await visit.inspect("alert-no-camera-access");
+  await visit.tap("Done");
+  await expectIdle(visit);
+  // A refusal, not a question that is still open.
+  expect(visit.log).toContain("No camera....");
+});
 
-it.each<[Visitor, notice: string, alert?: string]>([
+it("a camera that does not open is told, each cause with its own way out", async () => {
+  const visit = await visitPage();
+  for (const [error, way, state = "granted"] of [
+    ["NotReadableError", /^Another app or tab has the camera/],
+    ["AbortError", /^Another app or tab has the camera/],
+    ["NotFoundError", /^This browser sees no camera/],
+    ["OverconstrainedError", /^The camera that was used is gone/],
+    ["SecurityError", /^The page around this one/],
+    ["InvalidStateError", /\(InvalidStateError\)/],
+    ["NotAllowedError", /the phone's settings choose the browser/],
+    ["NotAllowedError", /^Tap START once more/, "prompt"],
+  ] as const) {
+    await visit.page.evaluate(
+      ({ name, told }) => {
+        // Some browsers' constraint errors are no instances of `Error`.
+        const reason = name.startsWith("Over") ? { name } : new DOMException("", name);
+        Object.assign(navigator.permissions, { query: () => Promise.resolve({ state: told }) });
+        // eslint-disable-next-line @typescript-eslint/prefer-promise-reject-errors
+        Object.assign(navigator.mediaDevices, { getUserMedia: () => Promise.reject(reason) });
+      },
+      { name: error, told: state },
+    );
+    await visit.tap("START");
+    const alert = visit.alert(state === "granted" ? "Camera not found" : "No Camera Access");
+    await alert.getByText(way).waitFor();
+    await alert.getByRole("button").click();
+    if (state === "granted") {
+      const next = visit.alert("Error");
+      await next.waitFor();
+      // Said once.
+      expect(await next.getByText(way).count()).toBe(0);
+      await visit.tap("Done");
+      await visit.tap("STOP");
+    }
+    await expectIdle(visit);
+  }
+});
+
+it.each<[Visitor, notice: string, alert?: string, way?: string]>([
   // Browsers give no camera to such an address.
-  [{ host: "veyla.test" }, "No camera at this address", "No Camera Access"],
-  [{ lacks: "video frames" }, "This browser cannot measure", "Camera not found"],
+  [{ host: "veyla.test" }, "No camera at this address", "No Camera Access", "https://"],
+  [{ lacks: "video frames" }, "This browser cannot measure", "Camera not found", "up to date"],
   [{ lacks: "storage" }, "Not saved"],
   [{ lacks: "the core" }, "Veyla does not start"],
-])("what cannot be is told: %o", async (visitor, notice, alert) => {
+])("what cannot be is told: %o", async (visitor, notice, alert, way = "") => {
   const visit = await visitPage(visitor);
   await visit.alert(notice).waitFor();
   await visit.inspect(`notice-${notice}`);
   if (alert !== undefined) {
     await visit.tap("Close");
     await visit.tap("START");
-    await visit.alert(alert).waitFor();
+    await visit.alert(alert).getByText(way).waitFor();
   }
   if (visitor.lacks === "the core")
     expect(visit.problems.splice(0).join()).toContain("the page does not start");
