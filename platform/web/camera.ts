@@ -52,9 +52,6 @@ const longestSilence = 1000;
 /** Without a frame for so long, in milliseconds, something holds them back, such as battery saving. */
 const longestWait = 2000;
 
-/** What the user has granted stays open for a measurement so long, in milliseconds; the phone shows that it is. */
-const longestKept = 60_000;
-
 /** Whether the browser hands a video's frames to pages. */
 export const givesFrames = "requestVideoFrameCallback" in HTMLVideoElement.prototype;
 
@@ -109,10 +106,7 @@ export class TrackCamera {
   private stream: MediaStream | undefined;
   /** Whoever opens the camera waits for the answer of a user who is being asked for it. */
   private asking: Promise<void> = Promise.resolve();
-  /**
-   * What was opened to ask the user, for the first measurement, unless the browser tells that it remembers
-   * the answer: others would ask again. Neither for ever nor behind the user's back.
-   */
+  /** What the user has granted, for the next measurement: see `keep`. */
   private kept: MediaStream | undefined;
   /** The cameras that do not look at the user, once one was opened; and the one that is in use, or was last. */
   private rear: readonly string[] = [];
@@ -164,6 +158,7 @@ export class TrackCamera {
       this.state = status.state;
       status.onchange = (): void => {
         this.state = status.state;
+        if (status.state === "granted") this.dropKept();
       };
     } catch {
       this.status = undefined;
@@ -182,13 +177,7 @@ export class TrackCamera {
 
   request(pending: number): void {
     this.asking = this.firstStream().then((stream) => {
-      this.kept = stream;
-      setTimeout(
-        () => {
-          if (stream === this.kept) this.dropKept();
-        },
-        this.status?.state === "granted" ? 0 : longestKept,
-      );
+      this.keep(stream);
       this.listener.settle(pending, stream ? 1 : 0);
     });
   }
@@ -208,9 +197,10 @@ export class TrackCamera {
   close(): void {
     this.wanted = false;
     this.torchWanted = false;
-    stop(this.stream);
+    const { stream } = this;
     this.stream = undefined;
     this.video.srcObject = null;
+    this.keep(stream);
   }
 
   isOpen(): boolean {
@@ -324,6 +314,28 @@ export class TrackCamera {
     }
   }
 
+  /**
+   * Browsers that do not tell that they remember the user's answer may ask again for each track that is
+   * opened, so that what was granted is left open between measurements: without light or pictures, which lets
+   * some browsers switch the camera off, and until the page is out of sight, whose owner shall see no camera
+   * in use that nobody uses. Whoever comes back is asked again. All others are asked once by themselves, and
+   * the camera is free as soon as it is not needed.
+   */
+  private keep(stream: MediaStream | undefined): void {
+    if (this.status?.state === "granted" || document.visibilityState === "hidden") {
+      stop(stream);
+      return;
+    }
+    this.dropKept();
+    this.kept = stream;
+    const track = stream?.getVideoTracks().at(0);
+    if (track) track.enabled = false;
+    void this.asked.then(() => {
+      // Some lights go out with their track alone.
+      if (stream === this.kept && isLit(track)) this.dropKept();
+    });
+  }
+
   /** Tells when the track ends or falls silent while it is in use. */
   private watch(track: MediaStreamTrack | undefined): void {
     let silence: ReturnType<typeof setTimeout> | undefined;
@@ -352,6 +364,7 @@ export class TrackCamera {
       });
       this.state = "granted";
       this.error = undefined;
+      this.watch(stream.getVideoTracks().at(0));
       return stream;
     } catch (error) {
       const name = nameOf(error);
@@ -372,18 +385,19 @@ export class TrackCamera {
   private async openWanted(): Promise<void> {
     if (this.track()?.readyState === "live") return;
     const stream = await this.streamWithTorch();
-    if (this.wanted) {
-      this.stream = stream;
-      this.watch(this.track());
-    } else {
-      stop(stream);
-    }
+    if (this.wanted) this.stream = stream;
+    else this.keep(stream);
   }
 
   private async firstStream(): Promise<MediaStream | undefined> {
     const { kept, chosen } = this;
     this.kept = undefined;
-    if (kept?.active) return kept;
+    const track = kept?.getVideoTracks().at(0);
+    if (track?.readyState === "live" && !track.muted) {
+      track.enabled = true;
+      return kept;
+    }
+    stop(kept);
     const own = chosen === undefined ? undefined : await this.openCamera(chosen);
     return own ?? this.openStream({ ...lowPreset, facingMode: { ideal: "environment" } });
   }
@@ -399,6 +413,8 @@ export class TrackCamera {
   private async streamWithTorch(): Promise<MediaStream | undefined> {
     const isNext = this.wantsNext;
     this.wantsNext = false;
+    // Two cameras at once are more than most phones have.
+    if (isNext) this.dropKept();
     let stream = isNext ? undefined : await this.firstStream();
     const track = stream?.getVideoTracks().at(0);
     if (!isNext && !track) return stream;

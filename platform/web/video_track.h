@@ -20,7 +20,8 @@ class VideoTrack {
 
   /// Opens the track unless it is open; `pending` is answered when it is, or cannot be.
   virtual void open(int pending) = 0;
-  /// Closes it, or gives up opening it.
+  /// Closes it, or gives up opening it: no frame comes of it, and its light is out. A browser that
+  /// would ask the user again may hold it for the next opening.
   virtual void close() = 0;
   virtual bool isOpen() const = 0;
   /// Whether the phone has told of another camera that does not look at the user; false until one

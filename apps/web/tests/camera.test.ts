@@ -15,6 +15,7 @@ class LiteralTrack extends EventTarget {
   light: "comes" | "stays out" | "is refused" = "comes";
   settings: Record<string, unknown> = { width: 320, height: 240, frameRate: 30 };
   readyState = "live";
+  enabled = true;
 
   getCapabilities(): object {
     return { torch: this.torch, exposureMode: ["manual", "continuous"] };
@@ -39,6 +40,9 @@ let track: LiteralTrack;
 /** What waits for the video's next frame. */
 let awaited: Map<number, FrameCallback>;
 let camera: TrackCamera;
+/** Whether the browser tells that it remembers what the user has granted. */
+let status: { state: string; onchange?(): void };
+let sight: Record<string, unknown> & { visibilityState: string; change(): void };
 const devices = { getUserMedia: vi.fn(), enumerateDevices: vi.fn() };
 const answers = new Map<number, () => void>();
 const listener = {
@@ -70,14 +74,21 @@ beforeEach(async () => {
   };
   devices.getUserMedia.mockResolvedValue(streamOf(track));
   devices.enumerateDevices.mockRejectedValue(new TypeError("not told"));
-  vi.stubGlobal("document", {
+  sight = {
+    visibilityState: "visible",
+    change: vi.fn(),
     createElement: vi.fn(() => video),
     body: { append: vi.fn() },
-    addEventListener: vi.fn(),
-  });
+    addEventListener(_: string, changed: () => void): void {
+      sight.change = changed;
+    },
+  };
+  status = { state: "granted" };
+  vi.stubGlobal("document", sight);
   vi.stubGlobal("HTMLVideoElement", { prototype: video });
-  vi.stubGlobal("navigator", { mediaDevices: devices });
+  vi.stubGlobal("navigator", { mediaDevices: devices, permissions: { query: () => status } });
   camera = new (await import("../../../platform/web/camera")).TrackCamera(listener);
+  await camera.prepare();
 });
 
 function streamOf(only: LiteralTrack): object {
@@ -114,31 +125,48 @@ it("is opened once for all who want it, and closed with the last", async () => {
 });
 
 it.each([
-  { remembers: false, asks: 1 },
-  { remembers: true, asks: 2 },
-])("serves with what the user has granted, asking once: %o", async ({ remembers, asks }) => {
-  const status = { state: "prompt" };
-  const permissions = { query: vi.fn(() => status) };
-  vi.stubGlobal("navigator", { mediaDevices: devices, permissions });
+  { state: "prompt", asks: 1 },
+  { state: "not told", asks: 1 },
+  { state: "granted", asks: 3 },
+])("asks the user once a visit, and holds no camera otherwise: %o", async ({ state, asks }) => {
+  if (state === "not told") vi.stubGlobal("navigator", { mediaDevices: devices });
+  else status.state = "prompt";
   await camera.prepare();
   vi.useFakeTimers();
-  const ask = async (): Promise<void> => {
-    camera.request(0);
-    if (remembers) status.state = "granted";
-    await vi.advanceTimersByTimeAsync(50_000);
+  const isFree = async (): Promise<boolean> => {
+    await vi.advanceTimersByTimeAsync(600_000);
+    const isAtRest = !track.enabled && track.settings["torch"] !== true;
+    expect(isAtRest || track.readyState === "ended").toBe(true);
+    return track.readyState === "ended";
   };
-  await ask();
-  expect(track.readyState).toBe(remembers ? "ended" : "live");
-  await open();
+  camera.request(0);
+  await vi.advanceTimersByTimeAsync(1);
+  status.state = state;
+  status.onchange?.();
+  expect(await isFree()).toBe(asks > 1);
+  for (let measurements = 0; measurements < 2; ++measurements) {
+    await open();
+    await camera.setTorch(true);
+    expect([camera.isTorchLit(), track.enabled || asks > 1]).toEqual([true, true]);
+    void camera.setTorch(false);
+    camera.close();
+    expect(await isFree()).toBe(asks > 1);
+  }
   expect(devices.getUserMedia).toHaveBeenCalledTimes(asks);
-  await vi.advanceTimersByTimeAsync(50_000);
-  // In use it stays; for nobody it does not.
-  expect(track.readyState).toBe("live");
-  camera.close();
-  track.readyState = "live";
-  await ask();
-  await vi.advanceTimersByTimeAsync(50_000);
+  sight.visibilityState = "hidden";
+  sight.change();
   expect(track.readyState).toBe("ended");
+  await open();
+  camera.close();
+  expect(track.readyState).toBe("ended");
+  sight.visibilityState = "visible";
+  await open();
+  await camera.setTorch(true);
+  track.light = "is refused";
+  void camera.setTorch(false);
+  camera.close();
+  // A light that stays on goes out with its track.
+  expect(await isFree()).toBe(true);
   vi.useRealTimers();
 });
 
@@ -180,6 +208,7 @@ it("believes in a light when the track tells of it", async () => {
 });
 
 it("is the first rear camera with a torch, and the next one where that is asked for", async () => {
+  status.state = "prompt";
   const facing = ["user", "", "environment", "environment", "environment"];
   const tracks = facing.map((_, number) => {
     const each = new LiteralTrack();
@@ -304,11 +333,10 @@ it.each([
   { error: "NotFoundError", state: "prompt", told: "granted" },
   { error: "SecurityError", state: "prompt", told: "prompt" },
 ])("tells how it is permitted: $error, $state", async ({ error, state, told }) => {
-  if (state)
-    vi.stubGlobal("navigator", {
-      mediaDevices: devices,
-      permissions: { query: () => ({ state }) },
-    });
+  vi.stubGlobal("navigator", {
+    mediaDevices: devices,
+    permissions: state && { query: (): object => ({ state }) },
+  });
   await camera.prepare();
   devices.getUserMedia.mockRejectedValue(Object.assign(new Error(), { name: error }));
   await open();

@@ -95,4 +95,9 @@ it("the engine's own camera gets to its frames, with its torch lit and put out",
   await visit.tap("STOP");
   await visit.sees("Tap START");
   expect(await visit.lights()).toEqual([true, false]);
+  await visit.tap("START");
+  await visit.sees("Analyzing - hold steady ...");
+  await visit.until(() => window.lights.length === 3);
+  // What the user has granted serves both.
+  expect(await visit.ask(() => (window as unknown as { asks(): number }).asks())).toBe(1);
 });

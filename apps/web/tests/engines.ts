@@ -179,9 +179,15 @@ async function openWebKit(look: Visitor, atEnd: End): Promise<Window> {
 function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stored">): void {
   if (localStorage.length === 0) Object.assign(localStorage, stored);
   const lights: boolean[] = [];
-  Object.assign(window, { lights });
+  let asks = 0;
+  Object.assign(window, { lights, asks: () => asks });
   if (camera === "own") {
     // Looked at, and left as it is.
+    const devices = Object.getOwnPropertyDescriptors(MediaDevices.prototype);
+    MediaDevices.prototype.getUserMedia = function (asked): Promise<MediaStream> {
+      ++asks;
+      return Promise.resolve(devices.getUserMedia.value?.call(this, asked) as Promise<MediaStream>);
+    };
     const own = Object.getOwnPropertyDescriptors(MediaStreamTrack.prototype);
     const look = (track: MediaStreamTrack): void => {
       const { torch } = track.getSettings() as { torch?: boolean };
