@@ -1,4 +1,5 @@
 // Makes the page's objects, joins them with the core, and starts it.
+import { refusedLanguages } from "../../../platform/web/language";
 import "@ionic/core/css/core.css";
 import "@ionic/core/css/normalize.css";
 import "@ionic/core/css/structure.css";
@@ -30,6 +31,7 @@ import {
   showInsecureAddress,
   showOldBrowser,
   showPageFailure,
+  showRefusedLanguages,
   showStartFailure,
   showStorageProblem,
   showTakenOver,
@@ -265,6 +267,7 @@ async function start(): Promise<void> {
     const line = "This browser keeps nothing for this page. Results are gone when it is closed.";
     showStorageProblem(core, "", line);
   }
+  showRefusedLanguages(refusedLanguages);
   if (!window.isSecureContext) showInsecureAddress();
   else if (!givesFrames) showOldBrowser();
 }

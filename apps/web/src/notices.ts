@@ -1,4 +1,5 @@
 // Tells what the browser keeps from working, and what to do about it.
+import type { refusedLanguages } from "../../../platform/web/language";
 import type { WebApp } from "./core";
 import { isIos, make, sheetButtons, sheetCard, showModal } from "./dom";
 import { saveAsFile } from "./files";
@@ -123,6 +124,16 @@ const frameless =
 const insecure =
   "Browsers give the camera to pages from HTTPS alone. Open this page by an address that begins " +
   "with https://.";
+
+export function showRefusedLanguages({ refused, instead }: typeof refusedLanguages): void {
+  if (refused.length === 0) return;
+  const names = refused.map((name) => `"${name}"`).join(", ");
+  showNotice(
+    "Dates in another language",
+    `This browser refuses to write in ${names}: dates and numbers are written as in "${instead}". ` +
+      "Another language in its settings changes that.",
+  );
+}
 
 export function showOldBrowser(): void {
   showNotice("This browser cannot measure", frameless);

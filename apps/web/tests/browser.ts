@@ -38,7 +38,7 @@ export interface Visitor extends Pick<
   /** By the server for phones in the same network. */
   readonly byPhone?: boolean;
   /** What the browser lacks or does badly. */
-  readonly lacks?: "video frames" | "the core" | "storage";
+  readonly lacks?: "video frames" | "the core" | "storage" | "languages";
 }
 
 /** Somebody who has seen the introduction and answered about health records. */
@@ -256,6 +256,17 @@ function takeAway(what: string): void {
   if (what === "video frames") {
     delete (HTMLVideoElement.prototype as { requestVideoFrameCallback?: unknown })
       .requestVideoFrameCallback;
+  }
+  if (what === "languages") {
+    // Its own parts refuse its tags.
+    Object.defineProperties(navigator, {
+      language: { value: "c", configurable: true },
+      languages: { value: ["en_US.utf8", "de-AT"] },
+    });
+    const { DateTimeFormat } = Intl;
+    Intl.DateTimeFormat = function (tag = "c", options?: object): Intl.DateTimeFormat {
+      return new DateTimeFormat(tag, options);
+    } as typeof DateTimeFormat;
   }
   if (what === "storage") {
     Object.defineProperty(window, "localStorage", {

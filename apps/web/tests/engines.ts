@@ -183,10 +183,11 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
   Object.assign(window, { lights, asks: () => asks });
   if (camera === "own") {
     // Looked at, and left as it is.
-    const devices = Object.getOwnPropertyDescriptors(MediaDevices.prototype);
-    MediaDevices.prototype.getUserMedia = function (asked): Promise<MediaStream> {
+    const { prototype } = MediaDevices;
+    const open: typeof prototype.getUserMedia = Reflect.get(prototype, "getUserMedia");
+    prototype.getUserMedia = function (asked): Promise<MediaStream> {
       ++asks;
-      return Promise.resolve(devices.getUserMedia.value?.call(this, asked) as Promise<MediaStream>);
+      return open.call(this, asked);
     };
     const own = Object.getOwnPropertyDescriptors(MediaStreamTrack.prototype);
     const look = (track: MediaStreamTrack): void => {

@@ -1,7 +1,7 @@
 // Everything that keeps a measurement from its result.
 import { expect, it } from "vitest";
 
-import { type Visit, visitPage, type Visitor } from "./browser";
+import { storedHistory, type Visit, visitPage, type Visitor } from "./browser";
 
 const instruction = "Tap START to begin - don't cover camera";
 
@@ -163,6 +163,18 @@ it.each<[Visitor, notice: string, alert?: string, way?: string]>([
   }
   if (visitor.lacks === "the core")
     expect(visit.problems.splice(0).join()).toContain("the page does not start");
+});
+
+it("languages that the browser refuses are told, and the next one is written in", async () => {
+  const stored = storedHistory([{ hr: 60, spo2: 97, date: 1.7e9 }]);
+  const visit = await visitPage({ lacks: "languages", stored });
+  await visit.page.getByText('refuses to write in "c", "en_US.utf8"').waitFor();
+  await visit.inspect("notice-languages");
+  await visit.tap("Close");
+  await visit.open("results");
+  await visit.page.getByText("14.11.2023, 22:13").waitFor();
+  await visit.tap("Chart");
+  await visit.page.locator(".charts").waitFor();
 });
 
 it("a part that does not come is told", async () => {
