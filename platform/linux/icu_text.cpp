@@ -33,11 +33,6 @@ constexpr std::int32_t matchingSteps = 250;
 /// In bytes.
 constexpr std::int32_t matchingStack = 8 * 1024 * 1024;
 
-UnicodeString fromUtf8(std::string_view text) {
-  return UnicodeString::fromUTF8(
-      icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
-}
-
 std::string environmentLocale() {
   for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
     const char* value = std::getenv(variable);
@@ -50,7 +45,7 @@ std::string environmentLocale() {
 }
 
 std::unique_ptr<icu::TimeZone> namedTimeZone(const std::string& name) {
-  std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(fromUtf8(name)));
+  std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(UnicodeString::fromUTF8(name)));
   if (*zone == icu::TimeZone::getUnknown()) {
     throw std::invalid_argument("the time zone \"" + name +
                                 "\" is not known; give one such as Europe/Berlin");
@@ -125,7 +120,8 @@ struct IcuText::Formats {
     const auto made = patterns.find(pattern);
     if (made != patterns.end()) return *made->second;
     UErrorCode status = U_ZERO_ERROR;
-    auto format = std::make_unique<icu::SimpleDateFormat>(fromUtf8(pattern), locale, status);
+    auto format =
+        std::make_unique<icu::SimpleDateFormat>(UnicodeString::fromUTF8(pattern), locale, status);
     if (U_FAILURE(status)) {
       throw std::runtime_error("the data of ICU cannot be found; install libicu again");
     }
@@ -248,7 +244,7 @@ LocalTime IcuText::localTime(Date date) const {
 std::string IcuText::mediumDateShortTime(Date date) const { return formats_->written(date); }
 
 std::optional<Date> IcuText::parseMediumDateShortTime(std::string_view text) const {
-  const UnicodeString plain = withPlainSpaces(fromUtf8(text));
+  const UnicodeString plain = withPlainSpaces(UnicodeString::fromUTF8(text));
   icu::ParsePosition position(0);
   const UDate milliseconds = formats_->read->parse(plain, position);
   if (position.getErrorIndex() >= 0 || position.getIndex() != plain.length() || plain.isEmpty()) {
@@ -280,7 +276,7 @@ std::string IcuText::dayInDigits(Date date) const {
 }
 
 std::optional<Date> IcuText::parse(std::string_view text, std::string_view pattern) const {
-  const UnicodeString whole = fromUtf8(text);
+  const UnicodeString whole = UnicodeString::fromUTF8(text);
   icu::ParsePosition position(0);
   const UDate milliseconds = formats_->of(pattern).parse(whole, position);
   if (position.getErrorIndex() >= 0 || position.getIndex() != whole.length() || whole.isEmpty()) {
@@ -304,7 +300,7 @@ namespace {
 /// ICU takes the long s and the Kelvin sign for letters of ASCII when it folds case; everywhere
 /// else a letter beyond ASCII is none of ASCII's.
 UnicodeString subjectOf(std::string_view text) {
-  UnicodeString subject = fromUtf8(text);
+  UnicodeString subject = UnicodeString::fromUTF8(text);
   const UnicodeString noLetter(static_cast<char16_t>(0xFFFF));
   subject.findAndReplace(UnicodeString(u'\u017F'), noLetter);
   subject.findAndReplace(UnicodeString(u'\u212A'), noLetter);
@@ -314,7 +310,7 @@ UnicodeString subjectOf(std::string_view text) {
 /// "$" at a pattern's end stands for the text's end, as "^" for its beginning; ICU's own stops
 /// before a last line end, too.
 UnicodeString patternOf(std::string_view pattern) {
-  UnicodeString strict = fromUtf8(pattern);
+  UnicodeString strict = UnicodeString::fromUTF8(pattern);
   if (pattern.ends_with("$") && !pattern.ends_with("\\$")) {
     strict.truncate(strict.length() - 1);
     strict.append(u"\\z", 2);
@@ -350,7 +346,7 @@ std::size_t IcuText::count(std::string_view text) const {
   const std::unique_ptr<icu::BreakIterator> boundaries(
       icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
   if (U_FAILURE(status)) return 0;
-  const UnicodeString characters = fromUtf8(text);
+  const UnicodeString characters = UnicodeString::fromUTF8(text);
   boundaries->setText(characters);
   std::size_t count = 0;
   while (boundaries->next() != icu::BreakIterator::DONE) ++count;
@@ -359,7 +355,7 @@ std::size_t IcuText::count(std::string_view text) const {
 
 std::string IcuText::lowerCased(std::string_view text) const {
   std::string utf8;
-  return fromUtf8(text).toLower(icu::Locale::getRoot()).toUTF8String(utf8);
+  return UnicodeString::fromUTF8(text).toLower(icu::Locale::getRoot()).toUTF8String(utf8);
 }
 
 }  // namespace veyla

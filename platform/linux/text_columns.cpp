@@ -16,11 +16,6 @@ std::size_t columnsOfCharacter(UChar32 character) {
   return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
 }
 
-icu::UnicodeString fromUtf8(std::string_view text) {
-  return icu::UnicodeString::fromUTF8(
-      icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
-}
-
 }  // namespace
 
 std::size_t columnsOf(std::string_view text) {
@@ -32,7 +27,8 @@ std::size_t columnsOf(std::string_view text) {
     const std::size_t other = i;
     while (i < text.size() && !(text[i] >= ' ' && text[i] <= '~')) ++i;
     if (i == other) continue;
-    const icu::UnicodeString characters = fromUtf8(text.substr(other, i - other));
+    const icu::UnicodeString characters =
+        icu::UnicodeString::fromUTF8(text.substr(other, i - other));
     for (std::int32_t at = 0; at < characters.length(); at = characters.moveIndex32(at, 1)) {
       columns += columnsOfCharacter(characters.char32At(at));
     }
@@ -41,7 +37,7 @@ std::size_t columnsOf(std::string_view text) {
 }
 
 std::string withAsciiSpaces(std::string_view text) {
-  icu::UnicodeString characters = fromUtf8(text);
+  icu::UnicodeString characters = icu::UnicodeString::fromUTF8(text);
   for (std::int32_t i = 0; i < characters.length(); ++i) {
     constexpr char16_t lastAscii = 0x7F;
     if (characters[i] > lastAscii && u_isUWhiteSpace(characters[i])) characters.setCharAt(i, u' ');

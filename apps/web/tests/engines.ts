@@ -213,13 +213,9 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
   canvas.width = 160;
   canvas.height = 120;
   const brush = canvas.getContext("2d");
-  let painted = 0;
   let lens = "second";
-  const begun = performance.now();
-  Object.assign(window, { paintedRate: () => (1000 * painted) / (performance.now() - begun) });
   const paint = (): void => {
     if (!brush) return;
-    ++painted;
     const phase = (performance.now() / 1000) * 1.2 * 2 * Math.PI;
     const pulse = 0.5 + 0.35 * Math.sin(phase) + 0.15 * Math.sin(2 * phase);
     const means = levels.map((level, index) =>
@@ -236,6 +232,18 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
     });
   };
   setInterval(paint, 33);
+  let lost = 0;
+  let last = Infinity;
+  Object.assign(window, { lostSeconds: () => lost });
+  const { requestVideoFrameCallback: request } = HTMLVideoElement.prototype;
+  HTMLVideoElement.prototype.requestVideoFrameCallback = function (take): number {
+    return request.call(this, (now, frame) => {
+      // A frame stands in for those that do not come for so long, and for no longer.
+      lost += Math.max(0, (now - last) / 1000 - 0.3);
+      last = now;
+      take(now, frame);
+    });
+  };
   // On the prototype: WebKit makes the object itself anew, and what was set on it is lost.
   if (camera === "unlit") {
     const own = Object.getOwnPropertyDescriptors(MediaStreamTrack.prototype);
@@ -372,9 +380,9 @@ export class EngineVisit {
     return JSON.parse(stored ?? "[]") as never;
   }
 
-  /** Pictures a second that the finger was painted with since the page began; 30 where there is time. */
-  paintedRate(): Promise<number> {
-    return this.ask(() => (window as unknown as { paintedRate(): number }).paintedRate());
+  /** Of the finger's time, what no frame told the page of; 0 where the machine has time. */
+  lostSeconds(): Promise<number> {
+    return this.ask(() => (window as unknown as { lostSeconds(): number }).lostSeconds());
   }
 
   /** What the stand-in's torch has done, in its order. */
