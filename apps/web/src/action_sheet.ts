@@ -1,5 +1,5 @@
 // The core's sheets of actions.
-import { make, sheetCard, showModal } from "./dom";
+import { make, sheetCard, showModal, textButton } from "./dom";
 import type { SheetShown } from "./page";
 
 export class ActionSheets {
@@ -24,14 +24,15 @@ export class ActionSheets {
       });
       (style === "cancel" ? cancel : card).append(button);
     });
-    dialog.append(card);
-    if (cancel.childElementCount > 0) dialog.append(cancel);
     // A tap beside it, or Escape, stands for the action that cancels, where there is one.
     const cancelIndex = sheet.actions.findIndex(({ style }) => style === "cancel");
     const leave = (): void => {
       if (cancelIndex >= 0) this.choose(cancelIndex);
       else this.dismiss();
     };
+    // Always in sight, below what scrolls.
+    if (cancelIndex < 0) cancel.append(textButton("button", "Cancel", leave));
+    dialog.append(card, cancel);
     dialog.addEventListener("click", (event) => {
       if (event.target === dialog) leave();
     });

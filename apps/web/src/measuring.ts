@@ -35,7 +35,7 @@ const fingerIcons: Readonly<Record<string, string>> = {
 /** Said in turn while there is nothing to see yet. */
 const hints = [
   "Rest your hand on a table",
-  "Press lightly: a firm press stops the pulse",
+  "Press lightly, or the pulse stops",
   "Sit still and breathe calmly",
 ];
 
@@ -347,8 +347,7 @@ export class MeasuringScreen {
     return make(
       "div.lines",
       {},
-      this.fingerChip,
-      this.starved,
+      make("div.told", {}, this.fingerChip, this.starved),
       this.readOut,
       this.named("labelRed", make("p.status", { role: "status" })),
       this.named("labelGrey", make("p.instruction", { "aria-live": "polite" })),

@@ -75,6 +75,9 @@ it.each<Visitor & { readonly name: string; readonly letters?: number }>([
   await page.locator(".chooser .close").click();
   await visit.tap("Chart");
   await check("charts", page.getByRole("slider", { name: /^spo2/ }));
+  await page.locator(".choose-label").click();
+  await check("label choice", visit.button("Cancel"));
+  await visit.tap("Cancel");
   await visit.tap("Back");
   await visit.settled();
   await page.locator(".results .bar-button").first().click();

@@ -3,20 +3,80 @@ import { readFileSync } from "node:fs";
 
 import { expect, it } from "vitest";
 
-import { visitPage } from "./browser";
+import { type Visit, visitPage } from "./browser";
 
 const finished = { timeout: 60_000 };
+
+/** Of what is read or tapped on the measuring screen, what lies over something else: on small phones, too. */
+async function overlaps({ page }: Visit): Promise<string[]> {
+  const usual = page.viewportSize() ?? { width: 390, height: 844 };
+  const found: string[] = [];
+  for (const viewport of [{ width: 320, height: 568 }, { width: 844, height: 390 }, usual]) {
+    await page.setViewportSize(viewport);
+    const pairs = await page.evaluate(() => {
+      const parts = [
+        ...document.querySelectorAll(
+          ".measuring-grid :is(h2, p:not(.read-out), .round, .dial, .curve, .wait-bar, .wait-picture)",
+        ),
+      ].filter(
+        (each) =>
+          each.checkVisibility({ opacityProperty: true, visibilityProperty: true }) &&
+          !each.closest(".wait-hints > :not(:first-child)"),
+      );
+      const boxOf = (part: Element): DOMRect => {
+        const box = document.createRange();
+        box.selectNodeContents(part);
+        return part.matches("h2, .status, .instruction, .doubt")
+          ? box.getBoundingClientRect()
+          : part.getBoundingClientRect();
+      };
+      return parts.flatMap((one, index) =>
+        parts.slice(index + 1).flatMap((other) => {
+          const [a, b] = [boxOf(one), boxOf(other)];
+          const isApart =
+            a.right < b.left + 1 ||
+            b.right < a.left + 1 ||
+            a.bottom < b.top + 1 ||
+            b.bottom < a.top + 1;
+          return isApart
+            ? []
+            : [
+                `${one.className} "${one.textContent}" on ${other.className} "${other.textContent}"`,
+              ];
+        }),
+      );
+    });
+    found.push(...pairs.map((pair) => `${viewport.width}: ${pair}`));
+  }
+  return found;
+}
 
 it("a finger is measured at the first visit, after introduction and notice", async () => {
   const visit = await visitPage({ stored: {} });
   const { page } = visit;
 
-  // The introduction, page by page.
+  // The introduction, page by page: whole on the smallest phone, and nothing jumps from one to the next.
+  const usual = { width: 390, height: 844 };
+  const places = new Set<string>();
   for (const title of ["Step 1: Calibrate", "Step 2: Ready", "Step 3: Wait", "Step 4: Done"]) {
     await visit.heading(title).waitFor();
     await visit.inspect(`intro-${title.slice(5, 6)}`);
+    await page.setViewportSize({ width: 320, height: 568 });
+    const place = await page.locator(".intro").evaluate((intro) => {
+      const [content, ...parts] = [
+        ".intro-content",
+        "h1",
+        ".illustration",
+        ".onward:not([hidden])",
+      ].map((each) => intro.querySelector(each));
+      const hidden = (content?.scrollHeight ?? NaN) - (content?.clientHeight ?? NaN);
+      return [hidden, ...parts.map((part) => part?.getBoundingClientRect().top)].join();
+    });
+    places.add(place);
+    await page.setViewportSize(usual);
     if (await visit.button("Next").isVisible()) await visit.tap("Next");
   }
+  expect([...places]).toEqual([expect.stringMatching(/^0,/)]);
   // It stays, whoever asks to leave it.
   await page.keyboard.press("Escape");
   expect(await visit.button("Skip").count()).toBe(0);
@@ -98,9 +158,12 @@ it("a finger that comes late, leaves and is too bright is told of, and doubted",
   });
   await page.emulateMedia({ colorScheme: "dark" });
   await visit.startMeasuring();
+  await page.locator('.finger[data-state="noFinger"]').waitFor();
+  expect(await overlaps(visit)).toEqual([]);
   await visit.element("chartFourierView").waitFor();
   // No frame is wanted while there is no finger.
   await visit.inspect("finger-absent-night");
+  expect(await overlaps(visit)).toEqual([]);
   await page.getByText("FINISHED").waitFor(finished);
   const { words: all } = await told.jsonValue();
   const absent = "noFinger Move your finger over lens and light";
@@ -117,6 +180,7 @@ it("a finger that comes late, leaves and is too bright is told of, and doubted",
     "Unsure: this camera sees next to no pulse in blue light",
   );
   expect(await page.getByRole("status").filter({ hasText: doubt }).count()).toBe(1);
+  expect(await overlaps(visit)).toEqual([]);
   await visit.inspect("doubt-absent-night");
   await page.emulateMedia({ colorScheme: "light" });
   await visit.inspect("doubt-absent");
