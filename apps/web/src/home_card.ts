@@ -38,8 +38,8 @@ export function homeCard(app: WebApp): HTMLElement | undefined {
     void navigator.storage.persisted().then((isKept) => {
       if (isKept) return;
       why.textContent =
-        "This browser may erase what you measure when it needs room. The home screen keeps it, and " +
-        "“Back up” in the options saves it as a file.";
+        "This browser may erase what you measure. The home screen keeps it, and “Back up” in the " +
+        "options saves it as a file.";
     });
   }
   const card = make("section.home-card", { "aria-labelledby": "home-card" });
@@ -48,6 +48,7 @@ export function homeCard(app: WebApp): HTMLElement | undefined {
     card.remove();
   };
   const asked = question;
+  const way = make("p", { role: "status" });
   const buttons = [textButton("button", "Not now", answer)];
   if (asked) {
     const add = textButton("button", "Add", () => {
@@ -56,9 +57,14 @@ export function homeCard(app: WebApp): HTMLElement | undefined {
       answer();
     });
     buttons.push(add);
+  } else {
+    const how = textButton("button", "How", () => {
+      way.textContent = steps();
+      how.remove();
+    });
+    buttons.push(how);
   }
-  card.append(make("h2", { id: "home-card" }, "Veyla on your home screen"), why);
-  if (!asked) card.append(make("p", {}, steps()));
+  card.append(make("h2", { id: "home-card" }, "Veyla on your home screen"), why, way);
   card.append(make("div.home-card-buttons", {}, ...buttons));
   return card;
 }

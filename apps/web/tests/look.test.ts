@@ -86,7 +86,8 @@ it("distances and letters are of one scale", () => {
 
 it("shows what the core says", async () => {
   const now = Math.floor(Date.now() / 1000);
-  const visit = await visitPage({ stored: storedHistory([{ hr: 60, spo2: 97, date: now }]) });
+  const stored = storedHistory([{ hr: 100, spo2: 100, date: now, labels: [0, 1, 2, 3, 5] }]);
+  const visit = await visitPage({ stored, viewport: { width: 320, height: 568 } });
   const { page } = visit;
   const pureWhite = "rgb(255, 255, 255)";
   const red = "rgb(255, 0, 0)";

@@ -157,8 +157,13 @@ it("offers the home screen from the second measurement on, until that is answere
     const visit = await opened(2, userAgent);
     await visit.heading(offer).waitFor();
     await visit.page.getByText("This browser may erase what you measure").waitFor();
+    await visit.tap("How");
     await visit.page.getByText(way).waitFor();
     await visit.inspect("home-card");
+    // It makes way for what is being edited.
+    await visit.tap("Edit");
+    expect(await visit.heading(offer).isVisible()).toBe(false);
+    await visit.tap("Done");
     await visit.tap("Not now");
     expect(await visit.heading(offer).count()).toBe(0);
     await visit.page.reload();
