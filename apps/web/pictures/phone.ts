@@ -1,18 +1,36 @@
-// The README's pictures of the phone app: a recorded finger is measured in the built page, and listed and charted
-// behind a made-up month. Wants the recording as a video, and the folder that the pictures go to.
+// The README's pictures of the phone app: a recorded finger's heart rate is measured in the built page, and listed and
+// charted behind others that were measured of recordings. Wants the finger as a video, the table of those others as
+// `veyla measure --csv` writes it, and the folder that the pictures go to.
+import { readFileSync } from "node:fs";
+
 import { chromium } from "playwright-core";
 
 import { addTorch, serveSite } from "../tests/site";
 
-const [video = "", folder = ""] = process.argv.slice(2);
-const day = 86_400;
-const today = Math.floor(Date.now() / 1000);
-const history = Array.from({ length: 30 }, (_, index) => ({
-  hr: 66 + 7 * Math.sin(index) + 3 * Math.sin(2.7 * index),
-  spo2: 97.5 + Math.cos(index),
-  date: { $date: today - (30 - index) * day - 977 * index },
-  labels: Array.from({ length: 7 }, (_, label) => label === (index * 5) % 7 && index % 3 !== 1),
-}));
+const [video = "", table = "", folder = ""] = process.argv.slice(2);
+const [head = "", ...rows] = readFileSync(table, "utf8").trim().split(/\r?\n/);
+const columns = head.split(",");
+const measured = rows.map((row) => {
+  const fields = row.split(",");
+  return Object.fromEntries(columns.map((column, index) => [column, fields[index] ?? ""]));
+});
+const recordings = [...new Set(measured.map(({ input }) => input))];
+// Recordings tell no day: theirs are spread over the month before today, a morning each.
+const today = new Date().setUTCHours(0, 0, 0, 0) / 1000;
+const dateOf = (input = "", start = ""): number =>
+  today -
+  (recordings.length - recordings.indexOf(input)) * 2 * 86_400 +
+  7 * 3600 +
+  Number(start) * 97;
+// As a user would: what is marked as unsure is measured again, not kept. The adults were at rest.
+const history = measured
+  .filter(({ outcome, doubts }) => outcome === "finished" && doubts === "")
+  .map(({ input, start, heartrate }) => ({
+    hr: Number(heartrate),
+    spo2: 0,
+    date: { $date: dateOf(input, start) },
+    labels: Array.from({ length: 7 }, (_, label) => label === 0),
+  }));
 
 const server = await serveSite();
 const browser = await chromium.launch({
@@ -61,14 +79,15 @@ try {
     );
   };
   await page.goto(server.resolvedUrls?.local[0] ?? "");
+  // No recording brings an oxygen value that the app would not mark as unsure.
+  await page.getByRole("checkbox", { name: "Measure oxygen saturation" }).click();
   await page.getByRole("button", { name: "START" }).click();
   await page.waitForFunction(
     () => {
-      const values = [...document.querySelectorAll(".live-value .number")];
+      const value = document.querySelector(".live-value .number");
       const curve = document.querySelector('[data-element="chartFourierView"]');
       return (
-        values.every(({ textContent }) => /\d/.test(textContent)) &&
-        curve?.checkVisibility({ visibilityProperty: true })
+        /\d/.test(value?.textContent ?? "") && curve?.checkVisibility({ visibilityProperty: true })
       );
     },
     undefined,
