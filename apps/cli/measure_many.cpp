@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <ranges>
 #include <set>
 #include <utility>
 #include <vector>
@@ -24,6 +25,7 @@
 #include "platform/format.h"
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
+#include "platform/linux/series_source.h"
 #include "platform/linux/store_error.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/linux/text_columns.h"
@@ -42,12 +44,39 @@ bool isFolder(const std::string& path) {
   return std::filesystem::is_directory(path, unknown);
 }
 
+/// Whether a file of a folder is a recording: a video by its ending, a series by its first line.
+/// One that cannot be looked into counts, so that it is told of.
+bool isRecording(const std::filesystem::path& file) {
+  static const std::set<std::string> videoEndings{
+      ".3gp", ".asf", ".avi",  ".flv", ".h264", ".hevc", ".m2ts", ".m4v",  ".mjpeg", ".mkv",
+      ".mov", ".mp4", ".mpeg", ".mpg", ".mts",  ".ogv",  ".ts",   ".webm", ".wmv",   ".y4m"};
+  if (isFolder(file)) return false;
+  const std::string ending = endingOf(file);
+  if (ending != ".csv") return videoEndings.contains(ending);
+  try {
+    SeriesReader(file.string());
+  } catch (const InputError&) {
+    return access(file.c_str(), R_OK) != 0;
+  }
+  return true;
+}
+
+/// Tells what of a folder is not measured.
+void tellPassedOver(const std::string& folder, const std::set<std::string>& names) {
+  constexpr std::size_t mostNamed = 3;
+  if (names.empty()) return;
+  std::string list;
+  for (const std::string& name : names | std::views::take(mostNamed)) {
+    list += (list.empty() ? "" : ", ") + name;
+  }
+  const auto others = std::to_string(names.size() - std::min(names.size(), mostNamed));
+  complain(folder + ": passed over " + list + (others == "0" ? "" : " and " + others + " more") +
+           ", by ending or first line no recording; name what is one to measure it");
+}
+
 /// What is named, with the recordings that lie in a folder in its place, by their names; a folder
 /// without any, or that cannot be read, stays as it is.
 std::vector<std::string> recordingsAmong(const std::vector<std::string>& named) {
-  static const std::set<std::string> endings{".3gp",   ".avi", ".csv",  ".h264", ".hevc", ".m4v",
-                                             ".mjpeg", ".mkv", ".mov",  ".mp4",  ".mpeg", ".mpg",
-                                             ".mts",   ".ts",  ".webm", ".y4m"};
   std::vector<std::string> inputs;
   for (const std::string& path : named) {
     if (!isFolder(path)) {
@@ -55,13 +84,19 @@ std::vector<std::string> recordingsAmong(const std::vector<std::string>& named) 
       continue;
     }
     std::set<std::string> found;
+    std::set<std::string> others;
     std::error_code fault;
     for (std::filesystem::directory_iterator entry(path, fault), end; !fault && entry != end;
          entry.increment(fault)) {
       const std::string name = entry->path().filename();
       if (name.starts_with('.') || name.ends_with(referenceEnding)) continue;
-      if (endings.contains(endingOf(name))) found.insert(entry->path());
+      if (isRecording(entry->path())) {
+        found.insert(entry->path());
+      } else {
+        others.insert(name + (isFolder(entry->path()) ? "/" : ""));
+      }
     }
+    tellPassedOver(path, others);
     if (found.empty()) found.insert(path);
     inputs.insert(inputs.end(), found.begin(), found.end());
   }

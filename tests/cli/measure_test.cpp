@@ -182,7 +182,9 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
   write("folder/notes.txt", "no recording");
   write("folder/c.csv", "time,R,G,B\n0,180,90,25\n");
   changed("folder/d.csv", "$1,0,0,0");
-  std::filesystem::create_directory(file("none"));
+  std::filesystem::create_directories(file("none/deeper"));
+  done("measure folder/a.csv --every 10 --no-save --csv folder/rows.csv");
+  std::filesystem::create_directories(file("folder/old.mp4"));
   const Result all = run("measure folder none finger.csv --jobs 2");
   EXPECT_EQ(all.status, 3) << "the worst";
   EXPECT_EQ(all.out,
@@ -193,7 +195,11 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
             "folder/d.csv  --      --    unfinished: No finger from 2 to 40 s: the picture is "
             "black.\n"
             "finger.csv    71 bpm  97 %   16.3 s\n");
-  EXPECT_THAT(all.error, StartsWith("veyla: none: no video and no colour series"));
+  EXPECT_THAT(
+      all.error,
+      AllOf(StartsWith("veyla: folder: passed over notes.txt, old.mp4/, rows.csv, by ending"),
+            HasSubstr("\nveyla: none: passed over deeper/, by"),
+            HasSubstr("\nveyla: none: no video and no colour series")));
   EXPECT_EQ(json("history"), Json::array());
 
   const auto lines = linesOf(done("measure folder/a.csv finger.csv --save --json"));
