@@ -345,7 +345,8 @@ export class LineChartView implements ChartViews {
       ...axisOf(axis),
       scale: "y",
       side: sides[name],
-      size: room[name],
+      // Room for letters of the usual size; larger ones are not cut off.
+      size: room[name] * (axis.drawsLabels ? Math.max(1, textScale()) : 1),
       splits: () => this.valuesAtAxis(axis.drawsTopLabel),
       values: (_plot, values) => values.map((value) => this.axisText(name, value)),
     });

@@ -75,6 +75,16 @@ it.each<Visitor & { readonly name: string; readonly letters?: number }>([
   await page.locator(".chooser .close").click();
   await visit.tap("Chart");
   await check("charts", page.getByRole("slider", { name: /^spo2/ }));
+  const isNumberWhole = ([plot]: Element[]): boolean => {
+    const context = plot?.querySelector("canvas")?.getContext("2d");
+    const box = plot?.querySelector(".u-over")?.getBoundingClientRect();
+    // The library measures in the screen's pixels.
+    if (!plot || !context || !box) return false;
+    const room = plot.getBoundingClientRect().right - box.right;
+    context.font = `${(11 * parseFloat(getComputedStyle(document.documentElement).fontSize)) / 16}px Inter`;
+    return context.measureText("150").width + 8 <= room;
+  };
+  expect(await page.locator(".plot").evaluateAll(isNumberWhole)).toBe(true);
   await page.locator(".choose-label").click();
   await check("label choice", visit.button("Cancel"));
   await visit.tap("Cancel");
