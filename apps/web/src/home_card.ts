@@ -60,6 +60,8 @@ export function homeCard(app: WebApp): HTMLElement | undefined {
   } else {
     const how = textButton("button", "How", () => {
       way.textContent = steps();
+      // The focus stays in the card.
+      buttons[0]?.focus();
       how.remove();
     });
     buttons.push(how);

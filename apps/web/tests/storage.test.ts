@@ -158,6 +158,7 @@ it("offers the home screen from the second measurement on, until that is answere
     await visit.heading(offer).waitFor();
     await visit.page.getByText("This browser may erase what you measure").waitFor();
     await visit.tap("How");
+    expect(await visit.button("Not now").evaluate((each) => each.matches(":focus"))).toBe(true);
     await visit.page.getByText(way).waitFor();
     await visit.inspect("home-card");
     // It makes way for what is being edited.
