@@ -14,35 +14,17 @@ async function overlaps({ page }: Visit): Promise<string[]> {
   for (const viewport of [{ width: 320, height: 568 }, { width: 844, height: 390 }, usual]) {
     await page.setViewportSize(viewport);
     const pairs = await page.evaluate(() => {
-      const parts = [
-        ...document.querySelectorAll(
-          ".measuring-grid :is(h2, p:not(.read-out), .round, .dial, .curve, .wait-bar, .wait-picture)",
-        ),
-      ].filter(
-        (each) =>
-          each.checkVisibility({ opacityProperty: true, visibilityProperty: true }) &&
-          !each.closest(".wait-hints > :not(:first-child)"),
-      );
-      const boxOf = (part: Element): DOMRect => {
-        const box = document.createRange();
-        box.selectNodeContents(part);
-        return part.matches("h2, .status, .instruction, .doubt")
-          ? box.getBoundingClientRect()
-          : part.getBoundingClientRect();
-      };
-      return parts.flatMap((one, index) =>
-        parts.slice(index + 1).flatMap((other) => {
-          const [a, b] = [boxOf(one), boxOf(other)];
-          const isApart =
-            a.right < b.left + 1 ||
-            b.right < a.left + 1 ||
-            a.bottom < b.top + 1 ||
-            b.bottom < a.top + 1;
-          return isApart
+      const kinds = "h2, p:not(.read-out), .round, .dial, .curve, .wait-bar, .wait-picture";
+      const seen = { opacityProperty: true, visibilityProperty: true };
+      const parts = [...document.querySelectorAll(`.measuring-grid :is(${kinds})`)]
+        .filter((each) => each.checkVisibility(seen) && !each.matches(".wait-hints > p + p"))
+        .map((each) => ({ name: each.className, box: each.getBoundingClientRect() }));
+      return parts.flatMap(({ name, box: a }, index) =>
+        parts.slice(index + 1).flatMap(({ name: other, box: b }) => {
+          const isBeside = a.right < b.left + 1 || b.right < a.left + 1;
+          return isBeside || a.bottom < b.top + 1 || b.bottom < a.top + 1
             ? []
-            : [
-                `${one.className} "${one.textContent}" on ${other.className} "${other.textContent}"`,
-              ];
+            : [`${name} on ${other}`];
         }),
       );
     });
