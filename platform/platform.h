@@ -2,7 +2,6 @@
 
 #include <map>
 #include <memory>
-#include <typeindex>
 
 #include "platform/alert_view.h"
 #include "platform/capture.h"
@@ -64,18 +63,21 @@ class Platform {
   /// The one `T` of this platform, made without arguments on first use.
   template <class T>
   T& shared() {
-    const std::type_index type(typeid(T));
-    auto found = instances_.find(type);
+    auto found = instances_.find(&keyOf<T>);
     if (found == instances_.end()) {
-      found = instances_.emplace(type, std::make_shared<T>()).first;
+      found = instances_.emplace(&keyOf<T>, std::make_shared<T>()).first;
     }
     return *static_cast<T*>(found->second.get());
   }
 
  private:
+  /// Has an address for each type: not all machines have the types' names in their programs.
+  template <class T>
+  static inline char keyOf = 0;
+
   Services services_;
   Platform* previous_;
-  std::map<std::type_index, std::shared_ptr<void>> instances_;
+  std::map<const void*, std::shared_ptr<void>> instances_;
 };
 
 /// The services of the platform in force.

@@ -18,7 +18,8 @@ namespace veyla {
 
 namespace {
 
-using Json = nlohmann::json;
+// Of the library's two the one that keeps the order of entries.
+using Json = nlohmann::ordered_json;
 
 constexpr std::string_view floatTag = "$float";
 constexpr std::string_view doubleTag = "$double";
@@ -325,34 +326,32 @@ class Writer {
 /// The value in the library's form, as far as JSON has one.
 class PlainJson {
  public:
-  using Ordered = nlohmann::ordered_json;
-
-  Ordered of(const Value& value) {
+  Json of(const Value& value) {
     return value.visit([this](const auto& held) { return of(held); });
   }
   /// Whether something had none, in whose place null stands.
   bool lacksSomething() const { return lacksSomething_; }
 
  private:
-  Ordered nothing() {
+  Json nothing() {
     lacksSomething_ = true;
     return nullptr;
   }
-  Ordered of(std::monostate) { return nullptr; }
-  Ordered of(bool value) { return value; }
-  Ordered of(std::int64_t value) { return value; }
+  Json of(std::monostate) { return nullptr; }
+  Json of(bool value) { return value; }
+  Json of(std::int64_t value) { return value; }
   // The double beside the single's shortest text is written as that text.
-  Ordered of(float value) { return of(std::strtod(numberText(value).c_str(), nullptr)); }
-  Ordered of(double value) { return std::isfinite(value) ? Ordered(value) : nothing(); }
-  Ordered of(Date) { return nothing(); }
-  Ordered of(const std::string& value) { return isUtf8(value) ? Ordered(value) : nothing(); }
-  Ordered of(const Value::Array& elements) {
-    Ordered array = Ordered::array();
+  Json of(float value) { return of(std::strtod(numberText(value).c_str(), nullptr)); }
+  Json of(double value) { return std::isfinite(value) ? Json(value) : nothing(); }
+  Json of(Date) { return nothing(); }
+  Json of(const std::string& value) { return isUtf8(value) ? Json(value) : nothing(); }
+  Json of(const Value::Array& elements) {
+    Json array = Json::array();
     for (const Value& element : elements) array.push_back(of(element));
     return array;
   }
-  Ordered of(const Value::Dictionary& entries) {
-    Ordered object = Ordered::object();
+  Json of(const Value::Dictionary& entries) {
+    Json object = Json::object();
     for (const auto& [key, value] : entries) {
       if (!isUtf8(key)) return nothing();
       object[key] = of(value);
