@@ -1,7 +1,4 @@
 // The built page in a real browser at a phone's size, with a recording as its camera.
-import { readFileSync } from "node:fs";
-import { createRequire } from "node:module";
-
 import type { AxeResults } from "axe-core";
 import {
   type Browser,
@@ -14,9 +11,7 @@ import {
 import type { PreviewServer } from "vite";
 import { afterAll, expect, onTestFinished } from "vitest";
 
-import { addTorch, build, serveSite } from "./site";
-
-const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
+import { addTorch, axe, build, serious, serveSite } from "./site";
 
 /** How one visitor comes. */
 export interface Visitor extends Pick<
@@ -226,10 +221,7 @@ export class Visit {
       for (const each of document.getAnimations()) each.play();
     });
     expect(passes.length, screen).toBeGreaterThan(0);
-    const serious = violations
-      .filter(({ impact }) => impact === "serious" || impact === "critical")
-      .map(({ id, nodes }) => `${id}: ${nodes.map(({ html }) => html).join(" ")}`);
-    expect(serious, screen).toEqual([]);
+    expect(serious(violations), screen).toEqual([]);
   }
 }
 

@@ -1,7 +1,7 @@
 // The page in three browser engines.
 import { expect, it } from "vitest";
 
-import { acquainted } from "./browser";
+import { acquainted, storedHistory } from "./browser";
 import { engines, visitBy } from "./engines";
 
 it.concurrent.for(engines)(
@@ -51,13 +51,27 @@ it.concurrent.for(engines)(
 it.concurrent.for(engines)(
   "small, large, at night and without a camera or light: %s",
   async (engine, test) => {
-    const visit = await visitBy({ engine, night: true, stored: acquainted }, test);
+    const stored = storedHistory([{ hr: 60, spo2: 97, date: Date.now() / 1000, labels: [0] }]);
+    const visit = await visitBy({ engine, night: true, stored }, test);
     await visit.sees("Tap START");
     expect(await visit.beyond(320, 568)).toEqual([]);
     await visit.picture("small-night");
     expect(await visit.ask(() => getComputedStyle(document.body).backgroundColor)).toBe(
       "rgb(13, 13, 15)",
     );
+    for (const [tapped, text] of [
+      ["", "Tap START"],
+      ["Results", "60 bpm"],
+      ["Chart", "heartrate (data points are averaged for each day)"],
+      ["Back", "60 bpm"],
+      ["Close", "Tap START"],
+      ["Options", "Send feedback"],
+    ] as const) {
+      if (tapped) await visit.tap(tapped);
+      expect(await visit.faults(text), tapped).toEqual([]);
+      await visit.picture(`night-${text.slice(0, 5)}`);
+    }
+    await visit.tap("Close");
     expect(await visit.beyond(430, 932)).toEqual([]);
     await visit.ask(() => {
       document.documentElement.style.setProperty("font-size", "26px", "important");

@@ -10,7 +10,7 @@ import puppeteer from "puppeteer-core";
 import type { PreviewServer } from "vite";
 import type { TestContext } from "vitest";
 
-import { addTorch, build, serveSite } from "./site";
+import { addTorch, axe, build, serious, serveSite } from "./site";
 
 export const engines = ["chromium", "firefox", "webkit"] as const;
 
@@ -35,6 +35,13 @@ interface Window {
   tap(x: number, y: number): Promise<void>;
   resize(width: number, height: number): Promise<void>;
   picture(): Promise<Uint8Array>;
+}
+
+declare global {
+  interface Window {
+    /** Whether nothing moves but what moves for as long as it is shown. */
+    isAtRest(): Promise<boolean>;
+  }
 }
 
 type End = TestContext["onTestFinished"];
@@ -180,7 +187,17 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
   if (localStorage.length === 0) Object.assign(localStorage, stored);
   const lights: boolean[] = [];
   let asks = 0;
-  Object.assign(window, { lights, asks: () => asks });
+  const isAtRest = async (): Promise<boolean> => {
+    const moves = ({ playState, effect }: Animation): boolean =>
+      playState === "running" && Number(effect?.getComputedTiming().endTime) < 5000;
+    // An animation may begin with one of the next frames of the screen.
+    for (let frames = 0; frames < 4; ++frames) {
+      await new Promise(requestAnimationFrame);
+      if (document.getAnimations().some(moves)) return false;
+    }
+    return true;
+  };
+  Object.assign(window, { lights, isAtRest, asks: () => asks });
   if (camera === "own") {
     // Looked at, and left as it is.
     const { prototype } = MediaDevices;
@@ -235,7 +252,11 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
   let lost = 0;
   let last = Infinity;
   Object.assign(window, { lostSeconds: () => lost });
-  const { requestVideoFrameCallback: request } = HTMLVideoElement.prototype;
+  const video = HTMLVideoElement.prototype;
+  const request: typeof video.requestVideoFrameCallback = Reflect.get(
+    video,
+    "requestVideoFrameCallback",
+  );
   HTMLVideoElement.prototype.requestVideoFrameCallback = function (take): number {
     return request.call(this, (now, frame) => {
       // A frame stands in for those that do not come for so long, and for no longer.
@@ -284,7 +305,7 @@ function serve(visitor: Visitor): Promise<PreviewServer> {
           const calls = [`(${standIn.toString()})(${JSON.stringify({ camera, stored })});`];
           // WebKit's own camera has a torch.
           if (camera !== "own") calls.push(`(${addTorch.toString()})(${camera !== "dark"});`);
-          const script = calls.join("\n");
+          const script = [...calls, axe].join("\n");
           response.end(path === "/" ? page : script);
         });
       },
@@ -347,13 +368,7 @@ export class EngineVisit {
   /** A finger on the control of this name, or the first of this selector, once all has come to rest. */
   async tap(name: string): Promise<void> {
     const place = await this.until(async (wanted) => {
-      const moves = ({ playState, effect }: Animation): boolean =>
-        playState === "running" && Number(effect?.getComputedTiming().endTime) < 5000;
-      // An animation may begin with one of the next frames of the screen.
-      for (let frames = 0; frames < 4; ++frames) {
-        await new Promise(requestAnimationFrame);
-        if (document.getAnimations().some(moves)) return undefined;
-      }
+      if (!(await window.isAtRest())) return undefined;
       // Ionic hands labels on to the button within.
       const isWanted = (each: Element): boolean =>
         [each, each.shadowRoot?.querySelector("button")].some(
@@ -411,6 +426,14 @@ export class EngineVisit {
         box && box.height > 0 && box.bottom <= innerHeight ? "" : "START",
       ].filter(Boolean);
     });
+  }
+
+  /** What keeps somebody from using the screen on which this text stands, its contrasts among it. */
+  async faults(text: string): Promise<string[]> {
+    await this.sees(text);
+    await this.until(() => window.isAtRest());
+    const { passes, violations } = await this.ask(() => window.axe.run());
+    return passes.length > 0 ? serious(violations) : ["nothing was looked at"];
   }
 
   async reload(): Promise<void> {

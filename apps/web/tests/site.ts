@@ -1,10 +1,26 @@
 // What the tests of every browser share: the built page's server, and a torch for cameras that have none.
+import { readFileSync } from "node:fs";
+import { createRequire } from "node:module";
 import { fileURLToPath } from "node:url";
 
+import type { AxeResults } from "axe-core";
 import { preview, type PreviewServer, type Plugin } from "vite";
 
 const root = fileURLToPath(new URL("..", import.meta.url));
 export const build = fileURLToPath(new URL("../../../build/", import.meta.url));
+
+/** The script that looks whether everybody can use a screen. */
+export const axe = readFileSync(
+  createRequire(import.meta.url).resolve("axe-core/axe.min.js"),
+  "utf8",
+);
+
+/** What of its findings keeps somebody out. */
+export function serious(violations: AxeResults["violations"]): string[] {
+  return violations
+    .filter(({ impact }) => impact === "serious" || impact === "critical")
+    .map(({ id, nodes }) => `${id}: ${nodes.map(({ html }) => html).join(" ")}`);
+}
 
 /** By the settings of one of the project's servers. */
 export function serveSite(
