@@ -9,7 +9,6 @@
 #include "apps/cli/complain.h"
 #include "apps/cli/plot_style.h"
 #include "platform/format.h"
-#include "platform/linux/file_problem.h"
 #include "platform/linux/fonts.h"
 #include "platform/linux/gnuplot_program.h"
 
@@ -118,13 +117,10 @@ std::unique_ptr<OutputFile> pictureIn(const std::string& folder, const char* nam
 
 }  // namespace
 
-EvaluationPlots::EvaluationPlots(const std::string& folder) {
-  std::error_code error;
-  std::filesystem::create_directories(folder, error);
-  if (error) throw OutputError(fileProblem(folder, error.value(), FilePlace::outputFile));
-  blandAltman_ = pictureIn(folder, "bland-altman.png");
-  errorOverRate_ = pictureIn(folder, "error-over-rate.png");
-}
+EvaluationPlots::EvaluationPlots(const std::string& folder)
+    : folder_(folder),
+      blandAltman_(pictureIn(folder, "bland-altman.png")),
+      errorOverRate_(pictureIn(folder, "error-over-rate.png")) {}
 
 bool EvaluationPlots::draw(const Evaluation& evaluation) {
   const std::vector<Set> sets = setsOf(evaluation);

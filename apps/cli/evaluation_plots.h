@@ -22,6 +22,7 @@ class EvaluationPlots {
   bool draw(const Evaluation& evaluation);
 
  private:
+  PendingFolder folder_;
   std::unique_ptr<OutputFile> blandAltman_;
   std::unique_ptr<OutputFile> errorOverRate_;
 };

@@ -57,16 +57,9 @@ bool isOwnFrame(const std::filesystem::path& file) {
   return head.ends_with(mark);
 }
 
-/// A folder that is there holds such pictures alone, which give way to the new ones.
+/// The folder holds such pictures alone, which give way to the new ones.
 void requireOwnFolder(const std::string& path) {
   std::error_code error;
-  const auto status = std::filesystem::status(path, error);
-  if (status.type() == std::filesystem::file_type::not_found) {
-    if (!std::filesystem::create_directory(path, error)) refuseFolder(path, error.value());
-    return;
-  }
-  if (error) refuseFolder(path, error.value());
-  if (!std::filesystem::is_directory(status)) refuseFolder(path, ENOTDIR);
   for (const auto& entry : std::filesystem::directory_iterator(path, error)) {
     if (isOwnFrame(entry.path())) continue;
     throw OutputError(path + ": holds " + entry.path().filename().string() +
@@ -82,7 +75,10 @@ ScreenPictures::ScreenPictures(const PictureOptions& options) : options_(options
   if (!options_.snapshotFile.empty()) {
     snapshot_ = std::make_unique<OutputFile>(options_.snapshotFile);
   }
-  if (!options_.framesFolder.empty()) requireOwnFolder(options_.framesFolder);
+  if (!options_.framesFolder.empty()) {
+    folder_.emplace(options_.framesFolder);
+    requireOwnFolder(options_.framesFolder);
+  }
 }
 
 void ScreenPictures::addFrame(int second, const Screen& screen) {

@@ -47,6 +47,7 @@ class ScreenPictures {
 
  private:
   PictureOptions options_;
+  std::optional<PendingFolder> folder_;
   std::unique_ptr<OutputFile> snapshot_;
   std::string snapshotPicture_;
   std::optional<OutputError> failedFrame_;

@@ -33,8 +33,8 @@ namespace {
 /// Between the target's name and the number of the process that writes it.
 constexpr const char* partSuffix = ".part";
 
-/// The names of the files that are pending, where a signal's handler can read them at any moment.
-/// Files beyond the table's size stay behind when a signal ends the program.
+/// The names of the files and folders that are pending, where a signal's handler can read them at
+/// any moment. Files beyond the table's size stay behind when a signal ends the program.
 struct PendingName {
   std::atomic<bool> claimed = false;
   std::atomic<bool> valid = false;
@@ -74,6 +74,9 @@ std::mutex farewellMutex;
 extern "C" void removePendingFilesAndEnd(int signal) {
   for (const PendingName& name : pendingNames) {
     if (name.valid) ::unlink(name.path.data());
+  }
+  for (const PendingName& name : pendingNames) {
+    if (name.valid) ::rmdir(name.path.data());
   }
   if (const Farewell* last = farewell) {
     [[maybe_unused]] const ssize_t told = ::write(STDERR_FILENO, last->text.data(), last->size);
@@ -312,6 +315,38 @@ void PendingFile::commit() {
   path_.clear();
   const auto folder = std::filesystem::path(place_).parent_path();
   synchronized(folder.empty() ? "." : folder.string(), O_RDONLY);
+}
+
+PendingFolder::PendingFolder(const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code unknown;
+  fs::path folder = fs::absolute(path, unknown).lexically_normal();
+  if (!folder.has_filename()) folder = folder.parent_path();
+  std::vector<std::string> missing;
+  for (; folder.has_relative_path() && !fs::exists(fs::symlink_status(folder, unknown));
+       folder = folder.parent_path()) {
+    missing.push_back(folder.string());
+  }
+  if (missing.empty() && !isFolder(path)) refuseOutput(path, ENOTDIR);
+  std::reverse(missing.begin(), missing.end());
+  const InterruptionsHeldBack heldBack;
+  for (const std::string& each : missing) {
+    if (mkdir(each.c_str(), 0777) != 0) {
+      const int reason = errno;
+      remove();
+      refuseOutput(path, reason);
+    }
+    made_.push_back(each);
+  }
+  // An interrupt removes them in this order.
+  for (auto each = made_.rbegin(); each != made_.rend(); ++each) rememberPending(*each);
+}
+
+void PendingFolder::remove() const {
+  for (auto each = made_.rbegin(); each != made_.rend(); ++each) {
+    rmdir(each->c_str());
+    forgetPending(*each);
+  }
 }
 
 void removePendingFilesWhenInterrupted() {

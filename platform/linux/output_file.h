@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace veyla {
 
@@ -65,6 +66,23 @@ class PendingFile {
   /// Whether a file was there.
   bool replaces_ = false;
   std::string path_;
+};
+
+/// A folder that is made where it is absent, with those that it lies in. What was made is removed
+/// with the object, and by an interrupt, unless something lies in it by then.
+class PendingFolder {
+ public:
+  /// Throws `OutputError`.
+  explicit PendingFolder(const std::string& path);
+  ~PendingFolder() { remove(); }
+  PendingFolder(const PendingFolder&) = delete;
+  PendingFolder& operator=(const PendingFolder&) = delete;
+
+ private:
+  void remove() const;
+
+  /// From the outermost on.
+  std::vector<std::string> made_;
 };
 
 /// From now on an interrupt, a hang-up or a termination removes what is pending and tells what was

@@ -133,13 +133,41 @@ TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
                 "veyla: stopped while drawing; " + name + " is not written\n");
     }
   }
-  for (const int signal : {SIGINT, SIGTERM}) {
-    const Result live =
-        onTerminal("measure --no-save --realtime --trace trace.csv", 80, "", signal);
-    EXPECT_EQ(live.status, 128 + signal);
-    EXPECT_EQ(countOf(shown, live.out), 1U) << "the cursor comes back";
-    EXPECT_THAT(live.out, EndsWith("veyla: stopped while measuring the built-in fingertip\r\n"));
-    EXPECT_THAT(names(), IsEmpty()) << "beside the live view";
+
+  std::filesystem::create_directory(file("many"));
+  for (const char* of : {"finger.csv", "many/long.csv"})
+    done(std::string("synth --seconds 600 ") + of);
+  for (int i = 10; i < 60; ++i) {
+    std::filesystem::copy(file("finger.csv"), file("many/" + std::to_string(i) + ".csv"));
+  }
+  write("many/long.reference.csv", "time,heartrate,spo2\n0,72,97\n");
+  const auto before = names();
+  int signal = SIGTERM;
+  for (const auto& [words, awaited, farewell] : std::vector<std::array<const char*, 3>>{
+           {"measure --no-save --realtime", hidden, "while measuring the built-in fingertip"},
+           {"measure --no-save --realtime --trace trace.csv --frames kept/frames", hidden,
+            "while measuring the built-in fingertip; the pictures so far are in kept/frames"},
+           {"measure many --csv rows.csv", "many/10.csv ",
+            "after \\d+ of 51 recordings; nothing is saved; rows.csv is not written"},
+           {"measure many --save --data kept", "many/10.csv ",
+            "after \\d+ of 51 recordings; those that finished are saved"},
+           {"measure finger.csv --every 0.1 --csv rows.csv", "Measuring",
+            "after \\d+ of \\d+ measurements, before their lines; nothing is saved; rows.csv is "
+            "not written"},
+           {"series finger.csv -o -", "time,R,G,B,hr",
+            "while reading finger.csv; the series breaks off where it stands"},
+           {"evaluate many --every 0.1 --plots new/plots --windows rows.csv", "Measuring",
+            "while measuring the folder; nothing is printed and no file is written"}}) {
+    signal = signal == SIGTERM ? SIGINT : SIGTERM;
+    const Result stopped = onTerminal(words, 80, "", signal, awaited);
+    EXPECT_EQ(stopped.status, 128 + signal) << words;
+    const std::string last = linesOf(stopped.out).back();
+    EXPECT_TRUE(
+        std::regex_search(last, std::regex("veyla: stopped " + std::string(farewell) + "\r$")))
+        << last;
+    EXPECT_EQ(countOf(shown, stopped.out), countOf(hidden, stopped.out)) << "the cursor comes back";
+    std::filesystem::remove_all(file("kept"));
+    EXPECT_EQ(names(), before) << words;
   }
 }
 

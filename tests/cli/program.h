@@ -151,9 +151,9 @@ class Program : public testing::Test, protected ScratchFolder {
   }
 
   /// Runs the program on a terminal where `typed` is typed, and sends it `signal` as soon as it has
-  /// hidden the cursor. Everything shown is in `out`.
+  /// shown `awaited`. Everything shown is in `out`.
   Result onTerminal(const std::string& words, int columns = 80, const std::string& typed = {},
-                    int signal = 0) const {
+                    int signal = 0, const char* awaited = hidden) const {
     winsize size{24, static_cast<unsigned short>(columns), 0, 0};
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
@@ -163,7 +163,7 @@ class Program : public testing::Test, protected ScratchFolder {
     char block[4096];
     for (ssize_t n = 0; (n = read(terminal, block, sizeof block)) > 0;) {
       output.append(block, static_cast<std::size_t>(n));
-      if (signal != 0 && output.find(hidden) != std::string::npos) {
+      if (signal != 0 && output.find(awaited) != std::string::npos) {
         kill(child, std::exchange(signal, 0));
       }
     }
