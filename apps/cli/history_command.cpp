@@ -256,7 +256,10 @@ ExitStatus list(const HistoryOptions& options) {
     printOut("No measurements in " + history.folder().string() +
              " yet: veyla measure saves them there.\n");
   } else {
-    printOut(table(history.screen(), history.rows()));
+    // Columns; behind the number of an entry.
+    constexpr std::size_t indent = 5;
+    printOut(
+        wrapped(table(history.screen(), history.rows()), terminalBehind(STDOUT_FILENO), indent));
   }
   return history.tellDamaged(history.rows());
 }

@@ -39,6 +39,9 @@ namespace {
 /// these does not finish at all.
 constexpr double usualDuration = 45;
 
+/// Columns, of what is left of a measurement's line on a narrow terminal.
+constexpr std::size_t hangingIndent = 4;
+
 bool isFolder(const std::string& path) {
   std::error_code unknown;
   return std::filesystem::is_directory(path, unknown);
@@ -260,7 +263,7 @@ class Telling {
                             : reportAsLine(each.report, request, part, columns_);
       worst_ = std::max(worst_, each.status());
     }
-    if (!options_.json) text = wrapped(text, terminalBehind(STDOUT_FILENO));
+    if (!options_.json) text = wrapped(text, terminalBehind(STDOUT_FILENO), hangingIndent);
     if (options_.csvFile != "-") printOut(text);
     if (!measured.remark.empty()) complain(measured.remark);
     if (!measured.fault.empty()) complain(measured.fault);

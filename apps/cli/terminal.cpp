@@ -71,7 +71,7 @@ Terminal terminalBehind(int fileDescriptor) {
   return terminal;
 }
 
-std::string wrapped(const std::string& text, const Terminal& terminal) {
+std::string wrapped(const std::string& text, const Terminal& terminal, std::size_t indent) {
   if (!terminal.interactive) return text;
   std::string result;
   std::size_t column = 0;
@@ -81,8 +81,8 @@ std::string wrapped(const std::string& text, const Terminal& terminal) {
     const std::size_t end = std::min(text.find_first_of(" \n", word), text.size());
     const std::size_t width = columnsOf(text.substr(word, end - word));
     if (column > 0 && column + (word - at) + width > terminal.columns) {
-      result += '\n';
-      column = 0;
+      result += '\n' + std::string(indent, ' ');
+      column = indent;
     } else {
       result.append(word - at, ' ');
       column += word - at;

@@ -18,9 +18,9 @@ struct Terminal {
 /// NO_COLOR, the locale).
 Terminal terminalBehind(int fileDescriptor);
 
-/// The text with its lines broken between words where the terminal ends; as it is for a stream that
-/// is none.
-std::string wrapped(const std::string& text, const Terminal& terminal);
+/// The text with its lines broken between words where the terminal ends, and what is left of each
+/// indented by so many columns; as it is for a stream that is none.
+std::string wrapped(const std::string& text, const Terminal& terminal, std::size_t indent = 0);
 
 /// Hides the cursor while it lives; also brings it back when the program is interrupted.
 class HiddenCursor {

@@ -44,6 +44,16 @@ TEST_F(TerminalTest, TheTerminalIsUsedAsWideAsItIsAndNoLineIsWrapped) {
   }
 }
 
+TEST_F(TerminalTest, WhatIsLeftOfALineIsIndentedOnANarrowTerminal) {
+  done("synth finger.csv --seconds 40");
+  changed("black.csv", "$1,0,0,0");
+  EXPECT_THAT(onTerminal("measure finger.csv black.csv", 40).out,
+              HasSubstr("black.csv   --      --    unfinished: No\r\n"
+                        "    finger from 2 to 40 s: the picture\r\n    is black.\r\n"));
+  keep(Value::Array{entry(72, 97, 0, 1)});
+  EXPECT_THAT(onTerminal("history --data data", 40).out, ContainsRegex("bpm  97%\r\n     [A-Z]"));
+}
+
 TEST_F(TerminalTest, PlainTerminalsGetPlainText) {
   environment["LC_ALL"] = "C";
   EXPECT_THAT(onTerminal(measure).out, ContainsRegex("\x1b\\[[0-9;]*m"));
