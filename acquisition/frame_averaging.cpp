@@ -49,6 +49,13 @@ void addRow(const std::uint8_t* row, std::size_t pixelCount, ChannelSums& sums) 
   }
 }
 
+/// Has the processor fetch these bytes meanwhile: a frame that lies in memory is waited for longer
+/// than worked on.
+void prefetch(const std::uint8_t* bytes, std::size_t count) {
+  constexpr std::size_t cacheLine = 64;
+  for (std::size_t i = 0; i < count; i += cacheLine) __builtin_prefetch(bytes + i);
+}
+
 FrameSample recordOf(std::uint32_t red, std::uint32_t green, std::uint32_t blue) {
   const auto luma = static_cast<std::uint32_t>(0.299 * red + 0.587 * green + 0.114 * blue);
   return {static_cast<float>(red), static_cast<float>(luma), static_cast<float>(blue),
@@ -181,14 +188,18 @@ std::optional<FrameCells> GridAverager::cells() const {
 
 void GridAverager::sample(std::span<const std::uint8_t* const> starts, std::size_t width,
                           std::size_t cellWidth, std::size_t cellHeight) {
-  samples_.clear();
-  for (std::size_t y = 0; y < cellHeight; y += samplingStep) {
-    for (std::size_t x = 0; x < cellWidth; x += samplingStep) {
-      const std::size_t offset = bytesPerPixel * (width * y + x);
-      std::uint8_t* lane = samples_.emplace_back().data();
-      for (const std::uint8_t* start : starts) {
-        std::memcpy(lane, start + offset, 3);
-        lane += 3;
+  const auto steps = [](std::size_t size) { return (size + samplingStep - 1) / samplingStep; };
+  const std::size_t samplesInRow = steps(cellWidth);
+  samples_.resize(samplesInRow * steps(cellHeight));
+  const std::size_t nextRow = bytesPerPixel * width * samplingStep;
+  const std::size_t rows = steps(cellHeight);
+  for (std::size_t row = 0; row < rows; ++row) {
+    for (std::size_t cell = 0; cell < starts.size(); ++cell) {
+      const std::uint8_t* pixel = starts[cell] + nextRow * row;
+      if (row + 1 < rows) prefetch(pixel + nextRow, bytesPerPixel * cellWidth);
+      for (Lanes& lanes : std::span(samples_).subspan(row * samplesInRow, samplesInRow)) {
+        std::memcpy(lanes.data() + 3 * cell, pixel, 3);
+        pixel += bytesPerPixel * samplingStep;
       }
     }
   }

@@ -1,8 +1,13 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <numeric>
+#include <ranges>
 #include <utility>
+#include <vector>
 
+#include "acquisition/frame_averaging.h"
 #include "apps/cli/measurement_run.h"
 #include "platform/linux/bgra_frame.h"
 #include "platform/linux/memory_key_value_store.h"
@@ -84,6 +89,40 @@ BENCHMARK(measurement)->Unit(benchmark::kMillisecond);
 /// The same frames with nobody who judges finger and values.
 void measurement_yardstick(benchmark::State& state) { measure(state, false); }
 BENCHMARK(measurement_yardstick)->Unit(benchmark::kMillisecond);
+
+constexpr std::size_t framesOfAMeasurement = 275;
+
+/// The cells of these frames averaged, and no more.
+void measuredFrames(benchmark::State& state) {
+  const auto frames = fingertip();
+  std::vector<int> cells(FrameCells::count);
+  std::iota(cells.begin(), cells.end(), 1);
+  GridAverager averager;
+  for (auto _ : state) {
+    for (const BgraFrame& frame : frames | std::views::take(framesOfAMeasurement)) {
+      benchmark::DoNotOptimize(
+          averager.average(frame.baseAddress(), frame.width(), frame.height(), cells));
+    }
+  }
+}
+BENCHMARK(measuredFrames)->Unit(benchmark::kMillisecond);
+
+/// One byte of each line of the cache in the sampled rows: what memory takes for them at the least.
+void measuredFrames_yardstick(benchmark::State& state) {
+  constexpr std::size_t lineSize = 64;
+  const auto frames = fingertip();
+  for (auto _ : state) {
+    std::uint32_t sum = 0;
+    for (const BgraFrame& frame : frames | std::views::take(framesOfAMeasurement)) {
+      for (std::size_t y = 0; y < frame.height(); y += 4) {
+        const std::uint8_t* row = frame.baseAddress() + frame.bytesPerRow() * y;
+        for (std::size_t x = 0; x < frame.bytesPerRow(); x += lineSize) sum += row[x];
+      }
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+}
+BENCHMARK(measuredFrames_yardstick)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace veyla
