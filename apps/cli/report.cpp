@@ -152,8 +152,16 @@ std::string explanation(const MeasurementReport& report, const MeasurementReques
 /// The same in a few words.
 std::string reasonOf(const MeasurementReport& report, const MeasurementRequest& request) {
   if (report.outcome == Outcome::alert) return report.alertTitle + " " + report.alertSubtitle;
-  for (const std::string& known : {shortfallLine(report, request), shortenedBy(report, request)}) {
-    if (!known.empty()) return known.substr(0, known.find('\n'));
+  std::string reason;
+  const bool isLow = report.outcome == Outcome::lowSignal;
+  for (std::string known :
+       {isLow ? "" : shortenedBy(report, request), shortfallLine(report, request)}) {
+    if (known.ends_with('\n')) known.pop_back();
+    if (!known.empty()) reason += (reason.empty() ? "" : " ") + known;
+  }
+  if (!reason.empty()) return reason;
+  if (isLow) {
+    return formatText("Too many oxygen values below 93 %% in %.1f s.", report.seconds);
   }
   return report.seconds > 0 ? formatText("The recording ended after %.1f s.", report.seconds)
                             : "The recording ended before the measurement began.";

@@ -202,6 +202,9 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
             HasSubstr("\nveyla: none: no video and no colour series")));
   EXPECT_EQ(json("history"), Json::array());
 
+  EXPECT_THAT(run("measure folder/a.csv finger.csv --duration 8").out,
+              HasSubstr("unfinished: --duration 8 ended it: 45 s are plenty."));
+
   const auto lines = linesOf(done("measure folder/a.csv finger.csv --save --json"));
   ASSERT_EQ(lines.size(), 2U);
   Json second = Json::parse(lines[1]);
