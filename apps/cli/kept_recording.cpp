@@ -36,11 +36,13 @@ class KeptRecording::Source : public RecordingSource {
   std::size_t next_ = 0;
 };
 
-KeptRecording::KeptRecording(RecordingSource& source, FrameAverager& averager) {
+KeptRecording::KeptRecording(RecordingSource& source, FrameAverager& averager,
+                             const std::function<void(double seconds)>& progress) {
   std::vector<Frame> frames;
   while (source.advance()) {
     source.deliver(averager);
     frames.push_back({source.time(), averager.frame()});
+    if (progress) progress(source.time());
   }
   frames_ = std::make_shared<const std::vector<Frame>>(std::move(frames));
 }

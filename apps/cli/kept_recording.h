@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,8 +14,10 @@ namespace veyla {
 /// a measurement has of it, some hundred bytes, and no pixels.
 class KeptRecording {
  public:
-  /// Reads `source` to its end. Throws `InputError`.
-  KeptRecording(RecordingSource& source, FrameAverager& averager);
+  /// Reads `source` to its end, and calls `progress` after each frame with its time. Throws
+  /// `InputError`.
+  KeptRecording(RecordingSource& source, FrameAverager& averager,
+                const std::function<void(double seconds)>& progress = {});
 
   /// From the first frame to the last.
   double seconds() const { return frames_->empty() ? 0 : frames_->back().time; }

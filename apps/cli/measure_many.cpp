@@ -149,10 +149,10 @@ class Measurer {
   }
 
   /// Several measurements of the input run at once, `jobs` of them; `progress` is called after
-  /// each, from one thread at a time.
-  MeasuredInput measure(
-      const std::string& input, int jobs,
-      const std::function<void(std::size_t done, std::size_t all)>& progress) const {
+  /// each, from one thread at a time, and `read` before them, while they are read.
+  MeasuredInput measure(const std::string& input, int jobs,
+                        const std::function<void(std::size_t done, std::size_t all)>& progress,
+                        const std::function<void(double seconds)>& read = {}) const {
     MeasuredInput measured;
     try {
       if (isFolder(input)) {
@@ -163,7 +163,7 @@ class Measurer {
       auto source = openMeasured(input, options_.request.start);
       if (options_.every) {
         FrameAverager averager(resources_, options_.request.device);
-        const KeptRecording recording(*source, averager);
+        const KeptRecording recording(*source, averager, read);
         measured.remark = source->remark();
         measured.measurements = measureEach(recording, jobs, progress);
       } else {
@@ -323,7 +323,8 @@ ExitStatus measureMany(const MeasureOptions& options) {
       telling.tellWhenStopped(done, all, "measurements, before their lines");
       bar.show(done, all);
     };
-    const MeasuredInput measured = measurer.measure(inputs.front(), options.jobs, progress);
+    const MeasuredInput measured = measurer.measure(inputs.front(), options.jobs, progress,
+                                                    [&](double seconds) { bar.showRead(seconds); });
     bar.clear();
     telling.tell(inputs.front(), measured);
     return telling.finish();

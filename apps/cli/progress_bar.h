@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -38,6 +39,16 @@ class ProgressBar {
     std::fprintf(stderr, "\r%s %s %s", caption_.c_str(), bar.c_str(), count.c_str());
   }
 
+  /// While nobody knows how much there is: whole seconds of a recording that were read.
+  void showRead(double seconds) {
+    const auto whole = static_cast<std::size_t>(seconds);
+    if (!terminal_.interactive || (shown_ && read_ == whole)) return;
+    read_ = whole;
+    filled_.reset();
+    shown_ = true;
+    std::fprintf(stderr, "\rRead %zu s", whole);
+  }
+
   /// Leaves the line as it was.
   void clear() {
     if (shown_) std::fputs("\r\x1b[2K", stderr);
@@ -47,7 +58,9 @@ class ProgressBar {
  private:
   std::string caption_;
   Terminal terminal_ = terminalBehind(STDERR_FILENO);
-  std::size_t filled_ = 0;
+  /// Of the bar, where that is what stands there.
+  std::optional<std::size_t> filled_;
+  std::size_t read_ = 0;
   bool shown_ = false;
 };
 

@@ -134,29 +134,33 @@ TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
     }
   }
 
-  std::filesystem::create_directory(file("many"));
-  for (const char* of : {"finger.csv", "many/long.csv"})
+  for (const char* folder : {"many", "one"}) std::filesystem::create_directory(file(folder));
+  for (const char* of : {"finger.csv", "one/long.csv"}) {
     done(std::string("synth --seconds 600 ") + of);
-  for (int i = 10; i < 60; ++i) {
-    std::filesystem::copy(file("finger.csv"), file("many/" + std::to_string(i) + ".csv"));
   }
-  write("many/long.reference.csv", "time,heartrate,spo2\n0,72,97\n");
+  write("one/long.reference.csv", "time,heartrate,spo2\n0,72,97\n");
+  for (int i = 100; i < 1000; ++i) {
+    std::filesystem::create_hard_link(file("finger.csv"),
+                                      file("many/" + std::to_string(i) + ".csv"));
+  }
   const auto before = names();
   int signal = SIGTERM;
   for (const auto& [words, awaited, farewell] : std::vector<std::array<const char*, 3>>{
            {"measure --no-save --realtime", hidden, "while measuring the built-in fingertip"},
            {"measure --no-save --realtime --trace trace.csv --frames kept/frames", hidden,
             "while measuring the built-in fingertip; the pictures so far are in kept/frames"},
-           {"measure many --csv rows.csv", "many/10.csv ",
-            "after \\d+ of 51 recordings; nothing is saved; rows.csv is not written"},
-           {"measure many --save --data kept", "many/10.csv ",
-            "after \\d+ of 51 recordings; those that finished are saved"},
+           {"measure many --csv rows.csv", "many/100.csv ",
+            "after \\d+ of 900 recordings; nothing is saved; rows.csv is not written"},
+           {"measure many --save --data kept", "many/100.csv ",
+            "after \\d+ of 900 recordings; those that finished are saved"},
+           {"measure finger.csv --every 0.1 --csv rows.csv", "Read 12 s\rRead 13 s",
+            "after \\d+ of .*; nothing is saved; rows.csv is not written"},
            {"measure finger.csv --every 0.1 --csv rows.csv", "Measuring",
             "after \\d+ of \\d+ measurements, before their lines; nothing is saved; rows.csv is "
             "not written"},
            {"series finger.csv -o -", "time,R,G,B,hr",
             "while reading finger.csv; the series breaks off where it stands"},
-           {"evaluate many --every 0.1 --plots new/plots --windows rows.csv", "Measuring",
+           {"evaluate one --every 0.1 --plots new/plots --windows rows.csv", "Measuring",
             "while measuring the folder; nothing is printed and no file is written"}}) {
     signal = signal == SIGTERM ? SIGINT : SIGTERM;
     const Result stopped = onTerminal(words, 80, "", signal, awaited);
