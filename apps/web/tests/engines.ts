@@ -39,7 +39,6 @@ interface Window {
 
 declare global {
   interface Window {
-    /** Whether nothing moves but what moves for as long as it is shown. */
     isAtRest(): Promise<boolean>;
   }
 }
@@ -182,12 +181,9 @@ async function openWebKit(look: Visitor, atEnd: End): Promise<Window> {
   };
 }
 
-/** Runs in the page before all else: what it has stored, and the camera that no test machine has. */
-function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stored">): void {
-  if (localStorage.length === 0) Object.assign(localStorage, stored);
-  const lights: boolean[] = [];
-  let asks = 0;
-  const isAtRest = async (): Promise<boolean> => {
+/** Has the page know whether nothing moves but what moves for as long as it is shown. */
+function addRest(): void {
+  window.isAtRest = async (): Promise<boolean> => {
     const moves = ({ playState, effect }: Animation): boolean =>
       playState === "running" && Number(effect?.getComputedTiming().endTime) < 5000;
     // An animation may begin with one of the next frames of the screen.
@@ -197,7 +193,14 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
     }
     return true;
   };
-  Object.assign(window, { lights, isAtRest, asks: () => asks });
+}
+
+/** Runs in the page before all else: what it has stored, and the camera that no test machine has. */
+function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stored">): void {
+  if (localStorage.length === 0) Object.assign(localStorage, stored);
+  const lights: boolean[] = [];
+  let asks = 0;
+  Object.assign(window, { lights, asks: () => asks });
   if (camera === "own") {
     // Looked at, and left as it is.
     const { prototype } = MediaDevices;
@@ -438,6 +441,7 @@ export class EngineVisit {
 
   async reload(): Promise<void> {
     await this.window.open(this.address);
+    await this.ask(addRest);
   }
 
   /** Once the page is kept for it. */
