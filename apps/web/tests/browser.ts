@@ -16,7 +16,7 @@ import { addTorch, axe, build, serious, serveSite } from "./site";
 /** How one visitor comes. */
 export interface Visitor extends Pick<
   BrowserContextOptions,
-  "colorScheme" | "reducedMotion" | "userAgent" | "viewport"
+  "colorScheme" | "reducedMotion" | "serviceWorkers" | "userAgent" | "viewport"
 > {
   /**
    * The recording of a generated finger before the camera, that of 72 beats per minute unless it is told; or

@@ -84,6 +84,7 @@ it.concurrent.for(engines)(
       ["none", "Camera not found"],
     ] as const) {
       await visit.bring(camera);
+      await visit.sees("Tap START");
       await visit.tap("START");
       await visit.sees(told);
       await visit.picture(`camera-${camera}`);

@@ -178,7 +178,8 @@ it("languages that the browser refuses are told, and the next one is written in"
 });
 
 it("a part that does not come is told", async () => {
-  const visit = await visitPage();
+  // Nobody has brought it before.
+  const visit = await visitPage({ serviceWorkers: "block" });
   await visit.page.route("**/results*.js", (route) => route.abort());
   await visit.tap("Results");
   await visit.alert("This page does not open").waitFor();

@@ -162,8 +162,8 @@ it("a finger that comes late, leaves and is too bright is told of, and doubted",
     "Unsure: this camera sees next to no pulse in blue light",
   );
   expect(await page.getByRole("status").filter({ hasText: doubt }).count()).toBe(1);
-  expect(await overlaps(visit)).toEqual([]);
   await visit.inspect("doubt-absent-night");
+  expect(await overlaps(visit)).toEqual([]);
   await page.emulateMedia({ colorScheme: "light" });
   await visit.inspect("doubt-absent");
 });
