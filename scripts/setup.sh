@@ -23,7 +23,7 @@ testing=(
   # what shows the manual page
   groff-base
   # the browsers that the phone app is tested in, and the screen that the last one wants
-  chromium firefox-esr webkit2gtk-driver xvfb
+  chromium chromium-headless-shell firefox-esr webkit2gtk-driver xvfb
 )
 linting=(clang-format-14 clang-tidy-14)
 # the sanitizers and the search of the second compiler

@@ -32,6 +32,8 @@ export interface Visitor extends Pick<
   readonly host?: string;
   /** By the server for phones in the same network. */
   readonly byPhone?: boolean;
+  /** By the browser with its dialogs and menus; the others come by its engine alone, which is half the work. */
+  readonly isWhole?: boolean;
   /** What the browser lacks or does badly. */
   readonly lacks?: "video frames" | "the core" | "storage" | "languages";
 }
@@ -269,7 +271,7 @@ function takeAway(what: string): void {
   }
 }
 
-/** The browsers of a file's tests, by their cameras. */
+/** The browsers of a file's tests, by their kinds and cameras. */
 const browsers = new Map<string, Promise<Browser>>();
 /** Those that the page comes from, by their settings. */
 const servers = new Map<string, Promise<PreviewServer>>();
@@ -278,7 +280,7 @@ afterAll(async () => {
   for (const server of servers.values()) await (await server).close();
 });
 
-function launch(camera: NonNullable<Visitor["camera"]>): Promise<Browser> {
+function launch(camera: NonNullable<Visitor["camera"]>, isWhole: boolean): Promise<Browser> {
   const args = [
     "--disable-gpu",
     "--ignore-certificate-errors",
@@ -289,15 +291,18 @@ function launch(camera: NonNullable<Visitor["camera"]>): Promise<Browser> {
     args.push("--use-fake-ui-for-media-stream");
     args.push(`--use-file-for-fake-video-capture=${build}web-recordings/${camera}.y4m`);
   }
-  const executablePath = process.env["CHROMIUM"] ?? "/usr/bin/chromium";
+  const executablePath = isWhole
+    ? (process.env["CHROMIUM"] ?? "/usr/bin/chromium")
+    : (process.env["CHROMIUM_ENGINE"] ?? "/usr/bin/chromium-headless-shell");
   return chromium.launch({ executablePath, args });
 }
 
 /** Opens the page; at the end of the test it is closed, and must have had no problems. */
 export async function visitPage(visitor: Visitor = {}): Promise<Visit> {
-  const camera = visitor.camera ?? "72";
-  const browser = browsers.get(camera) ?? launch(camera);
-  browsers.set(camera, browser);
+  const { camera = "72", isWhole = camera === "refused" } = visitor;
+  const kind = `${camera} ${isWhole}`;
+  const browser = browsers.get(kind) ?? launch(camera, isWhole);
+  browsers.set(kind, browser);
   const config = `${visitor.byPhone ? "phone/" : ""}vite.config.ts`;
   const server = servers.get(config) ?? serveSite(config);
   servers.set(config, server);
