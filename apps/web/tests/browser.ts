@@ -206,7 +206,7 @@ export class Visit {
     await session.detach();
   }
 
-  /** Keeps a picture of the screen to be looked at, and asks axe-core whether everybody can use it. */
+  /** Keeps a picture of the screen to be looked at, and has it judged. */
   async inspect(screen: string): Promise<void> {
     await this.still();
     // What goes on for as long as it is shown stands still for the picture, between two fades.
@@ -216,12 +216,21 @@ export class Visit {
         each.currentTime = 1000;
       }
     });
-    await this.page.screenshot({ path: `${build}web-pictures/${screen}.png` });
-    await this.page.evaluate(axe);
-    const { passes, violations } = await this.page.evaluate(() => window.axe.run());
+    await this.picture(screen);
+    await this.judge(screen);
     await this.page.evaluate(() => {
       for (const each of document.getAnimations()) each.play();
     });
+  }
+
+  async picture(screen: string): Promise<void> {
+    await this.page.screenshot({ path: `${build}web-pictures/${screen}.png` });
+  }
+
+  /** Asks axe-core whether everybody can use the screen. */
+  async judge(screen: string): Promise<void> {
+    await this.page.evaluate(axe);
+    const { passes, violations } = await this.page.evaluate(() => window.axe.run());
     expect(passes.length, screen).toBeGreaterThan(0);
     expect(serious(violations), screen).toEqual([]);
   }

@@ -132,7 +132,10 @@ async function openWebKit(look: Visitor, atEnd: End): Promise<Window> {
     XDG_CONFIG_HOME: home,
     XDG_DATA_HOME: home,
     XDG_CACHE_HOME: home,
-    MESA_SHADER_CACHE_DISABLE: "true",
+    // Without a graphics processor: shaders are compiled once for all runs, tiles are painted without them.
+    MESA_SHADER_CACHE_DIR: `${build}webkit-shaders`,
+    WEBKIT_SKIA_ENABLE_CPU_RENDERING: "1",
+    LP_NUM_THREADS: "1",
     GTK_THEME: look.night ? "Adwaita:dark" : "Adwaita",
   });
   const send = async (method: string, path: string, body?: object): Promise<unknown> => {
@@ -419,6 +422,7 @@ export class EngineVisit {
     await this.window.resize(width, height);
     // WebKit's window has 334 points at least.
     await this.until((wanted) => Math.abs(innerWidth - wanted) < 20, width);
+    await this.until(() => window.isAtRest());
     return this.ask(() => {
       const start = [...document.querySelectorAll("button")].find(
         (each) => each.textContent.trim() === "START",
