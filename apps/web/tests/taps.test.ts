@@ -41,7 +41,7 @@ it("START twice looks tapped at once, opens one camera and counts down once", as
     };
     return tracks;
   });
-  for (let spacing = 0; spacing <= 400; spacing += 20) {
+  for (let spacing = 0; spacing <= 400; spacing += 40) {
     await visit.page.locator('[data-element="beginButton"]:not([inert])').waitFor();
     await visit.still();
     const begin = visit.element("beginButton");
