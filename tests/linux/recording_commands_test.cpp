@@ -129,6 +129,8 @@ TEST_F(RecordingCommandsTest, ARecordingIsReadOnceForAllItsWindowsWhichMeasureAs
        {std::pair{"a.mp4", "iPhone8,1"}, {"a.mp4", "iPhone3,1"}, {"a.csv", "iPhone8,1"}}) {
     SCOPED_TRACE(name + std::string(" ") + device);
     SynthOptions synthetic = options(name, 26);
+    synthetic.width = 160;
+    synthetic.height = 120;
     ASSERT_EQ(synth(synthetic), "");
     std::string original = elsewhere.write(name, contentsOf(synthetic.output));
     if (original.ends_with("4")) {
