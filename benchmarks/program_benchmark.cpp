@@ -68,7 +68,7 @@ class Folder {
       options.bpm = 60 + i % 20;
       options.seed = static_cast<std::uint64_t>(i);
       options.seconds = 60;
-      runSynth(options);
+      drawRecording(options);
     }
   }
 

@@ -1,5 +1,7 @@
 #include "apps/cli/synth_command.h"
 
+#include <unistd.h>
+
 #include <charconv>
 #include <cmath>
 #include <filesystem>
@@ -8,6 +10,8 @@
 #include "apps/cli/decimal.h"
 #include "apps/cli/exit_status.h"
 #include "apps/cli/progress_bar.h"
+#include "apps/cli/terminal.h"
+#include "platform/format.h"
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/synthetic_finger.h"
@@ -68,9 +72,9 @@ void writeSeries(const SynthOptions& options, const ColourAt& colourAt, std::int
 void writeVideo(const SynthOptions& options, const ColourAt& colourAt, std::int64_t frames) {
   const std::size_t width = options.width + options.width % 2;
   const std::size_t height = options.height + options.height % 2;
-  const auto video = videos().create(options.output, width, height, options.fps);
+  const auto video = videos().create(options.output, {width, height, options.fps, options.noise});
   const FingerPainter painter(width, height, options.noise, options.seed);
-  BgraFrame frame(width, height);
+  VideoFrame frame(width, height);
   ProgressBar bar("Drawing");
   for (std::int64_t index = 0; index < frames; ++index) {
     bar.show(static_cast<std::size_t>(index), static_cast<std::size_t>(frames));
@@ -78,6 +82,20 @@ void writeVideo(const SynthOptions& options, const ColourAt& colourAt, std::int6
     video->write(frame);
   }
   video->finish();
+}
+
+/// What was written, and what to do with it.
+std::string told(const SynthOptions& options, double seconds) {
+  std::string text = "Saved ";
+  appendDecimal(text, std::round(1000 * seconds) / 1000);
+  text += " s of a fingertip";
+  std::error_code unknown;
+  const auto bytes = static_cast<double>(std::filesystem::file_size(options.output, unknown));
+  // A pipe has none.
+  if (!unknown && bytes < 1e6) text += formatText(", %.0f KB,", std::ceil(bytes / 1e3));
+  if (!unknown && bytes >= 1e6) text += formatText(", %.1f MB,", bytes / 1e6);
+  const std::string name = printable(options.output);
+  return text + " in " + name + "; see veyla measure " + name + "\n";
 }
 
 /// The last row is a frame of its own.
@@ -97,31 +115,38 @@ void setSize(SynthOptions& options, const std::string& text) {
   }
 }
 
+double drawRecording(const SynthOptions& options) {
+  requireRanges(options);
+  constexpr double defaultSeconds = 30;
+  std::int64_t frames = framesIn(options.seconds.value_or(defaultSeconds), options.fps);
+  ColourAt colourAt;
+  if (options.from) {
+    const auto track = std::make_shared<ColourTrack>(*options.from);
+    if (!options.seconds) frames = framesOf(*track, options.fps);
+    colourAt = [track](double time) { return track->at(time); };
+  } else {
+    FingerOptions finger;
+    finger.bpm = options.bpm;
+    finger.spo2 = options.spo2;
+    finger.motion = options.motion;
+    finger.seed = options.seed;
+    colourAt = [generated = SyntheticFinger(finger)](double time) { return generated.at(time); };
+  }
+  complainWhenStopped("while drawing; " + options.output + " is not written");
+  if (isSeries(options.output)) {
+    writeSeries(options, colourAt, frames);
+  } else {
+    writeVideo(options, colourAt, frames);
+  }
+  return static_cast<double>(frames) / options.fps;
+}
+
 ExitStatus runSynth(const SynthOptions& options) {
   return exitStatusOf([&] {
-    requireRanges(options);
-    constexpr double defaultSeconds = 30;
-    std::int64_t frames = framesIn(options.seconds.value_or(defaultSeconds), options.fps);
-    ColourAt colourAt;
-    if (options.from) {
-      const auto track = std::make_shared<ColourTrack>(*options.from);
-      if (!options.seconds) frames = framesOf(*track, options.fps);
-      colourAt = [track](double time) { return track->at(time); };
-    } else {
-      FingerOptions finger;
-      finger.bpm = options.bpm;
-      finger.spo2 = options.spo2;
-      finger.motion = options.motion;
-      finger.seed = options.seed;
-      colourAt = [generated = SyntheticFinger(finger)](double time) { return generated.at(time); };
-    }
-    complainWhenStopped("while drawing; " + options.output + " is not written");
-    if (isSeries(options.output)) {
-      writeSeries(options, colourAt, frames);
-    } else {
-      writeVideo(options, colourAt, frames);
-    }
-    return ExitStatus::done;
+    const std::string text = told(options, drawRecording(options));
+    const bool isTold =
+        writes([&] { printOut(wrapped(text, terminalBehind(STDOUT_FILENO))); }, "done, but ");
+    return isTold ? ExitStatus::done : ExitStatus::unwritableData;
   });
 }
 

@@ -48,8 +48,11 @@ struct SynthOptions {
 /// Reads a size such as "640x480" into the options. Throws `UsageError`.
 void setSize(SynthOptions& options, const std::string& text);
 
-/// Errors go to standard error. Returns the exit status: 0 done, 2 wrong options, 3 the series
-/// cannot be read, 4 the output cannot be written.
+/// Writes the recording; returns its seconds. Throws `UsageError`, `InputError`, `OutputError`.
+double drawRecording(const SynthOptions& options);
+
+/// Does so and tells it. Errors go to standard error. Returns the exit status: 0 done, 2 wrong
+/// options, 3 the series cannot be read, 4 the output cannot be written.
 ExitStatus runSynth(const SynthOptions& options);
 
 }  // namespace veyla

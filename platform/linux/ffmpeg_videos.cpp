@@ -12,9 +12,8 @@ class FfmpegVideos : public Videos {
   std::unique_ptr<RecordingSource> open(const std::string& path, double from) const override {
     return std::make_unique<FfmpegSource>(path, from);
   }
-  std::unique_ptr<VideoFile> create(const std::string& path, std::size_t width, std::size_t height,
-                                    double framesPerSecond) const override {
-    return std::make_unique<VideoWriter>(path, width, height, framesPerSecond);
+  std::unique_ptr<VideoFile> create(const std::string& path, const VideoForm& form) const override {
+    return std::make_unique<VideoWriter>(path, form);
   }
 };
 

@@ -1,6 +1,7 @@
 #include "platform/linux/synthetic_finger.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -158,8 +159,7 @@ ChannelMeans ColourTrack::at(double time) {
           std::lerp(from.blue, to.blue, part)};
 }
 
-// Pixels are computed in whole numbers, `fraction` to a step of 8-bit samples. The tables of random
-// numbers are a good deal longer than a row, and every row of every frame starts at its own place.
+// Samples are computed in whole numbers, `fraction` to a step.
 namespace {
 
 constexpr int fractionBits = 8;
@@ -173,31 +173,64 @@ constexpr std::size_t tableSize = 1 << 16;
 constexpr double largestRelief = 0.18;
 constexpr double roomForRelief = 0.9;
 
-struct Channel {
-  std::int32_t mean;
-  std::int32_t relief;
-  std::int32_t noise;
+/// What the samples of a channel or a plane are made of.
+struct Swing {
+  /// In steps.
+  double mean;
+  double relief;
+  /// Of the tables' noise.
+  double noise;
 };
 
-Channel channelFor(double colour, double noise) {
+Swing swingOf(double colour, double noise) {
   const double value = clamped(colour);
   const double relief = std::min(largestRelief * value, roomForRelief * (largestSample - value));
   // Beyond three deviations there is hardly any noise to cut off.
   const double room = std::min(value - relief, largestSample - value - relief) / 3;
-  const double share = noise > 0 ? std::min(1.0, room / noise) : 0;
-  return {static_cast<std::int32_t>(std::lround(value * fraction)),
-          static_cast<std::int32_t>(std::lround(relief * fraction)),
-          static_cast<std::int32_t>(std::lround(std::max(share, 0.0) * part))};
+  return {value, relief, noise > 0 ? std::clamp(room / noise, 0.0, 1.0) : 0};
 }
 
-std::int32_t sampleOf(const Channel& channel, std::int32_t relief, std::int32_t noise,
-                      std::int32_t dither) {
+/// The plane that weights the channels so; `noise` says by how much it averages their noise.
+Swing plane(double black, const ChannelMeans& weights, const std::array<Swing, 3>& channels,
+            double noise) {
+  const auto& [red, green, blue] = channels;
+  return {black + weights.red * red.mean + weights.green * green.mean + weights.blue * blue.mean,
+          weights.red * red.relief + weights.green * green.relief + weights.blue * blue.relief,
+          noise * std::hypot(weights.red * red.noise, weights.green * green.noise,
+                             weights.blue * blue.noise)};
+}
+
+/// Brightness, blue, red.
+std::array<Swing, 3> planesOf(const std::array<Swing, 3>& channels, const ColourMatrix& matrix) {
+  constexpr double black = 16;
+  constexpr double luma = 219 / largestSample;
+  constexpr double grey = 128;
+  constexpr double chroma = 224 / largestSample / 2;
+  constexpr double ofFourPixels = 0.5;
+  const double green = 1 - matrix.red - matrix.blue;
+  const double blueLess = chroma / (1 - matrix.blue);
+  const double redLess = chroma / (1 - matrix.red);
+  return {plane(black, {luma * matrix.red, luma * green, luma * matrix.blue}, channels, 1),
+          plane(grey, {-blueLess * matrix.red, -blueLess * green, chroma}, channels, ofFourPixels),
+          plane(grey, {chroma, -redLess * green, -redLess * matrix.blue}, channels, ofFourPixels)};
+}
+
+/// One row of samples, each `distance` behind the one before. Narrow numbers are many at a time.
+template <std::size_t distance>
+void paintRow(const Swing& swing, const std::int16_t* reliefs, const SampleNoise& samples,
+              std::uint64_t row, std::size_t width, std::uint8_t* output) {
   constexpr std::int32_t half = 1 << (partBits - 1);
-  const std::int32_t deviation =
-      (channel.relief * relief + channel.noise * noise + half) >> partBits;
-  const std::int32_t value = channel.mean + deviation + dither;
-  return std::clamp(value, 0, (static_cast<std::int32_t>(largestSample) << fractionBits)) >>
-         fractionBits;
+  constexpr std::int32_t white = static_cast<std::int32_t>(largestSample) << fractionBits;
+  const auto mean = static_cast<std::int32_t>(std::lround(swing.mean * fraction));
+  const auto relief = static_cast<std::int16_t>(std::lround(swing.relief * fraction));
+  const auto noise = static_cast<std::int16_t>(std::lround(swing.noise * part));
+  const std::int16_t* const noises = samples.gaussian(row);
+  const std::int16_t* const dithers = samples.dither(row);
+  for (std::size_t x = 0; x < width; ++x) {
+    const std::int32_t deviation = (relief * reliefs[x] + noise * noises[x] + half) >> partBits;
+    const std::int32_t value = mean + deviation + dithers[x];
+    output[distance * x] = static_cast<std::uint8_t>(std::clamp(value, 0, white) >> fractionBits);
+  }
 }
 
 /// Parts of `largest`, centred on 0.
@@ -213,11 +246,7 @@ std::vector<std::int16_t> quantized(std::vector<double> values, double largest) 
   return result;
 }
 
-}  // namespace
-
-FingerPainter::FingerPainter(std::size_t width, std::size_t height, double noise,
-                             std::uint64_t seed)
-    : width_(width), height_(height), noise_(noise), seed_(mixed(seed + 2)) {
+std::vector<std::int16_t> reliefOf(std::size_t width, std::size_t height) {
   std::vector<double> values(width * height);
   for (std::size_t y = 0; y < height; ++y) {
     for (std::size_t x = 0; x < width; ++x) {
@@ -231,19 +260,21 @@ FingerPainter::FingerPainter(std::size_t width, std::size_t height, double noise
   }
   const auto [low, high] = std::minmax_element(values.begin(), values.end());
   // Both sides of the mean stay within 1.
-  relief_ = quantized(values, part / (*high - *low));
+  return quantized(values, part / (*high - *low));
+}
 
-  values.resize(tableSize);
-  for (std::size_t i = 0; i < tableSize; ++i) values[i] = gaussianAt(seed_, i);
+}  // namespace
+
+SampleNoise::SampleNoise(std::size_t width, double noise, std::uint64_t seed)
+    : gaussian_(tableSize), dither_(tableSize + width) {
+  std::vector<double> values(tableSize);
+  for (std::size_t i = 0; i < tableSize; ++i) values[i] = gaussianAt(seed, i);
   gaussian_ = quantized(values, noise * fraction);
-
-  // Every fraction equally often, in random order.
-  dither_.resize(tableSize + width);
   for (std::size_t i = 0; i < tableSize; ++i) {
     dither_[i] = static_cast<std::int16_t>(i % static_cast<std::size_t>(fraction));
   }
   for (std::size_t i = tableSize - 1; i > 0; --i) {
-    const auto j = static_cast<std::size_t>(randomAt(seed_ + 1, i) * static_cast<double>(i + 1));
+    const auto j = static_cast<std::size_t>(randomAt(seed + 1, i) * static_cast<double>(i + 1));
     std::swap(dither_[i], dither_[j]);
   }
   // A row may start anywhere in the tables and run on from their start.
@@ -254,26 +285,53 @@ FingerPainter::FingerPainter(std::size_t width, std::size_t height, double noise
   }
 }
 
+const std::int16_t* SampleNoise::gaussian(std::uint64_t row) const {
+  return gaussian_.data() + row % tableSize;
+}
+
+const std::int16_t* SampleNoise::dither(std::uint64_t row) const {
+  return dither_.data() + (row >> 32) % tableSize;
+}
+
+FingerPainter::FingerPainter(std::size_t width, std::size_t height, double noise,
+                             std::uint64_t seed)
+    : width_(width),
+      height_(height),
+      noise_(noise),
+      seed_(mixed(seed + 2)),
+      samples_(width, noise, seed_),
+      relief_(reliefOf(width, height)),
+      coarseRelief_(reliefOf(width / 2, height / 2)) {}
+
 void FingerPainter::paint(const ChannelMeans& colour, std::int64_t index, BgraFrame& frame) const {
-  const std::array<Channel, 3> channels{channelFor(colour.blue, noise_),
-                                        channelFor(colour.green, noise_),
-                                        channelFor(colour.red, noise_)};
+  const std::array<Swing, 3> channels{swingOf(colour.blue, noise_), swingOf(colour.green, noise_),
+                                      swingOf(colour.red, noise_)};
   std::uint64_t row = mixed(seed_ ^ static_cast<std::uint64_t>(index));
   for (std::size_t y = 0; y < height_; ++y) {
-    const std::int16_t* relief = relief_.data() + y * width_;
     std::uint8_t* pixels = frame.baseAddress() + y * frame.bytesPerRow();
     for (std::size_t c = 0; c < channels.size(); ++c) {
-      const Channel channel = channels[c];
       row = mixed(row);
-      const std::int16_t* noise = gaussian_.data() + row % tableSize;
-      const std::int16_t* dither = dither_.data() + (row >> 32) % tableSize;
-      for (std::size_t x = 0; x < width_; ++x) {
-        pixels[BgraFrame::bytesPerPixel * x + c] =
-            static_cast<std::uint8_t>(sampleOf(channel, relief[x], noise[x], dither[x]));
-      }
+      paintRow<BgraFrame::bytesPerPixel>(channels[c], relief_.data() + y * width_, samples_, row,
+                                         width_, pixels + c);
     }
     for (std::size_t x = 0; x < width_; ++x) {
       pixels[BgraFrame::bytesPerPixel * x + channels.size()] = 255;
+    }
+  }
+}
+
+void FingerPainter::paint(const ChannelMeans& colour, std::int64_t index, VideoFrame& frame) const {
+  const auto swings = planesOf(
+      {swingOf(colour.red, noise_), swingOf(colour.green, noise_), swingOf(colour.blue, noise_)},
+      VideoFrame::matrixFor(height_));
+  std::uint64_t row = mixed(seed_ ^ static_cast<std::uint64_t>(index));
+  for (std::size_t p = 0; p < swings.size(); ++p) {
+    auto& [width, height, samples] = frame.planes()[p];
+    const std::vector<std::int16_t>& relief = p == 0 ? relief_ : coarseRelief_;
+    for (std::size_t y = 0; y < height; ++y) {
+      row = mixed(row);
+      paintRow<1>(swings[p], relief.data() + y * width, samples_, row, width,
+                  samples.data() + y * width);
     }
   }
 }

@@ -9,6 +9,7 @@
 
 #include "platform/linux/bgra_frame.h"
 #include "platform/linux/recording_source.h"
+#include "platform/linux/video_frame.h"
 
 namespace veyla {
 
@@ -84,8 +85,25 @@ class ColourTrack {
   std::size_t position_ = 0;
 };
 
+/// The random numbers that samples are drawn with, in tables that are a good deal longer than a
+/// row: every row of every frame starts at its own place.
+class SampleNoise {
+ public:
+  /// A row is at most `width` long; `noise` as in `FingerOptions`.
+  SampleNoise(std::size_t width, double noise, std::uint64_t seed);
+
+  /// A row's, from the place that `row` chooses; in steps of 1/256.
+  const std::int16_t* gaussian(std::uint64_t row) const;
+  /// Every fraction equally often, in random order.
+  const std::int16_t* dither(std::uint64_t row) const;
+
+ private:
+  std::vector<std::int16_t> gaussian_;
+  std::vector<std::int16_t> dither_;
+};
+
 /// Draws what a camera shows of a fingertip of a given mean colour: a hot spot where the light
-/// comes in, a gradient over the frame, noise of each pixel, and whole 8-bit steps.
+/// comes in, a gradient over the frame, noise of each sample, and whole 8-bit steps.
 ///
 /// The mean over a frame follows the colour with its fractions, since rounding is dithered and both
 /// the gradient and the noise shrink where a channel has no room left below 0 or above 255, as they
@@ -97,16 +115,20 @@ class FingerPainter {
 
   /// Draws frame number `index`, on which the noise depends, into `frame` of the painter's size.
   void paint(const ChannelMeans& colour, std::int64_t index, BgraFrame& frame) const;
+  /// The same finger as a video's frame, whose noise is that of samples rather than of pixels;
+  /// both sizes even.
+  void paint(const ChannelMeans& colour, std::int64_t index, VideoFrame& frame) const;
 
  private:
   std::size_t width_;
   std::size_t height_;
   double noise_;
   std::uint64_t seed_;
-  /// How far each pixel lies above or below the mean, as parts of `relief`; 0 on average.
+  SampleNoise samples_;
+  /// How far each pixel lies above or below the mean, as parts of the relief; 0 on average.
   std::vector<std::int16_t> relief_;
-  std::vector<std::int16_t> gaussian_;
-  std::vector<std::int16_t> dither_;
+  /// Of each square of four.
+  std::vector<std::int16_t> coarseRelief_;
 };
 
 /// The generated fingertip as a recording of pixel frames at the size of the low preset.

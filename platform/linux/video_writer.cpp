@@ -1,11 +1,14 @@
 #include "platform/linux/video_writer.h"
 
 extern "C" {
+#include <libavutil/imgutils.h>
 #include <libavutil/opt.h>
 }
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <string_view>
@@ -29,7 +32,6 @@ constexpr std::array<Kind, 6> kinds{{{".mp4", "mp4", "libx264"},
                                      {".avi", "avi", "libx264"},
                                      {".webm", "webm", "libvpx-vp9"},
                                      {".y4m", "yuv4mpegpipe", "wrapped_avframe"}}};
-constexpr int highDefinitionRows = 720;
 
 const Kind& kindOf(const std::string& path) {
   const std::string ending = endingOf(path);
@@ -39,6 +41,26 @@ const Kind& kindOf(const std::string& path) {
   throw OutputError(path +
                     ": no kind of video has this ending; use .mp4, .mov, .mkv, .avi, .webm "
                     "or .y4m");
+}
+
+/// How coarsely x264 keeps samples: six more double its steps, of which 20 means 6.5. The pulse, a
+/// fraction of a step of brightness, stays as exact as in frames that are not compressed, since it
+/// shows in many samples; in a small frame these are fewer. Noise of half a step would take nearly
+/// all of the file, so that the steps grow with it, up to where the pulse itself would get lost.
+int x264QuantizerFor(const VideoForm& form) {
+  constexpr std::size_t largeRows = 480;
+  const double finest = form.height >= largeRows ? 20 : 17;
+  constexpr double coarsest = 32;
+  const double smoothing = 20 + 6 * std::log2(std::max(form.noise, 1.0) / 3);
+  return static_cast<int>(std::clamp(smoothing, finest, coarsest));
+}
+
+/// libvpx's, whose steps grow nearly as the number does.
+int vp9QuantizerFor(const VideoForm& form) {
+  constexpr double finest = 12;
+  constexpr double coarsest = 28;
+  constexpr double perNoise = 2;
+  return static_cast<int>(std::clamp(finest + perNoise * (form.noise - 2), finest, coarsest));
 }
 
 struct ReleaseMuxer {
@@ -52,23 +74,22 @@ struct ReleaseMuxer {
 
 class VideoWriter::Muxer {
  public:
-  Muxer(const std::string& path, int width, int height, double framesPerSecond)
+  Muxer(const std::string& path, const VideoForm& form)
       : path_(path), kind_(kindOf(path)), pending_(path) {
     ffmpeg::silenceLog();
-    if (width % 2 != 0 || height % 2 != 0) {
-      throw OutputError(path + ": a video's width and height must be even; choose others");
-    }
-    openEncoder(width, height, av_d2q(framesPerSecond, 1'000'000));
+    openEncoder(form);
     openFile();
-    openConverter();
+    openFrame();
   }
 
-  void write(const BgraFrame& frame) {
+  void write(const VideoFrame& frame) {
     check(av_frame_make_writable(frame_.get()));
-    // The libraries read as many entries as a frame may have planes.
-    const std::uint8_t* const rows[AV_NUM_DATA_POINTERS] = {frame.baseAddress()};
-    const int strides[AV_NUM_DATA_POINTERS] = {static_cast<int>(frame.bytesPerRow())};
-    sws_scale(converter_.get(), rows, strides, 0, codec_->height, frame_->data, frame_->linesize);
+    for (std::size_t i = 0; i < frame.planes().size(); ++i) {
+      const auto& [width, height, samples] = frame.planes()[i];
+      const auto stride = static_cast<int>(width);
+      av_image_copy_plane(frame_->data[i], frame_->linesize[i], samples.data(), stride, stride,
+                          static_cast<int>(height));
+    }
     frame_->pts = nextFrame_++;
     check(avcodec_send_frame(codec_.get(), frame_.get()));
     writePackets();
@@ -86,20 +107,21 @@ class VideoWriter::Muxer {
   }
 
  private:
-  void openEncoder(int width, int height, AVRational rate) {
+  void openEncoder(const VideoForm& form) {
     const AVCodec* encoder = avcodec_find_encoder_by_name(kind_.encoder);
     if (!encoder) {
       throw OutputError(path_ + ": this machine's FFmpeg lacks the encoder " + kind_.encoder +
                         "; use .y4m");
     }
     codec_.reset(avcodec_alloc_context3(encoder));
-    codec_->width = width;
-    codec_->height = height;
+    codec_->width = static_cast<int>(form.width);
+    codec_->height = static_cast<int>(form.height);
+    const AVRational rate = av_d2q(form.framesPerSecond, 1'000'000);
     codec_->time_base = av_inv_q(rate);
     codec_->framerate = rate;
     codec_->sample_aspect_ratio = {1, 1};
     codec_->pix_fmt = AV_PIX_FMT_YUV420P;
-    const bool highDefinition = height >= highDefinitionRows;
+    const bool highDefinition = form.height >= VideoFrame::highDefinitionRows;
     codec_->colorspace = highDefinition ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
     codec_->color_primaries = highDefinition ? AVCOL_PRI_BT709 : AVCOL_PRI_SMPTE170M;
     codec_->color_trc = highDefinition ? AVCOL_TRC_BT709 : AVCOL_TRC_SMPTE170M;
@@ -108,16 +130,14 @@ class VideoWriter::Muxer {
     codec_->max_b_frames = 0;
     const std::string_view name = kind_.encoder;
     if (name == "libx264") {
-      // A pulse is a fraction of one step of brightness. In a large frame it shows in the noise of
-      // many pixels, however coarsely each is kept; a small one has to keep them finer than an eye
-      // would ask for.
-      constexpr int largeRows = 480;
-      av_opt_set(codec_->priv_data, "crf", height >= largeRows ? "17" : "10", 0);
-      av_opt_set(codec_->priv_data, "preset", height >= largeRows ? "ultrafast" : "veryfast", 0);
+      av_opt_set_int(codec_->priv_data, "qp", x264QuantizerFor(form), 0);
+      // The saturation is in small differences between the channels.
+      av_opt_set_int(codec_->priv_data, "chromaoffset", -6, 0);
+      av_opt_set(codec_->priv_data, "preset", "ultrafast", 0);
     } else if (name == "libvpx-vp9") {
-      av_opt_set(codec_->priv_data, "crf", "4", 0);
-      codec_->qmin = 0;
-      codec_->qmax = 8;
+      codec_->qmin = vp9QuantizerFor(form);
+      codec_->qmax = codec_->qmin;
+      av_opt_set_int(codec_->priv_data, "crf", codec_->qmin, 0);
       av_opt_set(codec_->priv_data, "deadline", "realtime", 0);
       av_opt_set(codec_->priv_data, "cpu-used", "8", 0);
       av_opt_set(codec_->priv_data, "row-mt", "1", 0);
@@ -145,7 +165,7 @@ class VideoWriter::Muxer {
     check(avformat_write_header(muxer_.get(), nullptr));
   }
 
-  void openConverter() {
+  void openFrame() {
     frame_.reset(av_frame_alloc());
     frame_->width = codec_->width;
     frame_->height = codec_->height;
@@ -153,15 +173,6 @@ class VideoWriter::Muxer {
     frame_->colorspace = codec_->colorspace;
     frame_->color_range = codec_->color_range;
     check(av_frame_get_buffer(frame_.get(), 0));
-
-    constexpr int flags = SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP;
-    converter_.reset(sws_getContext(codec_->width, codec_->height, AV_PIX_FMT_BGRA, codec_->width,
-                                    codec_->height, codec_->pix_fmt, flags, nullptr, nullptr,
-                                    nullptr));
-    check(converter_ ? 0 : AVERROR(ENOMEM));
-    constexpr int unchanged = 1 << 16;
-    sws_setColorspaceDetails(converter_.get(), sws_getCoefficients(SWS_CS_DEFAULT), 1,
-                             sws_getCoefficients(codec_->colorspace), 0, 0, unchanged, unchanged);
   }
 
   void writePackets() {
@@ -194,18 +205,15 @@ class VideoWriter::Muxer {
   AVStream* stream_ = nullptr;
   ffmpeg::Frame frame_;
   ffmpeg::Packet packet_{av_packet_alloc()};
-  ffmpeg::Scaler converter_;
   std::int64_t nextFrame_ = 0;
 };
 
-VideoWriter::VideoWriter(const std::string& path, std::size_t width, std::size_t height,
-                         double framesPerSecond)
-    : muxer_(std::make_unique<Muxer>(path, static_cast<int>(width), static_cast<int>(height),
-                                     framesPerSecond)) {}
+VideoWriter::VideoWriter(const std::string& path, const VideoForm& form)
+    : muxer_(std::make_unique<Muxer>(path, form)) {}
 
 VideoWriter::~VideoWriter() = default;
 
-void VideoWriter::write(const BgraFrame& frame) { muxer_->write(frame); }
+void VideoWriter::write(const VideoFrame& frame) { muxer_->write(frame); }
 
 void VideoWriter::finish() { muxer_->finish(); }
 

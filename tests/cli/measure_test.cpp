@@ -133,12 +133,16 @@ TEST_F(MeasureTest, TraceTellsEveryEstimateAndTheLogWhatTheApplicationDid) {
 TEST_F(MeasureTest, SyntheticFingertipsGiveTheirValuesAsVideoAndAsSeries) {
   // Exactly 90 would show every estimate, one each 5th frame, the same phase of its beats.
   struct {
-    std::string video, bpm, spo2;
-  } const fingers[] = {{"15.y4m", "48", "94"}, {"25.mkv", "150", "97"}};
-  for (const auto& [video, bpm, spo2] : fingers) {
+    std::string video, bpm, spo2, size;
+  } const fingers[] = {{"15.y4m", "48", "94", "14.9 MB"},
+                       {"25.mkv --noise 3", "150", "97", "[34].. KB"}};
+  for (const auto& [drawn, bpm, spo2, size] : fingers) {
+    const std::string video = drawn.substr(0, 6);
     SCOPED_TRACE(video);
-    done("synth " + video + " --bpm " + bpm + " --spo2 " + spo2 + " --fps " + video.substr(0, 2) +
-         " --seconds 24 --size 192x144");
+    EXPECT_THAT(done("synth " + drawn + " --bpm " + bpm + " --spo2 " + spo2 + " --fps " +
+                     video.substr(0, 2) + " --seconds 24 --size 192x144"),
+                MatchesRegex("Saved 24 s of a fingertip, " + size + ", in " + video +
+                             "; see veyla measure " + video + "\n"));
     const Json report = reportOf(video);
     EXPECT_NEAR(report["heartrate"].get<double>(), std::stod(bpm), bin);
     // Fast beats lose their ends between frames.
