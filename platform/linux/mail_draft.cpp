@@ -87,30 +87,33 @@ bool isPlainAddress(const std::string& text) {
 
 }  // namespace
 
-std::string mailSender() {
+Sender mailSender() {
   if (const char* text = std::getenv("EMAIL")) {
     initializeOnce();
     const Owned<InternetAddressList> list(internet_address_list_parse(nullptr, text));
     InternetAddress* first = list ? internet_address_list_get_address(list.get(), 0) : nullptr;
     if (INTERNET_ADDRESS_IS_MAILBOX(first)) {
       std::string address = internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(first));
-      if (isPlainAddress(address)) return address;
+      const char* name = internet_address_get_name(first);
+      if (isPlainAddress(address)) return {name ? name : "", address};
     }
   }
   const passwd* user = getpwuid(getuid());
   std::array<char, HOST_NAME_MAX + 1> host{};
   const bool isNamed = gethostname(host.data(), host.size() - 1) == 0 && host.front() != 0;
-  return std::string(user && user->pw_name ? user->pw_name : "user") + "@" +
-         (isNamed ? host.data() : "localhost");
+  return {"", std::string(user && user->pw_name ? user->pw_name : "user") + "@" +
+                  (isNamed ? host.data() : "localhost")};
 }
 
-std::string mailDraft(const Mail& mail, const std::string& sender, Date date) {
+std::string mailDraft(const Mail& mail, const Sender& sender, Date date) {
   initializeOnce();
   const Owned<GMimeMessage> message(g_mime_message_new(TRUE));
   GMimeObject* headers = GMIME_OBJECT(message.get());
   // What makes mail programs open the file as a mail to be sent and not as one that came.
   g_mime_object_set_header(headers, "X-Unsent", "1", nullptr);
-  g_mime_message_add_mailbox(message.get(), GMIME_ADDRESS_TYPE_FROM, nullptr, sender.c_str());
+  g_mime_message_add_mailbox(message.get(), GMIME_ADDRESS_TYPE_FROM,
+                             sender.name.empty() ? nullptr : sender.name.c_str(),
+                             sender.address.c_str());
   g_mime_message_set_subject(message.get(), mail.subject.c_str(), charset);
   for (const std::string& recipient : mail.recipients) {
     g_mime_message_add_mailbox(message.get(), GMIME_ADDRESS_TYPE_TO, nullptr, recipient.c_str());

@@ -7,13 +7,20 @@
 
 namespace veyla {
 
+/// Whom a mail is from.
+struct Sender {
+  /// In UTF-8; may be empty.
+  std::string name;
+  std::string address;
+};
+
 /// The mail as a message in the form of RFC 5322, with lines that end in CRLF: a draft, which mail
 /// programs open for editing. A body that is not HTML is plain text; attachments keep every byte.
-/// `sender` is an address, which the form asks for; a mail program puts its own account in place.
-std::string mailDraft(const Mail& mail, const std::string& sender, Date date);
+/// The form asks for a sender; a mail program puts its own account in place.
+std::string mailDraft(const Mail& mail, const Sender& sender, Date date);
 
-/// The user's address: the first of $EMAIL, which may bear a name, where it is a plain one, or else
-/// the user's name at this machine.
-std::string mailSender();
+/// The user: the first of $EMAIL where its address is a plain one, or else the user's name at this
+/// machine.
+Sender mailSender();
 
 }  // namespace veyla

@@ -1,5 +1,6 @@
 #include "platform/linux/mail_draft.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -7,12 +8,14 @@
 namespace veyla {
 namespace {
 
+using testing::HasSubstr;
+
 /// The draft with line feeds alone at the ends of its lines, which must all be those of mails, and
 /// "=" for the boundary between its parts.
 std::string draftOf(const Mail& mail) {
   setenv("TZ", "UTC", 1);
   // 2024-03-05 14:07:00 and a part of a second.
-  std::string draft = mailDraft(mail, "me@example.org", Date{1709647620.75});
+  std::string draft = mailDraft(mail, {"", "me@example.org"}, Date{1709647620.75});
   const auto removeAll = [&](const std::string& text) {
     for (std::size_t at = 0; (at = draft.find(text, at)) != draft.npos;) {
       draft.erase(at, text.size());
@@ -60,13 +63,18 @@ RGF0ZQoNCj0zRCAuCi4KRnJvbSBoZXJl
 )");
 }
 
-TEST(MailDraftTest, TheSenderIsTheUsersAddressWithoutItsName) {
-  for (const char* text : {"zoe@example.org", "Zo\u00eb <zoe@example.org>, other@example.org"}) {
+TEST(MailDraftTest, TheSenderIsTheUserWithTheNameAsMailsSpellIt) {
+  for (const auto& [text, written] :
+       {std::pair{"zoe@example.org", "zoe@example.org"},
+        {"Zo\u00eb M\u00fcller <zoe@example.org>, other@example.org",
+         "=?iso-8859-1?b?Wm/rIE38bGxlcg==?= <zoe@example.org>"},
+        {"\"Zoe, M.\" <zoe@example.org>", "\"Zoe, M.\" <zoe@example.org>"}}) {
     setenv("EMAIL", text, 1);
-    EXPECT_EQ(mailSender(), "zoe@example.org") << text;
+    EXPECT_THAT(mailDraft({}, mailSender(), {}),
+                HasSubstr("From: " + std::string(written) + "\r\n"));
   }
   setenv("EMAIL", "<", 1);
-  EXPECT_NE(mailSender().find('@'), std::string::npos) << "the user at this machine";
+  EXPECT_NE(mailSender().address.find('@'), std::string::npos) << "the user at this machine";
 }
 
 }  // namespace
