@@ -40,11 +40,11 @@ function fileListForServiceWorker(): Plugin {
 
 /**
  * What the first screen waits for comes at once, and not only when the script that wants it is there: the core, and
- * what the library's navigation loads for its way back.
+ * what the library's navigation loads for its way back. What the first paint shows is decided before it.
  */
-function firstScreenPreload(): Plugin {
+function firstScreen(): Plugin {
   return {
-    name: "first-screen-preload",
+    name: "first-screen",
     apply: "build",
     transformIndexHtml(_html, { bundle = {} }): HtmlTagDescriptor[] {
       const core = Object.keys(bundle).filter((name) => name.endsWith(".wasm"));
@@ -58,14 +58,15 @@ function firstScreenPreload(): Plugin {
       ]);
       if (core.length !== 1 || scripts.length === 0)
         throw new Error("what the first screen waits for is not found");
-      return [
+      const links = [
         ...core.map((name) => ({ rel: "preload", as: "fetch", href: `./${name}` })),
         ...scripts.map((name) => ({ rel: "modulepreload", href: `./${name}` })),
       ].map((attrs) => ({
         tag: "link",
         injectTo: "head",
         attrs: { ...attrs, crossorigin: "anonymous" },
-      }));
+      })) satisfies HtmlTagDescriptor[];
+      return [{ tag: "script", injectTo: "head", attrs: { src: "./first-visit.js" } }, ...links];
     },
   };
 }
@@ -90,5 +91,5 @@ export default defineConfig({
     assetsInlineLimit: 0,
     chunkSizeWarningLimit: 1000,
   },
-  plugins: [firstScreenPreload(), fileListForServiceWorker()],
+  plugins: [firstScreen(), fileListForServiceWorker()],
 });

@@ -261,7 +261,7 @@ async function start(): Promise<void> {
   loaded.launch();
   const root = document.querySelector<HTMLElement>("ion-app");
   if (root) await navigator.start(measuring.page, root);
-  document.querySelector(".first-paint")?.remove();
+  for (const each of document.querySelectorAll(".first-paint")) each.remove();
   startServiceWorker();
   if (!storage.lasts) {
     const line = "This browser keeps nothing for this page. Results are gone when it is closed.";

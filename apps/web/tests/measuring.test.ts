@@ -37,6 +37,31 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   const visit = await visitPage({ stored: {} });
   const { page } = visit;
 
+  // What was there to be read while the core loaded stands where the introduction says it.
+  await visit.heading("Step 1: Calibrate").waitFor();
+  const beginnings = await page.evaluate(async () => {
+    const html = await (await fetch("./")).text();
+    const first = new DOMParser()
+      .parseFromString(html, "text/html")
+      .querySelector("div.first-paint");
+    if (first) document.body.append(first);
+    const said = [first, document.querySelector(".intro")].map((beginning) =>
+      ["h1", "svg, img", "p"].map((part) => {
+        const element = beginning?.querySelector(part);
+        const {
+          x = NaN,
+          y = NaN,
+          width = NaN,
+          height = NaN,
+        } = element?.getBoundingClientRect() ?? {};
+        return [part.startsWith("svg") || element?.textContent, x + width / 2, y + height / 2];
+      }),
+    );
+    first?.remove();
+    return said;
+  });
+  expect(beginnings[0]).toEqual(beginnings[1]);
+
   // The introduction, page by page: whole on the smallest phone, and nothing jumps from one to the next.
   const usual = { width: 390, height: 844 };
   const places = new Set<string>();
