@@ -37,11 +37,29 @@ inline std::vector<std::string> namesOf(const CLI::Option& option) {
   return names;
 }
 
-inline constexpr std::array<std::pair<const char*, const char*>, 5> environment{
+/// What the command takes, in a line.
+inline std::string usageOf(std::string name, const CLI::App& command) {
+  if (!commandsOf(command).empty()) {
+    name += command.get_require_subcommand_min() > 0 ? " COMMAND" : " [COMMAND]";
+  }
+  for (const CLI::Option* option : optionsOf(command)) {
+    if (!option->get_required()) continue;
+    name += " " + namesOf(*option).front() + " " + option->get_type_name();
+  }
+  for (const CLI::Option* each : positionalsOf(command)) {
+    const std::string form =
+        each->get_name(true) + (each->get_items_expected_max() > 1 ? "..." : "");
+    name += " " + (each->get_required() ? form : "[" + form + "]");
+  }
+  return name + " [OPTION]...";
+}
+
+inline constexpr std::array<std::pair<const char*, const char*>, 6> environment{
     {{"XDG_DATA_HOME", "the data folder is its folder veyla, where it is set"},
      {"TZ", "the time zone of dates"},
      {"LC_ALL, LC_TIME, LANG", "the locale of dates, the first that is set"},
      {"EMAIL", "the sender of drafts of mails"},
+     {"COLUMNS", "at most so many columns of a terminal are used, and so many of a pipe"},
      {"NO_COLOR", "no colours, where it is set"}}};
 
 inline std::vector<std::pair<std::string, const char*>> exitStatuses() {

@@ -21,6 +21,7 @@
 #include "apps/cli/evaluate_command.h"
 #include "apps/cli/exit_status.h"
 #include "apps/cli/health_command.h"
+#include "apps/cli/help_formatter.h"
 #include "apps/cli/history_command.h"
 #include "apps/cli/measure_command.h"
 #include "apps/cli/number_range.h"
@@ -28,7 +29,6 @@
 #include "apps/cli/recording_time.h"
 #include "apps/cli/series_command.h"
 #include "apps/cli/synth_command.h"
-#include "apps/cli/terminal.h"
 #include "platform/linux/output_file.h"
 
 namespace {
@@ -437,33 +437,6 @@ std::string explained(const CLI::ParseError& error, const CLI::App& program) {
   return error.what() + help;
 }
 
-/// Breaks the lines of descriptions where the terminal ends, and names in a usage what it takes.
-class HelpFormatter : public CLI::Formatter {
- public:
-  std::string make_usage(const CLI::App* command, std::string name) const override {
-    std::string usage = CLI::Formatter::make_usage(command, std::move(name));
-    std::string required;
-    for (const CLI::Option* option : command->get_options()) {
-      if (option->get_positional() || !option->get_required()) continue;
-      required += option->get_name() + " " + option->get_type_name() + " ";
-    }
-    const std::size_t at = usage.find("[OPTIONS]");
-    return at == usage.npos ? usage : usage.insert(at, required);
-  }
-  std::string make_option_desc(const CLI::Option* option) const override {
-    return besideNames(CLI::Formatter::make_option_desc(option));
-  }
-
- private:
-  std::string besideNames(const std::string& description) const {
-    constexpr std::size_t fewestColumns = 20;
-    veyla::Terminal terminal = veyla::terminalBehind(STDOUT_FILENO);
-    const std::size_t names = get_column_width();
-    terminal.columns = std::max(terminal.columns, names + fewestColumns) - names;
-    return veyla::wrapped(description, terminal);
-  }
-};
-
 /// A stream that is closed at the start would give its number to the next file that is opened, and
 /// what is meant for the stream would be written into that file. Opened the wrong way around, it
 /// refuses to be used instead.
@@ -487,10 +460,11 @@ int main(int argc, char** argv) {
 
   CLI::App program("Measures heart rate and SpO2 from recordings of a fingertip on a camera.",
                    "veyla");
-  program.set_version_flag("--version", "veyla " VEYLA_VERSION);
+  program.set_help_flag("-h,--help", "print this");
+  program.set_version_flag("--version", "veyla " VEYLA_VERSION, "print the version");
   program.require_subcommand(1);
   // The commands have it from the program.
-  program.formatter(std::make_shared<HelpFormatter>());
+  program.formatter(std::make_shared<veyla::HelpFormatter>());
   ExitStatus status = ExitStatus::done;
 
   veyla::MeasureOptions measureOptions;

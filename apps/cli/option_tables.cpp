@@ -29,29 +29,13 @@ std::string form(const CLI::Option& option) {
   return names;
 }
 
-std::string positionalForm(const CLI::Option& option) {
-  const std::string name =
-      option.get_name(true) + (option.get_items_expected_max() > 1 ? "..." : "");
-  return option.get_required() ? name : "[" + name + "]";
-}
-
-std::string usage(const std::string& name, const CLI::App& command) {
-  std::string line = name;
-  for (const CLI::Option* option : optionsOf(command)) {
-    if (!option->get_required()) continue;
-    line += " " + namesOf(*option).front() + " " + option->get_type_name();
-  }
-  for (const CLI::Option* each : positionalsOf(command)) line += " " + positionalForm(*each);
-  return line + " [OPTION]...";
-}
-
 std::string block(const std::string& name, const std::string& text) {
   return "<!-- " + name + " -->\n" + text + "<!-- end -->\n";
 }
 
 /// The table of a command, and those of the commands within it.
 std::string commandTables(const std::string& name, const CLI::App& command) {
-  std::string text = code(usage(name, command)) + "\n\n" + asSentence(command.get_description()) +
+  std::string text = code(usageOf(name, command)) + "\n\n" + asSentence(command.get_description()) +
                      "\n\n" + heads("option");
   for (const CLI::Option* each : positionalsOf(command)) {
     const std::string& choices = each->get_type_name();

@@ -64,23 +64,29 @@ Terminal terminalBehind(int fileDescriptor) {
   terminal.color = terminal.interactive && environment("NO_COLOR").empty();
   terminal.unicode = localeSpeaksUnicode();
   winsize size{};
-  if (::ioctl(fileDescriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0) {
+  const bool isSized =
+      ::ioctl(fileDescriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0;
+  if (isSized) {
     terminal.columns = size.ws_col;
     terminal.rows = size.ws_row;
   }
+  // A width that is left over from a larger window would break every line.
+  constexpr std::size_t fewestColumns = 20;
+  const std::size_t wanted = std::strtoul(environment("COLUMNS").data(), nullptr, 10);
+  if (wanted >= fewestColumns && (!isSized || wanted < terminal.columns)) terminal.columns = wanted;
   return terminal;
 }
 
-std::string wrapped(const std::string& text, const Terminal& terminal, std::size_t indent) {
-  if (!terminal.interactive) return text;
+std::string brokenAt(std::size_t columns, const std::string& text, std::size_t indent) {
   std::string result;
   std::size_t column = 0;
   for (std::size_t at = 0; at < text.size();) {
     // A word with the blanks before it, which stay behind where the line breaks.
     const std::size_t word = std::min(text.find_first_not_of(' ', at), text.size());
-    const std::size_t end = std::min(text.find_first_of(" \n", word), text.size());
+    const std::size_t stop = std::min(text.find_first_of(" \n|", word), text.size());
+    const std::size_t end = stop < text.size() && text[stop] == '|' ? stop + 1 : stop;
     const std::size_t width = columnsOf(text.substr(word, end - word));
-    if (column > 0 && column + (word - at) + width > terminal.columns) {
+    if (column > 0 && column + (word - at) + width > columns) {
       result += '\n' + std::string(indent, ' ');
       column = indent;
     } else {
@@ -97,6 +103,10 @@ std::string wrapped(const std::string& text, const Terminal& terminal, std::size
     }
   }
   return result;
+}
+
+std::string wrapped(const std::string& text, const Terminal& terminal, std::size_t indent) {
+  return terminal.interactive ? brokenAt(terminal.columns, text, indent) : text;
 }
 
 HiddenCursor::HiddenCursor() {

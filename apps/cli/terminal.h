@@ -15,11 +15,14 @@ struct Terminal {
 };
 
 /// The terminal behind a file descriptor, by its kind, its size and the environment (TERM,
-/// NO_COLOR, the locale).
+/// NO_COLOR, COLUMNS, the locale).
 Terminal terminalBehind(int fileDescriptor);
 
-/// The text with its lines broken between words where the terminal ends, and what is left of each
-/// indented by so many columns; as it is for a stream that is none.
+/// The text with its lines broken behind so many columns, between words or behind a bar between
+/// choices, and what is left of each indented.
+std::string brokenAt(std::size_t columns, const std::string& text, std::size_t indent);
+
+/// Broken where the terminal ends; as it is for a stream that is none.
 std::string wrapped(const std::string& text, const Terminal& terminal, std::size_t indent = 0);
 
 /// Hides the cursor while it lives; also brings it back when the program is interrupted.

@@ -54,6 +54,24 @@ TEST_F(TerminalTest, WhatIsLeftOfALineIsIndentedOnANarrowTerminal) {
   EXPECT_THAT(onTerminal("history --data data", 40).out, ContainsRegex("bpm  97%\r\n     [A-Z]"));
 }
 
+TEST_F(TerminalTest, HelpFitsTheWidthThatIsWantedAndLosesNothing) {
+  const auto withoutBlanks = [](std::string text) {
+    std::erase_if(text, isspace);
+    return text;
+  };
+  const auto help = [&](const std::string& command, const char* columns) {
+    environment["COLUMNS"] = columns;
+    return done(command + "--help");
+  };
+  for (const std::string command : {"", "measure ", "history label "}) {
+    const std::string narrow = help(command, "40");
+    EXPECT_THAT(widestLine(narrow), AllOf(Gt(35), Le(40))) << narrow;
+    EXPECT_EQ(withoutBlanks(narrow), withoutBlanks(help(command, "240")));
+  }
+  environment["COLUMNS"] = "240";
+  EXPECT_LE(widestLine(onTerminal("measure --help", 40).out), 40);
+}
+
 TEST_F(TerminalTest, PlainTerminalsGetPlainText) {
   environment["LC_ALL"] = "C";
   EXPECT_THAT(onTerminal(measure).out, ContainsRegex("\x1b\\[[0-9;]*m"));
