@@ -150,13 +150,29 @@ trace() {
   strace $follow -qq "${@:2}"
 }
 some() { ((turn++ % workers == TORTURE_WORKER)) && ((scale > 0 || RANDOM % 20 == 0)); }
+# What a power loss would cost, of the calls in their order: pages go into the store once the journal that can take
+# them back is on the disk, the journal goes once they are there, and what is told of is there, the journal gone.
+unsafe_order() {
+  awk -v store="<$data/veyla.db>" -v journal="<$data/veyla.db-journal>" -v folder="<$data>" '
+    function need(fact, what) { if (!fact && !found++) print what ": " $0 }
+    BEGIN { stored = gone = 1 }
+    /unlink.*veyla.db-journal/ { need(stored, "the journal goes before the store is on the disk"); kept = gone = 0 }
+    index($0, journal) && /(write|truncate)/ { kept = 0 }
+    index($0, journal) && /sync/ { kept = 1 }
+    index($0, store) && /(write|truncate)/ { need(kept, "the store changes before its journal is on the disk"); stored = 0 }
+    index($0, store) && /sync/ { stored = 1 }
+    index($0, folder) && /sync/ { gone = 1 }
+    / write\(1[<,]/ { need(stored && gone, "told before it is on the disk") }
+    END { need(stored && gone, "not on the disk at the end") }' "$1"
+}
 calls_of() { # calls, command; a line for each that writes or reads what is ours: its name and its number among those of the name
   local calls=$1
   shift
   again
   trace "$1" -y -o calls -e trace="$calls" "$program" "$@" >/dev/null 2>&1
   # An output that is not on the disk when it takes its name is lost with the power.
-  ! grep -qE 'rename[^ ]*\(.*\.part' calls || grep -qE 'f(data)?sync\([0-9]+<[^>]*\.part' calls || touch unsynced
+  unsafe_order calls >>unsynced
+  ! grep -qE 'rename[^ ]*\(.*\.part' calls || grep -qE 'f(data)?sync\([0-9]+<[^>]*\.part' calls || echo "an output takes its name before it is synchronized" >>unsynced
   for output in out*; do cp "$output" "new-$output"; done
   entries >after
   sed 's/^[0-9][0-9]* *//' calls | awk -F'(' -v work="<$work/" '
@@ -195,7 +211,7 @@ kill_at_every_call() { # command
     isUntouched || [ "$(sqlite3 "$data/veyla.db" 'PRAGMA integrity_check' 2>&1)" = ok ] || wrong "$line: damaged store"
     look_at_outputs "$line"
   done < <(calls_of $writing "$@")
-  [ ! -e unsynced ] || wrong "$*: an output takes its name before it is synchronized"
+  [ ! -s unsynced ] || wrong "$*: $(cat unsynced)"
   rm -f unsynced
 }
 settle() { # status, what was done: the promised status in one line, what is told is so, nothing lies about
@@ -340,10 +356,10 @@ race() { # program, its arguments
   TSAN_OPTIONS=suppressions=known setarch -R "$threaded" "$@" >/dev/null 2>races || wrong "$threaded: $(head -3 races)"
 }
 
-veyla synth finger.csv --seconds 22 || exit 1
+veyla synth finger.csv --seconds 22 >/dev/null || exit 1
 mkdir recordings
 for bpm in 60 75 100 120; do
-  veyla synth recordings/$bpm.csv --bpm $bpm --seconds 60
+  veyla synth recordings/$bpm.csv --bpm $bpm --seconds 60 >/dev/null
   printf 'time,heartrate,spo2\n1,%i,97\n59,%i,97\n' $bpm $bpm >recordings/$bpm.reference.csv
 done
 kill_at_random "$(share $((1 + 100 * scale)))" 1

@@ -21,6 +21,14 @@ TEST_F(NothingLostTest, AMeasurementIsKeptWholeOrNotAtAll) {
   done("synth finger.csv --bpm 80 --spo2 95");
   done("measure finger.csv");
   EXPECT_EQ(transactions() - before, 3U) << "the measurement, and what is counted for the rating";
+  done("history backup -o backup.json");
+  for (const char* change :
+       {"history label 1 Resting", "history delete 1 2", "history restore backup.json",
+        "health deny spo2", "health allow spo2"}) {
+    const unsigned changes = transactions();
+    done(change);
+    EXPECT_EQ(transactions() - changes, 1U) << change;
+  }
 
   const std::string records = done("health export -o -");
   const Json entries = json("history");
