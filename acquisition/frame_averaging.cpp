@@ -179,6 +179,11 @@ FrameSample GridAverager::average(const std::uint8_t* pixels, std::size_t width,
   return {red, averageOf(greenMedians_), averageOf(blueMedians_), red};
 }
 
+std::size_t GridAverager::rowStep(std::size_t height) {
+  // Each cell is sampled from its own first row on.
+  return height / gridSide % samplingStep == 0 ? samplingStep : 1;
+}
+
 std::optional<FrameCells> GridAverager::cells() const {
   constexpr std::size_t count = FrameCells::count;
   if (redMedians_.size() != count) return std::nullopt;

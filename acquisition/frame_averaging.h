@@ -47,6 +47,9 @@ class GridAverager {
   FrameSample average(const std::uint8_t* pixels, std::size_t width, std::size_t height,
                       std::span<const int> cells);
 
+  /// Which rows of a frame of that height are sampled: the first and every so many-th after it.
+  static std::size_t rowStep(std::size_t height);
+
   /// How the cells of the last frame differed; nothing unless all of them were averaged.
   std::optional<FrameCells> cells() const;
 

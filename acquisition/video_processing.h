@@ -40,6 +40,9 @@ class VideoProcessing : public SampleBufferDelegate {
   void captureOutput(const FrameSample& didOutputSample) override;
   void captureOutput(const AveragedFrame& didOutputFrame) override;
   void captureOutput(DroppedSample didDropSampleBuffer) override;
+  std::size_t rowStep(std::size_t height) const override {
+    return isIphone4_ ? 1 : GridAverager::rowStep(height);
+  }
 
   /// Whether every pixel is averaged rather than grid cells; set at the start from the profile.
   bool isIphone4() const { return isIphone4_; }

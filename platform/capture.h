@@ -65,6 +65,10 @@ class SampleBufferDelegate {
   /// parts are measured is decoded once.
   virtual void captureOutput(const AveragedFrame& didOutputFrame) = 0;
   virtual void captureOutput(DroppedSample didDropSampleBuffer) = 0;
+
+  /// Of a frame of so many rows it reads the first one and every so many-th after it: what the
+  /// others hold does not matter, so that nobody has to make them.
+  virtual std::size_t rowStep(std::size_t /*height*/) const { return 1; }
 };
 
 enum class CaptureDeviceType { dualCamera, wideAngleCamera, telephotoCamera };

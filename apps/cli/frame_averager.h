@@ -18,6 +18,9 @@ class FrameAverager : public SampleBufferDelegate {
   void captureOutput(const FrameSample& didOutputSample) override;
   void captureOutput(const AveragedFrame& didOutputFrame) override { frame_ = didOutputFrame; }
   void captureOutput(DroppedSample) override {}
+  std::size_t rowStep(std::size_t height) const override {
+    return averagesWholeFrame_ ? 1 : GridAverager::rowStep(height);
+  }
 
   /// The last one.
   const AveragedFrame& frame() const { return frame_; }

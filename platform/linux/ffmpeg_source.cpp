@@ -211,17 +211,11 @@ class FfmpegSource::Scaler {
     std::swap(frame_, nextFrame_);
   }
 
-  /// False when the libraries cannot scale from such a frame.
-  bool scaleInto(BgraFrame& output) {
-    prepareFor(Input::of(*frame_));
-    if (!scaler_) return false;
-    sws_scale(scaler_.get(), frame_->data, frame_->linesize, 0, frame_->height, small_->data,
-              small_->linesize);
-    // The libraries read as many entries as a frame may have planes.
-    std::uint8_t* const rows[AV_NUM_DATA_POINTERS] = {output.baseAddress()};
-    const int strides[AV_NUM_DATA_POINTERS] = {static_cast<int>(output.bytesPerRow())};
-    sws_scale(converter_.get(), small_->data, small_->linesize, 0, lowPresetHeight, rows, strides);
-    return true;
+  /// At least the first row of the output and every `rowStep`-th after it; false when the libraries
+  /// cannot scale from such a frame.
+  bool scaleInto(BgraFrame& output, std::size_t rowStep) {
+    prepareFor(Input::of(*frame_), static_cast<unsigned>(rowStep));
+    return scaler_ && scaleToSmall() && convertInto(output);
   }
 
   BgraFrame& output() { return output_; }
@@ -262,10 +256,39 @@ class FfmpegSource::Scaler {
     }
   };
 
+  static constexpr unsigned allRows = lowPresetHeight;
+
+  bool scaleToSmall() {
+    // Each row takes a filter over several of the frame's: one that is left out leaves out theirs.
+    const unsigned rowsAtOnce = rowStep_ == 1 ? allRows : 1;
+    bool isScaled = sws_frame_start(scaler_.get(), small_.get(), frame_.get()) >= 0 &&
+                    sws_send_slice(scaler_.get(), 0, static_cast<unsigned>(frame_->height)) >= 0;
+    for (unsigned y = 0; isScaled && y < allRows; y += std::max(rowsAtOnce, rowStep_)) {
+      isScaled = sws_receive_slice(scaler_.get(), y, rowsAtOnce) >= 0;
+    }
+    sws_frame_end(scaler_.get());
+    return isScaled;
+  }
+
+  bool convertInto(BgraFrame& output) {
+    // The libraries read as many entries as a frame may have planes.
+    std::uint8_t* const rows[AV_NUM_DATA_POINTERS] = {output.baseAddress()};
+    const int step = static_cast<int>(rowStep_);
+    const int strides[AV_NUM_DATA_POINTERS] = {step * static_cast<int>(output.bytesPerRow())};
+    int smallStrides[AV_NUM_DATA_POINTERS];
+    std::transform(std::begin(small_->linesize), std::end(small_->linesize), smallStrides,
+                   [step](int stride) { return step * stride; });
+    return sws_scale(converter_.get(), small_->data, smallStrides, 0, convertedRows(), rows,
+                     strides) >= 0;
+  }
+
+  int convertedRows() const { return static_cast<int>((allRows + rowStep_ - 1) / rowStep_); }
+
   /// A recording may change its size or format on the way.
-  void prepareFor(const Input& input) {
-    if (scaler_ && input == input_) return;
+  void prepareFor(const Input& input, unsigned rowStep) {
+    if (scaler_ && input == input_ && rowStep == askedRowStep_) return;
     input_ = input;
+    askedRowStep_ = rowStep;
     // First to the small size in the frame's own kind of colours and then to others: together a
     // quarter faster than at once, and as exact as it is with whole colour resolution on the way.
     const bool isRgb = input.matrix == AVCOL_SPC_RGB;
@@ -275,9 +298,11 @@ class FfmpegSource::Scaler {
     small_->height = lowPresetHeight;
     small_->format = smallFormat;
     if (av_frame_get_buffer(small_.get(), 0) < 0) throw std::bad_alloc();
-    scaler_ =
-        scaling(input.width, input.height, static_cast<AVPixelFormat>(input.format), smallFormat);
-    converter_ = scaling(lowPresetWidth, lowPresetHeight, smallFormat, AV_PIX_FMT_BGRA);
+    scaler_ = scaling(input.width, input.height, static_cast<AVPixelFormat>(input.format), allRows,
+                      smallFormat);
+    rowStep_ = scaler_ && scalesByRows() ? rowStep : 1;
+    converter_ =
+        scaling(lowPresetWidth, convertedRows(), smallFormat, convertedRows(), AV_PIX_FMT_BGRA);
     if (!scaler_ || !converter_) {
       scaler_.reset();
       return;
@@ -289,10 +314,21 @@ class FfmpegSource::Scaler {
     setColours(converter_, matrix, input.fullRange, sws_getCoefficients(SWS_CS_DEFAULT), true);
   }
 
-  static ffmpeg::Scaler scaling(int width, int height, AVPixelFormat from, AVPixelFormat to) {
+  /// Whether single rows can be had, for less than all of them: not where the libraries go by
+  /// several rows, or take all colours through another format first.
+  bool scalesByRows() const {
+    const AVPixFmtDescriptor* format =
+        av_pix_fmt_desc_get(static_cast<AVPixelFormat>(input_.format));
+    return format && (format->flags & AV_PIX_FMT_FLAG_PLANAR) != 0 &&
+           sws_receive_slice_alignment(scaler_.get()) == 1;
+  }
+
+  /// To the width of the low preset and `rows` rows.
+  static ffmpeg::Scaler scaling(int width, int height, AVPixelFormat from, int rows,
+                                AVPixelFormat to) {
     constexpr int flags = SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
-    return ffmpeg::Scaler(sws_getContext(width, height, from, lowPresetWidth, lowPresetHeight, to,
-                                         flags, nullptr, nullptr, nullptr));
+    return ffmpeg::Scaler(sws_getContext(width, height, from, lowPresetWidth, rows, to, flags,
+                                         nullptr, nullptr, nullptr));
   }
 
   static void setColours(const ffmpeg::Scaler& scaler, const int* fromMatrix, bool fromFullRange,
@@ -305,6 +341,8 @@ class FfmpegSource::Scaler {
   ffmpeg::Frame frame_{av_frame_alloc()};
   ffmpeg::Frame nextFrame_{av_frame_alloc()};
   Input input_;
+  unsigned askedRowStep_ = 1;
+  unsigned rowStep_ = 1;
   ffmpeg::Scaler scaler_;
   ffmpeg::Frame small_;
   ffmpeg::Scaler converter_;
@@ -362,7 +400,7 @@ bool FfmpegSource::advance() {
 }
 
 void FfmpegSource::deliver(SampleBufferDelegate& delegate) {
-  if (!scaler_->scaleInto(scaler_->output())) {
+  if (!scaler_->scaleInto(scaler_->output(), delegate.rowStep(lowPresetHeight))) {
     reader_->track().refuse(
         "frames of its size and pixel format cannot be scaled; convert it to H.264");
   }

@@ -62,6 +62,7 @@ TEST(FrameAveragingTest, GridRowsAreReadAsUnpaddedWhateverTheyAre) {
   TestFrame odd(10, 11, black);
   odd.set(6, 6, fingertip);
   EXPECT_EQ(averageCells(odd, {16}).red, 100);
+  EXPECT_EQ(GridAverager::rowStep(11), 1U) << "the cells' first rows lie between the steps";
 }
 
 TEST(FrameAveragingTest, ACellSamplesEveryFourthPixelOfEveryFourthRow) {
@@ -250,6 +251,7 @@ TEST_F(VideoProcessingTest, GridCellsAreReadFromTheSettingsAtEachFrameWhateverTh
   EXPECT_EQ(delegate_.frames[0], (FrameSample{100, 200, 10, 100}));
   EXPECT_TRUE(std::isnan(delegate_.frames[1].red));
   EXPECT_EQ(frame.unlocks, 2);
+  EXPECT_EQ(video_.rowStep(144), 4U);
 }
 
 TEST_F(VideoProcessingTest, OneProfileAveragesTheWholeFrameAndSkipsOneThatCannotBeLocked) {
@@ -259,6 +261,7 @@ TEST_F(VideoProcessingTest, OneProfileAveragesTheWholeFrameAndSkipsOneThatCannot
   video_.captureOutput(frame);
   EXPECT_THAT(delegate_.frames, ElementsAre(FrameSample{100, 148, 10, 148}));
   EXPECT_EQ(frame.unlocks, 0);
+  EXPECT_EQ(video_.rowStep(144), 1U);
 
   frame.lockable = false;
   video_.captureOutput(frame);

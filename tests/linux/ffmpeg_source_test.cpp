@@ -153,6 +153,40 @@ TEST_F(FfmpegSourceTest, EveryKindOfColoursSizesAndTracksIsRead) {
   EXPECT_NEAR(again.times.back(), 119 / 30.0, 0.01);
 }
 
+TEST_F(FfmpegSourceTest, RowsThatNobodyReadsAreNotMadeAndTheOthersAreTheSame) {
+  struct Rows : FrameCollector {
+    std::size_t step = 1;
+    std::vector<std::string> rows;
+
+    using FrameCollector::captureOutput;
+    std::size_t rowStep(std::size_t) const override { return step; }
+    void captureOutput(PixelBuffer& frame) override {
+      for (std::size_t y = 0; y < frame.height(); ++y) {
+        const std::uint8_t* row = frame.baseAddress() + y * frame.bytesPerRow();
+        rows.emplace_back(row, row + frame.bytesPerRow());
+      }
+    }
+  };
+  // Of the others the libraries do not make single rows.
+  for (const auto& [format, size, isByRows] : {std::tuple{"yuv420p", "320x270", true},
+                                               {"bgr0", "320x270", false},
+                                               {"yuv444p10", "192x144", false}}) {
+    FfmpegSource source(folder_.ffmpeg(
+        pictures(size, "30", "0.1") + "-vf format=" + format + " -c:v ffv1", "a.mkv"));
+    Rows fourth;
+    fourth.step = 4;
+    Rows all;
+    source.advance();
+    source.deliver(fourth);
+    source.deliver(all);
+    for (std::size_t y = 0; y < all.rows.size(); ++y) {
+      const std::string notMade(all.rows[y].size(), '\0');
+      ASSERT_NE(all.rows[y], notMade);
+      ASSERT_EQ(fourth.rows[y], y % 4 == 0 || !isByRows ? all.rows[y] : notMade) << format << y;
+    }
+  }
+}
+
 TEST_F(FfmpegSourceTest, OfAFileThatIsCutOffWhatCameBeforeIsUsedAndTheRestToldInItsRemarkAlone) {
   const std::string content = pictures("320x240", "30", "4") + h264;
   testing::internal::CaptureStderr();
