@@ -148,8 +148,9 @@ class Measurer {
     if (options_.every && !options_.request.duration) options_.request.duration = usualDuration;
   }
 
-  /// Several measurements of the input run at once, `jobs` of them; `progress` is called after
-  /// each, from one thread at a time, and `read` before them, while they are read.
+  /// The input is decoded by `jobs` threads, and as many of several measurements of it run at once;
+  /// `progress` is called after each, from one thread at a time, and `read` before them, while they
+  /// are read.
   MeasuredInput measure(const std::string& input, int jobs,
                         const std::function<void(std::size_t done, std::size_t all)>& progress,
                         const std::function<void(double seconds)>& read = {}) const {
@@ -160,7 +161,7 @@ class Measurer {
                          ": no video and no colour series can be read in it; name a folder "
                          "that holds some");
       }
-      auto source = openMeasured(input, options_.request.start);
+      auto source = openMeasured(input, options_.request.start, jobs);
       if (options_.every) {
         FrameAverager averager(resources_, options_.request.device);
         const KeptRecording recording(*source, averager, read);
@@ -301,11 +302,11 @@ class Telling {
 
 }  // namespace
 
-std::unique_ptr<RecordingSource> openMeasured(const std::string& input, double from) {
+std::unique_ptr<RecordingSource> openMeasured(const std::string& input, double from, int threads) {
   // Longer than any measurement of it.
   constexpr double builtInSeconds = 45;
   constexpr double builtInRate = 30;
-  if (!input.empty()) return openRecording(input, from);
+  if (!input.empty()) return openRecording(input, from, threads);
   return std::make_unique<SyntheticSource>(FingerOptions{}, builtInSeconds, builtInRate);
 }
 
@@ -335,7 +336,10 @@ ExitStatus measureMany(const MeasureOptions& options) {
   std::size_t told = 0;
   telling.tellWhenStopped(told, inputs.size(), "recordings");
   inParallel(inputs.size(), options.jobs, [&](std::size_t number) {
-    MeasuredInput measured = measurer.measure(inputs[number], 1, [](auto...) {});
+    // Beside others a video takes no more threads than its share: each holds a frame.
+    const auto share = threadsOf(options.jobs) / (inputs.size() - number);
+    MeasuredInput measured =
+        measurer.measure(inputs[number], std::max(static_cast<int>(share), 1), [](auto...) {});
     const std::lock_guard lock(mutex);
     waiting.emplace(number, std::move(measured));
     bar.clear();

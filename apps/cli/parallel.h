@@ -11,11 +11,15 @@
 
 namespace veyla {
 
+/// How many threads so many jobs take: 0 for one per processor.
+inline unsigned threadsOf(int jobs) {
+  return jobs > 0 ? static_cast<unsigned>(jobs) : std::max(1U, std::thread::hardware_concurrency());
+}
+
 /// Calls `work` with each number below `count`, on `jobs` threads (0 for one per processor), and
 /// throws what one of the calls throws.
 inline void inParallel(std::size_t count, int jobs, const std::function<void(std::size_t)>& work) {
-  const unsigned threadCount =
-      jobs > 0 ? static_cast<unsigned>(jobs) : std::max(1U, std::thread::hardware_concurrency());
+  const unsigned threadCount = threadsOf(jobs);
   std::mutex mutex;
   std::size_t next = 0;
   std::exception_ptr failure;

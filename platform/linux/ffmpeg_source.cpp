@@ -29,7 +29,7 @@ std::string counted(int count, const char* singular, const char* plural) {
 /// From the file to decoded frames, and what kept it from more.
 class FfmpegSource::Reader {
  public:
-  explicit Reader(const std::string& path) : path_(path), track_(path) { openDecoder(); }
+  Reader(const std::string& path, int threads) : path_(path), track_(path) { openDecoder(threads); }
 
   const ffmpeg::Track& track() const { return track_; }
 
@@ -97,7 +97,7 @@ class FfmpegSource::Reader {
   /// end a recording, too.
   static constexpr int mostFailuresInARow = 300;
 
-  void openDecoder() {
+  void openDecoder(int threads) {
     const AVCodecParameters& parameters = track_.parameters();
     const AVCodec* decoder = avcodec_find_decoder(parameters.codec_id);
     if (!decoder) {
@@ -111,8 +111,7 @@ class FfmpegSource::Reader {
     codec_.reset(avcodec_alloc_context3(decoder));
     avcodec_parameters_to_context(codec_.get(), &parameters);
     codec_->pkt_timebase = track_.timeBase();
-    // As many threads as there are processors, as the ffmpeg program takes by default.
-    codec_->thread_count = 0;
+    codec_->thread_count = threads;
     const int error = avcodec_open2(codec_.get(), decoder, nullptr);
     if (error < 0) {
       track_.refuse("its video cannot be decoded (" + ffmpeg::errorText(error) +
@@ -349,7 +348,8 @@ class FfmpegSource::Scaler {
   BgraFrame output_{lowPresetWidth, lowPresetHeight};
 };
 
-FfmpegSource::FfmpegSource(const std::string& path, double from) : path_(path) {
+FfmpegSource::FfmpegSource(const std::string& path, double from, int threads)
+    : path_(path), threads_(threads) {
   begin();
   if (from > 0 && !skipTo(from)) begin();
 }
@@ -357,7 +357,7 @@ FfmpegSource::FfmpegSource(const std::string& path, double from) : path_(path) {
 FfmpegSource::~FfmpegSource() = default;
 
 void FfmpegSource::begin() {
-  reader_ = std::make_unique<Reader>(path_);
+  reader_ = std::make_unique<Reader>(path_, threads_);
   clock_ = std::make_unique<Clock>(reader_->track().timeBase(), reader_->track().frameRate());
   scaler_ = std::make_unique<Scaler>();
   time_ = 0;

@@ -29,8 +29,8 @@ namespace veyla {
 class FfmpegSource : public RecordingSource {
  public:
   /// Decodes the first frame. The first to be moved on to is one at or before `from` seconds.
-  /// Throws `InputError`.
-  explicit FfmpegSource(const std::string& path, double from = 0);
+  /// `threads` is 0 for one per processor. Throws `InputError`.
+  explicit FfmpegSource(const std::string& path, double from = 0, int threads = 0);
   ~FfmpegSource() override;
 
   bool advance() override;
@@ -52,6 +52,7 @@ class FfmpegSource : public RecordingSource {
   void readNext();
 
   std::string path_;
+  int threads_;
   std::unique_ptr<Reader> reader_;
   std::unique_ptr<Clock> clock_;
   std::unique_ptr<Scaler> scaler_;

@@ -9,8 +9,9 @@ namespace {
 
 class FfmpegVideos : public Videos {
  public:
-  std::unique_ptr<RecordingSource> open(const std::string& path, double from) const override {
-    return std::make_unique<FfmpegSource>(path, from);
+  std::unique_ptr<RecordingSource> open(const std::string& path, double from,
+                                        int threads) const override {
+    return std::make_unique<FfmpegSource>(path, from, threads);
   }
   std::unique_ptr<VideoFile> create(const std::string& path, const VideoForm& form) const override {
     return std::make_unique<VideoWriter>(path, form);

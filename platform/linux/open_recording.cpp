@@ -38,10 +38,10 @@ bool startsLikeSeries(const std::string& path) {
   return ("," + lowerCase(line) + ",").find(",time,") != std::string::npos;
 }
 
-std::unique_ptr<RecordingSource> openFile(const std::string& path, double from) {
+std::unique_ptr<RecordingSource> openFile(const std::string& path, double from, int threads) {
   requireInputFile(path);
   if (startsLikeSeries(path)) return std::make_unique<SeriesSource>(path);
-  return videos().open(path, from);
+  return videos().open(path, from, threads);
 }
 
 std::FILE* makeUnnamedFile() {
@@ -102,8 +102,8 @@ class PipedFile {
 
 class PipedSource final : public RecordingSource {
  public:
-  explicit PipedSource(double from)
-      : source_(file_.reading([&] { return openFile(file_.path(), from); })) {}
+  PipedSource(double from, int threads)
+      : source_(file_.reading([&] { return openFile(file_.path(), from, threads); })) {}
 
   bool advance() override {
     return file_.reading([this] { return source_->advance(); });
@@ -120,9 +120,9 @@ class PipedSource final : public RecordingSource {
 
 }  // namespace
 
-std::unique_ptr<RecordingSource> openRecording(const std::string& path, double from) {
-  if (path == "-") return std::make_unique<PipedSource>(from);
-  return openFile(path, from);
+std::unique_ptr<RecordingSource> openRecording(const std::string& path, double from, int threads) {
+  if (path == "-") return std::make_unique<PipedSource>(from, threads);
+  return openFile(path, from, threads);
 }
 
 }  // namespace veyla

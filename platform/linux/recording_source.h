@@ -48,7 +48,9 @@ class RecordingSource {
 
 /// Opens a video or a colour series, whichever the file holds, or standard input for "-", for
 /// somebody who needs no frames but the newest at or before `from` seconds and those after it:
-/// older ones may be left out, the others are the same, at the same times. Throws `InputError`.
-std::unique_ptr<RecordingSource> openRecording(const std::string& path, double from = 0);
+/// older ones may be left out, the others are the same, at the same times. A video is decoded by
+/// `threads` threads, 0 for one per processor; each holds a frame. Throws `InputError`.
+std::unique_ptr<RecordingSource> openRecording(const std::string& path, double from = 0,
+                                               int threads = 0);
 
 }  // namespace veyla

@@ -35,7 +35,8 @@ class Videos {
   virtual ~Videos() = default;
 
   /// As `openRecording`, of a file that is there. Throws `InputError`.
-  virtual std::unique_ptr<RecordingSource> open(const std::string& path, double from) const = 0;
+  virtual std::unique_ptr<RecordingSource> open(const std::string& path, double from,
+                                                int threads) const = 0;
 
   /// A video of the kind that the path's ending tells. Throws `OutputError`.
   virtual std::unique_ptr<VideoFile> create(const std::string& path,
