@@ -11,6 +11,8 @@ export default defineConfig({
     // Most of a test is waiting: three browsers find the time beside each other.
     maxWorkers: 3,
     minWorkers: 1,
+    // A finger that more engines paint at once comes too seldom to be measured.
+    maxConcurrency: 3,
     reporters: ["default", "junit"],
     outputFile: { junit: "../../build/web-tests.xml" },
   },
