@@ -178,9 +178,10 @@ ExitStatus evaluate(const EvaluateOptions& options) {
   if (!options.plotsFolder.empty()) plots.emplace(options.plotsFolder);
   complainWhenStopped("while measuring the folder; nothing is printed and no file is written");
   ProgressBar bar("Measuring");
-  const Evaluation evaluation =
-      evaluateFolder(options.request, settings.resources(),
-                     [&](std::size_t done, std::size_t all) { bar.show(done, all); });
+  const Evaluation evaluation = evaluateFolder(
+      options.request, settings.resources(),
+      [&](std::size_t done, std::size_t all) { bar.show(done, all); },
+      [&](double seconds) { bar.showRead(seconds); });
   bar.clear();
   complainWhenStopped("while printing; no file is half written");
   // One that cannot be written costs no other what was measured.

@@ -19,9 +19,10 @@ namespace veyla {
 
 namespace {
 
-KeptRecording read(const std::filesystem::path& path, FrameAverager& averager) {
+KeptRecording recordingAt(const std::filesystem::path& path, FrameAverager& averager,
+                          const std::function<void(double seconds)>& read) {
   const auto source = openRecording(path);
-  KeptRecording recording(*source, averager);
+  KeptRecording recording(*source, averager, read);
   if (const std::string remark = source->remark(); !remark.empty()) complain(remark);
   return recording;
 }
@@ -46,18 +47,6 @@ std::filesystem::path recordingOf(const std::filesystem::path& reference) {
   return found;
 }
 
-bool isRecording(const std::filesystem::path& path) {
-  if (path.string().ends_with(referenceEnding) || !std::filesystem::is_regular_file(path)) {
-    return false;
-  }
-  try {
-    openRecording(path);
-    return true;
-  } catch (const InputError&) {
-    return false;
-  }
-}
-
 /// Of a folder with these references.
 std::vector<std::string> unreferencedIn(const std::string& folder,
                                         const std::vector<std::filesystem::path>& references) {
@@ -67,7 +56,9 @@ std::vector<std::string> unreferencedIn(const std::string& folder,
     reference.replace_extension(referenceEnding);
     const bool isReferenced =
         std::find(references.begin(), references.end(), reference) != references.end();
-    if (!isReferenced && isRecording(entry.path())) found.push_back(entry.path().string());
+    const bool isReference = entry.path().string().ends_with(referenceEnding);
+    if (!isReferenced && !isReference && looksLikeRecording(entry.path()))
+      found.push_back(entry.path().string());
   }
   std::sort(found.begin(), found.end());
   return found;
@@ -204,7 +195,8 @@ EvaluationSummary summaryOf(SummaryKind kind, const std::string& name, const Sel
 }  // namespace
 
 ReferencedFolder recordingsIn(const std::string& folder, const Resources& resources,
-                              const std::string& device) {
+                              const std::string& device,
+                              const std::function<void(double seconds)>& read) {
   std::error_code error;
   std::vector<std::filesystem::path> references;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
@@ -226,10 +218,16 @@ ReferencedFolder recordingsIn(const std::string& folder, const Resources& resour
   std::sort(references.begin(), references.end());
   ReferencedFolder found;
   FrameAverager averager(resources, device);
+  double before = 0;
+  const auto readMore = [&](double seconds) {
+    if (read) read(before + seconds);
+  };
   for (const auto& reference : references) {
     try {
       const std::filesystem::path path = recordingOf(reference);
-      found.recordings.push_back({path.stem(), Reference(reference), read(path, averager)});
+      found.recordings.push_back(
+          {path.stem(), Reference(reference), recordingAt(path, averager, readMore)});
+      before += found.recordings.back().recording.seconds();
     } catch (const InputError& fault) {
       if (references.size() == 1) throw;
       found.faults.emplace_back(fault.what());
@@ -244,8 +242,9 @@ ReferencedFolder recordingsIn(const std::string& folder, const Resources& resour
 }
 
 Evaluation evaluateFolder(const EvaluationRequest& request, const Resources& resources,
-                          const std::function<void(std::size_t done, std::size_t all)>& progress) {
-  const ReferencedFolder folder = recordingsIn(request.folder, resources, request.device);
+                          const std::function<void(std::size_t done, std::size_t all)>& progress,
+                          const std::function<void(double seconds)>& read) {
+  const ReferencedFolder folder = recordingsIn(request.folder, resources, request.device, read);
   const std::vector<ReferencedRecording>& recordings = folder.recordings;
   Evaluation evaluation;
   evaluation.faults = folder.faults;

@@ -73,9 +73,11 @@ struct ReferencedFolder {
 };
 
 /// Reads each recording once, as a measurement with these settings on this hardware model does.
-/// Throws `InputError` when there is nothing to use.
+/// `read` is told how many seconds of all of them it has. Throws `InputError` when there is nothing
+/// to use.
 ReferencedFolder recordingsIn(const std::string& folder, const Resources& resources,
-                              const std::string& device);
+                              const std::string& device,
+                              const std::function<void(double seconds)>& read = {});
 
 /// Seconds: a reference is not taken to come later than that.
 constexpr std::size_t latestLag = 20;
@@ -90,9 +92,11 @@ struct Evaluation {
 };
 
 /// Runs the whole measuring flow on every window. `progress` is called after each one, from one
-/// thread at a time, with the number of windows measured so far and of all. Throws `InputError`.
+/// thread at a time, with the number of windows measured so far and of all, and `read` before, as
+/// of `recordingsIn`. Throws `InputError`.
 Evaluation evaluateFolder(const EvaluationRequest& request, const Resources& resources,
-                          const std::function<void(std::size_t done, std::size_t all)>& progress);
+                          const std::function<void(std::size_t done, std::size_t all)>& progress,
+                          const std::function<void(double seconds)>& read = {});
 
 /// What a summary is of.
 enum class SummaryKind { recording, set, all };

@@ -176,12 +176,18 @@ ExitStatus measure(const MeasureOptions& options, const std::string& input) {
     run.trace = [&](const MeasurementTally::Estimate& estimate) { rows += traceRow(estimate); };
   }
   if (!options.pictures.isEmpty()) drawPictures(run, pictures);
-  std::string stopped = "while measuring " + (input.empty() ? "the built-in fingertip" : input) +
-                        (options.save ? "; nothing is saved" : "");
-  if (!options.pictures.framesFolder.empty()) {
-    stopped += "; the pictures so far are in " + options.pictures.framesFolder;
-  }
+  const std::string stopped = "while measuring " +
+                              (input.empty() ? "the built-in fingertip" : input) +
+                              (options.save ? "; nothing is saved" : "");
   complainWhenStopped(stopped);
+  if (!options.pictures.framesFolder.empty()) {
+    run.secondPassed = [&, draw = run.secondPassed](int second, const MainViewController& screen) {
+      draw(second, screen);
+      if (second > 0 || !pictures.hasFrames()) return;
+      complainWhenStopped(stopped + "; the pictures so far are in " +
+                          options.pictures.framesFolder);
+    };
+  }
   run.ended = [&, drawn = run.ended](const MainViewController& screen) {
     if (screen.isKept()) {
       complainWhenStopped("when the measurement was saved in " + keeping.folder().string());

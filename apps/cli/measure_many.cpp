@@ -23,9 +23,7 @@
 #include "apps/cli/settings_source.h"
 #include "apps/cli/terminal.h"
 #include "platform/format.h"
-#include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
-#include "platform/linux/series_source.h"
 #include "platform/linux/store_error.h"
 #include "platform/linux/synthetic_finger.h"
 #include "platform/linux/text_columns.h"
@@ -45,23 +43,6 @@ constexpr std::size_t hangingIndent = 4;
 bool isFolder(const std::string& path) {
   std::error_code unknown;
   return std::filesystem::is_directory(path, unknown);
-}
-
-/// Whether a file of a folder is a recording: a video by its ending, a series by its first line.
-/// One that cannot be looked into counts, so that it is told of.
-bool isRecording(const std::filesystem::path& file) {
-  static const std::set<std::string> videoEndings{
-      ".3gp", ".asf", ".avi",  ".flv", ".h264", ".hevc", ".m2ts", ".m4v",  ".mjpeg", ".mkv",
-      ".mov", ".mp4", ".mpeg", ".mpg", ".mts",  ".ogv",  ".ts",   ".webm", ".wmv",   ".y4m"};
-  if (isFolder(file)) return false;
-  const std::string ending = endingOf(file);
-  if (ending != ".csv") return videoEndings.contains(ending);
-  try {
-    SeriesReader(file.string());
-  } catch (const InputError&) {
-    return access(file.c_str(), R_OK) != 0;
-  }
-  return true;
 }
 
 /// Tells what of a folder is not measured.
@@ -93,7 +74,7 @@ std::vector<std::string> recordingsAmong(const std::vector<std::string>& named) 
          entry.increment(fault)) {
       const std::string name = entry->path().filename();
       if (name.starts_with('.') || name.ends_with(referenceEnding)) continue;
-      if (isRecording(entry->path())) {
+      if (looksLikeRecording(entry->path())) {
         found.insert(entry->path());
       } else {
         others.insert(name + (isFolder(entry->path()) ? "/" : ""));
@@ -335,6 +316,7 @@ ExitStatus measureMany(const MeasureOptions& options) {
   std::map<std::size_t, MeasuredInput> waiting;
   std::size_t told = 0;
   telling.tellWhenStopped(told, inputs.size(), "recordings");
+  bar.show(0, inputs.size());
   inParallel(inputs.size(), options.jobs, [&](std::size_t number) {
     // Beside others a video takes no more threads than its share: each holds a frame.
     const auto share = threadsOf(options.jobs) / (inputs.size() - number);

@@ -163,8 +163,9 @@ std::string reasonOf(const MeasurementReport& report, const MeasurementRequest& 
   if (isLow) {
     return formatText("Too many oxygen values below 93 %% in %.1f s.", report.seconds);
   }
-  return report.seconds > 0 ? formatText("The recording ended after %.1f s.", report.seconds)
-                            : "The recording ended before the measurement began.";
+  return (report.seconds > 0 ? formatText("The recording ended after %.1f s.", report.seconds)
+                             : "The recording ended before the measurement began.") +
+         " Record longer.";
 }
 
 }  // namespace

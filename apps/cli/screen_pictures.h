@@ -38,6 +38,8 @@ class ScreenPictures {
 
   /// Writes the picture of a second as "0007.png".
   void addFrame(int second, const Screen& screen);
+  /// Whether all that were added are there.
+  bool hasFrames() const { return folder_ && !failedFrame_; }
   /// Draws the screen as it ended, with the pulse curve in its middle.
   void keepSnapshot(const Screen& screen);
   /// Writes the snapshot in place of a file of its name. Throws `OutputError`.

@@ -83,8 +83,7 @@ std::string brokenAt(std::size_t columns, const std::string& text, std::size_t i
   for (std::size_t at = 0; at < text.size();) {
     // A word with the blanks before it, which stay behind where the line breaks.
     const std::size_t word = std::min(text.find_first_not_of(' ', at), text.size());
-    const std::size_t stop = std::min(text.find_first_of(" \n|", word), text.size());
-    const std::size_t end = stop < text.size() && text[stop] == '|' ? stop + 1 : stop;
+    const std::size_t end = std::min(text.find_first_of(" \n", word), text.size());
     const std::size_t width = columnsOf(text.substr(word, end - word));
     if (column > 0 && column + (word - at) + width > columns) {
       result += '\n' + std::string(indent, ' ');

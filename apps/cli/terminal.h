@@ -18,8 +18,8 @@ struct Terminal {
 /// NO_COLOR, COLUMNS, the locale).
 Terminal terminalBehind(int fileDescriptor);
 
-/// The text with its lines broken behind so many columns, between words or behind a bar between
-/// choices, and what is left of each indented.
+/// The text with its lines broken behind so many columns, between words,
+/// and what is left of each indented.
 std::string brokenAt(std::size_t columns, const std::string& text, std::size_t indent);
 
 /// Broken where the terminal ends; as it is for a stream that is none.

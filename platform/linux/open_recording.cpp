@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -123,6 +124,22 @@ class PipedSource final : public RecordingSource {
 std::unique_ptr<RecordingSource> openRecording(const std::string& path, double from, int threads) {
   if (path == "-") return std::make_unique<PipedSource>(from, threads);
   return openFile(path, from, threads);
+}
+
+bool looksLikeRecording(const std::filesystem::path& file) {
+  static const std::set<std::string> videoEndings{
+      ".3gp", ".asf", ".avi",  ".flv", ".h264", ".hevc", ".m2ts", ".m4v",  ".mjpeg", ".mkv",
+      ".mov", ".mp4", ".mpeg", ".mpg", ".mts",  ".ogv",  ".ts",   ".webm", ".wmv",   ".y4m"};
+  std::error_code unknown;
+  if (std::filesystem::is_directory(file, unknown)) return false;
+  const std::string ending = endingOf(file);
+  if (ending != ".csv") return videoEndings.contains(ending);
+  try {
+    SeriesReader(file.string());
+  } catch (const InputError&) {
+    return access(file.c_str(), R_OK) != 0;
+  }
+  return true;
 }
 
 }  // namespace veyla

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -52,5 +53,9 @@ class RecordingSource {
 /// `threads` threads, 0 for one per processor; each holds a frame. Throws `InputError`.
 std::unique_ptr<RecordingSource> openRecording(const std::string& path, double from = 0,
                                                int threads = 0);
+
+/// Whether a file of a folder is taken for a recording without opening it: a video by its ending, a
+/// series by its first lines. One that cannot be looked into counts, so that it is told of.
+bool looksLikeRecording(const std::filesystem::path& file);
 
 }  // namespace veyla

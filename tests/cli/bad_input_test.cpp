@@ -147,7 +147,7 @@ TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
   int signal = SIGTERM;
   for (const auto& [words, awaited, farewell] : std::vector<std::array<const char*, 3>>{
            {"measure --no-save --realtime", hidden, "while measuring the built-in fingertip"},
-           {"measure --no-save --realtime --trace trace.csv --frames kept/frames", hidden,
+           {"measure --no-save --realtime --trace trace.csv --frames kept/frames", "Analyzing",
             "while measuring the built-in fingertip; the pictures so far are in kept/frames"},
            {"measure many --csv rows.csv", "many/100.csv ",
             "after \\d+ of 900 recordings; nothing is saved; rows.csv is not written"},
@@ -161,7 +161,8 @@ TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
            {"series finger.csv -o -", "time,R,G,B,hr",
             "while reading finger.csv; the series breaks off where it stands"},
            {"evaluate one --every 0.1 --plots new/plots --windows rows.csv", "Measuring",
-            "while measuring the folder; nothing is printed and no file is written"}}) {
+            "while measuring the folder; nothing is printed and no file is written"},
+           {"evaluate one --every 0.1", "Read 2 s\rRead 3 s", "while measuring the folder; .*"}}) {
     signal = signal == SIGTERM ? SIGINT : SIGTERM;
     const Result stopped = onTerminal(words, 80, "", signal, awaited);
     EXPECT_EQ(stopped.status, 128 + signal) << words;

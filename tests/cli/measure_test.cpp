@@ -196,7 +196,7 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
             "folder/a.csv  71 bpm  97 %   16.3 s\n"
             "folder/b.csv  71 bpm  97 %   16.3 s\n"
             "folder/c.csv  --      --    unfinished: The recording ended before the measurement "
-            "began.\n"
+            "began. Record longer.\n"
             "folder/d.csv  --      --    unfinished: No finger from 2 to 40 s: the picture is "
             "black.\n"
             "finger.csv    71 bpm  97 %   16.3 s\n");
