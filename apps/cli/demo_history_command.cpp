@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "apps/cli/history_platform.h"
+#include "apps/cli/tell.h"
 #include "history/history_store.h"
 #include "platform/linux/data_folder.h"
 #include "platform/linux/output_file.h"
@@ -107,8 +108,8 @@ ExitStatus demoHistory(const DemoHistoryOptions& options) {
     throw UsageError("--data: " + (folder / SqliteKeyValueStore::fileName).string() +
                      " has a history already, which random entries would spoil; name a new folder");
   }
-  printOut("Saved " + std::to_string(entries.size()) + " random entries in " + folder.string() +
-           "; see veyla chart --data " + folder.string() + "\n");
+  tell("Saved " + std::to_string(entries.size()) + " random entries in " +
+       printable(folder.string()) + "; see veyla chart --data " + shellWord(folder.string()));
   return ExitStatus::done;
 }
 

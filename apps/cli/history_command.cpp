@@ -17,6 +17,7 @@
 #include "apps/cli/json_number.h"
 #include "apps/cli/kept_mail.h"
 #include "apps/cli/kept_store.h"
+#include "apps/cli/tell.h"
 #include "apps/cli/terminal.h"
 #include "history/results_view_controller.h"
 #include "platform/format.h"
@@ -253,8 +254,8 @@ ExitStatus list(const HistoryOptions& options) {
   if (options.json) {
     printOut(asJson(history.entries()));
   } else if (history.entries().empty()) {
-    printOut("No measurements in " + history.folder().string() +
-             " yet: veyla measure saves them there.\n");
+    tell("No measurements in " + history.folder().string() +
+         " yet: veyla measure saves them there.");
   } else {
     // Columns; behind the number of an entry.
     constexpr std::size_t indent = 5;
@@ -345,11 +346,11 @@ ExitStatus mail(const HistoryOptions& options) {
   output.write(mailDraft(mail, mailSender(), services().clock.now()));
   output.commit();
   if (handsOver) {
-    printOut(!desktopHasMailProgram()
-                 ? "There is no mail program to open it in; the draft lies in " + file + ".\n"
-             : openMailInDesktop(file)
-                 ? "Opened in the mail program; the draft lies in " + file + ".\n"
-                 : "The mail program did not start; the draft lies in " + file + ".\n");
+    tell(!desktopHasMailProgram()
+             ? "There is no mail program to open it in; the draft lies in " + file + "."
+         : openMailInDesktop(file)
+             ? "Opened in the mail program; the draft lies in " + file + "."
+             : "The mail program did not start; the draft lies in " + file + ".");
   }
   return status;
 }

@@ -1,7 +1,5 @@
 #include "apps/cli/synth_command.h"
 
-#include <unistd.h>
-
 #include <charconv>
 #include <cmath>
 #include <filesystem>
@@ -10,7 +8,7 @@
 #include "apps/cli/decimal.h"
 #include "apps/cli/exit_status.h"
 #include "apps/cli/progress_bar.h"
-#include "apps/cli/terminal.h"
+#include "apps/cli/tell.h"
 #include "platform/format.h"
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
@@ -94,8 +92,8 @@ std::string told(const SynthOptions& options, double seconds) {
   // A pipe has none.
   if (!unknown && bytes < 1e6) text += formatText(", %.0f KB,", std::ceil(bytes / 1e3));
   if (!unknown && bytes >= 1e6) text += formatText(", %.1f MB,", bytes / 1e6);
-  const std::string name = printable(options.output);
-  return text + " in " + name + "; see veyla measure " + name + "\n";
+  return text + " in " + printable(options.output) + "; see veyla measure " +
+         shellWord(options.output);
 }
 
 /// The last row is a frame of its own.
@@ -144,8 +142,7 @@ double drawRecording(const SynthOptions& options) {
 ExitStatus runSynth(const SynthOptions& options) {
   return exitStatusOf([&] {
     const std::string text = told(options, drawRecording(options));
-    const bool isTold =
-        writes([&] { printOut(wrapped(text, terminalBehind(STDOUT_FILENO))); }, "done, but ");
+    const bool isTold = writes([&] { tell(text); }, "done, but ");
     return isTold ? ExitStatus::done : ExitStatus::unwritableData;
   });
 }
