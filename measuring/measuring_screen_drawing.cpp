@@ -81,7 +81,6 @@ void fillRect(Canvas& canvas, const Rect& rect, const Paint& paint) {
   canvas.lineTo(rect.x + rect.width, rect.y);
   canvas.lineTo(rect.x + rect.width, rect.y + rect.height);
   canvas.lineTo(rect.x, rect.y + rect.height);
-  canvas.closePath();
   canvas.fill(paint);
 }
 
