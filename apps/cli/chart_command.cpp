@@ -67,14 +67,13 @@ std::string labelActionOf(const std::string& name) {
 }
 
 /// Tells of stored elements that the charts have to leave out, by their numbers in the list.
-ExitStatus tellDamage(const std::filesystem::path& file) {
-  const auto entries = Utils::getValues().value_or(std::vector<HistoryEntry>());
-  const auto isDamaged = [](const HistoryEntry& entry) { return entry.damaged.has_value(); };
+ExitStatus tellDamage(const std::filesystem::path& file, const Value::Array& entries) {
+  const auto isDamaged = [](const Value& entry) { return !faultOf(entry).empty(); };
   const auto newest = std::find_if(entries.rbegin(), entries.rend(), isDamaged);
   if (newest == entries.rend()) return ExitStatus::done;
   const std::string number = std::to_string(newest - entries.rbegin() + 1);
-  std::string line = file.string() + ": entry " + number +
-                     " of the history is left out: " + faultOf(*newest->damaged);
+  std::string line =
+      file.string() + ": entry " + number + " of the history is left out: " + faultOf(*newest);
   if (const auto more = std::count_if(newest + 1, entries.rend(), isDamaged); more > 0) {
     line += " (and " + std::to_string(more) + " more entries)";
   }
@@ -233,14 +232,13 @@ ExitStatus chart(const ChartOptions& options) {
   const auto file = dataFolderOf(options.dataFolder) / SqliteKeyValueStore::fileName;
   if (format) requireApart("-o", options.output, file);
 
-  // The screen reads the history again at each choice, which takes the longest of all from a file.
-  MemoryKeyValueStore history;
+  Value values;
   if (const auto store = openKeptStore(options.dataFolder, SqliteKeyValueStore::Use::read)) {
-    const auto values = store->value(Utils::valuesKey);
+    values = store->value(Utils::valuesKey).value_or(Value());
     if (store->failure()) throw StoreError(*store->failure());
-    if (values) history.setValue(Utils::valuesKey, *values);
   }
   OutputFile output(format ? options.output : "-", Readers::ownerAlone);
+  MemoryKeyValueStore history;
   HistoryPlatform platform(history);
 
   std::array<GnuplotChart, 2> charts;
@@ -248,9 +246,11 @@ ExitStatus chart(const ChartOptions& options) {
   ChartResultsViewController screen(platform.display(), sheet, charts[0], charts[1]);
   screen.viewDidLoad();
   screen.viewWillAppear();
-  screen.tapSegmentPeriod(static_cast<std::int32_t>(period));
   if (!label.empty()) screen.tapButtonLabels();
-  const ExitStatus status = tellDamage(file);
+  // The screen reads and copies all of the history at each choice: it comes before the last one.
+  const Value& kept = history.values[std::string(Utils::valuesKey)] = std::move(values);
+  screen.tapSegmentPeriod(static_cast<std::int32_t>(period));
+  const ExitStatus status = kept.array() ? tellDamage(file, *kept.array()) : ExitStatus::done;
 
   if (format == PictureFormat::png) useLettersThatAreThere(charts, platform.text());
   output.write(format ? drawnAsPicture(charts, screen, *format) : drawnInTerminal(charts, screen));
