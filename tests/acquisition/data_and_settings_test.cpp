@@ -97,6 +97,11 @@ TEST(SettingsTest, HardwareModelsHaveTheirNumbersProfilesAndNames) {
       {27, "iphone6", "iPod Touch 4th Gen", {"iPod4,1"}},
       {28, "iphone6", "iPod Touch 5th Gen", {"iPod5,1"}},
       {29, "iphone6", "iPod Touch 6th Gen", {"iPod7,1"}}};
+  for (const auto& [model, told] :
+       {std::pair{"i386", "Simulator"}, {"x86_64", "Simulator"}, {"iPhone7,2", "iPhone7,2"}}) {
+    TestPlatform platform(model);
+    EXPECT_EQ(SDiOSVersion::deviceName(), told);
+  }
   OptionsView noView;
   const auto askedOnce = [] {
     return std::array{Utils::isIphone4(), Utils::isIphone4s(), Utils::isIphone5(),
