@@ -11,10 +11,10 @@ clip() { # name, size, seconds, encoder's options
   ffmpeg -v error -f lavfi -i "testsrc2=size=$2:rate=30:duration=$3,noise=alls=8:allf=t" -pix_fmt yuv420p "${@:4}" \
     "$folder/$1.mp4"
 }
-clip h264 1920x1080 60 -c:v libx264 -preset veryfast -crf 23
+clip h264 1920x1080 30 -c:v libx264 -preset veryfast -crf 23
 clip hevc 3840x2160 10 -c:v libx265 -preset ultrafast -crf 28 -x265-params log-level=none
 
-runs=5
+runs=7
 # The processor time of a command, and the time on the wall.
 times() { bash -c 'TIMEFORMAT="%U %S %R"; time "$@" >/dev/null 2>&1' _ "$@" 2>&1 | awk '{ print $1 + $2, $3 }'; }
 # The high-water mark of its resident set in MB, while it runs.
