@@ -1,8 +1,12 @@
 #pragma once
 
+#include <unistd.h>
+
+#include <cstddef>
 #include <iostream>
 #include <string>
 
+#include "apps/cli/terminal.h"
 #include "platform/linux/output_file.h"
 
 namespace veyla {
@@ -21,9 +25,11 @@ inline std::string printable(const std::string& text) {
   return shown;
 }
 
-/// One line on standard error, under the program's name.
+/// One line on standard error, under the program's name; on a terminal broken between words.
 inline void complain(const std::string& line) {
-  std::cerr << "veyla: " << printable(line) << std::endl;
+  constexpr std::size_t indent = 4;
+  std::cerr << wrapped("veyla: " + printable(line), terminalBehind(STDERR_FILENO), indent)
+            << std::endl;
 }
 
 /// What is told so when a signal stops the program from now on: what that was doing and what of it

@@ -51,6 +51,8 @@ TEST_F(TerminalTest, WhatIsLeftOfALineIsIndentedOnANarrowTerminal) {
               HasSubstr("black.csv   --      --    unfinished: No\r\n"
                         "    finger from 2 to 40 s: the picture\r\n    is black.\r\n"));
   keep(Value::Array{entry(72, 97, 0, 1)});
+  EXPECT_EQ(onTerminal("measure no-such.mp4", 40).out,
+            "veyla: no-such.mp4: no such file; check\r\n    the name\r\n");
   EXPECT_THAT(onTerminal("demo-history --data 'my data'", 40).out,
               EndsWith(" my data; see\r\nveyla chart --data 'my data'\r\n"));
   EXPECT_THAT(onTerminal("history --data data", 40).out, ContainsRegex("bpm  97%\r\n     [A-Z]"));
