@@ -40,13 +40,14 @@ function fileListForServiceWorker(): Plugin {
 
 /**
  * What the first screen waits for comes at once, and not only when the script that wants it is there: the core, and
- * what the library's navigation loads for its way back. What the first paint shows is decided before it.
+ * what the library's navigation loads for its way back. The first paint waits for nothing but the page's own file:
+ * what decides what it shows, and the style, stand in there.
  */
 function firstScreen(): Plugin {
   return {
     name: "first-screen",
     apply: "build",
-    transformIndexHtml(_html, { bundle = {} }): HtmlTagDescriptor[] {
+    transformIndexHtml(html, { bundle = {} }): { html: string; tags: HtmlTagDescriptor[] } {
       const core = Object.keys(bundle).filter((name) => name.endsWith(".wasm"));
       const chunks = Object.values(bundle).filter((each) => each.type === "chunk");
       const back = chunks.filter(({ exports }) => exports.includes("createSwipeBackGesture"));
@@ -66,7 +67,24 @@ function firstScreen(): Plugin {
         injectTo: "head",
         attrs: { ...attrs, crossorigin: "anonymous" },
       })) satisfies HtmlTagDescriptor[];
-      return [{ tag: "script", injectTo: "head", attrs: { src: "./first-visit.js" } }, ...links];
+      const decision = readFileSync(join(root, "first_visit.js"), "utf8");
+      const allowed = createHash("sha256").update(decision).digest("base64");
+      const named = Object.values(bundle).flatMap((each) =>
+        each.type === "asset" && html.includes(each.fileName) && each.fileName.endsWith(".css")
+          ? [each]
+          : [],
+      );
+      const [style] = named;
+      const link = new RegExp(`<link [^>]*${style?.fileName}">`);
+      if (!style || named.length !== 1 || !html.includes("script-src 'self'") || !link.test(html))
+        throw new Error("the page's style is not found");
+      Reflect.deleteProperty(bundle, style.fileName);
+      return {
+        html: html
+          .replace(link, () => `<style>${String(style.source)}</style>`)
+          .replace("script-src 'self'", `$& 'sha256-${allowed}'`),
+        tags: [{ tag: "script", injectTo: "head", children: decision }, ...links],
+      };
     },
   };
 }
