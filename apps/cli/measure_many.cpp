@@ -7,7 +7,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <ranges>
 #include <set>
 #include <utility>
 #include <vector>
@@ -50,10 +49,12 @@ void tellPassedOver(const std::string& folder, const std::set<std::string>& name
   constexpr std::size_t mostNamed = 3;
   if (names.empty()) return;
   std::string list;
-  for (const std::string& name : names | std::views::take(mostNamed)) {
-    list += (list.empty() ? "" : ", ") + name;
+  std::size_t named = 0;
+  for (const std::string& name : names) {
+    if (named == mostNamed) break;
+    list += (named++ == 0 ? "" : ", ") + name;
   }
-  const auto others = std::to_string(names.size() - std::min(names.size(), mostNamed));
+  const auto others = std::to_string(names.size() - named);
   complain(folder + ": passed over " + list + (others == "0" ? "" : " and " + others + " more") +
            ", by ending or first line no recording; name what is one to measure it");
 }
