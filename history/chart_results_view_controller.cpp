@@ -88,7 +88,6 @@ LineDataSet lineThrough(std::vector<ChartDataEntry> points, std::string_view tit
   line.circleRadius = 5;
   line.circleColor = color;
   line.drawsCircleHoles = true;
-  line.circleHoleColor = white;
   line.drawsValues = false;
   line.valueFont = Font{"DroidSans", 9};
   line.drawsFilled = true;

@@ -128,7 +128,7 @@ TEST(ShortfallTest, AMissingValueIsExplainedByTheFingerFirstThenByTheEstimates) 
   const std::string hardlyAny =
       "No oxygen value: this camera's colours give hardly any of 93 % or more.";
   const std::vector<FingerSpan> twice = {
-      {noFinger, 2, 7}, {good, 7, 9}, {noFinger, 9, 14.5}, {good, 14.5, 30}};
+      {noFinger, 2, 7}, {good, 7, 8.5}, {noFinger, 8.5, 14.5}, {good, 14.5, 30}};
   const std::vector<FingerSpan> often = {
       {weak, 2, 4}, {weak, 9, 11}, {weak, 16, 18}, {weak, 23, 25}, {weak, 30, 32}};
   const std::pair<MeasurementEvidence, std::string> cases[] = {
