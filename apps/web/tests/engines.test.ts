@@ -19,9 +19,7 @@ it.concurrent.for(engines)(
     await visit.sees("FINISHED");
     await visit.picture("finished");
     const [entry] = await visit.values();
-    // Beats within what was lost of the ten seconds that a measurement takes at the least are counted or not.
-    const uncertain = (72 * (await visit.lostSeconds())) / 10;
-    expect(Math.abs((entry?.hr ?? NaN) - 72)).toBeLessThan(2 + uncertain);
+    expect(Math.abs((entry?.hr ?? NaN) - 72)).toBeLessThan(2);
     expect(await visit.lights()).toEqual([true, false]);
 
     await visit.tap("Results");

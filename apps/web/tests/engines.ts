@@ -237,9 +237,10 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
   canvas.height = 120;
   const brush = canvas.getContext("2d");
   let lens = "second";
+  let lost = 0;
   const paint = (): void => {
     if (!brush) return;
-    const phase = (performance.now() / 1000) * 1.2 * 2 * Math.PI;
+    const phase = (performance.now() / 1000 - lost) * 1.2 * 2 * Math.PI;
     const pulse = 0.5 + 0.35 * Math.sin(phase) + 0.15 * Math.sin(2 * phase);
     const means = levels.map((level, index) =>
       lens === "first" ? 2 : level + (swings[index] ?? 0) * pulse,
@@ -255,9 +256,7 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
     });
   };
   setInterval(paint, 33);
-  let lost = 0;
   let last = Infinity;
-  Object.assign(window, { lostSeconds: () => lost });
   const video = HTMLVideoElement.prototype;
   const request: typeof video.requestVideoFrameCallback = Reflect.get(
     video,
@@ -265,10 +264,13 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
   );
   HTMLVideoElement.prototype.requestVideoFrameCallback = function (take): number {
     return request.call(this, (now, frame) => {
-      // A frame stands in for those that do not come for so long, and for no longer.
-      lost += Math.max(0, (now - last) / 1000 - 0.3);
+      // Where the machine has no time for the page, the finger waits for it, and so does the frames' time.
+      lost += Math.max(0, (now - last) / 1000 - 0.1);
       last = now;
-      take(now, frame);
+      const mediaTime = frame.mediaTime - lost;
+      const { captureTime } = frame;
+      const taken = captureTime === undefined ? {} : { captureTime: captureTime - 1000 * lost };
+      take(now - 1000 * lost, { ...frame, mediaTime, ...taken });
     });
   };
   // On the prototype: WebKit makes the object itself anew, and what was set on it is lost.
@@ -351,8 +353,8 @@ export class EngineVisit {
         return undefined;
       });
       if (answer) return answer;
-      if (Date.now() - start > 60_000) await this.picture("failed");
-      if (Date.now() - start > 60_000)
+      if (Date.now() - start > 120_000) await this.picture("failed");
+      if (Date.now() - start > 120_000)
         throw new Error(`never true: ${question.toString()} of ${JSON.stringify(given)}`);
       await new Promise((resolve) => setTimeout(resolve, 50));
     }
@@ -399,11 +401,6 @@ export class EngineVisit {
   async values(): Promise<{ hr: number; spo2: number; labels: boolean[] }[]> {
     const stored = await this.ask(() => localStorage.getItem("veyla/values"));
     return JSON.parse(stored ?? "[]") as never;
-  }
-
-  /** Of the finger's time, what no frame told the page of; 0 where the machine has time. */
-  lostSeconds(): Promise<number> {
-    return this.ask(() => (window as unknown as { lostSeconds(): number }).lostSeconds());
   }
 
   /** What the stand-in's torch has done, in its order. */
