@@ -62,33 +62,66 @@ FrameSample recordOf(std::uint32_t red, std::uint32_t green, std::uint32_t blue)
           static_cast<float>(luma)};
 }
 
-/// Of each lane the upper median, as of `VectorUtils::medianOf`; 0 of no samples. Found bit by
-/// bit: counting runs over all lanes alike, so that it vectorizes, which a sort would not.
-GridAverager::Lanes median(std::span<const GridAverager::Lanes> samples) {
-  using Lanes = GridAverager::Lanes;
+using Lanes = GridAverager::Lanes;
+using Counts = std::array<std::uint32_t, Lanes{}.size()>;
+
+/// How many samples of each lane are not above its base plus `step`, which stays within a byte.
+Counts countNotAbove(std::span<const Lanes> samples, const Lanes& bases, unsigned step) {
   // Blocks short enough for a count of one byte keep sixteen counters in one register.
   constexpr std::size_t blockSize = 240;
-  const std::size_t position = samples.size() / 2;
-  Lanes medians{};
-  if (samples.empty()) return medians;
-  for (unsigned bit = 128; bit != 0; bit /= 2) {
-    Lanes limits;
-    for (std::size_t i = 0; i < limits.size(); ++i) {
-      limits[i] = static_cast<std::uint8_t>(medians[i] + bit - 1);
-    }
-    std::array<std::uint32_t, Lanes{}.size()> notAbove{};
-    for (std::size_t start = 0; start < samples.size(); start += blockSize) {
-      Lanes inBlock{};
-      for (const Lanes& sample :
-           samples.subspan(start).first(std::min(blockSize, samples.size() - start))) {
-        for (std::size_t i = 0; i < inBlock.size(); ++i) {
-          inBlock[i] = static_cast<std::uint8_t>(inBlock[i] + (sample[i] <= limits[i] ? 1 : 0));
-        }
+  Lanes limits;
+  for (std::size_t i = 0; i < limits.size(); ++i) {
+    limits[i] = static_cast<std::uint8_t>(bases[i] + step);
+  }
+  Counts counts{};
+  for (std::size_t start = 0; start < samples.size(); start += blockSize) {
+    Lanes inBlock{};
+    for (const Lanes& sample :
+         samples.subspan(start).first(std::min(blockSize, samples.size() - start))) {
+      for (std::size_t i = 0; i < inBlock.size(); ++i) {
+        inBlock[i] = static_cast<std::uint8_t>(inBlock[i] + (sample[i] <= limits[i] ? 1 : 0));
       }
-      for (std::size_t i = 0; i < inBlock.size(); ++i) notAbove[i] += inBlock[i];
     }
+    for (std::size_t i = 0; i < inBlock.size(); ++i) counts[i] += inBlock[i];
+  }
+  return counts;
+}
+
+/// Whether each lane's upper median is one of the `width` values from its base on.
+bool holdMedians(std::span<const Lanes> samples, const Lanes& bases, unsigned width) {
+  const std::size_t position = samples.size() / 2;
+  const Counts below = countNotAbove(samples, bases, 0U - 1);
+  const Counts within = countNotAbove(samples, bases, width - 1);
+  for (std::size_t i = 0; i < bases.size(); ++i) {
+    if ((bases[i] != 0 && below[i] > position) || within[i] <= position) return false;
+  }
+  return true;
+}
+
+/// Of each lane the upper median, as of `VectorUtils::medianOf`; 0 of no samples. Found by halving
+/// the values that it can be: counting runs over all lanes alike, so that it vectorizes, which a
+/// sort would not. Values about `last` come first, since a finger's frames differ little.
+Lanes median(std::span<const Lanes> samples, const Lanes& last) {
+  constexpr unsigned allValues = 256;
+  constexpr unsigned nearValues = 8;
+  if (samples.empty()) return {};
+  Lanes medians;
+  for (std::size_t i = 0; i < medians.size(); ++i) {
+    const auto middle = std::clamp<unsigned>(last[i], nearValues / 2, allValues - nearValues / 2);
+    medians[i] = static_cast<std::uint8_t>(middle - nearValues / 2);
+  }
+  unsigned width = nearValues;
+  if (!holdMedians(samples, medians, width)) {
+    medians = {};
+    width = allValues;
+  }
+  while (width > 1) {
+    width /= 2;
+    const Counts below = countNotAbove(samples, medians, width - 1);
     for (std::size_t i = 0; i < medians.size(); ++i) {
-      if (notAbove[i] <= position) medians[i] = static_cast<std::uint8_t>(medians[i] + bit);
+      if (below[i] <= samples.size() / 2) {
+        medians[i] = static_cast<std::uint8_t>(medians[i] + width);
+      }
     }
   }
   return medians;
@@ -168,11 +201,11 @@ FrameSample GridAverager::average(const std::uint8_t* pixels, std::size_t width,
     const auto some =
         std::span(starts_).subspan(first).first(std::min(cellsAtOnce, starts_.size() - first));
     sample(some, width, cellWidth, cellHeight);
-    const Lanes medians = median(samples_);
+    medians_ = median(samples_, medians_);
     for (std::size_t cell = 0; cell < some.size(); ++cell) {
-      blueMedians_.push_back(medians[3 * cell]);
-      greenMedians_.push_back(medians[3 * cell + 1]);
-      redMedians_.push_back(medians[3 * cell + 2]);
+      blueMedians_.push_back(medians_[bytesPerPixel * cell]);
+      greenMedians_.push_back(medians_[bytesPerPixel * cell + 1]);
+      redMedians_.push_back(medians_[bytesPerPixel * cell + 2]);
     }
   }
   const float red = averageOf(redMedians_);
@@ -203,7 +236,7 @@ void GridAverager::sample(std::span<const std::uint8_t* const> starts, std::size
       const std::uint8_t* pixel = starts[cell] + nextRow * row;
       if (row + 1 < rows) prefetch(pixel + nextRow, bytesPerPixel * cellWidth);
       for (Lanes& lanes : std::span(samples_).subspan(row * samplesInRow, samplesInRow)) {
-        std::memcpy(lanes.data() + 3 * cell, pixel, 3);
+        std::memcpy(lanes.data() + bytesPerPixel * cell, pixel, bytesPerPixel);
         pixel += bytesPerPixel * samplingStep;
       }
     }

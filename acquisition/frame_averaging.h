@@ -37,8 +37,8 @@ FrameCells cellsOf(std::span<const double, FrameCells::count> red,
 class GridAverager {
  public:
   static constexpr std::size_t cellsAtOnce = 16;
-  /// The pixels at one place of so many cells, side by side: blue, green and red of each.
-  using Lanes = std::array<std::uint8_t, 3 * cellsAtOnce>;
+  /// The pixels at one place of so many cells, side by side: blue, green, red and alpha of each.
+  using Lanes = std::array<std::uint8_t, 4 * cellsAtOnce>;
 
   /// The mean over `cells` of the medians of every fourth pixel of every fourth row; the pulse
   /// value is the red one. Cells are numbered 1 to 16, row by row, in a 4 × 4 division of the
@@ -60,6 +60,8 @@ class GridAverager {
 
   std::vector<const std::uint8_t*> starts_;
   std::vector<Lanes> samples_;
+  /// Of the samples.
+  Lanes medians_{};
   /// A median per cell.
   std::vector<double> redMedians_;
   std::vector<double> greenMedians_;

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <numeric>
 
 #include "acquisition/frame_averaging.h"
@@ -93,6 +94,15 @@ TEST(FrameAveragingTest, CellsGiveUpperMediansHoweverManySamplesAndCellsThereAre
     const auto share = static_cast<double>(columns) / static_cast<double>(cells.size());
     ASSERT_FLOAT_EQ(averageCells(frame, cells).red,
                     static_cast<float>(VectorUtils::medianOf(reds) * share));
+  }
+  // However near to those of the frame before or far from them.
+  for (const int from : {0, 1, 4, 5, 128, 251, 255}) {
+    for (int to = std::max(from - 9, 0); to <= std::min(from + 9, 255); ++to) {
+      for (const int red : {from, to}) {
+        const TestFrame frame(16, 16, {0, 0, static_cast<std::uint8_t>(red)});
+        ASSERT_EQ(averageCells(frame, {1}).red, red) << from << " to " << to;
+      }
+    }
   }
 }
 
