@@ -47,10 +47,31 @@ constexpr double largestHeartrate = 450;
 constexpr double largestSpo2 = 100;
 
 std::string faultOfNumber(const char* name, const Value& value, double largest) {
-  const std::string its = std::string("its \"") + name + "\" is ";
-  if (!value.isNumber() || !std::isfinite(value.doubleValue())) return its + "no number";
+  const auto its = [name](const char* what) {
+    return std::string("its \"").append(name).append("\" is ").append(what);
+  };
+  if (!value.isNumber() || !std::isfinite(value.doubleValue())) return its("no number");
   const bool isPossible = value.doubleValue() >= 0 && value.doubleValue() <= largest;
-  return isPossible ? "" : its + "nothing that is measured";
+  return isPossible ? std::string() : its("nothing that is measured");
+}
+
+/// Reads into an empty entry what is stored. Returns what is wrong with it; nothing of a whole one.
+std::string read(const Value& stored, HistoryEntry& entry) {
+  if (!stored.dictionary()) return "it is no dictionary";
+  const Value& hr = stored["hr"];
+  if (auto fault = faultOfNumber("hr", hr, largestHeartrate); !fault.empty()) return fault;
+  const Value& spo2 = stored["spo2"];
+  if (auto fault = faultOfNumber("spo2", spo2, largestSpo2); !fault.empty()) return fault;
+  const Date* date = stored["date"].date();
+  if (!date || !isInCalendar(*date)) return "its \"date\" is no date";
+  const auto labels = labelsOf(stored["labels"]);
+  if (!labels) return "its \"labels\" are not a flag for each label";
+  entry.hr = hr.doubleValue();
+  entry.spo2 = spo2.doubleValue();
+  entry.date = *date;
+  entry.labels = *labels;
+  entry.others = othersIn(*stored.dictionary());
+  return {};
 }
 
 }  // namespace
@@ -67,27 +88,13 @@ Value valueOf(const HistoryEntry& entry) {
 
 HistoryEntry historyEntryOf(const Value& stored) {
   HistoryEntry entry;
-  if (!faultOf(stored).empty()) {
-    entry.damaged = stored;
-    return entry;
-  }
-  entry.hr = stored["hr"].doubleValue();
-  entry.spo2 = stored["spo2"].doubleValue();
-  entry.date = *stored["date"].date();
-  entry.labels = *labelsOf(stored["labels"]);
-  entry.others = othersIn(*stored.dictionary());
+  if (!read(stored, entry).empty()) entry.damaged = stored;
   return entry;
 }
 
 std::string faultOf(const Value& stored) {
-  if (!stored.dictionary()) return "it is no dictionary";
-  if (auto fault = faultOfNumber("hr", stored["hr"], largestHeartrate); !fault.empty())
-    return fault;
-  if (auto fault = faultOfNumber("spo2", stored["spo2"], largestSpo2); !fault.empty()) return fault;
-  const Date* date = stored["date"].date();
-  if (!date || !isInCalendar(*date)) return "its \"date\" is no date";
-  if (!labelsOf(stored["labels"])) return "its \"labels\" are not a flag for each label";
-  return {};
+  HistoryEntry unused;
+  return read(stored, unused);
 }
 
 Value valueOf(const OldHistoryEntry& entry) {

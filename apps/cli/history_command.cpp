@@ -170,6 +170,7 @@ class History {
 /// The rows as the list shows them, numbered, in columns.
 std::string table(const ResultsViewController& screen, const std::vector<std::size_t>& rows) {
   std::vector<HistoryTableViewCell> cells;
+  cells.reserve(rows.size());
   std::vector<std::size_t> dateColumns;
   std::size_t widestDate = 0;
   std::size_t widestHeartrate = 0;

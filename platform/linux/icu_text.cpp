@@ -139,7 +139,10 @@ struct IcuText::Formats {
       const auto around = aroundTime.find(moment->day);
       const std::string& time = times[moment->minute];
       if (around != aroundTime.end() && !time.empty()) {
-        return around->second.first + time + around->second.second;
+        const auto& [before, behind] = around->second;
+        std::string text;
+        text.reserve(before.size() + time.size() + behind.size());
+        return text.append(before).append(time).append(behind);
       }
     }
     UErrorCode status = U_ZERO_ERROR;

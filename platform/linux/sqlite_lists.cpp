@@ -77,6 +77,7 @@ std::string SqliteLists::read(std::string_view key) const {
   const std::vector<Part> parts = partsOf(key);
   if (!areRows(parts)) throw foreignRows(key);
   std::string json;
+  json.reserve((fullPart + separator.size()) * (parts.size() + 1));
   for (const Part& part : parts) json.append(json.empty() ? "[" : separator).append(part.value);
   return json.empty() ? "[]" : json + "]";
 }
