@@ -3,7 +3,6 @@
 #include <unicode/brkiter.h>
 #include <unicode/dtfmtsym.h>
 #include <unicode/dtptngen.h>
-#include <unicode/gregocal.h>
 #include <unicode/numberformatter.h>
 #include <unicode/regex.h>
 #include <unicode/smpdtfmt.h>
@@ -12,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <map>
@@ -92,8 +92,6 @@ struct IcuText::Formats {
     read->setDateFormatSymbols(symbols);
     read->setLenient(false);
     ownCalendar.reset(write->getCalendar()->clone());
-    UErrorCode status = U_ZERO_ERROR;
-    calendar = std::make_unique<icu::GregorianCalendar>(*zone, icu::Locale::getRoot(), status);
   }
 
   static std::vector<UnicodeString> plainSpaced(const UnicodeString* words, std::int32_t count) {
@@ -115,10 +113,17 @@ struct IcuText::Formats {
         static_cast<icu::SimpleDateFormat*>(format.release()));
   }
 
-  /// Made once for each pattern: making one takes a thousand times as long as using it.
-  const icu::SimpleDateFormat& of(std::string_view pattern) {
+  /// What writes and reads by a pattern. Making one takes a thousand times as long as using it.
+  struct Pattern {
+    std::unique_ptr<icu::SimpleDateFormat> format;
+    /// Whether all moments of a day are written alike, and how those that have come up are.
+    bool isOfDays;
+    std::unordered_map<std::int64_t, std::string> days;
+  };
+
+  Pattern& of(std::string_view pattern) {
     const auto made = patterns.find(pattern);
-    if (made != patterns.end()) return *made->second;
+    if (made != patterns.end()) return made->second;
     UErrorCode status = U_ZERO_ERROR;
     auto format =
         std::make_unique<icu::SimpleDateFormat>(UnicodeString::fromUTF8(pattern), locale, status);
@@ -126,7 +131,23 @@ struct IcuText::Formats {
       throw std::runtime_error("the data of ICU cannot be found; install libicu again");
     }
     format->setTimeZone(*zone);
-    return *patterns.emplace(pattern, std::move(format)).first->second;
+    const bool isOfDays = pattern.find_first_not_of("dMEy /.-") == std::string_view::npos;
+    return patterns.emplace(pattern, Pattern{std::move(format), isOfDays, {}}).first->second;
+  }
+
+  std::string written(Date date, std::string_view pattern) {
+    Pattern& by = of(pattern);
+    const double milliseconds = date.secondsSince1970 * millisecondsPerSecond;
+    const auto moment = by.isOfDays ? momentOf(milliseconds) : std::nullopt;
+    if (moment) {
+      const auto kept = by.days.find(moment->day);
+      if (kept != by.days.end()) return kept->second;
+    }
+    UnicodeString text;
+    by.format->format(milliseconds, text);
+    std::string utf8 = utf8Of(text);
+    if (moment) by.days.emplace(moment->day, utf8);
+    return utf8;
   }
 
   /// The date with its time. Writing takes ICU a while, and a long list has many entries of a day
@@ -154,26 +175,29 @@ struct IcuText::Formats {
     return utf8Of(text);
   }
 
-  /// A day of the zone, counted from 1970, and a minute of it.
+  /// A day of the zone, counted from 1970, a minute of it and a second of that.
   struct Moment {
     std::int64_t day;
     std::size_t minute;
+    std::int32_t second;
   };
 
   /// Nothing for times that no calendar reaches.
   std::optional<Moment> momentOf(double milliseconds) const {
-    constexpr double farthest = 1e14;
-    constexpr double minutesPerDay = 1440;
+    constexpr double farthest = 3e14;
+    constexpr double secondsPerMinute = 60;
     if (!(std::abs(milliseconds) < farthest)) return std::nullopt;
     std::int32_t raw = 0;
     std::int32_t saving = 0;
     UErrorCode status = U_ZERO_ERROR;
     zone->getOffset(milliseconds, false, raw, saving, status);
     if (U_FAILURE(status)) return std::nullopt;
-    const double minutes = std::floor((milliseconds + raw + saving) / (60 * millisecondsPerSecond));
-    const double day = std::floor(minutes / minutesPerDay);
-    return Moment{static_cast<std::int64_t>(day),
-                  static_cast<std::size_t>(minutes - day * minutesPerDay)};
+    const double seconds = std::floor((milliseconds + raw + saving) / millisecondsPerSecond);
+    const double day = std::floor(seconds / secondsPerDay);
+    const double ofDay = seconds - day * secondsPerDay;
+    const double minute = std::floor(ofDay / secondsPerMinute);
+    return Moment{static_cast<std::int64_t>(day), static_cast<std::size_t>(minute),
+                  static_cast<std::int32_t>(ofDay - minute * secondsPerMinute)};
   }
 
   void keep(const Moment& moment, const UnicodeString& text, icu::FieldPositionIterator& fields) {
@@ -215,10 +239,9 @@ struct IcuText::Formats {
   std::unique_ptr<icu::TimeZone> zone;
   std::unique_ptr<icu::SimpleDateFormat> write;
   std::unique_ptr<icu::SimpleDateFormat> read;
-  std::map<std::string, std::unique_ptr<icu::SimpleDateFormat>, std::less<>> patterns;
+  std::map<std::string, Pattern, std::less<>> patterns;
   /// The locale's calendar. A formatter that is given none copies its own for every date.
   std::unique_ptr<icu::Calendar> ownCalendar;
-  std::unique_ptr<icu::GregorianCalendar> calendar;
   std::unordered_map<std::int64_t, std::pair<std::string, std::string>> aroundTime;
   /// By minute of the day; empty where none has come up.
   std::array<std::string, 1440> times;
@@ -235,13 +258,18 @@ IcuText::IcuText(const std::string& locale, const std::string& timeZone)
 IcuText::~IcuText() = default;
 
 LocalTime IcuText::localTime(Date date) const {
-  UErrorCode status = U_ZERO_ERROR;
-  icu::GregorianCalendar& calendar = *formats_->calendar;
-  calendar.setTime(date.secondsSince1970 * millisecondsPerSecond, status);
-  const auto field = [&](UCalendarDateFields name) { return calendar.get(name, status); };
-  const LocalTime time{field(UCAL_YEAR),        field(UCAL_MONTH) + 1, field(UCAL_DATE),
-                       field(UCAL_HOUR_OF_DAY), field(UCAL_MINUTE),    field(UCAL_SECOND)};
-  return U_SUCCESS(status) ? time : LocalTime();
+  const auto moment = formats_->momentOf(date.secondsSince1970 * millisecondsPerSecond);
+  if (!moment) return {};
+  constexpr std::int32_t minutesPerHour = 60;
+  const std::chrono::sys_days day(std::chrono::days(moment->day));
+  const std::chrono::year_month_day calendar(day);
+  const auto minute = static_cast<std::int32_t>(moment->minute);
+  return {int(calendar.year()),
+          static_cast<std::int32_t>(unsigned(calendar.month())),
+          static_cast<std::int32_t>(unsigned(calendar.day())),
+          minute / minutesPerHour,
+          minute % minutesPerHour,
+          moment->second};
 }
 
 std::string IcuText::mediumDateShortTime(Date date) const { return formats_->written(date); }
@@ -257,10 +285,7 @@ std::optional<Date> IcuText::parseMediumDateShortTime(std::string_view text) con
 }
 
 std::string IcuText::formatted(Date date, std::string_view pattern) const {
-  UnicodeString text;
-  formats_->of(pattern).format(date.secondsSince1970 * millisecondsPerSecond, text);
-  std::string utf8;
-  return text.toUTF8String(utf8);
+  return formats_->written(date, pattern);
 }
 
 std::string IcuText::dayInDigits(Date date) const {
@@ -281,7 +306,7 @@ std::string IcuText::dayInDigits(Date date) const {
 std::optional<Date> IcuText::parse(std::string_view text, std::string_view pattern) const {
   const UnicodeString whole = UnicodeString::fromUTF8(text);
   icu::ParsePosition position(0);
-  const UDate milliseconds = formats_->of(pattern).parse(whole, position);
+  const UDate milliseconds = formats_->of(pattern).format->parse(whole, position);
   if (position.getErrorIndex() >= 0 || position.getIndex() != whole.length() || whole.isEmpty()) {
     return std::nullopt;
   }

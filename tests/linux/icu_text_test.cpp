@@ -32,7 +32,8 @@ TEST(IcuTextTest, LocalTimesAreGregorianInEveryLocale) {
     const std::pair<double, LocalTime> times[] = {
         {1720700999.9, {2024, 7, 11, 14, 29, 59}}, {1711846799, {2024, 3, 31, 1, 59, 59}},
         {1711846800, {2024, 3, 31, 3, 0, 0}},      {1729987200, {2024, 10, 27, 2, 0, 0}},
-        {1729990800, {2024, 10, 27, 2, 0, 0}},     {-0.5, {1970, 1, 1, 0, 59, 59}}};
+        {1729990800, {2024, 10, 27, 2, 0, 0}},     {-0.5, {1970, 1, 1, 0, 59, 59}},
+        {-2208992400, {1900, 1, 1, 0, 0, 0}},      {253402300799, {10000, 1, 1, 0, 59, 59}}};
     for (const auto& [seconds, time] : times) {
       EXPECT_EQ(text.localTime(Date{seconds}), time) << locale << " " << time.month;
     }
@@ -63,8 +64,13 @@ TEST(IcuTextTest, WritingMoreDatesWritesThemAsTheFirst) {
       // Three days around a change of the clocks, in steps that meet each day and minute again.
       for (int i = 0; i < 120; ++i) seconds.push_back(1729900000 + 2160.0 * i);
       for (const double each : seconds) {
-        const std::string alone = IcuText(locale, zone).mediumDateShortTime(Date{each});
-        EXPECT_EQ(one.mediumDateShortTime(Date{each}), alone) << each;
+        const IcuText alone(locale, zone);
+        EXPECT_EQ(one.mediumDateShortTime(Date{each}), alone.mediumDateShortTime(Date{each}))
+            << each;
+        for (const char* pattern : {"dd/MM", "yyyy-MM-dd", "dd/MM HH:mm"}) {
+          EXPECT_EQ(one.formatted(Date{each}, pattern), alone.formatted(Date{each}, pattern))
+              << each;
+        }
       }
     }
   }
