@@ -4,7 +4,8 @@ include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
 install(TARGETS veyla RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
-install(TARGETS veyla_video_module LIBRARY DESTINATION lib/veyla COMPONENT program)
+install(TARGETS veyla_video_module veyla_pictures_module veyla_mail_module
+        LIBRARY DESTINATION lib/veyla COMPONENT program)
 install(FILES ${PROJECT_BINARY_DIR}/apps/cli/veyla.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
 install(FILES ${PROJECT_BINARY_DIR}/apps/cli/veyla.bash

@@ -23,12 +23,12 @@
 #include "history/chart_results_view_controller.h"
 #include "history/history_store.h"
 #include "platform/action_sheet.h"
-#include "platform/linux/fonts.h"
 #include "platform/linux/gnuplot_chart.h"
 #include "platform/linux/gnuplot_program.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/names.h"
 #include "platform/linux/output_file.h"
+#include "platform/linux/pictures.h"
 
 namespace veyla {
 
@@ -189,7 +189,7 @@ class DaysInDigits : public AxisValueFormatter {
 bool isDrawable(const ChartAxis& axis, double value) {
   if (!axis.valueFormatter) return true;
   const std::string label = axis.valueFormatter->stringForValue(value, axis);
-  return drawable(label) == label;
+  return pictures().drawable(label) == label;
 }
 
 /// Labels in ASCII's digits for those whose letters no font here has; tells of it once.

@@ -9,8 +9,8 @@
 #include "apps/cli/complain.h"
 #include "apps/cli/plot_style.h"
 #include "platform/format.h"
-#include "platform/linux/fonts.h"
 #include "platform/linux/gnuplot_program.h"
+#include "platform/linux/pictures.h"
 
 namespace veyla {
 
@@ -126,7 +126,7 @@ bool EvaluationPlots::draw(const Evaluation& evaluation) {
   const std::vector<Set> sets = setsOf(evaluation);
   if (sets.empty()) return false;
   for (const Set& set : sets) {
-    if (drawable(set.name) == set.name) continue;
+    if (pictures().drawable(set.name) == set.name) continue;
     complain("--plots: no font here has all letters of " + set.name +
              "; the others are drawn as ?");
     break;

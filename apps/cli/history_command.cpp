@@ -23,7 +23,7 @@
 #include "platform/format.h"
 #include "platform/linux/data_folder.h"
 #include "platform/linux/desktop.h"
-#include "platform/linux/mail_draft.h"
+#include "platform/linux/mails.h"
 #include "platform/linux/memory_key_value_store.h"
 #include "platform/linux/output_file.h"
 #include "platform/linux/sqlite_key_value_store.h"
@@ -344,7 +344,7 @@ ExitStatus mail(const HistoryOptions& options) {
   const bool handsOver = options.output.empty();
   const std::string file = handsOver ? draftFile(history.folder()) : options.output;
   OutputFile output(file, Readers::ownerAlone);
-  output.write(mailDraft(mail, mailSender(), services().clock.now()));
+  output.write(mails().mailDraft(mail, mails().mailSender(), services().clock.now()));
   output.commit();
   if (handsOver) {
     tell(!desktopHasMailProgram()

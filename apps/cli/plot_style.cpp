@@ -4,13 +4,13 @@
 
 #include "apps/cli/complain.h"
 #include "platform/format.h"
-#include "platform/linux/fonts.h"
+#include "platform/linux/pictures.h"
 
 namespace veyla {
 
 std::string plotText(std::string text) {
   std::replace(text.begin(), text.end(), '\'', ' ');
-  return "'" + drawable(printable(text)) + "'";
+  return "'" + pictures().drawable(printable(text)) + "'";
 }
 
 std::string plotBegin(int width, int height) {

@@ -11,8 +11,8 @@
 #include "measuring/measuring_layout.h"
 #include "measuring/measuring_screen_drawing.h"
 #include "platform/format.h"
-#include "platform/linux/cairo_canvas.h"
 #include "platform/linux/file_problem.h"
+#include "platform/linux/pictures.h"
 
 namespace veyla {
 
@@ -33,10 +33,10 @@ constexpr std::size_t headSize = 33;
 
 std::string pictureOf(const ScreenPictures::Screen& screen, std::optional<double> scale,
                       CenterPanel center) {
-  CairoCanvas canvas(phone, scale.value_or(usualScale));
-  drawMeasuringScreen(canvas, MeasuringLayout(phone, phoneSafeArea), screen.controller,
+  const auto picture = pictures().make(phone, scale.value_or(usualScale));
+  drawMeasuringScreen(*picture, MeasuringLayout(phone, phoneSafeArea), screen.controller,
                       screen.views, screen.title, center);
-  return canvas.png().insert(headSize, mark);
+  return picture->png().insert(headSize, mark);
 }
 
 [[noreturn]] void refuseFolder(const std::string& path, int systemError) {

@@ -7,22 +7,18 @@
 #include <string>
 #include <vector>
 
-#include "platform/canvas.h"
+#include "platform/linux/pictures.h"
 
 namespace veyla {
 
-/// A canvas of pixels that becomes a PNG. It begins transparent.
-///
 /// Texts are set in Inter where the machine has it, else in its own sans-serif; hinting is off, so
 /// that a picture is the same at every density.
-class CairoCanvas : public Canvas {
+class CairoCanvas : public Picture {
  public:
-  /// `density` is in pixels per point. Throws `std::bad_alloc` where there is no room for the
-  /// pixels.
+  /// As `Pictures::make`.
   CairoCanvas(Size size, double density);
 
-  /// The picture so far, as the contents of a PNG file. Throws `std::bad_alloc`.
-  std::string png() const;
+  std::string png() const override;
 
   /// In pixels.
   int width() const;

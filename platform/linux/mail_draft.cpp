@@ -136,4 +136,12 @@ std::string mailDraft(const Mail& mail, const Sender& sender, Date date) {
   return std::string(bytes->data, bytes->data + bytes->len);
 }
 
+/// Of what is linked with this; the program has one that opens the module.
+const Mails& mails() { return *veylaGmimeMails(); }
+
 }  // namespace veyla
+
+const veyla::Mails* veylaGmimeMails() {
+  static const veyla::Mails mails{veyla::mailDraft, veyla::mailSender};
+  return &mails;
+}

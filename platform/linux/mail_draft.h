@@ -2,17 +2,9 @@
 
 #include <string>
 
-#include "platform/date.h"
-#include "platform/sharing.h"
+#include "platform/linux/mails.h"
 
 namespace veyla {
-
-/// Whom a mail is from.
-struct Sender {
-  /// In UTF-8; may be empty.
-  std::string name;
-  std::string address;
-};
 
 /// The mail as a message in the form of RFC 5322, with lines that end in CRLF: a draft, which mail
 /// programs open for editing. A body that is not HTML is plain text; attachments keep every byte.
@@ -24,3 +16,6 @@ std::string mailDraft(const Mail& mail, const Sender& sender, Date date);
 Sender mailSender();
 
 }  // namespace veyla
+
+/// Mails by GMime: what the module's file is asked for, by this name.
+extern "C" const veyla::Mails* veylaGmimeMails();

@@ -164,17 +164,25 @@ TEST_F(MeasureTest, SyntheticFingertipsGiveTheirValuesAsVideoAndAsSeries) {
   EXPECT_EQ(different.size(), 3U);
 }
 
-TEST_F(MeasureTest, WhatReadsVideosIsFoundByALinkWhereverItIsInstalledAndMissedByNothingElse) {
+TEST_F(MeasureTest, AModuleIsFoundByALinkWhereverItIsInstalledAndMissedByNothingElse) {
   const auto built = std::filesystem::path(VEYLA_PROGRAM);
   for (const char* folder : {"bin", "lib/veyla"}) std::filesystem::create_directories(file(folder));
   std::filesystem::copy(built, file("bin/veyla"));
-  std::filesystem::copy(built.parent_path() / "modules/video.so", file("lib/veyla"));
+  for (const char* module : {"video.so", "pictures.so", "mail.so"}) {
+    std::filesystem::copy(built.parent_path() / "modules" / module, file("lib/veyla"));
+  }
   std::filesystem::create_symlink("bin/veyla", file("link"));
   executable = file("link");
   done("synth finger.y4m --seconds 2 --size 192x144");
   done("series finger.y4m -o series.csv");
-  std::filesystem::remove(file("lib/veyla/video.so"));
-  expectRefused(run("series finger.y4m -o -"), 3, "install veyla again");
+  done("measure --data data --frames pictures");
+  done("history mail --data data -o draft.eml");
+  std::filesystem::remove_all(file("lib"));
+  for (const char* command : {"series finger.y4m -o -", "measure --no-save --frames others",
+                              "history mail --data data -o other.eml"}) {
+    expectRefused(run(command), 3, "install veyla again");
+  }
+  EXPECT_THAT(done("history --data data"), HasSubstr("bpm"));
   EXPECT_EQ(done("series series.csv -o -"), contentsOf(file("series.csv")));
 }
 
