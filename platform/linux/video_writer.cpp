@@ -39,8 +39,8 @@ const Kind& kindOf(const std::string& path) {
     if (kind.ending == ending) return kind;
   }
   throw OutputError(path +
-                    ": no kind of video has this ending; use .mp4, .mov, .mkv, .avi, .webm "
-                    "or .y4m");
+                    ": no kind of video has this ending; use .mp4, .mov, .mkv, .avi, .webm or "
+                    ".y4m, or .csv for a colour series");
 }
 
 /// How coarsely x264 keeps samples: six more double its steps, of which 20 means 6.5. The pulse, a
