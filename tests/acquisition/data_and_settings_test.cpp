@@ -52,7 +52,7 @@ TEST(SettingsTest, TheLastEntryForTheDeviceWinsAndWithoutOneThereIsNone) {
   TestPlatform platform("iPhone8,1");
   auto& files = platform.resources.files;
   files["Spo2Settings.json"] = R"({"results": [{"iPhoneModel": "iphone6s", "rawDataSize": 1},
-      {"iPhoneModel": "iphone6", "rawDataSize": 2}, {"iPhoneModel": "iphone6s", "rawDataSize": 3},
+      {"iPhoneModel": "iphone6s", "rawDataSize": 3}, {"iPhoneModel": "iphone6", "rawDataSize": 2},
       "no entry"]})";
   const auto settings = Utils::loadDefaultSettings("Spo2Settings");
   ASSERT_TRUE(settings);

@@ -175,9 +175,9 @@ TEST(Spo2ProcessingTest, TheOldAlgorithmComparesRedWithBlueAndHelpsTwoDevicesOut
       {{100, 112}, {50, 53}, {-100, false}, {-100, false}},
       // A red range of 0 becomes 1.
       {{100, 100}, {50, 60}, {0, false}, {95, false}},
-      {{100, 100.5F}, {50, 60}, {97.5F, false}, {97.5F, false}},
+      {{100, 100.125F}, {50, 60}, {99.375F, false}, {99.375F, false}},
       // A blue minimum of 0 becomes 5.
-      {{100, 110}, {0.5F, 10.5F}, {99.5F, true}, {99.5F, true}},
+      {{100, 110}, {0.125F, 10.125F}, {99.875F, true}, {99.875F, true}},
       {{100, 110}, {0, 10}, {0, true}, {95, true}},
       {{0, 110}, {50, 60}, {0, false}, {0, false}},
       {{100, 110}, {3.5F, 10.5F}, {95, true}, {95, true}},
