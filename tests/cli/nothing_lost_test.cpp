@@ -16,18 +16,20 @@ class NothingLostTest : public Program {
 
 TEST_F(NothingLostTest, AMeasurementIsKeptWholeOrNotAtAll) {
   for (const char* value : {"heartrate", "spo2"}) done(std::string("health allow ") + value);
+  const auto transactionsOf = [&](const std::string& command) {
+    const unsigned before = transactions();
+    done(command);
+    return transactions() - before;
+  };
+  EXPECT_EQ(transactionsOf("demo-history --days 3 --data home/veyla"), 1U);
   done("measure");
-  const unsigned before = transactions();
   done("synth finger.csv --bpm 80 --spo2 95");
-  done("measure finger.csv");
-  EXPECT_EQ(transactions() - before, 3U) << "the measurement, and what is counted for the rating";
+  EXPECT_EQ(transactionsOf("measure finger.csv"), 3U) << "itself, and what the rating counts";
   done("history backup -o backup.json");
   for (const char* change :
        {"history label 1 Resting", "history delete 1 2", "history restore backup.json",
         "health deny spo2", "health allow spo2"}) {
-    const unsigned changes = transactions();
-    done(change);
-    EXPECT_EQ(transactions() - changes, 1U) << change;
+    EXPECT_EQ(transactionsOf(change), 1U) << change;
   }
 
   const std::string records = done("health export -o -");
