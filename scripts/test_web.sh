@@ -2,6 +2,7 @@
 # Builds the phone app and tests it in a real browser, with generated fingers before its camera.
 # Wants the program at build/veyla, which generates them. Writes build/web-tests.xml and pictures of
 # the screens into build/web-pictures.
+# usage: scripts/test_web.sh [FILE]... [-t NAME]; without either, every test
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -26,4 +27,4 @@ change absent '$4 *= 0.1
   else if (t >= 15 && t < 18) $2 = 255'
 
 cd apps/web
-npm test
+npm test -- "$@"
