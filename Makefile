@@ -4,6 +4,7 @@
 
 help: ## this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-10s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+	@echo "What a command needs and is missing is installed first, as root or by sudo."
 
 setup:
 	@scripts/setup.sh build
@@ -18,7 +19,7 @@ setup-web:
 setup-deb:
 	@scripts/setup.sh deb
 
-demo: build/veyla ## install what is missing, build, and measure the built-in fingertip
+demo: build/veyla ## build the program, and measure the built-in fingertip
 	@if [ -t 1 ]; then pace=--realtime; fi; \
 	build/veyla measure --data build/demo-data $$pace </dev/null
 
@@ -26,40 +27,40 @@ build/veyla: setup FORCE
 	@cmake --preset release -DVEYLA_TESTS=OFF >/dev/null
 	@cmake --build --preset release --target veyla
 
-build: setup-test ## install what is missing and build the program, its tests and benchmarks
+build: setup-test ## build the program, its tests and benchmarks
 	@cmake --preset release -DVEYLA_TESTS=ON >/dev/null
 	@cmake --build --preset release
 
-test: setup-test ## install what is missing, build, and run every test
+test: setup-test ## build everything, and run every test
 	@scripts/test.sh
 
-test-core: setup-test ## install what is missing, build and run the core's own tests alone
+test-core: setup-test ## build and run the core's own tests alone
 	@cmake --preset release -DVEYLA_TESTS=ON >/dev/null
 	@cmake --build --preset release --target veyla_core_tests
 	@LC_ALL=C.UTF-8 ctest --test-dir build/release -L '^core$$' --no-tests=error \
 	  --output-on-failure --progress -j "$$(nproc)"
 
-test-web: setup-test ## install what is missing and test the phone app alone, in a real browser
+test-web: setup-test ## test the phone app alone, in real browsers
 	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
 	@scripts/test_web.sh
 
-torture: setup-test ## install what is missing, and kill, refuse, fill, damage and race for minutes what must not get lost
+torture: setup-test ## for minutes, do to the program whatever might lose data
 	@cmake --preset release >/dev/null && cmake --build --preset release --target veyla
 	@cmake --preset threads >/dev/null && cmake --build --preset threads --target veyla tune_settings
 	@scripts/torture.sh
 
-fuzz: setup-fuzz ## install what is missing, and search for input that breaks something, FUZZ_SECONDS (60) for each target
+fuzz: setup-fuzz ## search for input that breaks it, FUZZ_SECONDS (60) a target
 	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
 	@scripts/fuzz.sh
 
-web: setup-web ## install what is missing, build the phone app into build/site, and serve it on localhost
+web: setup-web ## build the phone app into build/site, serve it on localhost
 	@scripts/build_web.sh
 	@cd apps/web && npx --no-install vite preview --host 127.0.0.1
 
-deb: setup-deb ## install what is missing, and build the Debian packages of the program and of the page into build/deb
+deb: setup-deb ## build Debian packages of program and page into build/deb
 	@scripts/build_deb.sh
 
-test-deb: deb ## the same, and install, try and remove them on a bare Debian 12 in a folder
+test-deb: deb ## the same; install, try, remove them on a bare Debian 12
 	@scripts/test_deb.sh
 
 lighthouse: setup-test ## build the phone app, and have Lighthouse judge it as on a phone
@@ -67,11 +68,11 @@ lighthouse: setup-test ## build the phone app, and have Lighthouse judge it as o
 	@cd apps/web/audit && npm install --silent --no-package-lock --ignore-scripts --no-audit --no-fund
 	@cd apps/web/audit && ../node_modules/.bin/vite-node lighthouse.ts
 
-phone: setup-web ## build the phone app, and serve it by HTTPS to a phone in the same network
+phone: setup-web ## build the phone app, serve it to a phone in your network
 	@scripts/build_web.sh
 	@cd apps/web && exec node_modules/.bin/vite preview --config phone/vite.config.ts --logLevel warn
 
-commands: build/veyla ## write the tables of docs/commands.md anew from the program's own descriptions
+commands: build/veyla ## write docs/commands.md's tables from the program's texts
 	@scripts/describe_commands.sh
 
 bench: build ## measure the speed, as ratios to a yardstick of the same run
