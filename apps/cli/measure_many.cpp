@@ -55,8 +55,9 @@ void tellPassedOver(const std::string& folder, const std::set<std::string>& name
     list += (named++ == 0 ? "" : ", ") + name;
   }
   const auto others = std::to_string(names.size() - named);
-  complain(folder + ": passed over " + list + (others == "0" ? "" : " and " + others + " more") +
-           ", by ending or first line no recording; name what is one to measure it");
+  complain(
+      folder + ": passed over " + list + (others == "0" ? "" : " and " + others + " more") +
+      ": no video by its ending, no series by its first line; name a file itself to measure it");
 }
 
 /// What is named, with the recordings that lie in a folder in its place, by their names; a folder

@@ -210,8 +210,8 @@ TEST_F(MeasureTest, SeveralRecordingsGetALineEachInTheirOrderAndAreKeptWhenThatI
             "finger.csv    71 bpm  97 %   16.3 s\n");
   EXPECT_THAT(
       all.error,
-      AllOf(StartsWith("veyla: folder: passed over notes.txt, old.mp4/, rows.csv, by ending"),
-            HasSubstr("\nveyla: none: passed over deeper/, by"),
+      AllOf(StartsWith("veyla: folder: passed over notes.txt, old.mp4/, rows.csv: no video by"),
+            HasSubstr("\nveyla: none: passed over deeper/: no"),
             HasSubstr("\nveyla: none: no video and no colour series")));
   EXPECT_EQ(json("history"), Json::array());
 
