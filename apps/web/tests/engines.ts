@@ -340,12 +340,13 @@ export class EngineVisit {
     return this.window.ask(call) as Promise<Value>;
   }
 
-  /** Until the page answers with something true. */
+  /** Until the page answers with something true; in vain once all of its texts have stood still for a minute. */
   async until<Value, Given extends unknown[]>(
     question: (...given: Given) => Value | Promise<Value>,
     ...given: Given
   ): Promise<NonNullable<Value>> {
-    const start = Date.now();
+    let looked = Date.now();
+    let texts: string | undefined;
     for (;;) {
       const answer = await this.ask(question, ...given).catch((error: unknown) => {
         // WebKit's driver loses an answer now and then.
@@ -353,9 +354,15 @@ export class EngineVisit {
         return undefined;
       });
       if (answer) return answer;
-      if (Date.now() - start > 120_000) await this.picture("failed");
-      if (Date.now() - start > 120_000)
-        throw new Error(`never true: ${question.toString()} of ${JSON.stringify(given)}`);
+      if (Date.now() - looked > 60_000) {
+        const before = texts;
+        texts = await this.ask(() => document.body.textContent);
+        if (texts === before) {
+          await this.picture("failed");
+          throw new Error(`never true: ${question.toString()} of ${JSON.stringify(given)}`);
+        }
+        looked = Date.now();
+      }
       await new Promise((resolve) => setTimeout(resolve, 50));
     }
   }

@@ -29,6 +29,16 @@ function outOfReach(visit: Visit): Promise<string[]> {
         return isInside && !isCut ? [] : [`${control.localName} "${control.textContent.trim()}"`];
       },
     );
+    for (const title of front?.querySelectorAll("ion-title") ?? []) {
+      const words = document.createRange();
+      words.selectNodeContents(title);
+      const { left, right } = words.getBoundingClientRect();
+      for (const control of title.closest("ion-toolbar")?.querySelectorAll(controls) ?? []) {
+        const box = control.getBoundingClientRect();
+        const isUnder = box.width > 0 && box.left < right && left < box.right;
+        if (isUnder) problems.push(`title "${title.textContent}" under "${control.textContent}"`);
+      }
+    }
     return isWide ? ["the page is wide", ...problems] : problems;
   });
 }

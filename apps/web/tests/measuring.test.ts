@@ -7,11 +7,16 @@ import { type Visit, visitPage } from "./browser";
 
 const finished = { timeout: 60_000 };
 
-/** Of what is read or tapped on the measuring screen, what lies over something else: on small phones, too. */
+/** Of what is read or tapped on the measuring screen, what lies over something else, and of what is tapped, what is
+ * out of sight: on small phones, too, that stand or lie. */
 async function overlaps({ page }: Visit): Promise<string[]> {
   const usual = page.viewportSize() ?? { width: 390, height: 844 };
   const found: string[] = [];
-  for (const viewport of [{ width: 320, height: 568 }, { width: 844, height: 390 }, usual]) {
+  const small = [
+    { width: 320, height: 568 },
+    { width: 568, height: 320 },
+  ];
+  for (const viewport of [...small, { width: 844, height: 390 }, usual]) {
     await page.setViewportSize(viewport);
     const pairs = await page.evaluate(() => {
       const kinds = "h2, p:not(.read-out), .round, .dial, .curve, .wait-bar, .wait-picture";
@@ -19,14 +24,15 @@ async function overlaps({ page }: Visit): Promise<string[]> {
       const parts = [...document.querySelectorAll(`.measuring-grid :is(${kinds})`)]
         .filter((each) => each.checkVisibility(seen) && !each.matches(".wait-hints > p + p"))
         .map((each) => ({ name: each.className, box: each.getBoundingClientRect() }));
-      return parts.flatMap(({ name, box: a }, index) =>
-        parts.slice(index + 1).flatMap(({ name: other, box: b }) => {
+      return parts.flatMap(({ name, box: a }, index) => [
+        ...(name.startsWith("round") && a.bottom > innerHeight ? [`${name} out of sight`] : []),
+        ...parts.slice(index + 1).flatMap(({ name: other, box: b }) => {
           const isBeside = a.right < b.left + 1 || b.right < a.left + 1;
           return isBeside || a.bottom < b.top + 1 || b.bottom < a.top + 1
             ? []
             : [`${name} on ${other}`];
         }),
-      );
+      ]);
     });
     found.push(...pairs.map((pair) => `${viewport.width}: ${pair}`));
   }
