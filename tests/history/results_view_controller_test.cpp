@@ -22,6 +22,7 @@ struct RecorderResultsView : ResultsView {
   Journal& journal;
   std::optional<ActionSheet> sheet;
   std::string offered;
+  std::int32_t height = 500;
 
   explicit RecorderResultsView(Journal& of) : journal(of) {}
   void record(const std::string& what) { journal.add("results " + what); }
@@ -32,7 +33,7 @@ struct RecorderResultsView : ResultsView {
     for (const std::string_view title : titles) line.append(" ").append(title);
     record(line);
   }
-  std::int32_t listHeight() const override { return 500; }
+  std::int32_t listHeight() const override { return height; }
   void setEditing(bool editing, bool animated) override {
     record(formatText("editing %i%s", editing ? 1 : 0, animated ? " animated" : ""));
   }
@@ -58,6 +59,7 @@ struct RecorderResultsView : ResultsView {
     record(std::string(element.name) + formatText(" opacity %g in %g s", opacity, seconds));
   }
   void slideToolbar(std::int32_t upward, std::int32_t listHeight, double seconds) override {
+    height = listHeight;
     record(formatText("toolbar %i, list %i in %g s", upward, listHeight, seconds));
   }
   void presentSheet(const ActionSheet& presented) override { sheet = presented; }

@@ -27,17 +27,18 @@ class MainViewControllerTest : public testing::Test {
 // From START to the first frame.
 
 TEST_F(MainViewControllerTest, FramesOfTheCountdownCountButAreNotStored) {
-  std::string seenAtOpening;
-  platform_.camera.begins = [&] { seenAtOpening = rig_.seen(); };
+  std::string seen;
+  platform_.camera.begins = platform_.camera.device->lights = [&] { seen = rig_.seen(); };
   screen_.beginButtonPush();
   platform_.time.runFor(0.02);
-  EXPECT_THAT(seenAtOpening, StartsWith("START(fadeOut)"));
+  EXPECT_THAT(seen, StartsWith("START(fadeOut)"));
   log_.clear();
   rig_.frames(30);
   EXPECT_THAT(log_, IsEmpty());
   platform_.journal.clear();
   platform_.time.runFor(2);
   EXPECT_EQ(joined(platform_.journal.of("device")), "lock | torch 1 | flash 1 | unlock");
+  EXPECT_THAT(seen, HasSubstr("in a couple of seconds ... |"));
   EXPECT_THAT(log_, ElementsAre("starting torch/flash"));
 
   rig_.frame({99.9F, 80.5F, 40, 98});

@@ -15,6 +15,7 @@ class IntroViewControllerTest : public testing::Test {
   int dismissals_ = 0;
   IntroViewController intro_{platform_.display, [this](const std::function<void()>& then) {
                                ++dismissals_;
+                               EXPECT_TRUE(Utils::hasFirstTimeNotePopup()) << "noted before";
                                then();
                              }};
 
@@ -49,6 +50,8 @@ TEST_F(IntroViewControllerTest, SwipesTurnThePagesAndStopAtBothEnds) {
       }
       platform_.time.runFor(0.31);
     }
+    const std::string inOrder = "labelTitle image labelSubTitle ";
+    EXPECT_EQ(std::exchange(platform_.display.begun, {}), turns ? inOrder + inOrder : "");
     if (!turns) continue;
     EXPECT_EQ(intro_.indicatedPage(), page);
     EXPECT_TRUE(display.isSeen(labelTitle));

@@ -23,6 +23,8 @@ class RecorderDisplay : public ScreenState {
 
   /// How often an element's drawing was out of date.
   std::map<std::string_view, int> redraws;
+  /// What began to come or go, in its order.
+  std::string begun;
   /// Animations end by `finishAnimation` alone.
   bool holdsAnimations = false;
 
@@ -54,6 +56,7 @@ class RecorderDisplay : public ScreenState {
     const bool seen = endsVisible || view(element).opacity > 0;
     setOpacity(element, endsVisible ? 1 : 0);
     const int number = ++number_;
+    begun.append(element.name).append(" ");
     playing_[element.name] = {number, animation, seen, std::move(completion)};
     if (holdsAnimations) return;
     queue_.after(viewAnimation(animation).value().seconds, [this, element, number] {

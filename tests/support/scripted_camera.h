@@ -25,6 +25,8 @@ class ScriptedDevice : public RecordedDevice {
   std::set<CaptureMode> exposureModes = allModes;
   std::set<CaptureMode> whiteBalanceModes = allModes;
   std::set<CaptureMode> focusModes = allModes;
+  /// Called when the torch is switched; may be empty.
+  std::function<void()> lights;
 
   CaptureDeviceType deviceType() const override { return type_; }
   bool lockForConfiguration() override {
@@ -57,6 +59,7 @@ class ScriptedDevice : public RecordedDevice {
   bool isTorchModeSupported(LightMode mode) const override { return mode != LightMode::automatic; }
   void setTorchMode(LightMode mode) override {
     RecordedDevice::setTorchMode(mode);
+    if (lights) lights();
     record("torch", mode);
   }
   float torchLevel() const override { return 0.5F; }
