@@ -236,11 +236,21 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
   canvas.width = 160;
   canvas.height = 120;
   const brush = canvas.getContext("2d");
+  const place = canvas.height - 2;
   let lens = "second";
-  let lost = 0;
+  // Of the finger, in seconds. Where the machine has no time for the page it waits: it is ahead of what the page has
+  // seen of it by no more than a camera's picture or two.
+  let time = 0;
+  let seen = 0;
+  let painted = performance.now();
+  const bits = [...Array(20).keys()];
+  const width = canvas.width / bits.length;
   const paint = (): void => {
     if (!brush) return;
-    const phase = (performance.now() / 1000 - lost) * 1.2 * 2 * Math.PI;
+    const now = performance.now();
+    time = Math.min(time + (now - painted) / 1000, seen + 0.1);
+    painted = now;
+    const phase = time * 1.2 * 2 * Math.PI;
     const pulse = 0.5 + 0.35 * Math.sin(phase) + 0.15 * Math.sin(2 * phase);
     const means = levels.map((level, index) =>
       lens === "first" ? 2 : level + (swings[index] ?? 0) * pulse,
@@ -254,9 +264,25 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
       brush.fillStyle = `rgb(${[0, 1, 2].map((each) => (each === index ? 1 : 0)).join()})`;
       brush.fillRect(0, 0, canvas.width, Math.round((mean % 1) * canvas.height));
     });
+    // Below, its milliseconds: a black half and a white one for each bit, so that no picture is brighter for it.
+    brush.globalCompositeOperation = "source-over";
+    for (const bit of bits) {
+      const isSet = (Math.round(1000 * time) >> bit) % 2 === 1;
+      ["#000", "#fff"].forEach((color, half) => {
+        brush.fillStyle = color;
+        brush.fillRect(width * (bit + (isSet === (half === 1) ? 0 : 0.5)), place, width / 2, 2);
+      });
+    }
   };
   setInterval(paint, 33);
-  let last = Infinity;
+  const reader = document.createElement("canvas").getContext("2d", { willReadFrequently: true });
+  const read = (video: HTMLVideoElement): number => {
+    reader?.drawImage(video, 0, 0);
+    const pixels = reader?.getImageData(0, place + 1, canvas.width, 1).data;
+    const isSet = (bit: number): boolean =>
+      (pixels?.[4 * Math.floor(width * (bit + 0.25))] ?? 0) > 127;
+    return bits.reduce((sum, bit) => sum + (isSet(bit) ? 2 ** bit : 0), 0) / 1000;
+  };
   const video = HTMLVideoElement.prototype;
   const request: typeof video.requestVideoFrameCallback = Reflect.get(
     video,
@@ -264,13 +290,8 @@ function standIn({ camera = "lit", stored = {} }: Pick<Visitor, "camera" | "stor
   );
   HTMLVideoElement.prototype.requestVideoFrameCallback = function (take): number {
     return request.call(this, (now, frame) => {
-      // Where the machine has no time for the page, the finger waits for it, and so does the frames' time.
-      lost += Math.max(0, (now - last) / 1000 - 0.1);
-      last = now;
-      const mediaTime = frame.mediaTime - lost;
-      const { captureTime } = frame;
-      const taken = captureTime === undefined ? {} : { captureTime: captureTime - 1000 * lost };
-      take(now - 1000 * lost, { ...frame, mediaTime, ...taken });
+      seen = Math.max(seen, read(this));
+      take(now, { ...frame, mediaTime: seen, captureTime: 1000 * seen });
     });
   };
   // On the prototype: WebKit makes the object itself anew, and what was set on it is lost.
