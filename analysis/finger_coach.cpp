@@ -254,13 +254,8 @@ std::span<const float> FingerCoach::Channel::newest(std::size_t count) const {
 
 float FingerCoach::Channel::swing(std::size_t count) const {
   const auto values = newest(count);
-  float least = values.front();
-  float greatest = least;
-  for (const float value : values) {
-    least = std::min(least, value);
-    greatest = std::max(greatest, value);
-  }
-  return greatest - least;
+  const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
+  return *greatest - *least;
 }
 
 void FingerCoach::consider(std::optional<FingerState> verdict) {

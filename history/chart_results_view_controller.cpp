@@ -44,7 +44,6 @@ ChartAxis rightAxis(double min, double max, std::shared_ptr<const AxisValueForma
   axis.minimum = min;
   axis.maximum = max;
   axis.drawsAxisLine = false;
-  axis.drawsTopLabel = true;
   axis.gridLineDash = DashPattern{.on = 5, .off = 2};
   axis.valueFormatter = std::move(formatter);
   return axis;
