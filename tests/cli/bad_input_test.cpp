@@ -139,6 +139,10 @@ TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
     done(std::string("synth --seconds 600 ") + of);
   }
   write("one/long.reference.csv", "time,heartrate,spo2\n0,72,97\n");
+  // Never final, however late the signal comes.
+  std::string dark = "time,R,G,B\n";
+  for (int i = 0; i < 9000; ++i) dark += std::to_string(66 * i) + ",1,1,1\n";
+  write("dark.csv", dark);
   for (int i = 100; i < 1000; ++i) {
     std::filesystem::create_hard_link(file("finger.csv"),
                                       file("many/" + std::to_string(i) + ".csv"));
@@ -147,8 +151,8 @@ TEST_F(BadInputTest, AnInterruptedCommandLeavesNothingBehind) {
   int signal = SIGTERM;
   for (const auto& [words, awaited, farewell] : std::vector<std::array<const char*, 3>>{
            {"measure --no-save --realtime", hidden, "while measuring the built-in fingertip"},
-           {"measure --no-save --realtime --trace trace.csv --frames kept/frames", "Analyzing",
-            "while measuring the built-in fingertip; the pictures so far are in kept/frames"},
+           {"measure dark.csv --no-save --realtime --trace trace.csv --frames kept/frames",
+            "Analyzing", "while measuring dark.csv; the pictures so far are in kept/frames"},
            {"measure many --csv rows.csv", "many/100.csv ",
             "after \\d+ of 900 recordings; nothing is saved; rows.csv is not written"},
            {"measure many --save --data kept", "many/100.csv ",
