@@ -151,19 +151,22 @@ trace() {
 }
 some() { ((turn++ % workers == TORTURE_WORKER)) && ((scale > 0 || RANDOM % 20 == 0)); }
 # What a power loss would cost, of the calls in their order: pages go into the store once the journal that can take
-# them back is on the disk, the journal goes once they are there, and what is told of is there, the journal gone.
+# them back is on the disk, the journal goes once they are there, and what is told of is there, the journal gone and
+# a new folder named.
 unsafe_order() {
-  awk -v store="<$data/veyla.db>" -v journal="<$data/veyla.db-journal>" -v folder="<$data>" '
+  awk -v store="<$data/veyla.db>" -v journal="<$data/veyla.db-journal>" -v folder="<$data>" -v above="<$work>" '
     function need(fact, what) { if (!fact && !found++) print what ": " $0 }
-    BEGIN { stored = gone = 1 }
+    BEGIN { stored = gone = named = 1 }
+    /mkdir.*veyla".* = 0/ { named = 0 }
+    index($0, above) && /sync/ { named = 1 }
     /unlink.*veyla.db-journal/ { need(stored, "the journal goes before the store is on the disk"); kept = gone = 0 }
     index($0, journal) && /(write|truncate)/ { kept = 0 }
     index($0, journal) && /sync/ { kept = 1 }
     index($0, store) && /(write|truncate)/ { need(kept, "the store changes before its journal is on the disk"); stored = 0 }
     index($0, store) && /sync/ { stored = 1 }
     index($0, folder) && /sync/ { gone = 1 }
-    / write\(1[<,]/ { need(stored && gone, "told before it is on the disk") }
-    END { need(stored && gone, "not on the disk at the end") }' "$1"
+    / write\(1[<,]/ { need(stored && gone && named, "told before it is on the disk") }
+    END { need(stored && gone && named, "not on the disk at the end") }' "$1"
 }
 calls_of() { # calls, command; a line for each that writes or reads what is ours: its name and its number among those of the name
   local calls=$1
@@ -272,7 +275,11 @@ first_version() { # of the store: its history in one row
 }
 at_every_call() {
   local command kind=change
-  rm -f ./*.part*
+  rm -rf ./*.part* "$data"
+  trace measure -y -o calls -e trace=$writing "$program" measure finger.csv >/dev/null 2>&1
+  unsafe_order calls >unsynced
+  [ ! -s unsynced ] || wrong "the first measurement: $(cat unsynced)"
+  rm unsynced
   begin
   veyla measure finger.csv >/dev/null && veyla measure finger.csv >/dev/null
   veyla demo-history --data demo >/dev/null && veyla history backup --data demo -o backup.json

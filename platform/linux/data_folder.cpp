@@ -23,6 +23,14 @@ std::filesystem::path absolutePathIn(const char* variable) {
   return path.is_absolute() ? path : std::filesystem::path();
 }
 
+/// The names in it are on the disk, as far as the system lets folders be synchronized.
+void synchronizeFolder(const std::filesystem::path& folder) {
+  const int opened = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (opened < 0) return;
+  fsync(opened);
+  close(opened);
+}
+
 }  // namespace
 
 std::filesystem::path defaultDataFolder() {
@@ -43,7 +51,10 @@ void makeDataFolder(const std::filesystem::path& folder) {
   std::filesystem::path made;
   for (const auto& part : folder) {
     made /= part;
-    if (mkdir(made.c_str(), S_IRWXU) == 0) continue;
+    if (mkdir(made.c_str(), S_IRWXU) == 0) {
+      synchronizeFolder(made.has_parent_path() ? made.parent_path() : ".");
+      continue;
+    }
     const int error = errno;
     struct stat found {};
     if (stat(made.c_str(), &found) != 0) throw StoreError(dataProblem(made, error));
