@@ -38,6 +38,7 @@ TEST_F(HeartrateProcessingTest, ACosineStandsOutOnTheReportedScale) {
   const auto result = estimate(wave(80));
   EXPECT_EQ(result.index, 80);
   EXPECT_EQ(result.heartrate, 70.3125F);
+  EXPECT_EQ(HeartrateProcessing::calcBPM(512), 450);
   EXPECT_GT(result.diffPercent, 99);
   // Amplitude 10 over 1024 samples: 5120, times 4096.
   EXPECT_NEAR(result.max, 5120.0 * 4096, 5120.0 * 4096 * 1e-4);
@@ -60,7 +61,7 @@ TEST_F(HeartrateProcessingTest, TheStrongestBinIsSetAgainstTheFirstThatIsNotOfIt
   const std::tuple<int, int, int, Peaks, const char*> cases[] = {
       // 40 beats a minute are bin 45.5, rounded to 46: bins 0 to 45 and 467 to 511 go. The extremes
       // are those above 46 itself.
-      {40, 50, 5, {{45, 9}, {467, 8}, {46, 3}}, "46 of 0 to 0, by 100 %"},
+      {40, 50, 5, {{0, 9}, {1, 9}, {45, 9}, {467, 8}, {46, 3}}, "46 of 0 to 0, by 100 %"},
       {40, 50, 5, {{45, 9}, {467, 8}, {466, 4}, {46, 2}}, "466 of 0 to 4, by 50 %"},
       {40, 50, 5, {{80, 0}}, "none"},
       {225, 50, 5, {{255, 9}, {256, 1}, {257, 8}}, "256 of 0 to 0, by 100 %"},
