@@ -93,6 +93,10 @@ it.each<Look>([
 
   await visit.tap("Results");
   await check("results", visit.button("Edit"));
+  await visit.tap("Edit");
+  await page.locator(".result").first().click();
+  await check("editing", visit.button("Delete"));
+  await visit.tap("Done");
   await page.locator(".result").first().click();
   await check("labels", page.getByRole("checkbox", { name: "Resting" }));
   await page.locator(".chooser .close").click();

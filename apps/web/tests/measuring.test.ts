@@ -118,6 +118,7 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   const live = page.locator(".live-value .number");
   await expect.poll(() => live.first().textContent(), finished).toMatch(/^\d\d$/);
   expect(await live.first().evaluate((view) => getComputedStyle(view).fontSize)).toBe("44px");
+  expect(await overlaps(visit)).toEqual([]);
   await visit.element("chartFourierView").waitFor(finished);
   expect(await page.locator(".wait-bar").isVisible()).toBe(false);
   await page.getByText("FINISHED").waitFor(finished);
