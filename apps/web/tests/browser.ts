@@ -123,6 +123,11 @@ export class Visit {
 
   /** The results, or the options, as a swipe to them shows them. */
   async open(screen: "results" | "options"): Promise<void> {
+    // From the first page: one above it may be about to go.
+    await this.page.waitForFunction(
+      () => document.querySelectorAll("ion-nav > .ion-page").length === 1,
+    );
+    await this.settled();
     await this.swipe(screen === "results" ? "right" : "left");
     await this.page.locator(`.${screen}`).waitFor();
     await this.settled();
@@ -325,6 +330,8 @@ export async function visitPage(visitor: Visitor = {}): Promise<Visit> {
     locale: "en-US",
     timezoneId: "UTC",
     permissions: camera === "refused" ? [] : ["camera"],
+    // What keeps the page fetches all of it once more.
+    serviceWorkers: "block",
     ...visitor,
   });
   const { lacks, torch = true, stored = acquainted } = visitor;

@@ -54,7 +54,7 @@ async function openWithPuppeteer(
     browser,
     executablePath:
       browser === "chrome"
-        ? (process.env["CHROMIUM"] ?? "/usr/bin/chromium")
+        ? (process.env["CHROMIUM_ENGINE"] ?? "/usr/bin/chromium-headless-shell")
         : (process.env["FIREFOX"] ?? "/usr/bin/firefox-esr"),
     headless: true,
     args: browser === "chrome" ? ["--no-sandbox", "--disable-gpu"] : [],
@@ -153,7 +153,7 @@ async function openWebKit(look: Visitor, atEnd: End): Promise<Window> {
       () => false,
     );
   while (!(await isThere())) await new Promise((resolve) => setTimeout(resolve, 50));
-  const args = ["--automation", "--full-screen"];
+  const args = ["--automation", "--full-screen", "--enable-2d-canvas-acceleration=false"];
   if (look.camera === "own") args.push("--enable-mock-capture-devices=true");
   const capabilities = { alwaysMatch: { "webkitgtk:browserOptions": { args } } };
   const { sessionId } = (await send("POST", "/session", { capabilities })) as { sessionId: string };

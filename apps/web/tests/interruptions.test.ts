@@ -178,8 +178,7 @@ it("languages that the browser refuses are told, and the next one is written in"
 });
 
 it("a part that does not come is told", async () => {
-  // Nobody has brought it before.
-  const visit = await visitPage({ serviceWorkers: "block" });
+  const visit = await visitPage();
   await visit.page.route("**/results*.js", (route) => route.abort());
   await visit.tap("Results");
   await visit.alert("This page does not open").waitFor();

@@ -80,7 +80,7 @@ it("the first screen is a small download, and charts come when they are opened",
 });
 
 it("installs, and works without a network after the first visit", async () => {
-  const visit = await visitPage({ isWhole: true });
+  const visit = await visitPage({ isWhole: true, serviceWorkers: "allow" });
   const { page, context } = visit;
   const session = await context.newCDPSession(page);
   const { installabilityErrors } = await session.send("Page.getInstallabilityErrors");
