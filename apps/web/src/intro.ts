@@ -14,6 +14,7 @@ export class IntroScreen {
   private readonly dialog = make("dialog.intro", {
     "aria-labelledby": "intro-title",
     closedby: "none",
+    tabindex: "-1",
   });
   private readonly dots = make("div.dots", { role: "img" });
   private readonly title = make("h1", { id: "intro-title" });
@@ -53,7 +54,6 @@ export class IntroScreen {
         {},
         make(
           "div.intro-content",
-          // The first to take the focus: no button looks chosen by then.
           { "aria-live": "polite", tabindex: "0" },
           this.title,
           this.image,
@@ -81,7 +81,7 @@ export class IntroScreen {
     });
     // Browsers close it all the same where they are asked to twice.
     this.dialog.addEventListener("close", () => {
-      if (this.shown && !this.dialog.open) showModal(this.dialog);
+      if (this.shown && !this.dialog.open) this.open();
     });
   }
 
@@ -105,7 +105,13 @@ export class IntroScreen {
     this.dots.replaceChildren(...titles.map(() => make("span.dot")));
     this.showPosition();
     document.body.append(this.dialog);
+    this.open();
+  }
+
+  private open(): void {
     showModal(this.dialog);
+    // Nothing within it looks chosen before a key is used.
+    this.dialog.focus();
   }
 
   async dismiss(): Promise<void> {

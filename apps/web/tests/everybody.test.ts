@@ -43,6 +43,50 @@ function outOfReach(visit: Visit): Promise<string[]> {
   });
 }
 
+/** Of what the keyboard gets to, what has no ring around it, or one that something cuts off. */
+async function ringless({ page }: Visit): Promise<string[]> {
+  const wholes = new Map<string, boolean>();
+  for (;;) {
+    await page.keyboard.press("Tab");
+    const [name, isWhole] = await page.evaluate(() => {
+      let focused = document.activeElement;
+      while (focused?.shadowRoot?.activeElement) focused = focused.shadowRoot.activeElement;
+      // A switch's is around its row.
+      const row = focused?.matches("ion-toggle") ? focused.parentElement?.shadowRoot : undefined;
+      const ringed = row?.querySelector("[part~=native]") ?? focused ?? document.body;
+      const { outlineStyle, outlineWidth, outlineOffset } = getComputedStyle(ringed);
+      const reach = parseFloat(outlineWidth) + parseFloat(outlineOffset) - 1;
+      const ring = ringed.getBoundingClientRect();
+      const isCut = (around: Element): boolean => {
+        const { left, top, right, bottom } = around.getBoundingClientRect();
+        const isTooLong = ring.height > bottom - top;
+        return (
+          ring.left - reach < left ||
+          ring.right + reach > right ||
+          (!isTooLong && (ring.top - reach < top || ring.bottom + reach > bottom))
+        );
+      };
+      let isWhole = outlineStyle === "solid" && parseFloat(outlineWidth) >= 3;
+      for (let each: Element | null | undefined = ringed; each;) {
+        const root = each.getRootNode();
+        each =
+          each.assignedSlot ??
+          each.parentElement ??
+          (root instanceof ShadowRoot ? root.host : null);
+        if (each && getComputedStyle(each).overflow !== "visible") isWhole &&= !isCut(each);
+      }
+      const said = focused?.ariaLabel ?? focused?.textContent ?? "";
+      return [
+        `${ring.x} ${ring.y} ${focused?.localName} ${said}`,
+        isWhole || ringed === document.body,
+      ];
+    });
+    if (wholes.has(name)) break;
+    wholes.set(name, isWhole);
+  }
+  return [...wholes].flatMap(([name, isWhole]) => (isWhole ? [] : [name]));
+}
+
 const history = Array.from({ length: 12 }, (_, index) => ({
   hr: 64 + 9 * Math.sin(index),
   spo2: 97 + Math.cos(index),
@@ -83,6 +127,7 @@ it.each<Look>([
     await visit.picture(`look-${name}-${screen}`);
     if (isJudged) await visit.judge(screen);
     expect(await outOfReach(visit), screen).toEqual([]);
+    if (name === "landscape") expect(await ringless(visit), screen).toEqual([]);
   };
   const bottomOf = (place: Locator): Promise<number> =>
     place.evaluate((element) => element.getBoundingClientRect().bottom);

@@ -123,6 +123,8 @@ it("a finger is measured at the first visit, after introduction and notice", asy
   expect(await page.locator(".wait-bar").isVisible()).toBe(false);
   await page.getByText("FINISHED").waitFor(finished);
   expect(await live.first().isVisible()).toBe(false);
+  const ring = page.locator(".ring").first();
+  expect(await ring.evaluate((view) => getComputedStyle(view).animationName)).toBe("swell");
   const said = /Heart rate \d\d beats per minute. Oxygen saturation \d\d per cent./;
   await page.getByRole("status").filter({ hasText: said }).waitFor();
   await visit.inspect("measuring-finished");

@@ -142,21 +142,29 @@ it("offers the home screen from the second measurement on, until that is answere
     spo2: 97,
     date: 1_700_000_000 + 3600 * hour,
   }));
-  const opened = async (count: number, userAgent: string): Promise<Visit> => {
+  const opened = async (count: number, userAgent: string, isKept = false): Promise<Visit> => {
     const visit = await visitPage({ stored: storedHistory(entries.slice(0, count)), userAgent });
+    await visit.page.evaluate((kept) => {
+      StorageManager.prototype.persisted = (): Promise<boolean> => Promise.resolve(kept);
+    }, isKept);
     await visit.open("results");
     return visit;
   };
   const offer = "Veyla on your home screen";
   const android = "Mozilla/5.0 (Linux; Android 14)";
   expect(await (await opened(1, android)).heading(offer).count()).toBe(0);
-  for (const [userAgent, way] of [
-    [android, "Open the browser's menu"],
-    ["Mozilla/5.0 (iPhone; CPU iPhone OS 17_5 like Mac OS X)", "Tap the browser's Share symbol"],
+  for (const [userAgent, way, why, isKept] of [
+    [android, "Open the browser's menu", "and keeps what you measure", true],
+    [
+      "Mozilla/5.0 (iPhone; CPU iPhone OS 17_5 like Mac OS X)",
+      "Tap the browser's Share symbol",
+      "This browser may erase what you measure",
+      false,
+    ],
   ] as const) {
-    const visit = await opened(2, userAgent);
+    const visit = await opened(2, userAgent, isKept);
     await visit.heading(offer).waitFor();
-    await visit.page.getByText("This browser may erase what you measure").waitFor();
+    await visit.page.getByText(why).waitFor();
     await visit.tap("How");
     expect(await visit.button("Not now").evaluate((each) => each.matches(":focus"))).toBe(true);
     await visit.page.getByText(way).waitFor();

@@ -51,6 +51,10 @@ it("START twice looks tapped at once, opens one camera and counts down once", as
     expect(await visit.page.locator("dialog").allTextContents(), `${spacing} ms`).toEqual([
       expect.stringContaining("Starting ..."),
     ]);
+    const ring = visit.page.locator(".badge.waiting circle");
+    expect(await ring.evaluate((each) => getComputedStyle(each).animation)).toMatch(
+      /^2s .*close-ring/,
+    );
     expect(visit.log.splice(0).filter((line) => line === "Tapped Begin")).toHaveLength(1);
     const states = await opened.evaluate((all) => all.splice(0).map((each) => each.readyState));
     expect(states, `${spacing} ms`).toEqual(["live"]);
