@@ -226,7 +226,7 @@ void ResultsViewController::clickAllAndNone() {
   view_.setLeftButton(resultsEditIsShowingAll_ ? "None" : "All");
   for (std::size_t row = 0; row < data_.size(); ++row) {
     if (resultsEditIsShowingAll_) {
-      selectedRows_.insert(row);
+      selectedRows_.insert(selectedRows_.end(), row);
       view_.selectRow(row, true);
     } else {
       view_.deselectRow(row, true);
