@@ -30,6 +30,8 @@ function outOfReach(visit: Visit): Promise<string[]> {
       },
     );
     for (const title of front?.querySelectorAll("ion-title") ?? []) {
+      const shown = title.shadowRoot?.querySelector(".toolbar-title");
+      if (!shown || shown.scrollWidth > shown.clientWidth) problems.push("a title is cut off");
       const words = document.createRange();
       words.selectNodeContents(title);
       const { left, right } = words.getBoundingClientRect();
@@ -111,7 +113,7 @@ it.each<Look>([
     colorScheme: "dark",
     isJudged: true,
   },
-  { name: "large-letters", letters: 26 },
+  { name: "large-letters", letters: 26, viewport: { width: 320, height: 568 } },
 ])("every screen is usable: $name", async ({ name, letters, isJudged, ...look }) => {
   const visit = await visitPage({
     stored: storedHistory(history),
