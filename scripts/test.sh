@@ -57,6 +57,7 @@ for preset in release sanitize; do
   cmake --build --preset "$preset"
   stage "$preset: tests"
   rm -f "build/$preset/tests.xml"
+  # One more than there are cores: some wait for a lock, a signal or an end.
   ctest --test-dir "build/$preset" --output-on-failure --output-junit tests.xml -j "$(($(nproc) + 1))" || status=$?
   add_results "build/$preset/tests.xml"
 done
