@@ -54,9 +54,12 @@ it.concurrent.for(engines)(
     await visit.sees("Tap START");
     expect(await visit.beyond(320, 568)).toEqual([]);
     await visit.picture("small-night");
-    expect(await visit.ask(() => getComputedStyle(document.body).backgroundColor)).toBe(
-      "rgb(13, 13, 15)",
-    );
+    expect(
+      await visit.ask(() => [
+        getComputedStyle(document.body).backgroundColor,
+        matchMedia("(prefers-reduced-motion: reduce)").matches,
+      ]),
+    ).toEqual(["rgb(13, 13, 15)", true]);
     for (const [tapped, text] of [
       ["", "Tap START"],
       ["Results", "60 bpm"],

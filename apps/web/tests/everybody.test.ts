@@ -117,7 +117,6 @@ it.each<Look>([
 ])("every screen is usable: $name", async ({ name, letters, isJudged, ...look }) => {
   const visit = await visitPage({
     stored: storedHistory(history),
-    reducedMotion: "reduce",
     ...look,
   });
   const { page } = visit;
@@ -195,7 +194,7 @@ it.each<Look>([
 });
 
 it("gives the focus back to what opened a sheet", async () => {
-  const visit = await visitPage({ stored: storedHistory(history), reducedMotion: "reduce" });
+  const visit = await visitPage({ stored: storedHistory(history) });
   const { page } = visit;
   const expectFocus = (control: Locator, isFocused = true): Promise<void> =>
     expect.poll(() => control.evaluate((element) => element.matches(":focus"))).toBe(isFocused);

@@ -1,7 +1,7 @@
 // Everything that keeps a measurement from its result.
 import { expect, it } from "vitest";
 
-import { storedHistory, type Visit, visitPage, type Visitor } from "./browser";
+import { moving, storedHistory, type Visit, visitPage, type Visitor } from "./browser";
 
 const instruction = "Tap START to begin - don't cover camera";
 
@@ -60,7 +60,7 @@ it("STOP, the background and leaving the screen end it, and the next START begin
 });
 
 it("a camera that is taken away ends it, and is told", async () => {
-  const visit = await visitPage();
+  const visit = await visitPage(moving);
   await visit.startMeasuring();
   await visit.page.evaluate(() => {
     const stream = document.querySelector("video")?.srcObject as MediaStream;

@@ -3,7 +3,7 @@ import { readFileSync } from "node:fs";
 
 import { expect, it } from "vitest";
 
-import { storedHistory, type Visit, visitPage } from "./browser";
+import { moving, storedHistory, type Visit, visitPage } from "./browser";
 
 /** By an element and one of its properties, such as ".dim color". */
 async function expectShown(visit: Visit, styles: Readonly<Record<string, string>>): Promise<void> {
@@ -87,7 +87,7 @@ it("distances and letters are of one scale", () => {
 it("shows what the core says", async () => {
   const now = Math.floor(Date.now() / 1000);
   const stored = storedHistory([{ hr: 100, spo2: 100, date: now, labels: [0, 1, 2, 3, 5] }]);
-  const visit = await visitPage({ stored, viewport: { width: 320, height: 568 } });
+  const visit = await visitPage({ ...moving, stored, viewport: { width: 320, height: 568 } });
   const { page } = visit;
   const pureWhite = "rgb(255, 255, 255)";
   const red = "rgb(255, 0, 0)";

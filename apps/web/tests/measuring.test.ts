@@ -3,7 +3,7 @@ import { readFileSync } from "node:fs";
 
 import { expect, it } from "vitest";
 
-import { type Visit, visitPage } from "./browser";
+import { moving, type Visit, visitPage } from "./browser";
 
 const finished = { timeout: 60_000 };
 
@@ -40,7 +40,7 @@ async function overlaps({ page }: Visit): Promise<string[]> {
 }
 
 it("a finger is measured at the first visit, after introduction and notice", async () => {
-  const visit = await visitPage({ stored: {} });
+  const visit = await visitPage({ ...moving, stored: {} });
   const { page } = visit;
 
   // What was there to be read while the core loaded stands where the introduction says it.
@@ -156,7 +156,7 @@ it("a finger is measured at the first visit, after introduction and notice", asy
 });
 
 it("a finger that comes late, leaves and is too bright is told of, and doubted", async () => {
-  const visit = await visitPage({ camera: "absent" });
+  const visit = await visitPage({ ...moving, camera: "absent" });
   const { page } = visit;
   const words = visit.element("labelFinger");
   // Read out from the first word on: what is hidden when it gets its text is not.

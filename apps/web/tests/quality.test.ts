@@ -5,7 +5,7 @@ import { gzipSync } from "node:zlib";
 
 import { expect, it } from "vitest";
 
-import { storedHistory, visitPage } from "./browser";
+import { moving, storedHistory, visitPage } from "./browser";
 
 const build = fileURLToPath(new URL("../../../build/", import.meta.url));
 
@@ -15,9 +15,8 @@ function percentile(values: readonly number[], part: number): number {
 }
 
 it("a frame takes little of the main thread's time", async () => {
-  const visit = await visitPage({ query: "?timing" });
-  const { context, page } = visit;
-  const session = await context.newCDPSession(page);
+  const visit = await visitPage({ ...moving, query: "?timing" });
+  const { page, session } = visit;
   // The thread's own: neighbours on the same machine do not count.
   await session.send("Performance.enable", { timeDomain: "threadTicks" });
   /** Milliseconds of processor time so far. */
@@ -81,8 +80,7 @@ it("the first screen is a small download, and charts come when they are opened",
 
 it("installs, and works without a network after the first visit", async () => {
   const visit = await visitPage({ isWhole: true, serviceWorkers: "allow" });
-  const { page, context } = visit;
-  const session = await context.newCDPSession(page);
+  const { page, context, session } = visit;
   const { installabilityErrors } = await session.send("Page.getInstallabilityErrors");
   // A visit of the tests is a private one.
   expect(installabilityErrors.map(({ errorId }) => errorId)).toEqual(["in-incognito"]);
@@ -98,9 +96,11 @@ it("installs, and works without a network after the first visit", async () => {
 const rounds = Number(process.env["VEYLA_ROUNDS"] ?? 3);
 
 it("grows nothing from round to round", { timeout: rounds * 100_000 }, async () => {
-  const visit = await visitPage({ stored: storedHistory([{ hr: 60, spo2: 97, date: 1.7e9 }]) });
-  const { page } = visit;
-  const session = await visit.context.newCDPSession(page);
+  const visit = await visitPage({
+    ...moving,
+    stored: storedHistory([{ hr: 60, spo2: 97, date: 1.7e9 }]),
+  });
+  const { page, session } = visit;
   await session.send("Performance.enable");
   const goRound = async (): Promise<Record<string, number>> => {
     await visit.startMeasuring();

@@ -2,7 +2,7 @@
 import type { Locator } from "playwright-core";
 import { expect, it } from "vitest";
 
-import { type Visit, visitPage } from "./browser";
+import { moving, type Visit, visitPage } from "./browser";
 
 /**
  * Two taps at one place, `spacing` milliseconds apart, whatever lies there by then. Tells whether the first
@@ -27,7 +27,7 @@ async function tapTwice(visit: Visit, on: Locator, spacing: number): Promise<boo
 }
 
 it("START twice looks tapped at once, opens one camera and counts down once", async () => {
-  const visit = await visitPage();
+  const visit = await visitPage(moving);
   const opened = await visit.page.evaluateHandle(() => {
     const tracks: MediaStreamTrack[] = [];
     const devices = navigator.mediaDevices;
@@ -64,7 +64,7 @@ it("START twice looks tapped at once, opens one camera and counts down once", as
 });
 
 it("two taps on START do not close what the first one told", async () => {
-  const visit = await visitPage();
+  const visit = await visitPage(moving);
   for (const name of ["Measure heart rate", "Measure oxygen saturation"]) {
     await visit.page.getByRole("checkbox", { name }).click();
   }
@@ -84,7 +84,7 @@ it("two taps on START do not close what the first one told", async () => {
 });
 
 it("a page opens once and closes once, whatever is tapped or swiped in between", async () => {
-  const visit = await visitPage();
+  const visit = await visitPage(moving);
   const pages = (): Promise<number> => visit.page.locator("ion-nav > .ion-page").count();
   await visit.settled();
   for (const second of [0, 50, 100, "right", "left"] as const) {
