@@ -38,12 +38,6 @@ interface Window {
   picture(): Promise<Uint8Array>;
 }
 
-declare global {
-  interface Window {
-    isAtRest(): Promise<boolean>;
-  }
-}
-
 type End = TestContext["onTestFinished"];
 
 async function openWithPuppeteer(
@@ -193,18 +187,16 @@ async function openWebKit(look: Visitor, atEnd: End): Promise<Window> {
   };
 }
 
-/** Has the page know whether nothing moves but what moves for as long as it is shown. */
-function addRest(): void {
-  window.isAtRest = async (): Promise<boolean> => {
-    const moves = ({ playState, effect }: Animation): boolean =>
-      playState === "running" && Number(effect?.getComputedTiming().endTime) < 5000;
-    // An animation may begin with one of the next frames of the screen.
-    for (let frames = 0; frames < 4; ++frames) {
-      await new Promise(requestAnimationFrame);
-      if (document.getAnimations().some(moves)) return false;
-    }
-    return true;
-  };
+/** Asked in the page: whether nothing moves but what moves for as long as it is shown. */
+async function isAtRest(): Promise<boolean> {
+  const moves = ({ playState, effect }: Animation): boolean =>
+    playState === "running" && Number(effect?.getComputedTiming().endTime) < 5000;
+  // An animation may begin with one of the next frames of the screen.
+  for (let frames = 0; frames < 4; ++frames) {
+    await new Promise(requestAnimationFrame);
+    if (document.getAnimations().some(moves)) return false;
+  }
+  return true;
 }
 
 /** Runs in the page before all else: what it has stored, and the camera that no test machine has. */
@@ -368,7 +360,10 @@ export class EngineVisit {
     ...given: Given
   ): Promise<Value> {
     const call = `(${question.toString()})(${given.map((each) => JSON.stringify(each)).join()})`;
-    return this.window.ask(call) as Promise<Value>;
+    // What questions ask for comes with each: a page that is about to go would take it along.
+    return this.window.ask(
+      `(() => { ${isAtRest.toString()} return ${call}; })()`,
+    ) as Promise<Value>;
   }
 
   /** Until the page answers with something true; in vain once all of its texts have stood still for a minute. */
@@ -414,7 +409,7 @@ export class EngineVisit {
   /** A finger on the control of this name, or the first of this selector, once all has come to rest. */
   async tap(name: string): Promise<void> {
     const place = await this.until(async (wanted) => {
-      if (!(await window.isAtRest())) return undefined;
+      if (!(await isAtRest())) return undefined;
       // Ionic hands labels on to the button within.
       const isWanted = (each: Element): boolean =>
         [each, each.shadowRoot?.querySelector("button")].some(
@@ -457,7 +452,7 @@ export class EngineVisit {
     await this.window.resize(width, height);
     // WebKit's window has 334 points at least.
     await this.until((wanted) => Math.abs(innerWidth - wanted) < 20, width);
-    await this.until(() => window.isAtRest());
+    await this.until(isAtRest);
     return this.ask(() => {
       const start = [...document.querySelectorAll("button")].find(
         (each) => each.textContent.trim() === "START",
@@ -473,7 +468,7 @@ export class EngineVisit {
   /** What keeps somebody from using the screen on which this text stands, its contrasts among it. */
   async faults(text: string): Promise<string[]> {
     await this.sees(text);
-    await this.until(() => window.isAtRest());
+    await this.until(isAtRest);
     const { passes, violations } = await this.ask(async () => {
       if (!("axe" in window)) {
         const script = document.createElement("script");
@@ -488,7 +483,6 @@ export class EngineVisit {
 
   async reload(): Promise<void> {
     await this.window.open(this.address);
-    await this.ask(addRest);
   }
 
   /** Once the page is kept for it. */
