@@ -41,7 +41,7 @@ TEST_F(PicturesTest, TheEndAndEverySecondAreDrawn) {
       1);
   EXPECT_EQ(names("new").size(), 6U);
   // The longer one's last frames are gone; what another program drew is not.
-  done("measure --no-save --frames new");
+  done("measure --no-save --scale 0.5 --frames new");
   const std::string again = "measure --no-save --duration 5 --only spo2 --scale 0.5 --frames new";
   EXPECT_EQ(run(again).status, 1);
   EXPECT_EQ(names("new").size(), 6U);
