@@ -92,6 +92,7 @@ struct IcuText::Formats {
     read->setDateFormatSymbols(symbols);
     read->setLenient(false);
     ownCalendar.reset(write->getCalendar()->clone());
+    apart = partsOfWriting();
   }
 
   static std::vector<UnicodeString> plainSpaced(const UnicodeString* words, std::int32_t count) {
@@ -155,23 +156,27 @@ struct IcuText::Formats {
   /// the time for each minute.
   std::string written(Date date) {
     const double milliseconds = date.secondsSince1970 * millisecondsPerSecond;
-    const std::optional<Moment> moment = momentOf(milliseconds);
-    if (moment) {
-      const auto around = aroundTime.find(moment->day);
-      const std::string& time = times[moment->minute];
-      if (around != aroundTime.end() && !time.empty()) {
-        const auto& [before, behind] = around->second;
-        std::string text;
-        text.reserve(before.size() + time.size() + behind.size());
-        return text.append(before).append(time).append(behind);
-      }
+    const auto moment = apart ? momentOf(milliseconds) : std::nullopt;
+    if (!moment) return textBy(*write, milliseconds);
+    const auto [around, isNew] = aroundTime.try_emplace(moment->day);
+    auto& [before, behind] = around->second;
+    if (isNew) {
+      before = textBy(*apart->before, milliseconds);
+      behind = textBy(*apart->behind, milliseconds);
     }
+    std::string& time = times[moment->minute];
+    if (time.empty()) time = textBy(*apart->time, milliseconds);
+    std::string text;
+    text.reserve(before.size() + time.size() + behind.size());
+    return text.append(before).append(time).append(behind);
+  }
+
+  std::string textBy(const icu::SimpleDateFormat& format, double milliseconds) {
     UErrorCode status = U_ZERO_ERROR;
     ownCalendar->setTime(milliseconds, status);
     UnicodeString text;
-    icu::FieldPositionIterator fields;
-    write->format(*ownCalendar, text, &fields, status);
-    if (moment) keep(*moment, text, fields);
+    icu::FieldPosition nowhere(icu::FieldPosition::DONT_CARE);
+    format.format(*ownCalendar, text, nowhere);
     return utf8Of(text);
   }
 
@@ -200,34 +205,43 @@ struct IcuText::Formats {
                   static_cast<std::int32_t>(ofDay - minute * secondsPerMinute)};
   }
 
-  void keep(const Moment& moment, const UnicodeString& text, icu::FieldPositionIterator& fields) {
-    std::int32_t begin = text.length();
+  /// What writes the time, and of the day what comes before and behind it.
+  struct Apart {
+    std::unique_ptr<icu::SimpleDateFormat> before;
+    std::unique_ptr<icu::SimpleDateFormat> time;
+    std::unique_ptr<icu::SimpleDateFormat> behind;
+  };
+
+  /// Nothing where the date is written amid the time, or something that is neither a day's nor a
+  /// minute's.
+  std::optional<Apart> partsOfWriting() const {
+    UnicodeString pattern;
+    write->toPattern(pattern);
+    std::int32_t begin = pattern.length();
     std::int32_t end = 0;
-    std::vector<std::int32_t> dateFields;
-    for (icu::FieldPosition field; fields.next(field);) {
-      switch (field.getField()) {
-        case UDAT_HOUR0_FIELD:
-        case UDAT_HOUR1_FIELD:
-        case UDAT_HOUR_OF_DAY0_FIELD:
-        case UDAT_HOUR_OF_DAY1_FIELD:
-        case UDAT_MINUTE_FIELD:
-        case UDAT_AM_PM_FIELD:
-        case UDAT_AM_PM_MIDNIGHT_NOON_FIELD:
-        case UDAT_FLEXIBLE_DAY_PERIOD_FIELD:
-          begin = std::min(begin, field.getBeginIndex());
-          end = std::max(end, field.getEndIndex());
-          break;
-        default:
-          dateFields.push_back(field.getBeginIndex());
+    std::vector<std::int32_t> ofDays;
+    bool isQuoted = false;
+    for (std::int32_t i = 0; i < pattern.length(); ++i) {
+      const char16_t symbol = pattern[i];
+      if (symbol == u'\'') isQuoted = !isQuoted;
+      if (isQuoted || symbol > u'z' || !u_isalpha(symbol)) continue;
+      if (std::u16string_view(u"GyUrMLdEec").find(symbol) != std::u16string_view::npos) {
+        ofDays.push_back(i);
+      } else if (std::u16string_view(u"hHkKmabB").find(symbol) != std::u16string_view::npos) {
+        begin = std::min(begin, i);
+        end = i + 1;
+      } else {
+        return std::nullopt;
       }
     }
-    // With a part of the date amid the time nothing can be kept apart.
-    const auto amid = [=](std::int32_t at) { return begin < at && at < end; };
-    if (std::any_of(dateFields.begin(), dateFields.end(), amid)) return;
-    if (begin >= end) return;
-    times[moment.minute] = utf8Of(text.tempSubStringBetween(begin, end));
-    aroundTime[moment.day] = {utf8Of(text.tempSubStringBetween(0, begin)),
-                              utf8Of(text.tempSubStringBetween(end))};
+    const auto isAmid = [=](std::int32_t at) { return begin < at && at < end; };
+    if (begin >= end || std::ranges::any_of(ofDays, isAmid)) return std::nullopt;
+    const auto part = [&](std::int32_t from, std::int32_t to) {
+      std::unique_ptr<icu::SimpleDateFormat> format(write->clone());
+      format->applyPattern(pattern.tempSubStringBetween(from, to));
+      return format;
+    };
+    return Apart{part(0, begin), part(begin, end), part(end, pattern.length())};
   }
 
   static std::string utf8Of(const UnicodeString& text) {
@@ -242,6 +256,7 @@ struct IcuText::Formats {
   std::map<std::string, Pattern, std::less<>> patterns;
   /// The locale's calendar. A formatter that is given none copies its own for every date.
   std::unique_ptr<icu::Calendar> ownCalendar;
+  std::optional<Apart> apart;
   std::unordered_map<std::int64_t, std::pair<std::string, std::string>> aroundTime;
   /// By minute of the day; empty where none has come up.
   std::array<std::string, 1440> times;

@@ -1,9 +1,14 @@
 #include "platform/linux/icu_text.h"
 
 #include <gtest/gtest.h>
+#include <unicode/smpdtfmt.h>
+#include <unicode/timezone.h>
 
 #include <cstdlib>
+#include <memory>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "platform/linux/text_columns.h"
 
@@ -56,20 +61,33 @@ TEST(IcuTextTest, WhatIsWrittenReadsBackWithAnySpaces) {
   }
 }
 
-TEST(IcuTextTest, WritingMoreDatesWritesThemAsTheFirst) {
-  for (const char* locale : {"en_US", "ko_KR", "fa_IR", "zh_TW@hours=h12", "th_TH"}) {
+TEST(IcuTextTest, DatesAreThoseOfIcuHoweverManyAreWritten) {
+  const std::vector<const char*> patterns{"dd/MM", "yyyy-MM-dd", "dd/MM HH:mm"};
+  std::vector<double> dates{-1.0, -62135596800.0, -7e10, 2.5e11, 1e300};
+  // Three days around a change of the clocks, in steps that meet each day and minute again.
+  for (int i = 0; i < 120; ++i) dates.push_back(1729900000 + 2160.0 * i);
+  for (const char* name : {"en_US", "ko_KR", "fa_IR", "zh_TW@hours=h12", "th_TH", "bg_BG"}) {
     for (const char* zone : {"Europe/Berlin", "Asia/Kathmandu", "America/St_Johns"}) {
-      const IcuText one(locale, zone);
-      std::vector<double> seconds{-1.0, -62135596800.0, -7e10, 2.5e11, 1e300};
-      // Three days around a change of the clocks, in steps that meet each day and minute again.
-      for (int i = 0; i < 120; ++i) seconds.push_back(1729900000 + 2160.0 * i);
-      for (const double each : seconds) {
-        const IcuText alone(locale, zone);
-        EXPECT_EQ(one.mediumDateShortTime(Date{each}), alone.mediumDateShortTime(Date{each}))
-            << each;
-        for (const char* pattern : {"dd/MM", "yyyy-MM-dd", "dd/MM HH:mm"}) {
-          EXPECT_EQ(one.formatted(Date{each}, pattern), alone.formatted(Date{each}, pattern))
-              << each;
+      const IcuText text(name, zone);
+      const auto byIcu = [&](icu::DateFormat* made) {
+        std::shared_ptr<icu::DateFormat> format(made);
+        format->adoptTimeZone(icu::TimeZone::createTimeZone(zone));
+        return [format](double seconds) {
+          icu::UnicodeString written;
+          std::string utf8;
+          return format->format(1000 * seconds, written).toUTF8String(utf8);
+        };
+      };
+      const auto whole = byIcu(icu::DateFormat::createDateTimeInstance(
+          icu::DateFormat::kMedium, icu::DateFormat::kShort, name));
+      for (const double each : dates) {
+        EXPECT_EQ(text.mediumDateShortTime(Date{each}), whole(each)) << name << " " << each;
+      }
+      for (const char* pattern : patterns) {
+        UErrorCode status = U_ZERO_ERROR;
+        const auto formatted = byIcu(new icu::SimpleDateFormat(pattern, icu::Locale(name), status));
+        for (const double each : dates) {
+          EXPECT_EQ(text.formatted(Date{each}, pattern), formatted(each)) << pattern << each;
         }
       }
     }
