@@ -66,6 +66,17 @@ std::string labelActionOf(const std::string& name) {
   return choice < labelNames.size() ? std::string(labelNames[choice]) : "None";
 }
 
+/// Hands the history over to the first that asks for it: a copy of a long one takes a tenth of its
+/// chart.
+class HistoryHandedOver : public MemoryKeyValueStore {
+ public:
+  std::optional<Value> value(std::string_view key) override {
+    const auto found = values.find(key);
+    if (found == values.end()) return std::nullopt;
+    return std::move(values.extract(found).mapped());
+  }
+};
+
 /// Tells of stored elements that the charts have to leave out, by their numbers in the list.
 ExitStatus tellDamage(const std::filesystem::path& file, const Value::Array& entries) {
   const auto isDamaged = [](const Value& entry) { return !faultOf(entry).empty(); };
@@ -238,7 +249,7 @@ ExitStatus chart(const ChartOptions& options) {
     if (store->failure()) throw StoreError(*store->failure());
   }
   OutputFile output(format ? options.output : "-", Readers::ownerAlone);
-  MemoryKeyValueStore history;
+  HistoryHandedOver history;
   HistoryPlatform platform(history);
 
   std::array<GnuplotChart, 2> charts;
@@ -247,10 +258,10 @@ ExitStatus chart(const ChartOptions& options) {
   screen.viewDidLoad();
   screen.viewWillAppear();
   if (!label.empty()) screen.tapButtonLabels();
-  // The screen reads and copies all of the history at each choice: it comes before the last one.
-  const Value& kept = history.values[std::string(Utils::valuesKey)] = std::move(values);
+  const ExitStatus status = values.array() ? tellDamage(file, *values.array()) : ExitStatus::done;
+  // The screen reads all of the history at each choice: it comes before the last one.
+  history.values.emplace(Utils::valuesKey, std::move(values));
   screen.tapSegmentPeriod(static_cast<std::int32_t>(period));
-  const ExitStatus status = kept.array() ? tellDamage(file, *kept.array()) : ExitStatus::done;
 
   if (format == PictureFormat::png) useLettersThatAreThere(charts, platform.text());
   output.write(format ? drawnAsPicture(charts, screen, *format) : drawnInTerminal(charts, screen));
