@@ -20,14 +20,21 @@ constexpr std::string_view separator = jsonElementSeparator;
 // Of numbers that come from the file, where anything may stand.
 bool isNumber(std::int64_t number) { return number > 0 && number < largestNumber; }
 
+/// Whether a row can stand behind the one of number `last`, or behind none of 0.
+bool isRowBehind(std::int64_t last, std::int64_t number, std::string_view value) {
+  return isNumber(number) && number > last && !value.empty();
+}
+
 template <class Parts>
 bool areRows(const Parts& parts) {
   std::int64_t last = 0;
   return std::all_of(parts.begin(), parts.end(), [&](const auto& part) {
-    return isNumber(part.number) && part.number > std::exchange(last, part.number) &&
-           !part.value.empty();
+    return isRowBehind(std::exchange(last, part.number), part.number, part.value);
   });
 }
+
+constexpr const char* rowsInOrder =
+    "SELECT number, value FROM parts WHERE key = ?1 ORDER BY number";
 
 /// The lines between the brackets.
 std::string_view linesOf(std::string_view json) { return json.substr(1, json.size() - 2); }
@@ -74,12 +81,22 @@ bool SqliteLists::has(std::string_view key) const {
 }
 
 std::string SqliteLists::read(std::string_view key) const {
-  const std::vector<Part> parts = partsOf(key);
-  if (!areRows(parts)) throw foreignRows(key);
+  // Joined as they come: of a long list each copy takes as long as reading it.
+  SqliteStatement count(file_, "SELECT count(*) FROM parts WHERE key = ?1");
+  count.bind(1, key).step();
+  SqliteStatement look(file_, rowsInOrder);
+  look.bind(1, key);
   std::string json;
-  json.reserve((fullPart + separator.size()) * (parts.size() + 1));
-  for (const Part& part : parts) json.append(json.empty() ? "[" : separator).append(part.value);
-  return json.empty() ? "[]" : json + "]";
+  json.reserve((fullPart + separator.size()) * static_cast<std::size_t>(count.number(0) + 1));
+  for (std::int64_t last = 0; look.step();) {
+    const std::string_view value = look.text(1);
+    if (!isRowBehind(std::exchange(last, look.number(0)), look.number(0), value))
+      throw foreignRows(key);
+    json.append(json.empty() ? "[" : separator).append(value);
+  }
+  if (json.empty()) return "[]";
+  json += ']';
+  return json;
 }
 
 void SqliteLists::write(std::string_view key, std::string_view json) {
@@ -150,7 +167,7 @@ bool SqliteLists::areAsWritten() const {
 }
 
 std::vector<SqliteLists::Part> SqliteLists::partsOf(std::string_view key) const {
-  SqliteStatement look(file_, "SELECT number, value FROM parts WHERE key = ?1 ORDER BY number");
+  SqliteStatement look(file_, rowsInOrder);
   look.bind(1, key);
   std::vector<Part> parts;
   while (look.step()) parts.push_back({look.number(0), std::string(look.text(1))});
