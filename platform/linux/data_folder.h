@@ -1,9 +1,14 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 
 namespace veyla {
+
+/// How long to wait for other programs that write there: among many, or beside much that is written
+/// to the disk, a turn takes its time, and what was measured is worth waiting for.
+inline constexpr std::chrono::milliseconds patienceWithWriters{30000};
 
 /// `$XDG_DATA_HOME/veyla` when that variable holds an absolute path, else `~/.local/share/veyla`.
 /// Throws `StoreError` when there is no home folder either.

@@ -22,9 +22,6 @@ namespace veyla {
 
 namespace {
 
-/// How long to wait for another program that writes records.
-constexpr std::chrono::milliseconds patience{5000};
-
 /// A file descriptor that closes itself; closing gives a lock on it back.
 class Descriptor {
  public:
@@ -45,7 +42,8 @@ void check(bool done, const std::filesystem::path& file) {
 }
 
 /// A pipe or a device in the records' place is refused, and another program waited for.
-void checkAndLock(const Descriptor& records, int lock, const std::filesystem::path& file) {
+void checkAndLock(const Descriptor& records, int lock, const std::filesystem::path& file,
+                  std::chrono::milliseconds patience = patienceWithWriters) {
   struct stat found {};
   check(records.number() >= 0 && fstat(records.number(), &found) == 0, file);
   if (!S_ISREG(found.st_mode)) throw StoreError(notRegular(file));
@@ -158,7 +156,8 @@ void FhirHealthStore::requestAuthorization(const std::vector<HealthSampleType>& 
   if (completion) completion(determined);
 }
 
-std::optional<std::string> FhirHealthStore::contentsIn(const std::filesystem::path& folder) {
+std::optional<std::string> FhirHealthStore::contentsIn(const std::filesystem::path& folder,
+                                                       std::chrono::milliseconds patience) {
   const std::filesystem::path path = folder / fileName;
   const auto check = [&](bool done) {
     if (!done) throw StoreError(fileProblem(path.string(), errno, FilePlace::dataToRead));
@@ -166,7 +165,7 @@ std::optional<std::string> FhirHealthStore::contentsIn(const std::filesystem::pa
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.number() < 0 && errno == ENOENT) return std::nullopt;
   check(file.number() >= 0);
-  checkAndLock(file, LOCK_SH, path);
+  checkAndLock(file, LOCK_SH, path, patience);
   std::string text;
   std::array<char, 65536> block;
   ssize_t n = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -8,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/data_folder.h"
 #include "platform/portable/health_records.h"
 
 namespace veyla {
@@ -44,7 +46,9 @@ class FhirHealthStore : public HealthRecords {
 
   /// The whole file of a folder, as no other program is writing it; nothing when no record was ever
   /// kept. Reads alone, so that its last line may be half a one. Throws `StoreError`.
-  static std::optional<std::string> contentsIn(const std::filesystem::path& folder);
+  static std::optional<std::string> contentsIn(
+      const std::filesystem::path& folder,
+      std::chrono::milliseconds patience = patienceWithWriters);
 
   /// Whether a record was kept since the opening.
   bool hasSaved() const { return hasSaved_; }

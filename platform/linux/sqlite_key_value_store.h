@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "platform/key_value_store.h"
+#include "platform/linux/data_folder.h"
 #include "platform/linux/sqlite_file.h"
 #include "platform/linux/sqlite_lists.h"
 
@@ -35,15 +36,12 @@ namespace veyla {
 class SqliteKeyValueStore final : public KeyValueStore {
  public:
   static constexpr std::string_view fileName = "veyla.db";
-  /// How long to wait for another program that writes.
-  static constexpr std::chrono::milliseconds patience{5000};
-
   using Use = SqliteFile::Use;
 
   /// Makes the folder and the file where they are missing, unless it is for reading. Throws
   /// `StoreError`.
   explicit SqliteKeyValueStore(const std::filesystem::path& folder, Use use = Use::readAndWrite,
-                               std::chrono::milliseconds busyTimeout = patience);
+                               std::chrono::milliseconds busyTimeout = patienceWithWriters);
   /// Flushes.
   ~SqliteKeyValueStore() override;
 

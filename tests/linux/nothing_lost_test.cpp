@@ -85,7 +85,9 @@ TEST(NothingLostTest, APipeInAFilesPlaceAndALockThatStaysAreToldInsteadOfWaitedF
     }
     return "done";
   };
-  const auto readRecords = [&] { FhirHealthStore::contentsIn(folder); };
+  const auto readRecords = [&] {
+    FhirHealthStore::contentsIn(folder, std::chrono::milliseconds(50));
+  };
   const fs::path records = folder / FhirHealthStore::fileName;
   mkfifo(records.c_str(), 0600);
   EXPECT_THAT(refusal(readRecords), HasSubstr("Observations.ndjson: not a regular file; move"));
