@@ -1,4 +1,4 @@
-// The page in three browser engines.
+// The page in the browser engines by which no other test comes.
 import { expect, it } from "vitest";
 
 import { acquainted, storedHistory } from "./browser";

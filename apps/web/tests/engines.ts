@@ -1,4 +1,4 @@
-// The built page in each browser engine that phones have, by the automation that the engine offers.
+// The built page in the browser engines that phones have beside Chromium's, by the automation that each offers.
 import { type ChildProcess, spawn } from "node:child_process";
 import { once } from "node:events";
 import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
@@ -12,7 +12,7 @@ import type { TestContext } from "vitest";
 
 import { addTorch, axe, build, serious, serveSite } from "./site";
 
-export const engines = ["chromium", "firefox", "webkit"] as const;
+export const engines = ["firefox", "webkit"] as const;
 
 /** Who comes with which phone. */
 export interface Visitor {
@@ -40,19 +40,11 @@ interface Window {
 
 type End = TestContext["onTestFinished"];
 
-async function openWithPuppeteer(
-  browser: "chrome" | "firefox",
-  look: Visitor,
-  atEnd: End,
-): Promise<Window> {
+async function openFirefox(look: Visitor, atEnd: End): Promise<Window> {
   const opened = await puppeteer.launch({
-    browser,
-    executablePath:
-      browser === "chrome"
-        ? (process.env["CHROMIUM_ENGINE"] ?? "/usr/bin/chromium-headless-shell")
-        : (process.env["FIREFOX"] ?? "/usr/bin/firefox-esr"),
+    browser: "firefox",
+    executablePath: process.env["FIREFOX"] ?? "/usr/bin/firefox-esr",
     headless: true,
-    args: browser === "chrome" ? ["--no-sandbox", "--disable-gpu"] : [],
     extraPrefsFirefox: {
       "media.navigator.permission.disabled": true,
       "ui.systemUsesDarkTheme": look.night ? 1 : 0,
@@ -61,12 +53,6 @@ async function openWithPuppeteer(
   });
   atEnd(() => opened.close());
   const page = await opened.newPage();
-  if (look.night && browser === "chrome") {
-    await page.emulateMediaFeatures([
-      { name: "prefers-color-scheme", value: "dark" },
-      { name: "prefers-reduced-motion", value: "reduce" },
-    ]);
-  }
   return {
     async open(address): Promise<void> {
       await page.goto(address);
@@ -74,7 +60,7 @@ async function openWithPuppeteer(
     ask: (call) => page.evaluate(call),
     tap: (x, y) => page.mouse.click(x, y),
     resize: (width, height) => page.setViewport({ width, height }),
-    picture: () => page.screenshot({ optimizeForSpeed: browser === "chrome" }),
+    picture: () => page.screenshot(),
   };
 }
 
@@ -510,10 +496,8 @@ export async function visitBy(
   const server = await serve(visitor);
   onTestFinished(() => server.close());
   const { engine } = visitor;
-  const window =
-    engine === "webkit"
-      ? await openWebKit(visitor, onTestFinished)
-      : await openWithPuppeteer(engine === "chromium" ? "chrome" : engine, visitor, onTestFinished);
+  const open = engine === "webkit" ? openWebKit : openFirefox;
+  const window = await open(visitor, onTestFinished);
   const visit = new EngineVisit(visitor, window, server);
   await window.resize(390, 844);
   await visit.reload();
