@@ -8,6 +8,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -558,7 +559,14 @@ int main(int argc, char** argv) {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     // The help and the version come this way, too.
-    if (error.get_exit_code() == 0) return program.exit(error);
+    if (error.get_exit_code() == 0) {
+      return static_cast<int>(veyla::exitStatusOf([&] {
+        std::ostringstream text;
+        program.exit(error, text, text);
+        veyla::printOut(text.str());
+        return ExitStatus::done;
+      }));
+    }
     veyla::complain(explained(error, program));
     return static_cast<int>(ExitStatus::wrongUsage);
   }

@@ -71,6 +71,8 @@ void SqliteFile::connect(const std::filesystem::path& file, int flags) {
 bool SqliteFile::canBeReadInPlace() {
   const char* look = "SELECT count(*) FROM sqlite_schema";
   const int code = sqlite3_exec(database_.get(), look, nullptr, nullptr, nullptr) & 0xff;
+  // Whoever asks again waits again.
+  if (code == SQLITE_BUSY) refuse(code);
   return code != SQLITE_READONLY && code != SQLITE_CANTOPEN;
 }
 

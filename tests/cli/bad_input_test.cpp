@@ -196,7 +196,9 @@ TEST_F(BadInputTest, OutputThatCannotBeWrittenIsToldAndCostsNoMeasurement) {
   }
   EXPECT_EQ(json("history --data data").size(), 4U);
   done("synth t.csv --seconds 50");
-  expectRefused(run("series t.csv -o -", onFullDisk), 4, "standard output: the disk");
+  for (const char* command : {"series t.csv -o -", "--version", "series --help"}) {
+    expectRefused(run(command, onFullDisk), 4, "standard output: the disk");
+  }
   // As services are started: what nobody reads ends no program there.
   const auto unread = [] {
     signal(SIGPIPE, SIG_IGN);

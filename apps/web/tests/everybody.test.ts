@@ -45,7 +45,7 @@ function outOfReach(visit: Visit): Promise<string[]> {
   });
 }
 
-/** Of what the keyboard gets to, what has no ring around it, or one that something cuts off. */
+/** Of what the keyboard gets to, which is a control and more, what has no ring around it, or one that is cut off. */
 async function ringless({ page }: Visit): Promise<string[]> {
   const wholes = new Map<string, boolean>();
   for (;;) {
@@ -86,6 +86,7 @@ async function ringless({ page }: Visit): Promise<string[]> {
     if (wholes.has(name)) break;
     wholes.set(name, isWhole);
   }
+  if (wholes.size < 2) return ["nothing that the keyboard gets to"];
   return [...wholes].flatMap(([name, isWhole]) => (isWhole ? [] : [name]));
 }
 
